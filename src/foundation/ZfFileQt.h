@@ -1,0 +1,25 @@
+#pragma once
+
+#include <QFile>
+#include <QString>
+#include <QTextStream>
+
+#include "foundation/ZfFile.h"
+
+/// A text file over QFile, open from construction to destruction.
+class ZfFileQt final : public ZfFile {
+public:
+    /// Mode "r" or "w". Throws ZfError if the mode is another or the file cannot be opened.
+    ZfFileQt(const QString& name, const std::string& mode);
+
+    void ReadLine(std::string& line) override;
+    bool AtEnd() override;
+    void ReadAll(std::string& text) override;
+    void ReadLines(std::vector<std::string>& lines) override;
+    void Write(const std::string& text) override;
+    void WriteLines(const std::vector<std::string>& lines) override;
+
+private:
+    QFile file_;
+    QTextStream stream_;  // behind the file: flushed before the file is closed
+};

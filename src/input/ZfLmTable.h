@@ -1,0 +1,84 @@
+#pragma once
+
+#include <complex>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "foundation/ZfError.h"
+#include "xml/ZfBarnXml.h"
+
+/// Index failures; kept out of line so that no text is built on a good path.
+[[noreturn]] void ThrowIllegalL();
+[[noreturn]] void ThrowIllegalM();
+
+/// A square table over (l, m): l from 0 to L - 1, m from -l to l, in the order (0,0) (1,-1) (1,0) (1,1)
+/// (2,-2) ..., so the place of an element does not depend on L. New elements are zero.
+///
+/// A table with `transferable` set is a temporary whose block the one who assigns from it takes over.
+template <class Element>
+class ZfLmTable {
+public:
+    ZfLmTable() = default;
+    explicit ZfLmTable(std::int32_t size) { SetSize(size); }
+    ZfLmTable(const ZfLmTable& source) { *this = source; }
+    ZfLmTable(ZfLmTable&& source) noexcept = default;
+    ZfLmTable& operator=(ZfLmTable&& source) noexcept = default;
+    ~ZfLmTable() = default;
+
+    ZfLmTable& operator=(const ZfLmTable& source) {
+        if (this == &source) return *this;
+        if (source.transferable) {
+            block = std::move(source.block);
+            L = source.L;
+            source.block.clear();
+            source.L = 0;
+        } else {
+            block = source.block;
+            L = source.L;
+        }
+        return *this;
+    }
+
+    /// Contents stay when the size does. Throws ZfError for a negative size or one that no memory can hold.
+    void SetSize(std::int32_t size) {
+        if (size < 0) throw ZfError("Error");
+        if (size == L) return;
+        if (size > kLargestSize) throw ZfError("Cannot allocate memory");
+        block.assign(static_cast<std::size_t>(size) * static_cast<std::size_t>(size), Element{});
+        L = size;
+    }
+
+    void Zero() { block.assign(block.size(), Element{}); }
+
+    /// Throws ZfError for an l or m outside the table.
+    std::int32_t lmIndex(std::int32_t l, std::int32_t m) const {
+        if (l < 0 || l >= L) ThrowIllegalL();
+        if (m < -l || m > l) ThrowIllegalM();
+        return (l + 1) * l + m;
+    }
+
+    Element& At(std::int32_t l, std::int32_t m) { return block[static_cast<std::size_t>(lmIndex(l, m))]; }
+    const Element& At(std::int32_t l, std::int32_t m) const {
+        return block[static_cast<std::size_t>(lmIndex(l, m))];
+    }
+
+    mutable std::vector<Element> block;
+    bool transferable = false;
+    mutable std::int32_t L = 0;  ///< the "Size_l" of files
+
+private:
+    /// Far beyond any wave (l size is about k times the radius of an atom); a larger size comes from a bad
+    /// file.
+    static constexpr std::int32_t kLargestSize = 4096;
+};
+
+using ZfLmComplexTable = ZfLmTable<std::complex<double>>;
+using ZfLmDoubleTable = ZfLmTable<double>;
+using ZfLmLongTable = ZfLmTable<std::int32_t>;
+
+/// Coefficients of a wave under their tag: format "t" as text of 6 significant digits, "b" with all bits.
+/// Reading takes both. False when the tag is absent, or when binary data has the wrong length: the table then
+/// has size 1, and the tag's rack is left open, so that the closing of the enclosing item throws.
+bool ExchangeCoefficients(ZfBarnXml& xml, const std::string& tag, ZfLmComplexTable& table,
+                          const std::string& format);

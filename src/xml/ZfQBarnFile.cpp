@@ -1,0 +1,48 @@
+#include "xml/ZfQBarnFile.h"
+
+#include <QFile>
+#include <QTextStream>
+
+#include "foundation/ZfError.h"
+
+ZfQBarnFile::ZfQBarnFile(const QString& path, const QString& mode) : ZfQBarnXml(mode), path_(path) {
+    if (IsWriting()) return;
+    statusText = "Loading....";
+    status = kLoading;
+    std::string text = ReadText();
+    statusText = "Analyzing...";
+    status = kAnalyzing;
+    Parse(std::move(text));
+    status = kReady;
+}
+
+ZfQBarnFile::~ZfQBarnFile() {
+    if (!IsWriting() || written_) return;
+    try {
+        Save();
+    } catch (...) {  // NOLINT(bugprone-empty-catch): a destructor has nobody to tell
+    }
+}
+
+std::string ZfQBarnFile::ReadText() {
+    QFile file(path_);
+    if (!file.open(QIODevice::ReadOnly)) throw ZfError("Cannot open:" + path_.toStdString());
+    QTextStream stream(&file);
+    stream.setCodec("UTF-8");
+    std::string text;
+    text.reserve(static_cast<std::size_t>(file.size()) + 256);
+    while (!stream.atEnd()) text += stream.readLine().toStdString();
+    return text;
+}
+
+void ZfQBarnFile::Save() {
+    written_ = true;
+    QFile file(path_);
+    if (!file.open(QIODevice::WriteOnly)) throw ZfError("FILE CANNOT WRITE:" + path_.toStdString());
+    QTextStream stream(&file);
+    stream.setCodec("UTF-8");
+    stream << QString::fromStdString(Document());
+    stream.flush();
+    if (stream.status() != QTextStream::Ok || !file.flush())
+        throw ZfError("FILE CANNOT WRITE:" + path_.toStdString());
+}
