@@ -1,0 +1,40 @@
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "input/ZfCluster.h"
+#include "input/ZfDebye.h"
+#include "input/ZfEmittedWave.h"
+#include "input/ZfFluctuation.h"
+#include "input/ZfPhaseShiftDocument.h"
+#include "pattern/ZfDocPattern.h"
+#include "scattering/ZfScatteringData.h"
+
+/// Everything a run works on: inputs, scattering data, pattern objects and tables. One for the process,
+/// reached only through Instance() and never destroyed.
+class ZfCalcDocument {
+public:
+    /// Creates the document on first use. Not called in parallel loops: it takes no lock.
+    static ZfCalcDocument& Instance();
+
+    ZfCalcDocument(const ZfCalcDocument&) = delete;
+    ZfCalcDocument& operator=(const ZfCalcDocument&) = delete;
+
+    ZfCluster cluster;
+    std::vector<ZfEmittedWave> emittedWaves;
+    std::unique_ptr<ZfPhaseShiftDocument> phaseShifts;
+    std::unique_ptr<ZfScatteringData> scatteringData;
+    ZfDocPattern_Diana patternDiana;
+    ZfDocPattern_EquidistantCylindrical patternCylindrical;
+    ZfDocPattern_AzimuthalEquidistant patternAzimuthal;
+    ZfDocPattern_StereoProjection patternStereo;
+    ZfDocPattern_Orthographic patternOrthographic;
+    ZfDocPattern_OneDimensional patternOneDimensional;
+    ZfDebye debye;
+    ZfFluctuation fluctuation;
+
+private:
+    ZfCalcDocument();
+    ~ZfCalcDocument() = default;
+};

@@ -1,0 +1,65 @@
+#include <QString>
+#include <utility>
+
+#include "app/Stages.h"
+#include "app/ZfCalcDocument.h"
+#include "foundation/Console.h"
+#include "foundation/ZfError.h"
+#include "image/ZfDocData.h"
+#include "xml/ZfQBarnFile.h"
+
+namespace {
+
+struct Projection {
+    ZfDocPattern& pattern;
+    const char* name;
+};
+
+Projection Select(ZfCalcDocument& document, std::int32_t mappingCode, double resolution) {
+    if (mappingCode == 0) {
+        document.patternAzimuthal.resolution = resolution;
+        return {document.patternAzimuthal, "AzimuthalEquidistant"};
+    }
+    if (mappingCode == 1) {
+        document.patternCylindrical.resolution = resolution;
+        return {document.patternCylindrical, "EquidistantCylindrical"};
+    }
+    throw ZfError("Undefined mapping method");
+}
+
+/// Writes one plane, narrowed to 32-bit floats, as the document's only image.
+void SavePlane(ZfDocData& image, const ZfLDoubleMatrix& plane, const std::string& name) {
+    ZfQBarnFile file(QString::fromStdString(name), "w");
+    ZfFloatMatrix pixels;
+    pixels.Convert(plane);
+    image.imageSet[image.currentChannel] = std::move(pixels);
+    image.SaveLoad(file);
+    file.Save();
+}
+
+}  // namespace
+
+void ZfRunPattern(const ZfPatternRequest& request) {
+    ZfCalcDocument& document = ZfCalcDocument::Instance();
+    ZfScatteringData& data = *document.scatteringData;
+    const auto [pattern, name] = Select(document, request.mappingCode, request.angularResolution);
+    ConsolePrint("Scattering data =%zu\n", data.ListScatteringData.size());
+    pattern.ActivateAll(data.ListScatteringData.size());
+    pattern.clusterLimit = request.clusterLimit;
+    pattern.clusterLowerLimit = request.clusterLowerLimit;
+    pattern.meanFreePath = request.meanFreePath;
+    pattern.mfpByEmitterDistance = request.byEmitterDistance;
+    pattern.mfpByDepth = request.byDepth;
+    pattern.BuildMapping();
+
+    ZfNotifyTerminateThreadCalculation notifier;
+    ConsolePrint("Start pattern calculation....\n");
+    pattern.PrepareCalculation(data, document.fluctuation, document.debye);
+    pattern.Calculate(notifier, data, document.fluctuation, document.debye);
+
+    ZfDocData image;
+    ZfDocData::SetInfoString(image.infoString, "__SphereProjection.Name", name);
+    ConsolePrint("Save to file....\n");
+    SavePlane(image, pattern.mapping.planes[0], request.imageFile);
+    if (request.i0Wanted) SavePlane(image, pattern.mapping.planes[1], request.i0File);
+}

@@ -1,0 +1,5 @@
+#include "app/RunDriver.h"
+
+int main(int argc, char** argv) {
+    return RunDriver(argc, argv);
+}

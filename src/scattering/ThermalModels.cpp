@@ -1,0 +1,48 @@
+#include "scattering/ThermalModels.h"
+
+#include <cmath>
+#include <map>
+
+#include "foundation/ZfError.h"
+#include "input/ZfAtomName.h"
+
+namespace {
+
+constexpr double kBoltzmann = 1.380658e-23;  // J/K (CODATA 1986)
+constexpr double kForceConstant = 70.0;      // N/m
+
+std::map<std::int32_t, double> DebyeTemperatures(const ZfFluctuation& fluctuation) {
+    std::map<std::int32_t, double> temperatures;
+    for (std::size_t i = 0; i < fluctuation.DebyeElement_.size(); ++i) {
+        ZfAtomName element;
+        element.SetName(fluctuation.DebyeElement_[i]);
+        temperatures.emplace(element.GetAtomicNumber(), CheckedAt(fluctuation.DebyeTemperature_K_, i));
+    }
+    return temperatures;
+}
+
+}  // namespace
+
+void SetEinsteinModel(const ZfFluctuation& fluctuation, ZfVectorFreeElectron& list,
+                      const ZfDebye& /*debye*/) {
+    const double amplitude = std::sqrt(fluctuation.Temperature_K_ * kBoltzmann / kForceConstant);
+    for (ZfFreeElectron& electron : list.electrons) electron.Uiso = amplitude * amplitude;
+}
+
+void SetDebyeModel(const ZfFluctuation& fluctuation, ZfVectorFreeElectron& list, const ZfDebye& debye) {
+    const std::map<std::int32_t, double> temperatures = DebyeTemperatures(fluctuation);
+    for (ZfFreeElectron& electron : list.electrons) {
+        if (electron.atomicNumber == 0) throw ZfError("SetDebyeModel():Atomic Number is zero");
+        const auto found = temperatures.find(electron.atomicNumber);
+        if (found == temperatures.end()) throw ZfError("SetDebyeModel():Atomic Number is not defined");
+        electron.Uiso = debye.CalcUiso(fluctuation.Temperature_K_, electron.atomicNumber, found->second);
+    }
+}
+
+void ApplyThermalModel(const ZfFluctuation& fluctuation, ZfVectorFreeElectron& list, const ZfDebye& debye) {
+    if (fluctuation.IsUseUisoInCluster_) return;
+    if (fluctuation.IsUseUisoEinsteinModel_)
+        SetEinsteinModel(fluctuation, list, debye);
+    else if (fluctuation.IsUseUisoDebyeModel_)
+        SetDebyeModel(fluctuation, list, debye);
+}

@@ -1,0 +1,83 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "foundation/ZfNotifyTerminate.h"
+#include "input/ZfCluster.h"
+#include "input/ZfEmittedWave.h"
+#include "input/ZfPhaseShiftDocument.h"
+#include "scattering/ZfScatteringRecord.h"
+#include "xml/ZfBarnXml.h"
+
+/// The method by which an atom gathers the sources it sees; the values of the command line and of files.
+enum ZfScatteringMethod : std::int32_t { kSingle = 0, kSlowMulti = 1, kMulti = 2 };
+
+/// One scattering run: settings, live counters, and its records.
+class ZfScatteringData {
+public:
+    /// Computes the wave of every atom, for each structure and emitted wave, and saves the file if one is
+    /// named. Returns at once, without a file, when the notifier says so.
+    void Calculate(ZfNotifyTerminate& notifier, ZfCluster& cluster, const std::vector<ZfEmittedWave>& waves,
+                   const ZfPhaseShiftDocument& phaseShifts);
+
+    // One target atom each. Only the first pass (muIndex 0) is supported; throw ZfError otherwise. Entry 0,
+    // the emitter, scatters nothing. Target n sees
+    //   CalculateSingle: the emitter;
+    //   CalculateSlowMulti: the emitter and every atom before it in the list;
+    //   OneCalculateVer2: the emitter and those atoms before it that stand near the line from the origin to
+    //   it.
+    void CalculateSingle(ZfScatteringRecord& record, const ZfPhaseShiftDocument& phaseShifts,
+                         std::int32_t muIndex, std::int32_t atIndex);
+    void CalculateSlowMulti(ZfScatteringRecord& record, const ZfPhaseShiftDocument& phaseShifts,
+                            std::int32_t muIndex, std::int32_t atIndex);
+    void OneCalculateVer2(ZfScatteringRecord& record, const ZfPhaseShiftDocument& phaseShifts,
+                          std::int32_t muIndex, std::int32_t atIndex);
+
+    /// The outgoing wave of `target` under the sources of `seen`, a list in the frame of the target.
+    void ScatterAtAtom(ZfFreeElectron& target, const ZfVectorFreeElectron& seen,
+                       const ZfPhaseShiftRecord& phaseShift);
+
+    /// Expands the wave of `seen` around the origin: A = B = c/2 on `temporary`, from sum of c j_l Y_lm.
+    void ExpandAroundOrigin(ZfFreeElectron& temporary, const ZfVectorFreeElectron& seen,
+                            const ZfPhaseShiftRecord& phaseShift);
+
+    /// Outgoing table of the target, t_l A(l,m).
+    void ApplyPhaseShift(ZfFreeElectron& target, const ZfFreeElectron& temporary,
+                         const ZfPhaseShiftRecord& phaseShift) const;
+
+    bool Exchange(ZfBarnXml& xml);  ///< false without the root
+
+    std::int32_t EWIndex = 0;
+    std::int32_t EWCount = 0;
+    std::int32_t EWStart = 0;
+    std::int32_t StIndex = 0;
+    std::int32_t StCount = 0;
+    std::int32_t StStart = 0;
+    std::int32_t AtIndex = 0;
+    std::int32_t AtCount = 0;
+    std::int32_t AtStart = 0;
+    std::int32_t MuIndex = 0;
+    std::int32_t MuCount = 0;
+    std::int32_t MuStart = 0;
+    std::int32_t Version = 0;          ///< a ZfScatteringMethod
+    std::int32_t lastLevel = 0;        ///< final level of the last expansion
+    std::int32_t currentEmitters = 0;  ///< sources of the last expansion
+    double targetEnergy = 0.0;         ///< eV
+    std::int32_t CurrSize_l_ = 0;      ///< l size of the last expansion
+    double firstGroupKr = 0.0;         ///< k times the first radius of the last expansion
+    bool runFlag = false;
+    double EPS = 0.01;  ///< convergence tolerance of the expansions
+    std::string fileName;
+    std::int32_t MultiScattering = 0;  ///< number of passes
+    std::int32_t atomOrder = 0;        ///< 0 by distance, 1 by depth, other: as in the cluster
+    std::vector<ZfScatteringRecord> ListScatteringData;
+
+private:
+    void ScatterLast(ZfVectorFreeElectron& local, ZfScatteringRecord& record,
+                     const ZfPhaseShiftDocument& phaseShifts, std::int32_t atIndex);
+};
+
+/// Reads a scattered-wave file; one without the root leaves the data as it is.
+void ZfLoadScatteredWave(ZfScatteringData& data, const std::string& path);

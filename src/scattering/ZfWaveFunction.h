@@ -1,0 +1,40 @@
+#pragma once
+
+#include <complex>
+
+#include "scattering/ZfVectorFreeElectron.h"
+
+/// A wave around its own origin, as the spherical expansion samples it.
+class ZfWaveFunction {
+public:
+    ZfWaveFunction() = default;
+    ZfWaveFunction(const ZfWaveFunction&) = default;
+    ZfWaveFunction& operator=(const ZfWaveFunction&) = default;
+    virtual ~ZfWaveFunction() = default;
+
+    virtual void Value(std::complex<double>& result, double r, double theta, double phi) const = 0;
+    virtual double WaveNumber() const = 0;     ///< 1/m
+    virtual double KineticEnergy() const = 0;  ///< eV
+};
+
+/// A list of sources seen as a wave; the list is not owned. All throw ZfError without a list.
+class ZfWaveVectorFreeElectron final : public ZfWaveFunction {
+public:
+    explicit ZfWaveVectorFreeElectron(const ZfVectorFreeElectron* electrons) : list(electrons) {}
+
+    void Value(std::complex<double>& result, double r, double theta, double phi) const override {
+        List().Value(result, r, theta, phi);
+    }
+    double WaveNumber() const override {
+        return CheckedAt(List().electrons, 0).k;
+    }  ///< out-of-range without entries
+    double KineticEnergy() const override { return List().Ek_eV; }
+
+    const ZfVectorFreeElectron* list;
+
+private:
+    const ZfVectorFreeElectron& List() const {
+        if (!list) throw ZfError("pointer is not defined");
+        return *list;
+    }
+};
