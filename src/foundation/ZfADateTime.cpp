@@ -130,7 +130,7 @@ std::int64_t ZfADateTime::DaysBetween(const ZfADateTime& a, const ZfADateTime& b
 }
 
 double ZfADateTime::SecondsBetween(const ZfADateTime& a, const ZfADateTime& b) {
-    const double days = static_cast<double>(DaysBetween(a, b));
+    const auto days = static_cast<double>(DaysBetween(a, b));
     const double timeA =
         a.minute * 60.0 + a.hour * 3600.0 + a.second + a.millisecond * 0.001 + days * 24 * 60 * 60;
     const double timeB = b.minute * 60.0 + b.hour * 3600.0 + b.second + b.millisecond * 0.001;

@@ -96,7 +96,7 @@ void ParseElements(std::string_view text, ZfLDoubleMatrix& matrix) {
                static_cast<signed char>(text[static_cast<std::size_t>(position)]) < 32)
             ++position;
         if (position >= length - 1) break;
-        const std::size_t begin = static_cast<std::size_t>(position);
+        const auto begin = static_cast<std::size_t>(position);
         const std::size_t end = std::min(text.find(',', begin + 1), text.size());
         if (matrix.RowSize == 0 || (count > 0 && stored >= count)) throw ZfError("Too manay data");
         if (count == 0) matrix.Index(matrix.ColBegin, matrix.RowBegin);  // rows without columns: over range
@@ -271,8 +271,8 @@ bool ZfBarnXml::Matrix3D(ZfFloatMatrix3D& matrix, std::string_view format) {
     }
     RawValue("base64", text, "");
     const std::vector<unsigned char> bytes = ZfBinaryDataToText().Decode(text, true, false);
-    const auto room = static_cast<double>(bytes.size() / sizeof(float));
-    if (room < static_cast<double>(shape.ColSize) * shape.RowSize * shape.DepthSize) {
+    const std::size_t room = bytes.size() / sizeof(float);
+    if (static_cast<double>(room) < static_cast<double>(shape.ColSize) * shape.RowSize * shape.DepthSize) {
         matrix = {};
         matrix.Allocate(1, 1, 1);
         *matrix.Data() = 0.0F;

@@ -2,10 +2,11 @@
 
 #include <limits>
 #include <new>
+#include <utility>
 
 #include "foundation/ZfError.h"
 
-ZfBarnFile::ZfBarnFile(const std::string& path, const std::string& mode) : ZfBarnXml(mode), path_(path) {
+ZfBarnFile::ZfBarnFile(std::string path, const std::string& mode) : ZfBarnXml(mode), path_(std::move(path)) {
     if (IsWriting()) {
         file_.reset(std::fopen(path_.c_str(), "w"));
         if (!file_) throw ZfError("Cannot File Open " + path_);

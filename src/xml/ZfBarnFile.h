@@ -10,7 +10,7 @@
 /// that a path that cannot be written fails early.
 class ZfBarnFile final : public ZfBarnXml {
 public:
-    ZfBarnFile(const std::string& path, const std::string& mode);
+    ZfBarnFile(std::string path, const std::string& mode);
     ZfBarnFile(const ZfBarnFile&) = delete;
     ZfBarnFile& operator=(const ZfBarnFile&) = delete;
     /// Writes what has been built, also when an exception passes; a failure to write is not reported.

@@ -2,10 +2,11 @@
 
 #include <QFile>
 #include <QTextStream>
+#include <utility>
 
 #include "foundation/ZfError.h"
 
-ZfQBarnFile::ZfQBarnFile(const QString& path, const QString& mode) : ZfQBarnXml(mode), path_(path) {
+ZfQBarnFile::ZfQBarnFile(QString path, const QString& mode) : ZfQBarnXml(mode), path_(std::move(path)) {
     if (IsWriting()) return;
     statusText = "Loading....";
     status = kLoading;

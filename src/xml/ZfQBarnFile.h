@@ -14,7 +14,7 @@ public:
 /// Mode "w" touches no file until it is saved.
 class ZfQBarnFile final : public ZfQBarnXml {
 public:
-    ZfQBarnFile(const QString& path, const QString& mode);
+    ZfQBarnFile(QString path, const QString& mode);
     ZfQBarnFile(const ZfQBarnFile&) = delete;
     ZfQBarnFile& operator=(const ZfQBarnFile&) = delete;
     /// Saves unless that was done; a failure is not reported.
