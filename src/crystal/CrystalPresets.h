@@ -1,0 +1,7 @@
+#pragma once
+
+#include "crystal/ZfCrystal.h"
+
+/// Adds the ready crystals, built: "Cu" (face-centred cubic) and "Diamond", "Si", "Ge" and "alpha-Sn"
+/// (diamond structure), with their cubic lattice constants at room temperature.
+void AddCrystalPresets(ZfCrystalTable& table);
