@@ -1,6 +1,5 @@
 #include "crystal/ZfParser.h"
 
-#include <array>
 #include <cmath>
 #include <cstdlib>
 #include <ctime>
