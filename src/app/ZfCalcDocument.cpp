@@ -1,5 +1,7 @@
 #include "app/ZfCalcDocument.h"
 
+#include "crystal/CrystalPresets.h"
+
 ZfCalcDocument& ZfCalcDocument::Instance() {
     static ZfCalcDocument* document = nullptr;
     if (!document) document = new ZfCalcDocument;
@@ -7,6 +9,7 @@ ZfCalcDocument& ZfCalcDocument::Instance() {
 }
 
 ZfCalcDocument::ZfCalcDocument() {
+    AddCrystalPresets(crystalPresets);
     scatteringData = std::make_unique<ZfScatteringData>();
     phaseShifts = std::make_unique<ZfPhaseShiftDocument>();
 }

@@ -3,6 +3,7 @@
 #include <memory>
 #include <vector>
 
+#include "crystal/ZfCrystal.h"
 #include "input/ZfCluster.h"
 #include "input/ZfDebye.h"
 #include "input/ZfEmittedWave.h"
@@ -31,6 +32,7 @@ public:
     ZfDocPattern_StereoProjection patternStereo;
     ZfDocPattern_Orthographic patternOrthographic;
     ZfDocPattern_OneDimensional patternOneDimensional;
+    ZfCrystalTable crystalPresets;
     ZfDebye debye;
     ZfFluctuation fluctuation;
 
