@@ -5,7 +5,6 @@
 #include "foundation/ZfError.h"
 #include "scattering/ScattererLists.h"
 #include "scattering/ZfScatteringData.h"
-#include "scattering/ZfSphereExpansion.h"
 #include "xml/ZfBarnFile.h"
 
 namespace {
@@ -173,9 +172,8 @@ void ZfScatteringData::ExpandAroundOrigin(ZfFreeElectron& temporary, const ZfVec
     ConsolePrint("Current N Emitter=%d\n", currentEmitters);
     CurrSize_l_ = phaseShift.scatteringFactors.VectorSize();
     if (CurrSize_l_ <= 0) throw ZfError("Please set CurrSize_l_");
-    seen.PrepareNorms();
 
-    ZfSphereExpansion expansion;
+    ZfSphereExpansion& expansion = expansions_[CurrSize_l_];
     expansion.tolerance = EPS;
     expansion.lSize = CurrSize_l_;
     ZfLmComplexTable table;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -9,6 +10,7 @@
 #include "input/ZfEmittedWave.h"
 #include "input/ZfPhaseShiftDocument.h"
 #include "scattering/ZfScatteringRecord.h"
+#include "scattering/ZfSphereExpansion.h"
 #include "xml/ZfBarnXml.h"
 
 /// The method by which an atom gathers the sources it sees; the values of the command line and of files.
@@ -77,6 +79,8 @@ public:
 private:
     void ScatterLast(ZfVectorFreeElectron& local, ZfScatteringRecord& record,
                      const ZfPhaseShiftDocument& phaseShifts, std::int32_t atIndex);
+
+    std::map<std::int32_t, ZfSphereExpansion> expansions_;  ///< by l size: grids and lattices, built once a run
 };
 
 /// Reads a scattered-wave file; one without the root leaves the data as it is.

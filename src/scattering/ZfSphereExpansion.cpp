@@ -4,34 +4,19 @@
 #include <cmath>
 #include <exception>
 
-#include "foundation/Matrices.h"
 #include "foundation/ZfError.h"
-#include "scattering/SphericalHarmonics.h"
+#include "scattering/SourceKernel.h"
 
 namespace {
 
 constexpr double kParameterArea = 19.739208802178716;  // 2 pi^2: (0, pi) by (0, 2 pi)
 constexpr std::int32_t kFirstComparedLevel = 5;
 
-/// sin(theta) P(l,m)(theta) for every parameter value: with the phi factor below, sin(theta) conj(Y_lm).
-std::vector<ZfLmDoubleTable> ThetaFactors(const std::vector<double>& t, std::int32_t lSize,
-                                          ZfLmDoubleTable& norm) {
-    std::vector<ZfLmDoubleTable> u(t.size());
-    for (std::size_t q = 0; q < t.size(); ++q) {
-        LegendreTable(norm, u[q], lSize, kPi * t[q]);
-        for (double& value : u[q].block) value *= std::sin(kPi * t[q]);
-    }
-    return u;
-}
+/// Waves of use need this level at least, so all levels up to it are sampled in one parallel region.
+constexpr std::int32_t kLevelsAtOnce = 11;
 
-std::vector<ZfLmComplexTable> PhiFactors(const std::vector<double>& t, std::int32_t lSize) {
-    std::vector<ZfLmComplexTable> v(t.size());
-    for (std::size_t q = 0; q < t.size(); ++q) {
-        PhiTable(v[q], lSize, kTwoPi * t[q]);
-        for (std::complex<double>& value : v[q].block) value = std::conj(value);
-    }
-    return v;
-}
+/// Points of a task: enough to pay for its start, few enough to stay in the nearest cache.
+constexpr std::size_t kTaskPoints = 128;
 
 /// Squared norms of a table and of its change against another.
 struct Change {
@@ -50,98 +35,134 @@ Change Compare(const ZfLmComplexTable& before, const ZfLmComplexTable& now) {
 
 }  // namespace
 
-ZfLevelPoints GridPoints(std::int32_t level) {
-    ZfLevelPoints points;
-    const auto add = [&points](std::int32_t a, std::int32_t b) {
-        points.thetaIndex.push_back(a);
-        points.phiIndex.push_back(b);
-    };
-    if (level == 0) {
-        points.t = {0.0};
-        add(0, 0);
-    } else if (level % 2 == 1) {
-        const std::int32_t c = 1 << ((level - 1) / 2);
-        for (std::int32_t i = 0; i < c; ++i) points.t.push_back((2.0 * i + 1.0) / (2.0 * c));
-        for (std::int32_t i = 0; i < c; ++i)
-            for (std::int32_t j = 0; j < c; ++j) add(i, j);
-    } else {
-        const std::int32_t c = 1 << ((level - 2) / 2);
-        for (std::int32_t i = 0; i < 2 * c; ++i) points.t.push_back(static_cast<double>(i) / (2.0 * c));
-        for (std::int32_t i = 1; i < 2 * c; i += 2) {
-            for (std::int32_t j = 0; j < 2 * c; j += 2) {
-                add(i, j);
-                add(j, i);
+/// Sums over phi of the samples of some rows. The result of a row depends on nothing but the row.
+void ZfSphereExpansion::SampleRows(const Task& task, std::vector<double>& scratch) {
+    const ZfExpansionLevel& lattice = lattice_[static_cast<std::size_t>(task.level)];
+    RowSums& sums = sampled_[static_cast<std::size_t>(task.level)];
+    const auto groups = static_cast<std::size_t>(grid.Groups());
+    const std::size_t first = lattice.rows[task.firstRow].firstPoint;
+    const std::size_t count = (task.endRow - task.firstRow) * lattice.rowLength;
+    const std::size_t padded = count + kKernelPadding;
+    if (scratch.size() < 2 * padded + 4 * lattice.stride) scratch.resize(2 * padded + 4 * lattice.stride);
+    double* const re = scratch.data();
+    double* const im = re + padded;
+    double* const azimuth = im + padded;
+    const AzimuthalSums a = {azimuth, azimuth + lattice.stride, azimuth + 2 * lattice.stride,
+                             azimuth + 3 * lattice.stride};
+    const ZfSampleDirections directions = {
+        {lattice.x.data() + first, lattice.y.data() + first, lattice.z.data() + first, count},
+        lattice.theta.data() + first,
+        lattice.phi.data() + first};
+    const auto middle = static_cast<std::size_t>(lSize) - 1;
+
+    for (std::size_t g = 0; g < groups; ++g) {
+        wave->Sample(directions, grid.groupRadius[g], re, im);
+        for (std::size_t row = task.firstRow; row < task.endRow; ++row) {
+            const ZfExpansionLevel::PhiSet& set = lattice.phiSets[lattice.rows[row].phiSet];
+            const std::size_t offset = (row - task.firstRow) * lattice.rowLength;
+            SumAzimuth(re + offset, im + offset, lattice.rowLength, set.cosines.data(), set.sines.data(),
+                       lattice.stride, a);
+            // exp(-i m phi) = cos(m phi) - i sin(m phi)
+            double* const fRe = sums.re.data() + (row * groups + g) * Orders() + middle;
+            double* const fIm = sums.im.data() + (row * groups + g) * Orders() + middle;
+            for (std::ptrdiff_t m = 0; m < lSize; ++m) {
+                fRe[m] = a.cosRe[m] + a.sinIm[m];
+                fIm[m] = a.cosIm[m] - a.sinRe[m];
+                fRe[-m] = a.cosRe[m] - a.sinIm[m];
+                fIm[-m] = a.cosIm[m] + a.sinRe[m];
             }
         }
     }
-    return points;
 }
 
-void ZfSphereExpansion::LevelIntegral(ZfLmComplexTable& result) {
-    const ZfLevelPoints lattice = GridPoints(level);
-    const std::vector<ZfLmDoubleTable> u = ThetaFactors(lattice.t, lSize, legendreNorm);
-    const std::vector<ZfLmComplexTable> v = PhiFactors(lattice.t, lSize);
-    const auto added = static_cast<std::int32_t>(lattice.thetaIndex.size());
-    ZfLComplexMatrix samples(grid.Groups(), added);
-    std::exception_ptr failure;
+void ZfSphereExpansion::SampleLevels(std::int32_t first, std::int32_t last) {
+    std::vector<Task> tasks;
+    for (std::int32_t n = first; n <= last; ++n) {
+        const auto index = static_cast<std::size_t>(n);
+        if (lattice_.size() <= index) lattice_.emplace_back(n, lSize, legendreNorm);
+        const ZfExpansionLevel& lattice = lattice_[index];
+        if (sampled_.size() <= index) sampled_.emplace_back();
+        const std::size_t size = lattice.rows.size() * static_cast<std::size_t>(grid.Groups()) * Orders();
+        sampled_[index].re.resize(size);
+        sampled_[index].im.resize(size);
+        const std::size_t rows = std::max<std::size_t>(kTaskPoints / lattice.rowLength, 1);
+        for (std::size_t row = 0; row < lattice.rows.size(); row += rows)
+            tasks.push_back({n, row, std::min(row + rows, lattice.rows.size())});
+    }
 
-    // Each thread writes the samples of its own points.
-#pragma omp parallel for schedule(static)
-    for (std::int32_t i = 0; i < added; ++i) {
-        try {
-            const auto p = static_cast<std::size_t>(i);
-            const double theta = kPi * lattice.t[static_cast<std::size_t>(lattice.thetaIndex[p])];
-            const double phi = kTwoPi * lattice.t[static_cast<std::size_t>(lattice.phiIndex[p])];
-            for (std::int32_t g = 0; g < grid.Groups(); ++g)
-                wave->Value(samples.At(g, i), grid.groupRadius[static_cast<std::size_t>(g)], theta, phi);
-        } catch (...) {
+    // Each task owns its rows, and sums over phi in the order of the points: the same bits for any number of
+    // threads. Tasks are handed out as threads come free, so that one which is held up holds up no other.
+    std::exception_ptr failure;
+    const auto count = static_cast<std::int64_t>(tasks.size());
+#pragma omp parallel if (count > 1)
+    {
+        std::vector<double> scratch;
+#pragma omp for schedule(dynamic)
+        for (std::int64_t i = 0; i < count; ++i) {
+            try {
+                SampleRows(tasks[static_cast<std::size_t>(i)], scratch);
+            } catch (...) {
 #pragma omp critical
-            failure = std::current_exception();
+                failure = std::current_exception();
+            }
         }
     }
     if (failure) std::rethrow_exception(failure);
+}
 
-    // One thread owns one (l, m) and takes the points in order: the same bits for any number of threads.
-    const auto size = static_cast<std::int32_t>(sum.block.size());
-#pragma omp parallel for schedule(static)
-    for (std::int32_t p = 0; p < size; ++p) {
-        const auto lm = static_cast<std::size_t>(p);
-        const std::int32_t group = grid.lOfIndex.block[lm] / grid.groupSize;
-        double re = 0.0;
-        double im = 0.0;
-        for (std::int32_t i = 0; i < added; ++i) {
-            const auto point = static_cast<std::size_t>(i);
-            const std::complex<double>& e = v[static_cast<std::size_t>(lattice.phiIndex[point])].block[lm];
-            const double factor = u[static_cast<std::size_t>(lattice.thetaIndex[point])].block[lm];
-            const std::complex<double>& w = samples.Data()[std::int64_t{i} * samples.ColSize + group];
-            const double a = e.real() * factor;
-            const double b = e.imag() * factor;
-            re += a * w.real() - b * w.imag();
-            im += a * w.imag() + b * w.real();
+void ZfSphereExpansion::AddRows(const ZfExpansionLevel& lattice, const RowSums& sums) {
+    const auto groups = static_cast<std::size_t>(grid.Groups());
+    const auto middle = static_cast<std::ptrdiff_t>(lSize) - 1;
+    for (std::size_t row = 0; row < lattice.rows.size(); ++row) {
+        const double* const theta = lattice.rows[row].theta.data();
+        for (std::int32_t l = 0; l < lSize; ++l) {
+            const auto g = static_cast<std::size_t>(l / grid.groupSize);
+            const auto start = static_cast<std::ptrdiff_t>((row * groups + g) * Orders()) + middle - l;
+            const double* const fRe = sums.re.data() + start;
+            const double* const fIm = sums.im.data() + start;
+            const std::ptrdiff_t first = std::ptrdiff_t{l} * l;
+            auto* const out = reinterpret_cast<double*>(sum.block.data() + first);
+            for (std::ptrdiff_t i = 0; i <= 2 * std::ptrdiff_t{l}; ++i) {
+                out[2 * i] += theta[first + i] * fRe[i];
+                out[2 * i + 1] += theta[first + i] * fIm[i];
+            }
         }
-        sum.block[lm] += std::complex<double>(re, im);
     }
+}
 
-    points += added;
+void ZfSphereExpansion::LevelIntegral(ZfLmComplexTable& result) {
+    if (level == 0) SampleLevels(0, std::min(kLevelsAtOnce, maxLevel - 1));
+    if (level > kLevelsAtOnce) SampleLevels(level, level);
+    const auto index = static_cast<std::size_t>(level);
+    AddRows(lattice_[index], sampled_[index]);
+    points += static_cast<std::int32_t>(lattice_[index].points);
     result.SetSize(lSize);
     for (std::size_t i = 0; i < sum.block.size(); ++i)
         result.block[i] = sum.block[i] / static_cast<double>(points) * kParameterArea;
 }
 
-void ZfSphereExpansion::Expand(ZfLmComplexTable& result, const ZfWaveFunction& source, double radius) {
-    wave = &source;
-    if (radius == 0.0) throw "r value is illigal";
+void ZfSphereExpansion::Reset() {
     if (grid.lSize != lSize) {
         grid.lSize = lSize;
         grid.rebuild = true;
     }
+    if (latticeSize_ != lSize) {
+        latticeSize_ = lSize;
+        lattice_.clear();
+    }
     grid.BuildGrid();
-    grid.SetWaveNumber(source.WaveNumber());
     sum.SetSize(lSize);
     sum.Zero();
     level = 0;
     points = 0;
     lastError = -1.0;
+}
+
+void ZfSphereExpansion::Expand(ZfLmComplexTable& result, const ZfWaveFunction& source, double radius) {
+    wave = &source;
+    if (radius == 0.0) throw "r value is illigal";
+    Reset();
+    grid.SetWaveNumber(source.WaveNumber());
 
     ZfLmComplexTable rawBefore;
     ZfLmComplexTable raw;

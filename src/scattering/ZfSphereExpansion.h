@@ -6,24 +6,16 @@
 
 #include "input/ZfLmTable.h"
 #include "scattering/ZfExpansionGrid.h"
+#include "scattering/ZfExpansionLevel.h"
 #include "scattering/ZfWaveFunction.h"
-
-/// The points that one level adds: the point (a, b) stands at theta = pi t[a], phi = 2 pi t[b].
-struct ZfLevelPoints {
-    std::vector<double> t;
-    std::vector<std::int32_t> thetaIndex;
-    std::vector<std::int32_t> phiIndex;
-};
-
-/// Nested lattice on the unit square of (theta/pi, phi/2 pi): after level n its 2^n points stand on one
-/// lattice. Even levels end on a square one of spacing 2^(-n/2), odd levels add the centres of its cells.
-ZfLevelPoints GridPoints(std::int32_t level);
 
 /// Expands a wave that is regular around the origin,
 ///     psi(r) = sum_lm c(l,m) j_l(kr) Y_lm,
 /// by projection on the spherical harmonics: quadrature over a sphere for each group of l values, on a nested
 /// grid that doubles its points a level, with a Richardson step from level to level, until two results agree.
 /// The table of c(l,m) is good as long as every source stands outside the spheres.
+///
+/// An object keeps its grid and lattice: one that serves many targets of one l size builds them once.
 class ZfSphereExpansion {
 public:
     /// The level loop. The radius must not be 0, else the bare text "r value is illigal"; it has no other
@@ -44,4 +36,27 @@ public:
     std::int32_t lSize = 1;
     const ZfWaveFunction* wave = nullptr;
     ZfExpansionGrid grid;
+
+private:
+    /// Samples of one level, summed over phi: F(m) for m = -(l size - 1) .. l size - 1, by row and group.
+    struct RowSums {
+        std::vector<double> re;
+        std::vector<double> im;
+    };
+    /// Some rows of one level: what a thread does at once.
+    struct Task {
+        std::int32_t level;
+        std::size_t firstRow;
+        std::size_t endRow;
+    };
+
+    void Reset();
+    void SampleLevels(std::int32_t first, std::int32_t last);
+    void SampleRows(const Task& task, std::vector<double>& scratch);
+    void AddRows(const ZfExpansionLevel& lattice, const RowSums& sums);
+    std::size_t Orders() const { return 2 * static_cast<std::size_t>(lSize) - 1; }
+
+    std::int32_t latticeSize_ = 0;           ///< l size of the lattice
+    std::vector<ZfExpansionLevel> lattice_;  ///< by level
+    std::vector<RowSums> sampled_;           ///< by level, of the wave at hand
 };

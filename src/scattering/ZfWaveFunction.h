@@ -1,8 +1,17 @@
 #pragma once
 
 #include <complex>
+#include <vector>
 
+#include "scattering/SourceKernel.h"
 #include "scattering/ZfVectorFreeElectron.h"
+
+/// Directions of sample points; angles in radians. Padded as the kernels need it.
+struct ZfSampleDirections {
+    KernelDirections unit;
+    const double* theta;
+    const double* phi;
+};
 
 /// A wave around its own origin, as the spherical expansion samples it.
 class ZfWaveFunction {
@@ -15,12 +24,17 @@ public:
     virtual void Value(std::complex<double>& result, double r, double theta, double phi) const = 0;
     virtual double WaveNumber() const = 0;     ///< 1/m
     virtual double KineticEnergy() const = 0;  ///< eV
+
+    /// The wave at many points of one radius; `re` and `im` are padded as the kernels need it. Called from
+    /// several threads at once.
+    virtual void Sample(const ZfSampleDirections& directions, double radius, double* re, double* im) const;
 };
 
-/// A list of sources seen as a wave; the list is not owned. All throw ZfError without a list.
+/// A list of sources seen as a wave; the list is not owned and must stay as it is meanwhile. All operations
+/// throw ZfError without a list.
 class ZfWaveVectorFreeElectron final : public ZfWaveFunction {
 public:
-    explicit ZfWaveVectorFreeElectron(const ZfVectorFreeElectron* electrons) : list(electrons) {}
+    explicit ZfWaveVectorFreeElectron(const ZfVectorFreeElectron* electrons);
 
     void Value(std::complex<double>& result, double r, double theta, double phi) const override {
         List().Value(result, r, theta, phi);
@@ -29,6 +43,7 @@ public:
         return CheckedAt(List().electrons, 0).k;
     }  ///< out-of-range without entries
     double KineticEnergy() const override { return List().Ek_eV; }
+    void Sample(const ZfSampleDirections& directions, double radius, double* re, double* im) const override;
 
     const ZfVectorFreeElectron* list;
 
@@ -37,4 +52,6 @@ private:
         if (!list) throw ZfError("pointer is not defined");
         return *list;
     }
+
+    std::vector<KernelSource> prepared_;  ///< one an entry; L is 0 for those that no kernel serves
 };

@@ -1,0 +1,215 @@
+#include "scattering/SourceKernel.h"
+
+#include <algorithm>
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "scattering/SourceKernel.cpp"
+#include <hwy/foreach_target.h>
+// Behind foreach_target.h, which includes this file once for every instruction set.
+#include <hwy/contrib/math/math-inl.h>
+#include <hwy/highway.h>
+
+HWY_BEFORE_NAMESPACE();
+namespace zf::HWY_NAMESPACE {
+namespace hn = hwy::HWY_NAMESPACE;
+
+using D = hn::CappedTag<double, 8>;
+using V = hn::Vec<D>;
+
+/// Vectors of points that share the broadcast coefficients.
+constexpr std::size_t kUnroll = 2;
+
+/// One vector of points, in units of the distance from the source.
+struct Points {
+    V x, y, z;   // unit vector from the source
+    V inverseX;  // 1 / (k rho)
+    V hRe, hIm;  // h1 of the current l
+    V hReBefore, hImBefore;
+};
+
+HWY_INLINE Points PointsAt(D d, const KernelSource& source, const KernelDirections& u, std::size_t i,
+                           double radius) {
+    const V r = hn::Set(d, radius);
+    const V x = hn::MulSub(r, hn::LoadU(d, u.x + i), hn::Set(d, source.position[0]));
+    const V y = hn::MulSub(r, hn::LoadU(d, u.y + i), hn::Set(d, source.position[1]));
+    const V z = hn::MulSub(r, hn::LoadU(d, u.z + i), hn::Set(d, source.position[2]));
+    const V rho = hn::Sqrt(hn::MulAdd(x, x, hn::MulAdd(y, y, hn::Mul(z, z))));
+    const V inverse = hn::Div(hn::Set(d, 1.0), rho);
+    Points p;
+    p.x = hn::Mul(x, inverse);
+    p.y = hn::Mul(y, inverse);
+    p.z = hn::Mul(z, inverse);
+    const V kr = hn::Mul(rho, hn::Set(d, source.k));
+    p.inverseX = hn::Div(hn::Set(d, 1.0), kr);
+    // h1_0 = exp(ix) / (ix); h1_(-1) = exp(ix) / x starts the recurrence.
+    const V sine = hn::Mul(hn::Sin(d, kr), p.inverseX);
+    const V cosine = hn::Mul(hn::Cos(d, kr), p.inverseX);
+    p.hRe = sine;
+    p.hIm = hn::Neg(cosine);
+    p.hReBefore = cosine;
+    p.hImBefore = sine;
+    return p;
+}
+
+void AddOutgoingWave(const KernelSource& source, const KernelDirections& u, double radius,
+                     double* HWY_RESTRICT re, double* HWY_RESTRICT im) {
+    const D d;
+    const std::size_t lanes = hn::Lanes(d);
+    const double* gammas = HarmonicGammas();
+    const auto n = static_cast<std::size_t>(source.L);
+    // State of the recurrences for every m, one vector a point group: p of the two degrees before, and (x + i
+    // y)^m.
+    HWY_ALIGN double state[2][kLargestKernelL * kUnroll * 8];
+    HWY_ALIGN double powerRe[kLargestKernelL * kUnroll * 8];
+    HWY_ALIGN double powerIm[kLargestKernelL * kUnroll * 8];
+
+    for (std::size_t first = 0; first < u.count; first += kUnroll * lanes) {
+        Points p[kUnroll];
+        V sumRe[kUnroll];
+        V sumIm[kUnroll];
+        for (std::size_t v = 0; v < kUnroll; ++v) {
+            p[v] = PointsAt(d, source, u, first + v * lanes, radius);
+            sumRe[v] = hn::Zero(d);
+            sumIm[v] = hn::Zero(d);
+            V a = hn::Set(d, 1.0);
+            V b = hn::Zero(d);
+            for (std::size_t m = 0; m < n; ++m) {
+                const std::size_t slot = (m * kUnroll + v) * lanes;
+                hn::Store(hn::Zero(d), d, state[0] + slot);
+                hn::Store(hn::Zero(d), d, state[1] + slot);
+                hn::Store(a, d, powerRe + slot);
+                hn::Store(b, d, powerIm + slot);
+                const V next = hn::MulSub(a, p[v].x, hn::Mul(b, p[v].y));
+                b = hn::MulAdd(a, p[v].y, hn::Mul(b, p[v].x));
+                a = next;
+            }
+        }
+        const HarmonicPair* pair = source.pairs.data();
+        const double* gamma = gammas;
+        for (std::size_t l = 0; l < n; ++l) {
+            const double* HWY_RESTRICT before = state[l & 1];
+            double* HWY_RESTRICT now = state[(l & 1) ^ 1];
+            V gRe[kUnroll];
+            V gIm[kUnroll];
+            for (std::size_t v = 0; v < kUnroll; ++v) {
+                gRe[v] = hn::Zero(d);
+                gIm[v] = hn::Zero(d);
+            }
+            for (std::size_t m = 0; m <= l; ++m, ++pair, ++gamma) {
+                const V g = hn::Set(d, *gamma);
+                const V cRe = hn::Set(d, pair->c.real());
+                const V cIm = hn::Set(d, pair->c.imag());
+                const V dRe = hn::Set(d, pair->d.real());
+                const V dIm = hn::Set(d, pair->d.imag());
+                for (std::size_t v = 0; v < kUnroll; ++v) {
+                    const std::size_t slot = (m * kUnroll + v) * lanes;
+                    const V q = m == l ? hn::Set(d, 1.0)
+                                       : hn::NegMulAdd(g, hn::Load(d, now + slot),
+                                                       hn::Mul(p[v].z, hn::Load(d, before + slot)));
+                    hn::Store(q, d, now + slot);
+                    const V qu = hn::Mul(q, hn::Load(d, powerRe + slot));
+                    const V qv = hn::Mul(q, hn::Load(d, powerIm + slot));
+                    gRe[v] = hn::MulAdd(qv, dRe, hn::MulAdd(qu, cRe, gRe[v]));
+                    gIm[v] = hn::MulAdd(qv, dIm, hn::MulAdd(qu, cIm, gIm[v]));
+                }
+            }
+            const V factor = hn::Set(d, 2.0 * static_cast<double>(l) + 1.0);
+            for (std::size_t v = 0; v < kUnroll; ++v) {
+                Points& point = p[v];
+                sumRe[v] = hn::NegMulAdd(point.hIm, gIm[v], hn::MulAdd(point.hRe, gRe[v], sumRe[v]));
+                sumIm[v] = hn::MulAdd(point.hIm, gRe[v], hn::MulAdd(point.hRe, gIm[v], sumIm[v]));
+                const V step = hn::Mul(factor, point.inverseX);
+                const V nextRe = hn::MulSub(step, point.hRe, point.hReBefore);
+                const V nextIm = hn::MulSub(step, point.hIm, point.hImBefore);
+                point.hReBefore = point.hRe;
+                point.hImBefore = point.hIm;
+                point.hRe = nextRe;
+                point.hIm = nextIm;
+            }
+        }
+        for (std::size_t v = 0; v < kUnroll; ++v) {
+            const std::size_t i = first + v * lanes;
+            hn::StoreU(hn::Add(hn::LoadU(d, re + i), sumRe[v]), d, re + i);
+            hn::StoreU(hn::Add(hn::LoadU(d, im + i), sumIm[v]), d, im + i);
+        }
+    }
+}
+
+void AddPlaneWave(double amplitudeRe, double amplitudeIm, const double* q, const double* position,
+                  const KernelDirections& u, double radius, double* HWY_RESTRICT re,
+                  double* HWY_RESTRICT im) {
+    const D d;
+    const V aRe = hn::Set(d, amplitudeRe);
+    const V aIm = hn::Set(d, amplitudeIm);
+    const V offset = hn::Set(d, q[0] * position[0] + q[1] * position[1] + q[2] * position[2]);
+    for (std::size_t i = 0; i < u.count; i += hn::Lanes(d)) {
+        V phase = hn::MulSub(hn::Set(d, radius * q[0]), hn::LoadU(d, u.x + i), offset);
+        phase = hn::MulAdd(hn::Set(d, radius * q[1]), hn::LoadU(d, u.y + i), phase);
+        phase = hn::MulAdd(hn::Set(d, radius * q[2]), hn::LoadU(d, u.z + i), phase);
+        const V c = hn::Cos(d, phase);
+        const V s = hn::Sin(d, phase);
+        hn::StoreU(hn::NegMulAdd(aIm, s, hn::MulAdd(aRe, c, hn::LoadU(d, re + i))), d, re + i);
+        hn::StoreU(hn::MulAdd(aIm, c, hn::MulAdd(aRe, s, hn::LoadU(d, im + i))), d, im + i);
+    }
+}
+
+void SumAzimuth(const double* re, const double* im, std::size_t count, const double* cosines,
+                const double* sines, std::size_t stride, const AzimuthalSums& sums) {
+    const D d;
+    for (std::size_t m = 0; m < stride; m += hn::Lanes(d)) {
+        V cosRe = hn::Zero(d);
+        V cosIm = hn::Zero(d);
+        V sinRe = hn::Zero(d);
+        V sinIm = hn::Zero(d);
+        for (std::size_t k = 0; k < count; ++k) {
+            const V c = hn::LoadU(d, cosines + k * stride + m);
+            const V s = hn::LoadU(d, sines + k * stride + m);
+            const V a = hn::Set(d, re[k]);
+            const V b = hn::Set(d, im[k]);
+            cosRe = hn::MulAdd(a, c, cosRe);
+            cosIm = hn::MulAdd(b, c, cosIm);
+            sinRe = hn::MulAdd(a, s, sinRe);
+            sinIm = hn::MulAdd(b, s, sinIm);
+        }
+        hn::StoreU(cosRe, d, sums.cosRe + m);
+        hn::StoreU(cosIm, d, sums.cosIm + m);
+        hn::StoreU(sinRe, d, sums.sinRe + m);
+        hn::StoreU(sinIm, d, sums.sinIm + m);
+    }
+}
+
+}  // namespace zf::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+
+namespace zf {
+HWY_EXPORT(AddOutgoingWave);
+HWY_EXPORT(AddPlaneWave);
+HWY_EXPORT(SumAzimuth);
+}  // namespace zf
+
+double SmallestKernelX(std::int32_t L) {
+    return std::max(1.0, 0.25 * L);
+}
+
+void AddOutgoingWave(const KernelSource& source, const KernelDirections& directions, double radius,
+                     double* re, double* im) {
+    using namespace zf;
+    HWY_DYNAMIC_DISPATCH(AddOutgoingWave)(source, directions, radius, re, im);
+}
+
+void AddPlaneWave(std::complex<double> amplitude, const double* q, const double* position,
+                  const KernelDirections& directions, double radius, double* re, double* im) {
+    using namespace zf;
+    HWY_DYNAMIC_DISPATCH(AddPlaneWave)
+    (amplitude.real(), amplitude.imag(), q, position, directions, radius, re, im);
+}
+
+void SumAzimuth(const double* re, const double* im, std::size_t count, const double* cosines,
+                const double* sines, std::size_t stride, const AzimuthalSums& sums) {
+    using namespace zf;
+    HWY_DYNAMIC_DISPATCH(SumAzimuth)(re, im, count, cosines, sines, stride, sums);
+}
+
+#endif  // HWY_ONCE
