@@ -6,6 +6,7 @@
 
 #include "foundation/Console.h"
 #include "foundation/ZfError.h"
+#include "scattering/FarFieldKernel.h"
 #include "scattering/SphericalHarmonics.h"
 #include "scattering/ThermalModels.h"
 
@@ -74,47 +75,84 @@ void ZfDocPattern::SetUpRecord(const ZfScatteringData& data, std::int64_t record
     directWave.electrons.resize(std::min<std::size_t>(directWave.electrons.size(), 1));
 }
 
-void ZfDocPattern::PixelDirections(ZfLDoubleMatrix& pixelTheta, ZfLDoubleMatrix& pixelPhi) const {
+ZfDocPattern::PixelDirections ZfDocPattern::Directions() const {
     const double* r = orientation.Data();
-    for (std::int64_t i = 0; i < pixelTheta.Count(); ++i) {
-        if (mapping.pixelWeight.Data()[i] == 0.0) {
-            pixelTheta.Data()[i] = 0.0;
-            pixelPhi.Data()[i] = 0.0;
-            continue;
-        }
+    PixelDirections directions;
+    for (std::int64_t i = 0; i < mapping.pixelWeight.Count(); ++i) {
+        if (mapping.pixelWeight.Data()[i] == 0.0) continue;
         const double dx = mapping.directionX.Data()[i];
         const double dy = mapping.directionY.Data()[i];
         const double dz = mapping.directionZ.Data()[i];
         const double vx = r[0] * dx + r[1] * dy + r[2] * dz;
         const double vy = r[3] * dx + r[4] * dy + r[5] * dz;
         const double vz = r[6] * dx + r[7] * dy + r[8] * dz;
-        pixelTheta.Data()[i] = std::acos(vz / std::sqrt(vx * vx + vy * vy + vz * vz));
-        pixelPhi.Data()[i] = vx == 0.0 && vy == 0.0 ? 0.0 : std::atan2(vy, vx);
+        const double length = std::sqrt(vx * vx + vy * vy + vz * vz);
+        directions.pixel.push_back(static_cast<std::size_t>(i));
+        directions.x.push_back(vx / length);
+        directions.y.push_back(vy / length);
+        directions.z.push_back(vz / length);
+    }
+    for (std::vector<double>* axis : {&directions.x, &directions.y, &directions.z})
+        axis->resize(axis->size() + kKernelPadding, 0.0);
+    return directions;
+}
+
+void ZfDocPattern::AddPixel(std::size_t pixel, std::complex<double> direct, std::complex<double> scattered) {
+    mapping.planes[0].Data()[pixel] += std::norm(direct + scattered);
+    mapping.planes[1].Data()[pixel] += std::norm(direct);
+    mapping.planes[2].Data()[pixel] += std::norm(scattered);
+    mapping.planes[3].Data()[pixel] +=
+        std::norm(std::complex<double>(-direct.imag(), direct.real()) + scattered);
+}
+
+// In both forms a pixel belongs to one thread, and its sum has one order: the same bits for any number of
+// threads.
+
+void ZfDocPattern::AddRecord(ZfNotifyTerminate& notifier, const PixelDirections& directions) {
+    if (lOverride > 0 || !ZfFarField::Serves(scatteredWave)) {
+        AddRecordPixelByPixel(notifier, directions);
+        return;
+    }
+    constexpr std::size_t kBlock = ZfFarField::kBlock;
+    const ZfFarField farField(scatteredWave);
+    const std::size_t pixels = directions.pixel.size();
+    const auto blocks = static_cast<std::int64_t>((pixels + kBlock - 1) / kBlock);
+
+#pragma omp parallel if (blocks > 1)
+    {
+        std::vector<double> scratch;
+        std::array<std::array<double, kBlock + kKernelPadding>, 4> out;
+        const ZfFarField::Amplitudes amplitudes = {out[0].data(), out[1].data(), out[2].data(),
+                                                   out[3].data()};
+#pragma omp for schedule(dynamic)
+        for (std::int64_t b = 0; b < blocks; ++b) {
+            if (notifier.IsTerminated()) continue;
+            const std::size_t first = static_cast<std::size_t>(b) * kBlock;
+            const std::size_t count = std::min(kBlock, pixels - first);
+            farField.Calculate({directions.x.data() + first, directions.y.data() + first,
+                                directions.z.data() + first, count},
+                               scratch, amplitudes);
+            for (std::size_t i = 0; i < count; ++i)
+                AddPixel(directions.pixel[first + i], {out[0][i], out[1][i]}, {out[2][i], out[3][i]});
+        }
     }
 }
 
-void ZfDocPattern::AddRecord(ZfNotifyTerminate& notifier, const ZfLDoubleMatrix& pixelTheta,
-                             const ZfLDoubleMatrix& pixelPhi) {
+/// For tables and clusters beyond what the vector kernels take.
+void ZfDocPattern::AddRecordPixelByPixel(ZfNotifyTerminate& notifier, const PixelDirections& directions) {
     scatteredWave.PrepareNorms();
-    const std::int64_t pixels = pixelTheta.Count();
-    double* const both = mapping.planes[0].Data();
-    double* const direct = mapping.planes[1].Data();
-    double* const scattered = mapping.planes[2].Data();
-    double* const quadrature = mapping.planes[3].Data();
-
-    // A pixel belongs to one thread, and its sum to one order: the same bits for any number of threads.
+    const auto pixels = static_cast<std::int64_t>(directions.pixel.size());
 #pragma omp parallel for schedule(static)
-    for (std::int64_t i = 0; i < pixels; ++i) {
-        if (mapping.pixelWeight.Data()[i] == 0.0 || notifier.IsTerminated()) continue;
+    for (std::int64_t p = 0; p < pixels; ++p) {
+        const auto i = static_cast<std::size_t>(p);
+        if (notifier.IsTerminated()) continue;
         try {
-            const double theta = pixelTheta.Data()[i];
-            const double phi = pixelPhi.Data()[i];
-            const std::complex<double> as = scatteredWave.ScatteredAmplitude(theta, phi, lOverride);
-            const std::complex<double> a0 = scatteredWave.DirectAmplitude(theta, phi);
-            both[i] += std::norm(a0 + as);
-            direct[i] += std::norm(a0);
-            scattered[i] += std::norm(as);
-            quadrature[i] += std::norm(std::complex<double>(-a0.imag(), a0.real()) + as);
+            const double theta = std::acos(directions.z[i]);
+            const double phi = directions.x[i] == 0.0 && directions.y[i] == 0.0
+                                   ? 0.0
+                                   : std::atan2(directions.y[i], directions.x[i]);
+            const std::complex<double> scattered = scatteredWave.ScatteredAmplitude(theta, phi, lOverride);
+            AddPixel(directions.pixel[i], scatteredWave.DirectAmplitude(theta, phi), scattered);
         } catch (...) {  // NOLINT(bugprone-empty-catch): the pixel keeps the sum it had
         }
     }
@@ -123,15 +161,13 @@ void ZfDocPattern::AddRecord(ZfNotifyTerminate& notifier, const ZfLDoubleMatrix&
 void ZfDocPattern::Calculate(ZfNotifyTerminate& notifier, ZfScatteringData& data,
                              const ZfFluctuation& fluctuation, const ZfDebye& debye) {
     PrepareCalculation(data, fluctuation, debye);
-    ZfLDoubleMatrix pixelTheta = mapping.directionX;
-    ZfLDoubleMatrix pixelPhi = mapping.directionX;
-    PixelDirections(pixelTheta, pixelPhi);
+    const PixelDirections directions = Directions();
     for (std::int64_t s = 0; s < activeRecordCount; ++s) {
         if (notifier.IsTerminated()) break;
         ConsoleLine("START: STRUCTURE LOOP=" + std::to_string(s) + "/" + std::to_string(activeRecordCount));
         if (!IsActive(s)) continue;
         SetUpRecord(data, s);
-        AddRecord(notifier, pixelTheta, pixelPhi);
+        AddRecord(notifier, directions);
         ConsoleLine("END: STRUCTURE LOOP=" + std::to_string(s));
     }
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <complex>
 #include <cstdint>
 #include <vector>
 
@@ -59,9 +60,16 @@ protected:
     void SetUpRecord(const ZfScatteringData& data, std::int64_t record);
 
 private:
-    void PixelDirections(ZfLDoubleMatrix& pixelTheta, ZfLDoubleMatrix& pixelPhi) const;
-    void AddRecord(ZfNotifyTerminate& notifier, const ZfLDoubleMatrix& pixelTheta,
-                   const ZfLDoubleMatrix& pixelPhi);
+    /// The pixels inside the map, with their directions in the frame of the cluster; padded for the kernels.
+    struct PixelDirections {
+        std::vector<std::size_t> pixel;  ///< place in a plane
+        std::vector<double> x, y, z;
+    };
+
+    PixelDirections Directions() const;
+    void AddRecord(ZfNotifyTerminate& notifier, const PixelDirections& directions);
+    void AddRecordPixelByPixel(ZfNotifyTerminate& notifier, const PixelDirections& directions);
+    void AddPixel(std::size_t pixel, std::complex<double> direct, std::complex<double> scattered);
 };
 
 struct ZfDocPattern_AzimuthalEquidistant final : ZfDocPattern {
