@@ -129,14 +129,20 @@ TEST_P(Kernels, AgreeWithTheLiteralFarField) {
 
         const Directions directions;
         std::vector<double> scratch;
-        std::vector<std::vector<double>> out(4, std::vector<double>(ZfFarField::kBlock + kKernelPadding));
-        ZfFarField(list).Calculate(directions.Unit(), scratch,
-                                   {out[0].data(), out[1].data(), out[2].data(), out[3].data()});
-        for (std::size_t i = 0; i < directions.count; ++i) {
+        ZfFarField::Amplitudes directs;
+        ZfFarField::Amplitudes scattereds;
+        ZfFarFieldDirections rings;
+        for (std::size_t i = 0; i < directions.count; ++i)
+            rings.Add(i, directions.x[i], directions.y[i], directions.z[i]);
+        rings.OrderIntoRings();
+        ASSERT_EQ(rings.tasks.size(), 1U);
+        ZfFarField(list).Calculate(rings, rings.tasks[0], scratch, directs, scattereds);
+        for (std::size_t n = 0; n < directions.count; ++n) {
+            const std::size_t i = rings.directions[n].index;
             const double theta = directions.theta[i];
             const double phi = directions.phi[i];
-            const std::complex<double> direct(out[0][i], out[1][i]);
-            const std::complex<double> scattered(out[2][i], out[3][i]);
+            const std::complex<double> direct = directs[n];
+            const std::complex<double> scattered = scattereds[n];
             EXPECT_LE(std::abs(direct - list.DirectAmplitude(theta, phi)), 1e-12)
                 << "L " << l << ", direction " << i;
             EXPECT_LE(std::abs(scattered - list.ScatteredAmplitude(theta, phi, 0)), 1e-11)
