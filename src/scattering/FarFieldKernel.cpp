@@ -43,39 +43,47 @@ HWY_INLINE const double* SumOverDegrees(Tag d, std::size_t degrees, const double
     return coefficient;
 }
 
-/// Adds the waves of a pack in one direction to `sum`, kPack real parts and kPack imaginary parts.
-template <bool kDamped>
-HWY_INLINE void AddDirection(Tag d, std::size_t n, const double* HWY_RESTRICT orders,
-                             const double* HWY_RESTRICT powers, const double* HWY_RESTRICT geometry,
-                             const ZfFarFieldDirections::Direction& u, double* HWY_RESTRICT sum) {
-    V re = hn::Zero(d);
-    V im = hn::Zero(d);
-    V re2 = hn::Zero(d);
-    V im2 = hn::Zero(d);
-    for (std::size_t m = 0; m < n; ++m, orders += kValues * kPack) {
-        const V a = hn::Set(d, powers[2 * m]);
-        const V b = hn::Set(d, powers[2 * m + 1]);
-        re = hn::MulAdd(a, hn::LoadU(d, orders), re);
-        im = hn::MulAdd(a, hn::LoadU(d, orders + kPack), im);
-        re2 = hn::MulAdd(b, hn::LoadU(d, orders + 2 * kPack), re2);
-        im2 = hn::MulAdd(b, hn::LoadU(d, orders + 3 * kPack), im2);
+/// Adds the waves of a pack in kCount directions to their sums, kPack real parts and kPack imaginary parts
+/// each. The directions share the loads of the orders.
+template <bool kDamped, std::size_t kCount>
+HWY_INLINE void AddDirections(Tag d, std::size_t n, const double* HWY_RESTRICT orders,
+                              const double* HWY_RESTRICT powers, const double* HWY_RESTRICT geometry,
+                              const ZfFarFieldDirections::Direction* u, double* HWY_RESTRICT sums) {
+    V re[kCount];
+    V im[kCount];
+    for (std::size_t i = 0; i < kCount; ++i) {
+        re[i] = hn::Zero(d);
+        im[i] = hn::Zero(d);
     }
-    re = hn::Add(re, re2);
-    im = hn::Add(im, im2);
-    V kd = hn::Mul(hn::LoadU(d, geometry), hn::Set(d, u.x));
-    kd = hn::MulAdd(hn::LoadU(d, geometry + kPack), hn::Set(d, u.y), kd);
-    kd = hn::MulAdd(hn::LoadU(d, geometry + 2 * kPack), hn::Set(d, u.z), kd);
-    V s;
-    V c;
-    SinCos(d, kd, s, c);
-    if constexpr (kDamped) {
-        const V damping = hn::Exp(
-            d, hn::MulAdd(hn::LoadU(d, geometry + 4 * kPack), kd, hn::LoadU(d, geometry + 3 * kPack)));
-        s = hn::Mul(s, damping);
-        c = hn::Mul(c, damping);
+    for (std::size_t m = 0; m < n; ++m, orders += kValues * kPack, powers += 2) {
+        const V gRe = hn::LoadU(d, orders);
+        const V gIm = hn::LoadU(d, orders + kPack);
+        const V hRe = hn::LoadU(d, orders + 2 * kPack);
+        const V hIm = hn::LoadU(d, orders + 3 * kPack);
+        for (std::size_t i = 0; i < kCount; ++i) {
+            const V a = hn::Set(d, powers[i * 2 * n]);
+            const V b = hn::Set(d, powers[i * 2 * n + 1]);
+            re[i] = hn::MulAdd(b, hRe, hn::MulAdd(a, gRe, re[i]));
+            im[i] = hn::MulAdd(b, hIm, hn::MulAdd(a, gIm, im[i]));
+        }
     }
-    hn::StoreU(hn::MulAdd(re, c, hn::MulAdd(im, s, hn::LoadU(d, sum))), d, sum);
-    hn::StoreU(hn::NegMulAdd(re, s, hn::MulAdd(im, c, hn::LoadU(d, sum + kPack))), d, sum + kPack);
+    for (std::size_t i = 0; i < kCount; ++i, sums += 2 * kPack) {
+        V kd = hn::Mul(hn::LoadU(d, geometry), hn::Set(d, u[i].x));
+        kd = hn::MulAdd(hn::LoadU(d, geometry + kPack), hn::Set(d, u[i].y), kd);
+        kd = hn::MulAdd(hn::LoadU(d, geometry + 2 * kPack), hn::Set(d, u[i].z), kd);
+        V s;
+        V c;
+        SinCos(d, kd, s, c);
+        if constexpr (kDamped) {
+            const V damping = hn::Exp(
+                d, hn::MulAdd(hn::LoadU(d, geometry + 4 * kPack), kd, hn::LoadU(d, geometry + 3 * kPack)));
+            s = hn::Mul(s, damping);
+            c = hn::Mul(c, damping);
+        }
+        hn::StoreU(hn::MulAdd(re[i], c, hn::MulAdd(im[i], s, hn::LoadU(d, sums))), d, sums);
+        hn::StoreU(hn::NegMulAdd(re[i], s, hn::MulAdd(im[i], c, hn::LoadU(d, sums + kPack))), d,
+                   sums + kPack);
+    }
 }
 
 template <bool kDamped>
@@ -102,10 +110,15 @@ HWY_INLINE void AddPack(const ZfFarField::Sources& sources, std::size_t pack,
             }
             for (std::size_t r = 0; r < rings; ++r) {
                 const ZfFarFieldDirections::Segment& segment = tables.segments[first + r];
-                for (std::size_t i = segment.first - firstDirection;
-                     i < segment.first - firstDirection + segment.count; ++i)
-                    AddDirection<kDamped>(d, n, orders + r * ringStride + part, tables.powers + i * 2 * n,
-                                          geometry, tables.directions[i], sums + i * 2 * kPack + part);
+                const std::size_t end = segment.first - firstDirection + segment.count;
+                const double* const ring = orders + r * ringStride + part;
+                std::size_t i = segment.first - firstDirection;
+                for (; i + 4 <= end; i += 4)
+                    AddDirections<kDamped, 4>(d, n, ring, tables.powers + i * 2 * n, geometry,
+                                              tables.directions + i, sums + i * 2 * kPack + part);
+                for (; i < end; ++i)
+                    AddDirections<kDamped, 1>(d, n, ring, tables.powers + i * 2 * n, geometry,
+                                              tables.directions + i, sums + i * 2 * kPack + part);
             }
         }
     }
