@@ -29,17 +29,24 @@ ZfSphericalMapping EmptyMapping(std::int32_t planes, std::int32_t width, std::in
 ZfSphericalMapping Project(const ZfSphericalMappingConvert& converter, std::int32_t planes,
                            std::int32_t width, std::int32_t height) {
     ZfSphericalMapping mapping = EmptyMapping(planes, width, height);
-    for (std::int32_t x = 0; x < width; ++x) {
-        for (std::int32_t y = 0; y < height; ++y) {
+    double* const directionX = mapping.directionX.Data();
+    double* const directionY = mapping.directionY.Data();
+    double* const directionZ = mapping.directionZ.Data();
+    double* const pixelWeight = mapping.pixelWeight.Data();
+    // Each thread writes the pixels of its own rows.
+#pragma omp parallel for schedule(static)
+    for (std::int32_t y = 0; y < height; ++y) {
+        for (std::int32_t x = 0; x < width; ++x) {
+            const std::int64_t i = std::int64_t{y} * width + x;
             double dx = 0.0;
             double dy = 0.0;
             double dz = 0.0;
             double weight = 0.0;
             const bool inside = converter.PixelToDirection(dx, dy, dz, weight, x, y, width, height);
-            mapping.directionX.At(x, y) = inside ? dx : 0.0;
-            mapping.directionY.At(x, y) = inside ? dy : 0.0;
-            mapping.directionZ.At(x, y) = inside ? dz : 0.0;
-            mapping.pixelWeight.At(x, y) = inside ? weight : 0.0;
+            directionX[i] = inside ? dx : 0.0;
+            directionY[i] = inside ? dy : 0.0;
+            directionZ[i] = inside ? dz : 0.0;
+            pixelWeight[i] = inside ? weight : 0.0;
         }
     }
     mapping.name = converter.Name();

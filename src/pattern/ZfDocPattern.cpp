@@ -89,7 +89,7 @@ ZfFarFieldDirections ZfDocPattern::Directions() const {
         const double length = std::sqrt(vx * vx + vy * vy + vz * vz);
         directions.Add(static_cast<std::size_t>(i), vx / length, vy / length, vz / length);
     }
-    directions.OrderIntoRings();
+    directions.Order();
     return directions;
 }
 
@@ -122,9 +122,8 @@ void ZfDocPattern::AddRecord(ZfNotifyTerminate& notifier, const ZfFarFieldDirect
             if (notifier.IsTerminated()) continue;
             const ZfFarFieldDirections::Task& task = directions.tasks[static_cast<std::size_t>(t)];
             farField.Calculate(directions, task, scratch, direct, scattered);
-            const std::size_t first = directions.segments[task.firstSegment].first;
-            const ZfFarFieldDirections::Segment& last = directions.segments[task.endSegment - 1];
-            for (std::size_t i = first; i < last.first + last.count; ++i)
+            const std::size_t first = directions.FirstDirection(task);
+            for (std::size_t i = first; i < directions.EndDirection(task); ++i)
                 AddPixel(directions.directions[i].index, direct[i - first], scattered[i - first]);
         }
     }

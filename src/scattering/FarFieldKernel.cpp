@@ -43,46 +43,84 @@ HWY_INLINE const double* SumOverDegrees(Tag d, std::size_t degrees, const double
     return coefficient;
 }
 
-/// Adds the waves of a pack in kCount directions to their sums, kPack real parts and kPack imaginary parts
-/// each. The directions share the loads of the orders.
+/// Adds the waves of a pack in one direction to `sum`, kPack real parts and kPack imaginary parts.
+template <bool kDamped>
+HWY_INLINE void AddDirection(Tag d, V re, V im, const double* HWY_RESTRICT geometry,
+                             const ZfFarFieldDirections::Direction& u, double* HWY_RESTRICT sum) {
+    V kd = hn::Mul(hn::LoadU(d, geometry), hn::Set(d, u.x));
+    kd = hn::MulAdd(hn::LoadU(d, geometry + kPack), hn::Set(d, u.y), kd);
+    kd = hn::MulAdd(hn::LoadU(d, geometry + 2 * kPack), hn::Set(d, u.z), kd);
+    V s;
+    V c;
+    SinCos(d, kd, s, c);
+    if constexpr (kDamped) {
+        const V damping = hn::Exp(
+            d, hn::MulAdd(hn::LoadU(d, geometry + 4 * kPack), kd, hn::LoadU(d, geometry + 3 * kPack)));
+        s = hn::Mul(s, damping);
+        c = hn::Mul(c, damping);
+    }
+    hn::StoreU(hn::MulAdd(re, c, hn::MulAdd(im, s, hn::LoadU(d, sum))), d, sum);
+    hn::StoreU(hn::NegMulAdd(re, s, hn::MulAdd(im, c, hn::LoadU(d, sum + kPack))), d, sum + kPack);
+}
+
+/// Sums over m for kCount groups of one ring, which share the loads of the orders. With w = |x| + i |y|, the
+/// power m of the mirror images is w^m, its conjugate, and (-1)^m times both.
 template <bool kDamped, std::size_t kCount>
-HWY_INLINE void AddDirections(Tag d, std::size_t n, const double* HWY_RESTRICT orders,
-                              const double* HWY_RESTRICT powers, const double* HWY_RESTRICT geometry,
-                              const ZfFarFieldDirections::Direction* u, double* HWY_RESTRICT sums) {
-    V re[kCount];
-    V im[kCount];
-    for (std::size_t i = 0; i < kCount; ++i) {
-        re[i] = hn::Zero(d);
-        im[i] = hn::Zero(d);
-    }
-    for (std::size_t m = 0; m < n; ++m, orders += kValues * kPack, powers += 2) {
-        const V gRe = hn::LoadU(d, orders);
-        const V gIm = hn::LoadU(d, orders + kPack);
-        const V hRe = hn::LoadU(d, orders + 2 * kPack);
-        const V hIm = hn::LoadU(d, orders + 3 * kPack);
+HWY_INLINE void AddGroups(Tag d, std::size_t n, const double* HWY_RESTRICT orders,
+                          const double* HWY_RESTRICT powers, const double* HWY_RESTRICT geometry,
+                          const ZfFarFieldDirections& all, std::size_t group, double* HWY_RESTRICT sums) {
+    // [parity of m][group]: sums of G Re w^m and of H Im w^m.
+    V gRe[2][kCount];
+    V gIm[2][kCount];
+    V hRe[2][kCount];
+    V hIm[2][kCount];
+    for (std::size_t parity = 0; parity < 2; ++parity) {
         for (std::size_t i = 0; i < kCount; ++i) {
-            const V a = hn::Set(d, powers[i * 2 * n]);
-            const V b = hn::Set(d, powers[i * 2 * n + 1]);
-            re[i] = hn::MulAdd(b, hRe, hn::MulAdd(a, gRe, re[i]));
-            im[i] = hn::MulAdd(b, hIm, hn::MulAdd(a, gIm, im[i]));
+            gRe[parity][i] = gIm[parity][i] = hRe[parity][i] = hIm[parity][i] = hn::Zero(d);
         }
     }
-    for (std::size_t i = 0; i < kCount; ++i, sums += 2 * kPack) {
-        V kd = hn::Mul(hn::LoadU(d, geometry), hn::Set(d, u[i].x));
-        kd = hn::MulAdd(hn::LoadU(d, geometry + kPack), hn::Set(d, u[i].y), kd);
-        kd = hn::MulAdd(hn::LoadU(d, geometry + 2 * kPack), hn::Set(d, u[i].z), kd);
-        V s;
-        V c;
-        SinCos(d, kd, s, c);
-        if constexpr (kDamped) {
-            const V damping = hn::Exp(
-                d, hn::MulAdd(hn::LoadU(d, geometry + 4 * kPack), kd, hn::LoadU(d, geometry + 3 * kPack)));
-            s = hn::Mul(s, damping);
-            c = hn::Mul(c, damping);
+    const auto addOrder = [&](std::size_t m, std::size_t parity) HWY_ATTR {
+        const double* const o = orders + m * kValues * kPack;
+        const V o0 = hn::LoadU(d, o);
+        const V o1 = hn::LoadU(d, o + kPack);
+        const V o2 = hn::LoadU(d, o + 2 * kPack);
+        const V o3 = hn::LoadU(d, o + 3 * kPack);
+        for (std::size_t i = 0; i < kCount; ++i) {
+            const V a = hn::Set(d, powers[(i * n + m) * 2]);
+            const V b = hn::Set(d, powers[(i * n + m) * 2 + 1]);
+            gRe[parity][i] = hn::MulAdd(a, o0, gRe[parity][i]);
+            gIm[parity][i] = hn::MulAdd(a, o1, gIm[parity][i]);
+            hRe[parity][i] = hn::MulAdd(b, o2, hRe[parity][i]);
+            hIm[parity][i] = hn::MulAdd(b, o3, hIm[parity][i]);
         }
-        hn::StoreU(hn::MulAdd(re[i], c, hn::MulAdd(im[i], s, hn::LoadU(d, sums))), d, sums);
-        hn::StoreU(hn::NegMulAdd(re[i], s, hn::MulAdd(im[i], c, hn::LoadU(d, sums + kPack))), d,
-                   sums + kPack);
+    };
+    std::size_t m = 0;
+    for (; m + 2 <= n; m += 2) {
+        addOrder(m, 0);
+        addOrder(m + 1, 1);
+    }
+    if (m < n) addOrder(m, 0);
+
+    for (std::size_t i = 0; i < kCount; ++i) {
+        // By the sign of x: even +- odd orders. The sign of x y turns that of the sines.
+        const V gRePlus = hn::Add(gRe[0][i], gRe[1][i]);
+        const V gImPlus = hn::Add(gIm[0][i], gIm[1][i]);
+        const V hRePlus = hn::Add(hRe[0][i], hRe[1][i]);
+        const V hImPlus = hn::Add(hIm[0][i], hIm[1][i]);
+        const V gReMinus = hn::Sub(gRe[0][i], gRe[1][i]);
+        const V gImMinus = hn::Sub(gIm[0][i], gIm[1][i]);
+        const V hReMinus = hn::Sub(hRe[0][i], hRe[1][i]);
+        const V hImMinus = hn::Sub(hIm[0][i], hIm[1][i]);
+        const ZfFarFieldDirections::Group& members = all.groups[group + i];
+        for (std::size_t k = 0; k < members.count; ++k, sums += 2 * kPack) {
+            const ZfFarFieldDirections::Direction& u = all.directions[members.first + k];
+            const bool left = u.x < 0.0;
+            const bool turned = left != (u.y < 0.0);
+            const V sign = hn::Set(d, turned ? -1.0 : 1.0);
+            const V re = hn::MulAdd(sign, left ? hReMinus : hRePlus, left ? gReMinus : gRePlus);
+            const V im = hn::MulAdd(sign, left ? hImMinus : hImPlus, left ? gImMinus : gImPlus);
+            AddDirection<kDamped>(d, re, im, geometry, u, sums);
+        }
     }
 }
 
@@ -90,18 +128,20 @@ template <bool kDamped>
 HWY_INLINE void AddPack(const ZfFarField::Sources& sources, std::size_t pack,
                         const ZfFarField::Tables& tables, double* orders, double* sums) {
     const Tag d;
+    const ZfFarFieldDirections& all = tables.all;
     const auto n = static_cast<std::size_t>(sources.L);
     const std::size_t pairs = n * (n + 1) / 2;
     const std::size_t ringStride = n * kValues * kPack;
-    const std::size_t firstDirection = tables.segments[0].first;
+    const std::size_t firstGroup = all.segments[tables.task.firstSegment].firstGroup;
+    const std::size_t firstDirection = all.groups[firstGroup].first;
     // A pack may be wider than a vector: its parts are independent.
     for (std::size_t part = 0; part < kPack; part += hn::Lanes(d)) {
         const double* const geometry = sources.geometry.data() + pack * kGeometry * kPack + part;
-        for (std::size_t first = 0; first < tables.segmentCount; first += kRings) {
-            const std::size_t rings = std::min(kRings, tables.segmentCount - first);
+        for (std::size_t first = tables.task.firstSegment; first < tables.task.endSegment; first += kRings) {
+            const std::size_t rings = std::min(kRings, tables.task.endSegment - first);
             const double* theta[kRings];
             for (std::size_t r = 0; r < kRings; ++r)
-                theta[r] = tables.theta + (first + std::min(r, rings - 1)) * pairs;
+                theta[r] = tables.theta + (first - tables.task.firstSegment + std::min(r, rings - 1)) * pairs;
             const double* coefficient = sources.coefficients.data() + pack * pairs * kValues * kPack + part;
             for (std::size_t m = 0; m < n; ++m) {
                 coefficient = SumOverDegrees(d, n - m, coefficient, theta,
@@ -109,16 +149,16 @@ HWY_INLINE void AddPack(const ZfFarField::Sources& sources, std::size_t pack,
                 for (const double*& ring : theta) ring += n - m;
             }
             for (std::size_t r = 0; r < rings; ++r) {
-                const ZfFarFieldDirections::Segment& segment = tables.segments[first + r];
-                const std::size_t end = segment.first - firstDirection + segment.count;
                 const double* const ring = orders + r * ringStride + part;
-                std::size_t i = segment.first - firstDirection;
-                for (; i + 4 <= end; i += 4)
-                    AddDirections<kDamped, 4>(d, n, ring, tables.powers + i * 2 * n, geometry,
-                                              tables.directions + i, sums + i * 2 * kPack + part);
-                for (; i < end; ++i)
-                    AddDirections<kDamped, 1>(d, n, ring, tables.powers + i * 2 * n, geometry,
-                                              tables.directions + i, sums + i * 2 * kPack + part);
+                const std::size_t end = all.segments[first + r].endGroup;
+                std::size_t g = all.segments[first + r].firstGroup;
+                const auto powers = [&] { return tables.powers + (g - firstGroup) * 2 * n; };
+                const auto sum = [&] {
+                    return sums + (all.groups[g].first - firstDirection) * 2 * kPack + part;
+                };
+                for (; g + 2 <= end; g += 2)
+                    AddGroups<kDamped, 2>(d, n, ring, powers(), geometry, all, g, sum());
+                if (g < end) AddGroups<kDamped, 1>(d, n, ring, powers(), geometry, all, g, sum());
             }
         }
     }
@@ -145,8 +185,8 @@ HWY_EXPORT(AddPacks);
 
 namespace {
 
-/// Two z of one ring: the same polar angle, up to the rounding of unit vectors.
-constexpr double kRingTolerance = 1e-15;
+/// Components that are the same up to the rounding of unit vectors.
+constexpr double kSameComponent = 1e-15;
 
 using Direction = ZfFarFieldDirections::Direction;
 
@@ -166,11 +206,13 @@ void FillThetaFactors(std::size_t n, double z, double* out) {
 }
 
 void FillPowers(std::size_t n, const Direction& u, double* out) {
+    const double x = std::abs(u.x);
+    const double y = std::abs(u.y);
     std::complex<double> power = 1.0;
     for (std::size_t m = 0; m < n; ++m) {
         *out++ = power.real();
         *out++ = power.imag();
-        power = {power.real() * u.x - power.imag() * u.y, power.real() * u.y + power.imag() * u.x};
+        power = {power.real() * x - power.imag() * y, power.real() * y + power.imag() * x};
     }
 }
 
@@ -238,13 +280,14 @@ void Sum(const ZfFarField::Sources& sources, const ZfFarFieldDirections& all,
          ZfFarField::Amplitudes& result) {
     constexpr std::size_t kPack = ZfFarField::kPack;
     const auto n = static_cast<std::size_t>(sources.L);
-    const std::size_t first = all.segments[task.firstSegment].first;
-    const ZfFarFieldDirections::Segment& last = all.segments[task.endSegment - 1];
-    const std::size_t count = last.first + last.count - first;
+    const std::size_t first = all.FirstDirection(task);
+    const std::size_t count = all.EndDirection(task) - first;
     const std::size_t segments = task.endSegment - task.firstSegment;
+    const std::size_t firstGroup = all.segments[task.firstSegment].firstGroup;
+    const std::size_t endGroup = all.segments[task.endSegment - 1].endGroup;
 
     const std::size_t thetaSize = segments * Pairs(sources.L);
-    const std::size_t powersSize = count * 2 * n;
+    const std::size_t powersSize = (endGroup - firstGroup) * 2 * n;
     const std::size_t ordersSize = 4 * n * 4 * kPack;
     const std::size_t sumsSize = count * 2 * kPack;
     scratch.assign(thetaSize + powersSize + ordersSize + sumsSize, 0.0);
@@ -253,11 +296,15 @@ void Sum(const ZfFarField::Sources& sources, const ZfFarFieldDirections& all,
     double* const orders = powers + powersSize;
     double* const sums = orders + ordersSize;
 
+    const auto front = [&all](std::size_t group) -> const Direction& {
+        return all.directions[all.groups[group].first];
+    };
     for (std::size_t s = 0; s < segments; ++s)
-        FillThetaFactors(n, all.segments[task.firstSegment + s].z, theta + s * Pairs(sources.L));
-    for (std::size_t i = 0; i < count; ++i) FillPowers(n, all.directions[first + i], powers + i * 2 * n);
-    const ZfFarField::Tables tables = {all.directions.data() + first, all.segments.data() + task.firstSegment,
-                                       segments, theta, powers};
+        FillThetaFactors(n, front(all.segments[task.firstSegment + s].firstGroup).z,
+                         theta + s * Pairs(sources.L));
+    for (std::size_t g = firstGroup; g < endGroup; ++g)
+        FillPowers(n, front(g), powers + (g - firstGroup) * 2 * n);
+    const ZfFarField::Tables tables = {all, task, theta, powers};
     using namespace zf;
     HWY_DYNAMIC_DISPATCH(AddPacks)(sources, tables, orders, sums);
     for (std::size_t i = 0; i < count; ++i) {
@@ -277,26 +324,66 @@ void ZfFarFieldDirections::Add(std::size_t index, double x, double y, double z) 
     directions.push_back({x, y, z, index});
 }
 
-void ZfFarFieldDirections::OrderIntoRings() {
-    std::stable_sort(directions.begin(), directions.end(),
-                     [](const Direction& a, const Direction& b) { return a.z > b.z; });
+/// By z, and on a ring by |x|, so that mirror images stand together; not-a-number stands last.
+void ZfFarFieldDirections::SortDirections() {
+    // Sorted by small keys; the place breaks ties, so that the order is one.
+    using Key = std::pair<double, std::size_t>;
+    std::vector<Key> keys(directions.size());
+    for (std::size_t i = 0; i < keys.size(); ++i)
+        keys[i] = {std::isnan(directions[i].z) ? 2.0 : -directions[i].z, i};
+    std::sort(keys.begin(), keys.end());
+    for (auto ring = keys.begin(); ring != keys.end();) {
+        auto end = ring;
+        while (end != keys.end() && end->first - ring->first < kSameComponent) ++end;
+        std::sort(ring, end, [this](const Key& a, const Key& b) {
+            const double xa = std::abs(directions[a.second].x);
+            const double xb = std::abs(directions[b.second].x);
+            return xa != xb ? xa < xb : a.second < b.second;
+        });
+        ring = end;
+    }
+    std::vector<Direction> ordered(directions.size());
+    std::transform(keys.begin(), keys.end(), ordered.begin(),
+                   [this](const Key& key) { return directions[key.second]; });
+    directions.swap(ordered);
+}
+
+/// Whether a direction is no mirror image of the one before.
+bool ZfFarFieldDirections::StartsGroup(std::size_t direction) const {
+    const Direction& a = directions[groups.back().first];
+    const Direction& b = directions[direction];
+    const bool mirrored = std::abs(std::abs(a.x) - std::abs(b.x)) < kSameComponent &&
+                          std::abs(std::abs(a.y) - std::abs(b.y)) < kSameComponent;
+    return !mirrored || groups.back().count == 4;
+}
+
+void ZfFarFieldDirections::Order() {
+    SortDirections();
+    groups.clear();
     segments.clear();
     tasks.clear();
-    for (std::size_t i = 0; i < directions.size(); ++i) {
-        const bool sameRing = !segments.empty() && segments.back().z - directions[i].z < kRingTolerance;
-        if (!sameRing || segments.back().count == kTaskDirections)
-            segments.push_back({sameRing ? segments.back().z : directions[i].z, i, 0});
-        ++segments.back().count;
-    }
     std::size_t inTask = kTaskDirections;
-    for (std::size_t s = 0; s < segments.size(); ++s) {
-        if (inTask + segments[s].count > kTaskDirections) {
-            tasks.push_back({s, s});
-            inTask = 0;
+    for (std::size_t i = 0; i < directions.size(); ++i) {
+        const bool sameRing =
+            !groups.empty() &&
+            directions[groups[segments.back().firstGroup].first].z - directions[i].z < kSameComponent;
+        if (!sameRing || StartsGroup(i)) {
+            const bool fullTask = inTask + 4 > kTaskDirections;
+            if (fullTask) tasks.push_back({segments.size(), 0});
+            if (fullTask || !sameRing) segments.push_back({groups.size(), 0});
+            if (fullTask) inTask = 0;
+            groups.push_back({i, 0});
+            segments.back().endGroup = groups.size();
+            tasks.back().endSegment = segments.size();
         }
-        tasks.back().endSegment = s + 1;
-        inTask += segments[s].count;
+        ++groups.back().count;
+        ++inTask;
     }
+}
+
+std::size_t ZfFarFieldDirections::EndDirection(const Task& task) const {
+    const Group& last = groups[segments[task.endSegment - 1].endGroup - 1];
+    return last.first + last.count;
 }
 
 bool ZfFarField::Serves(const ZfVectorFreeElectron& list) {

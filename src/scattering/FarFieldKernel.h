@@ -9,20 +9,29 @@
 #include "scattering/HarmonicBasis.h"
 #include "scattering/ZfVectorFreeElectron.h"
 
-/// Directions for a far field, ordered into rings of equal z: on a ring the theta factors of the harmonics
-/// are the same, and only the sum over m is left to each direction.
+/// Directions for a far field, ordered so that the kernels share what is the same. On a ring of equal z the
+/// theta factors are the same, and only the sum over m is left to each direction. The mirror images (+-x,
+/// +-y) of a group share that sum too: its even and odd orders, with cosines and sines, are added with four
+/// different signs.
 class ZfFarFieldDirections {
 public:
-    /// Unit vectors; `index` is the caller's number of each. Directions whose z agree to rounding share a
-    /// ring.
+    /// Unit vectors; `index` is the caller's number of each.
     void Add(std::size_t index, double x, double y, double z);
-    void OrderIntoRings();
+    void Order();
 
-    /// Directions of one ring, at most as many as a task takes.
-    struct Segment {
-        double z;
+    struct Direction {
+        double x, y, z;
+        std::size_t index;
+    };
+    /// Mirror images, by their first direction.
+    struct Group {
         std::size_t first;
         std::size_t count;
+    };
+    /// Groups of one ring.
+    struct Segment {
+        std::size_t firstGroup;
+        std::size_t endGroup;
     };
     /// Segments that one call calculates.
     struct Task {
@@ -31,13 +40,19 @@ public:
     };
     static constexpr std::size_t kTaskDirections = 128;  ///< most directions of a task
 
-    struct Direction {
-        double x, y, z;
-        std::size_t index;
-    };
+    std::size_t FirstDirection(const Task& task) const {
+        return groups[segments[task.firstSegment].firstGroup].first;
+    }
+    std::size_t EndDirection(const Task& task) const;
+
     std::vector<Direction> directions;
+    std::vector<Group> groups;
     std::vector<Segment> segments;
     std::vector<Task> tasks;
+
+private:
+    void SortDirections();
+    bool StartsGroup(std::size_t direction) const;
 };
 
 /// The direct and the scattered far field of a list, as ZfVectorFreeElectron::DirectAmplitude and
@@ -71,13 +86,12 @@ public:
         bool damped = false;
     };
 
-    /// Tables of a task, of its directions and rings alone.
+    /// A task and the tables of its directions alone.
     struct Tables {
-        const ZfFarFieldDirections::Direction* directions;
-        const ZfFarFieldDirections::Segment* segments;
-        std::size_t segmentCount;
+        const ZfFarFieldDirections& all;
+        const ZfFarFieldDirections::Task& task;
         const double* theta;   ///< p_lm of each segment, in the order of the coefficients
-        const double* powers;  ///< real and imaginary part of (x + i y)^m, of each direction
+        const double* powers;  ///< real and imaginary part of (|x| + i |y|)^m, of each group
     };
 
 private:

@@ -43,6 +43,7 @@ struct Directions {
     Directions() {
         for (const double t : {0.0, 1.0, 0.5}) Add(t, 0.0);
         for (const double p : {0.25, 0.5, 0.75}) Add(0.5, p);
+        for (const double p : {0.1, 0.4, 0.6, 0.9, 0.15, 0.35, 0.85}) Add(0.3, p);  // mirror images of a ring
         for (int i = 0; i < 31; ++i) Add(0.5 + 0.5 * Uniform(), 0.5 + 0.5 * Uniform());
         count = theta.size();
         for (std::vector<double>* axis : {&x, &y, &z}) axis->resize(count + kKernelPadding, 0.0);
@@ -134,7 +135,7 @@ TEST_P(Kernels, AgreeWithTheLiteralFarField) {
         ZfFarFieldDirections rings;
         for (std::size_t i = 0; i < directions.count; ++i)
             rings.Add(i, directions.x[i], directions.y[i], directions.z[i]);
-        rings.OrderIntoRings();
+        rings.Order();
         ASSERT_EQ(rings.tasks.size(), 1U);
         ZfFarField(list).Calculate(rings, rings.tasks[0], scratch, directs, scattereds);
         for (std::size_t n = 0; n < directions.count; ++n) {
