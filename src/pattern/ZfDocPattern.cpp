@@ -6,9 +6,9 @@
 
 #include "foundation/Console.h"
 #include "foundation/ZfError.h"
-#include "scattering/FarFieldKernel.h"
 #include "scattering/SphericalHarmonics.h"
 #include "scattering/ThermalModels.h"
+#include "scattering/ZfFarField.h"
 
 namespace {
 

@@ -9,7 +9,7 @@
 #include "input/ZfDebye.h"
 #include "input/ZfFluctuation.h"
 #include "pattern/ZfSphericalMapping.h"
-#include "scattering/FarFieldKernel.h"
+#include "scattering/ZfFarFieldDirections.h"
 #include "scattering/ZfScatteringData.h"
 
 /// One pattern calculation: settings, the map with its planes, and the wave list at work. A subclass fixes

@@ -1,11 +1,6 @@
 #include "scattering/FarFieldKernel.h"
 
 #include <algorithm>
-#include <cmath>
-#include <span>
-
-#include "foundation/Text.h"
-#include "scattering/SourceKernel.h"
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "scattering/FarFieldKernel.cpp"
@@ -16,7 +11,7 @@
 HWY_BEFORE_NAMESPACE();
 namespace zf::HWY_NAMESPACE {
 
-constexpr std::size_t kPack = ZfFarField::kPack;
+constexpr std::size_t kPack = kFarFieldPack;
 constexpr std::size_t kValues = 4;    // Re C, Im C, Re D, Im D
 constexpr std::size_t kGeometry = 5;  // kx, ky, kz, damping, slope
 constexpr std::size_t kRings = 4;     // rings that share the loads of a coefficient
@@ -125,8 +120,8 @@ HWY_INLINE void AddGroups(Tag d, std::size_t n, const double* HWY_RESTRICT order
 }
 
 template <bool kDamped>
-HWY_INLINE void AddPack(const ZfFarField::Sources& sources, std::size_t pack,
-                        const ZfFarField::Tables& tables, double* orders, double* sums) {
+HWY_INLINE void AddPack(const FarFieldSources& sources, std::size_t pack, const FarFieldTables& tables,
+                        double* orders, double* sums) {
     const Tag d;
     const ZfFarFieldDirections& all = tables.all;
     const auto n = static_cast<std::size_t>(sources.L);
@@ -164,8 +159,7 @@ HWY_INLINE void AddPack(const ZfFarField::Sources& sources, std::size_t pack,
     }
 }
 
-void AddPacks(const ZfFarField::Sources& sources, const ZfFarField::Tables& tables, double* orders,
-              double* sums) {
+void AddPacks(const FarFieldSources& sources, const FarFieldTables& tables, double* orders, double* sums) {
     for (std::size_t pack = 0; pack < sources.packs; ++pack) {
         if (sources.damped)
             AddPack<true>(sources, pack, tables, orders, sums);
@@ -183,229 +177,14 @@ namespace zf {
 HWY_EXPORT(AddPacks);
 }  // namespace zf
 
-namespace {
-
-/// Components that are the same up to the rounding of unit vectors.
-constexpr double kSameComponent = 1e-15;
-
-using Direction = ZfFarFieldDirections::Direction;
-
-/// p_lm(z) for m = 0 .. n-1 and l = m .. n-1.
-void FillThetaFactors(std::size_t n, double z, double* out) {
-    const double* const gammas = HarmonicGammas();
-    for (std::size_t m = 0; m < n; ++m) {
-        double before = 0.0;
-        double p = 1.0;
-        for (std::size_t l = m; l < n; ++l) {
-            *out++ = p;
-            const double next = z * p - gammas[(l + 1) * (l + 2) / 2 + m] * before;
-            before = p;
-            p = next;
-        }
-    }
-}
-
-void FillPowers(std::size_t n, const Direction& u, double* out) {
-    const double x = std::abs(u.x);
-    const double y = std::abs(u.y);
-    std::complex<double> power = 1.0;
-    for (std::size_t m = 0; m < n; ++m) {
-        *out++ = power.real();
-        *out++ = power.imag();
-        power = {power.real() * x - power.imag() * y, power.real() * y + power.imag() * x};
-    }
-}
-
-std::size_t Pairs(std::int32_t size) {
-    const auto n = static_cast<std::size_t>(size);
-    return n * (n + 1) / 2;
-}
-
-/// Coefficients of one source: the limit (-i)^(l+1) of h1_l, and a factor of the caller's.
-void PutCoefficients(const ZfFreeElectron& electron, std::int32_t size, double factor, double* out) {
-    const std::vector<HarmonicPair> pairs = HarmonicPairs(electron.A);
-    for (std::int32_t m = 0; m < size; ++m) {
-        for (std::int32_t l = m; l < size; ++l, out += 4 * ZfFarField::kPack) {
-            if (l >= electron.A.L) continue;
-            const HarmonicPair& pair = pairs[static_cast<std::size_t>(l * (l + 1) / 2 + m)];
-            const std::complex<double> c = factor * IPower(l + 1) * pair.c;
-            const std::complex<double> d = factor * IPower(l + 1) * pair.d;
-            out[0] = c.real();
-            out[ZfFarField::kPack] = c.imag();
-            out[2 * ZfFarField::kPack] = d.real();
-            out[3 * ZfFarField::kPack] = d.imag();
-        }
-    }
-}
-
-/// Phase and thermal damping of one source; true if it is damped.
-bool PutGeometry(const ZfFreeElectron& electron, const ZfFreeElectron& emitter, double* out) {
-    const double k = emitter.k;
-    const double* p = electron.position.Data();
-    const double rho = std::sqrt(NormSquared(electron.position));
-    const double u = electron.Uiso + emitter.Uiso;
-    const bool damped = u > 0.0 && rho > 0.0;
-    const double values[] = {k * p[0], k * p[1], k * p[2], damped ? -k * k * u : 0.0,
-                             damped ? k * u / rho : 0.0};
-    for (const double value : values) {
-        *out = value;
-        out += ZfFarField::kPack;
-    }
-    return damped;
-}
-
-ZfFarField::Sources PackSources(std::span<const ZfFreeElectron> electrons, const ZfFreeElectron& emitter,
-                                double dampingPerMetre) {
-    constexpr std::size_t kPack = ZfFarField::kPack;
-    ZfFarField::Sources sources;
-    for (const ZfFreeElectron& electron : electrons) sources.L = std::max(sources.L, electron.A.L);
-    sources.packs = (electrons.size() + kPack - 1) / kPack;
-    const std::size_t packCoefficients = Pairs(sources.L) * 4 * kPack;
-    sources.coefficients.assign(sources.packs * packCoefficients, 0.0);
-    sources.geometry.assign(sources.packs * 5 * kPack, 0.0);
-    for (std::size_t e = 0; e < electrons.size(); ++e) {
-        const double rho = std::sqrt(NormSquared(electrons[e].position));
-        PutCoefficients(electrons[e], sources.L, std::exp(-rho * dampingPerMetre),
-                        sources.coefficients.data() + e / kPack * packCoefficients + e % kPack);
-        const bool damped =
-            PutGeometry(electrons[e], emitter, sources.geometry.data() + e / kPack * 5 * kPack + e % kPack);
-        sources.damped = sources.damped || damped;
-    }
-    return sources;
-}
-
-/// Amplitudes of the directions of a task from one set of sources.
-void Sum(const ZfFarField::Sources& sources, const ZfFarFieldDirections& all,
-         const ZfFarFieldDirections::Task& task, std::vector<double>& scratch,
-         ZfFarField::Amplitudes& result) {
-    constexpr std::size_t kPack = ZfFarField::kPack;
-    const auto n = static_cast<std::size_t>(sources.L);
-    const std::size_t first = all.FirstDirection(task);
-    const std::size_t count = all.EndDirection(task) - first;
-    const std::size_t segments = task.endSegment - task.firstSegment;
-    const std::size_t firstGroup = all.segments[task.firstSegment].firstGroup;
-    const std::size_t endGroup = all.segments[task.endSegment - 1].endGroup;
-
-    const std::size_t thetaSize = segments * Pairs(sources.L);
-    const std::size_t powersSize = (endGroup - firstGroup) * 2 * n;
-    const std::size_t ordersSize = 4 * n * 4 * kPack;
-    const std::size_t sumsSize = count * 2 * kPack;
-    scratch.assign(thetaSize + powersSize + ordersSize + sumsSize, 0.0);
-    double* const theta = scratch.data();
-    double* const powers = theta + thetaSize;
-    double* const orders = powers + powersSize;
-    double* const sums = orders + ordersSize;
-
-    const auto front = [&all](std::size_t group) -> const Direction& {
-        return all.directions[all.groups[group].first];
-    };
-    for (std::size_t s = 0; s < segments; ++s)
-        FillThetaFactors(n, front(all.segments[task.firstSegment + s].firstGroup).z,
-                         theta + s * Pairs(sources.L));
-    for (std::size_t g = firstGroup; g < endGroup; ++g)
-        FillPowers(n, front(g), powers + (g - firstGroup) * 2 * n);
-    const ZfFarField::Tables tables = {all, task, theta, powers};
+void AddFarField(const FarFieldSources& sources, const FarFieldTables& tables, double* orders, double* sums) {
     using namespace zf;
     HWY_DYNAMIC_DISPATCH(AddPacks)(sources, tables, orders, sums);
-    for (std::size_t i = 0; i < count; ++i) {
-        double re = 0.0;
-        double im = 0.0;
-        for (std::size_t lane = 0; lane < kPack; ++lane) {
-            re += sums[i * 2 * kPack + lane];
-            im += sums[i * 2 * kPack + kPack + lane];
-        }
-        result[i] = {re, im};
-    }
 }
 
-}  // namespace
-
-void ZfFarFieldDirections::Add(std::size_t index, double x, double y, double z) {
-    directions.push_back({x, y, z, index});
-}
-
-/// By z, and on a ring by |x|, so that mirror images stand together; not-a-number stands last.
-void ZfFarFieldDirections::SortDirections() {
-    // Sorted by small keys; the place breaks ties, so that the order is one.
-    using Key = std::pair<double, std::size_t>;
-    std::vector<Key> keys(directions.size());
-    for (std::size_t i = 0; i < keys.size(); ++i)
-        keys[i] = {std::isnan(directions[i].z) ? 2.0 : -directions[i].z, i};
-    std::sort(keys.begin(), keys.end());
-    for (auto ring = keys.begin(); ring != keys.end();) {
-        auto end = ring;
-        while (end != keys.end() && end->first - ring->first < kSameComponent) ++end;
-        std::sort(ring, end, [this](const Key& a, const Key& b) {
-            const double xa = std::abs(directions[a.second].x);
-            const double xb = std::abs(directions[b.second].x);
-            return xa != xb ? xa < xb : a.second < b.second;
-        });
-        ring = end;
-    }
-    std::vector<Direction> ordered(directions.size());
-    std::transform(keys.begin(), keys.end(), ordered.begin(),
-                   [this](const Key& key) { return directions[key.second]; });
-    directions.swap(ordered);
-}
-
-/// Whether a direction is no mirror image of the one before.
-bool ZfFarFieldDirections::StartsGroup(std::size_t direction) const {
-    const Direction& a = directions[groups.back().first];
-    const Direction& b = directions[direction];
-    const bool mirrored = std::abs(std::abs(a.x) - std::abs(b.x)) < kSameComponent &&
-                          std::abs(std::abs(a.y) - std::abs(b.y)) < kSameComponent;
-    return !mirrored || groups.back().count == 4;
-}
-
-void ZfFarFieldDirections::Order() {
-    SortDirections();
-    groups.clear();
-    segments.clear();
-    tasks.clear();
-    std::size_t inTask = kTaskDirections;
-    for (std::size_t i = 0; i < directions.size(); ++i) {
-        const bool sameRing =
-            !groups.empty() &&
-            directions[groups[segments.back().firstGroup].first].z - directions[i].z < kSameComponent;
-        if (!sameRing || StartsGroup(i)) {
-            const bool fullTask = inTask + 4 > kTaskDirections;
-            if (fullTask) tasks.push_back({segments.size(), 0});
-            if (fullTask || !sameRing) segments.push_back({groups.size(), 0});
-            if (fullTask) inTask = 0;
-            groups.push_back({i, 0});
-            segments.back().endGroup = groups.size();
-            tasks.back().endSegment = segments.size();
-        }
-        ++groups.back().count;
-        ++inTask;
-    }
-}
-
-std::size_t ZfFarFieldDirections::EndDirection(const Task& task) const {
-    const Group& last = groups[segments[task.endSegment - 1].endGroup - 1];
-    return last.first + last.count;
-}
-
-bool ZfFarField::Serves(const ZfVectorFreeElectron& list) {
-    if (list.electrons.empty() || list.LargestL() > kLargestKernelL) return false;
-    const double k = list.electrons.front().k;
-    return std::all_of(list.electrons.begin(), list.electrons.end(), [k](const ZfFreeElectron& electron) {
-        return k * std::sqrt(NormSquared(electron.position)) <= kLargestKernelPhase;
-    });
-}
-
-ZfFarField::ZfFarField(const ZfVectorFreeElectron& list) {
-    const std::span<const ZfFreeElectron> electrons = list.electrons;
-    const ZfFreeElectron& emitter = electrons.front();
-    direct_ = PackSources(electrons.first(1), emitter, 0.0);
-    scattered_ =
-        PackSources(electrons.subspan(1), emitter, list.meanFreePath > 0.0 ? 2.0 / list.meanFreePath : 0.0);
-}
-
-void ZfFarField::Calculate(const ZfFarFieldDirections& all, const ZfFarFieldDirections::Task& task,
-                           std::vector<double>& scratch, Amplitudes& direct, Amplitudes& scattered) const {
-    Sum(direct_, all, task, scratch, direct);
-    Sum(scattered_, all, task, scratch, scattered);
+std::size_t FarFieldOrdersSize(std::int32_t L) {
+    constexpr std::size_t kRings = zf::HWY_NAMESPACE::kRings;
+    return kRings * static_cast<std::size_t>(L) * zf::HWY_NAMESPACE::kValues * kFarFieldPack;
 }
 
 #endif  // HWY_ONCE

@@ -1,100 +1,39 @@
 #pragma once
 
-#include <array>
-#include <complex>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
 
-#include "scattering/HarmonicBasis.h"
-#include "scattering/ZfVectorFreeElectron.h"
+#include "scattering/ZfFarFieldDirections.h"
 
-/// Directions for a far field, ordered so that the kernels share what is the same. On a ring of equal z the
-/// theta factors are the same, and only the sum over m is left to each direction. The mirror images (+-x,
-/// +-y) of a group share that sum too: its even and odd orders, with cosines and sines, are added with four
-/// different signs.
-class ZfFarFieldDirections {
-public:
-    /// Unit vectors; `index` is the caller's number of each.
-    void Add(std::size_t index, double x, double y, double z);
-    void Order();
+// Vector kernel of the far field: it runs over packs of sources, exists for every instruction set of the
+// machine's family, and the best one is taken at run time. The sum of a direction has one order, whatever the
+// instruction set.
 
-    struct Direction {
-        double x, y, z;
-        std::size_t index;
-    };
-    /// Mirror images, by their first direction.
-    struct Group {
-        std::size_t first;
-        std::size_t count;
-    };
-    /// Groups of one ring.
-    struct Segment {
-        std::size_t firstGroup;
-        std::size_t endGroup;
-    };
-    /// Segments that one call calculates.
-    struct Task {
-        std::size_t firstSegment;
-        std::size_t endSegment;
-    };
-    static constexpr std::size_t kTaskDirections = 128;  ///< most directions of a task
+constexpr std::size_t kFarFieldPack = 8;  ///< sources side by side
 
-    std::size_t FirstDirection(const Task& task) const {
-        return groups[segments[task.firstSegment].firstGroup].first;
-    }
-    std::size_t EndDirection(const Task& task) const;
-
-    std::vector<Direction> directions;
-    std::vector<Group> groups;
-    std::vector<Segment> segments;
-    std::vector<Task> tasks;
-
-private:
-    void SortDirections();
-    bool StartsGroup(std::size_t direction) const;
+/// Sources of one table size, in packs filled up with zeros.
+struct FarFieldSources {
+    std::int32_t L = 0;
+    /// By pack and (m, l), m outermost: kFarFieldPack values each of Re C, Im C, Re D, Im D.
+    std::vector<double> coefficients;
+    /// By pack: kFarFieldPack values each of kx, ky, kz, damping, slope: with kd = kx x + ky y + kz z, the
+    /// wave of a source is multiplied by exp(-i kd) exp(damping + slope kd).
+    std::vector<double> geometry;
+    std::size_t packs = 0;
+    bool damped = false;
 };
 
-/// The direct and the scattered far field of a list, as ZfVectorFreeElectron::DirectAmplitude and
-/// ScatteredAmplitude define them, in many directions at once. The kernels run over packs of sources; the sum
-/// of a direction has one order, whatever the task or the instruction set.
-class ZfFarField {
-public:
-    explicit ZfFarField(const ZfVectorFreeElectron& list);
-
-    /// Whether the tables and distances of a list are within what the kernels take.
-    static bool Serves(const ZfVectorFreeElectron& list);
-
-    using Amplitudes = std::array<std::complex<double>, ZfFarFieldDirections::kTaskDirections>;
-
-    /// Amplitudes in the directions of a task, in their order. `scratch` is the caller's, one a thread, sized
-    /// here.
-    void Calculate(const ZfFarFieldDirections& all, const ZfFarFieldDirections::Task& task,
-                   std::vector<double>& scratch, Amplitudes& direct, Amplitudes& scattered) const;
-
-    static constexpr std::size_t kPack = 8;  ///< sources side by side
-
-    /// Sources of one table size, in packs filled up with zeros.
-    struct Sources {
-        std::int32_t L = 0;
-        /// By pack and (m, l), m outermost: kPack values each of Re C, Im C, Re D, Im D.
-        std::vector<double> coefficients;
-        /// By pack: kPack values each of kx, ky, kz, damping, slope: with kd = kx x + ky y + kz z, the wave
-        /// of a source is multiplied by exp(-i kd) exp(damping + slope kd).
-        std::vector<double> geometry;
-        std::size_t packs = 0;
-        bool damped = false;
-    };
-
-    /// A task and the tables of its directions alone.
-    struct Tables {
-        const ZfFarFieldDirections& all;
-        const ZfFarFieldDirections::Task& task;
-        const double* theta;   ///< p_lm of each segment, in the order of the coefficients
-        const double* powers;  ///< real and imaginary part of (|x| + i |y|)^m, of each group
-    };
-
-private:
-    Sources direct_;
-    Sources scattered_;
+/// A task and the tables of its directions alone.
+struct FarFieldTables {
+    const ZfFarFieldDirections& all;
+    const ZfFarFieldDirections::Task& task;
+    const double* theta;   ///< p_lm of each segment, in the order of the coefficients
+    const double* powers;  ///< real and imaginary part of (|x| + i |y|)^m, of each group
 };
+
+/// Adds the waves of all sources in the directions of a task: for each direction, kFarFieldPack real parts
+/// and as many imaginary parts in `sums`, one a place in the packs. `orders` is scratch for
+/// FarFieldOrdersSize(L) numbers.
+void AddFarField(const FarFieldSources& sources, const FarFieldTables& tables, double* orders, double* sums);
+std::size_t FarFieldOrdersSize(std::int32_t L);

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <random>
 
-#include "scattering/FarFieldKernel.h"
+#include "scattering/ZfFarField.h"
 #include "scattering/ZfWaveFunction.h"
 
 // The vector kernels against the literal evaluation point by point, which ZfFreeElectron and
