@@ -4,7 +4,6 @@
 #include <array>
 #include <cstdio>
 #include <filesystem>
-#include <regex>
 #include <string>
 
 #include "TempFolder.h"
@@ -47,7 +46,9 @@ protected:
         while (const std::size_t n = std::fread(buffer.data(), 1, buffer.size(), pipe))
             outcome.text.append(buffer.data(), n);
         outcome.status = WEXITSTATUS(pclose(pipe));
-        outcome.text = std::regex_replace(outcome.text, std::regex("(time\\(s\\)= )[0-9]+\n$"), "$1T\n");
+        const std::size_t time = outcome.text.find("time(s)= ");
+        if (time != std::string::npos)
+            outcome.text.replace(time + 9, outcome.text.find('\n', time) - time - 9, "T");
         return outcome;
     }
     Outcome Run(const std::string& arguments) const { return Shell("'" + kProgram + "' " + arguments); }
@@ -149,8 +150,8 @@ TEST_F(CommandLine, RunsBothStages) {
     ExpectRun("-C c.xyz -F e.xml_emt -P p.xml_ph -W w.xml_sf -I i.xml_img -I0 i0.xml_img -R 90",
               "anglar_resolution 90\n" + kMulti + "Fluctuation loaded\n" + kPattern + kFinished, 0);
     // Nine pixels, the four corners off the map; the direct wave is 1 (00 00 80 3f) everywhere on it.
-    EXPECT_EQ(folder.Read("i0.xml_img"), Image("AzimuthalEquidistant", "3",
-                                               "00000024AAAAAAAAA+DAAAAAAAAg/AAAA+DAAA4PAAAAAAAAA+DAAAAA"));
+    EXPECT_EQ(folder.Read("i0.xml_img"),
+              Image("AzimuthalEquidistant", "3", "00000024AAAAAAAAA+DAAAAAAAAg/AAAA+DAAA4PAAAAAAAAA+DAAAAA"));
 
     const std::string combined = folder.Read("i.xml_img");
     ExpectRun("-W w.xml_sf -I j.xml_img -R 90",

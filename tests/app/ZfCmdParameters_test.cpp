@@ -4,7 +4,6 @@
 
 #include <vector>
 
-#include "TempFolder.h"
 #include "foundation/ZfError.h"
 
 namespace {
@@ -63,17 +62,4 @@ TEST(ZfCmdParameters, ValuesOfOptions) {
     EXPECT_EQ(FailureOf({"cmd_qvre", "-H", "-M"}), "Mapping method is not correct.");
     EXPECT_EQ(FailureOf({"cmd_qvre", "-MS", "multi"}),
               "Multiple scattering calculation method is not correct.");
-}
-
-TEST(ZfCmdParameters, CheckingAnOutputEmptiesIt) {
-    const TempFolder folder;
-    const std::string name = folder.Write("out", "old");
-    ZfCheckFileWritable(name);
-    EXPECT_EQ(folder.Read("out"), "");
-    try {
-        ZfCheckFileWritable(folder.Path("no/out"));
-        FAIL();
-    } catch (const ZfError& error) {
-        EXPECT_EQ(error.message, "File Cannot Write " + folder.Path("no/out"));
-    }
 }

@@ -85,10 +85,8 @@ TEST(SphericalMapping, OtherMapsAndSizes) {
     ExpectDirection(disc, 80, 50, 0.6, 0, 0.8);
     EXPECT_NEAR(disc.pixelWeight.ValueAt(80, 50), 0.8, 1e-15);
     EXPECT_EQ(disc.pixelWeight.ValueAt(100, 50), 0.0);
-    const ZfSphericalMapping tangent = CreateGnomonicMapping(2, 60.0, 101);
-    ExpectDirection(tangent, 100, 50, std::sqrt(0.75), 0, 0.5);
-    const ZfSphericalMapping stereo = CreateStereographicMapping(2, 90.0, 99);
-    ExpectDirection(stereo, 50, 50, 0, 0, 1);  // its centre is (W + 1)/2
+    ExpectDirection(CreateGnomonicMapping(2, 60.0, 101), 100, 50, std::sqrt(0.75), 0, 0.5);
+    ExpectDirection(CreateStereographicMapping(2, 90.0, 99), 50, 50, 0, 0, 1);  // its centre is (W + 1)/2
     for (const double resolution : {0.0, -1.0, -200.0, 1e-12})
         EXPECT_EQ(FailureOf(resolution), "matrix creation Parameter Error") << resolution;
     EXPECT_EQ(FailureOf(1e-4), "Cannot Get Memory");

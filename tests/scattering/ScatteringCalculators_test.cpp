@@ -166,16 +166,3 @@ TEST(ScatteringCalculators, StopWhenTheNotifierSaysSo) {
     EXPECT_EQ(next[2].A.L, 0);
     EXPECT_FALSE(std::filesystem::exists(run.data.fileName));
 }
-
-TEST(ScatteringCalculators, MakeARecordOfEveryStructureAndWave) {
-    Calculation run(kMulti, ClusterOf({AtomAt("Cu", 0, 0, 0)}));
-    run.cluster.structures.push_back(run.cluster.structures[0]);
-    run.waves.push_back(EmittedSWave());
-    run.waves[1].coeff.At(0, 0) = 7.0;
-    run.Calculate();
-    run.Calculate();  // a second run starts anew
-    ASSERT_EQ(run.data.ListScatteringData.size(), 4U);
-    EXPECT_EQ(run.data.ListScatteringData[1].StIndex, 0);
-    EXPECT_EQ(run.data.ListScatteringData[1].EWIndex, 1);
-    EXPECT_EQ(run.Result(3)[0].A.At(0, 0), 7.0);
-}

@@ -89,29 +89,3 @@ TEST(ScatteringFile, KeepsAllBitsOfTheWavesAndSixDigitsOfThePositions) {
     EXPECT_TRUE(readPlane.IsPlaneWave);
     EXPECT_NEAR(readPlane.planeWaveVector.VectorValueAt(2) / (plane.k / std::sqrt(2.0)), 1.0, 1e-5);
 }
-
-TEST(ScatteringFile, TakesWhatAFileHasAndRefusesATableOfTheWrongLength) {
-    TempFolder folder;
-    ZfScatteringData data;
-    data.Version = 7;
-    ZfLoadScatteredWave(data, folder.Write("other.xml_sf", "<Something><data></data></Something>"));
-    EXPECT_EQ(data.Version, 7);
-    ZfLoadScatteredWave(data,
-                        folder.Write("bare.xml_sf",
-                                     "<QVRE_ScatteringData><data><ListScatteringData><i><NextListScatterer>"
-                                     "<atom_list><i></i></atom_list></NextListScatterer></i>"
-                                     "</ListScatteringData></data></QVRE_ScatteringData>"));
-    EXPECT_EQ(data.Version, 0);
-    EXPECT_EQ(data.EPS, 1.0);
-    ASSERT_EQ(data.ListScatteringData.size(), 1U);
-    EXPECT_EQ(data.ListScatteringData[0].ListScatterer.electrons.at(0).A.L, 0);
-
-    const std::string cut = folder.Write(
-        "cut.xml_sf",
-        "<QVRE_ScatteringData><data><ListScatteringData><i><NextListScatterer><atom_list><i><c><Size_l>2"
-        "</Size_l><base64>00000010AAAAAAAAw/DAAAAAAAAAAAAA</base64></c></i></atom_list></NextListScatterer>"
-        "</i></ListScatteringData></data></QVRE_ScatteringData>");
-    EXPECT_EQ(ErrorOf([&] { ZfLoadScatteredWave(data, cut); }).substr(0, 17), "Invalid Tag Name:");
-    EXPECT_EQ(ErrorOf([&] { ZfLoadScatteredWave(data, folder.Path("none.xml_sf")); }),
-              folder.Path("none.xml_sf") + ": Cannot File Open");
-}

@@ -99,16 +99,3 @@ TEST(SphericalHarmonics, AgreeWithTheStandardLibrary) {
     EXPECT_LT(std::abs(y.At(1, 1) - y11), 1e-15);
     EXPECT_EQ(y.L, 2);
 }
-
-// The parts that the expansion multiplies make up the whole.
-TEST(SphericalHarmonics, AreThetaTimesPhiFactors) {
-    ZfLmDoubleTable norm;
-    ZfLmDoubleTable theta;
-    ZfLmComplexTable phi;
-    ZfLmComplexTable y;
-    LegendreTable(norm, theta, 9, 0.8);
-    PhiTable(phi, 9, 2.1);
-    HarmonicTable(norm, y, 9, 0.8, 2.1);
-    for (std::size_t i = 0; i < y.block.size(); ++i)
-        EXPECT_LT(std::abs(y.block[i] - theta.block[i] * phi.block[i]), 1e-14);
-}

@@ -10,8 +10,6 @@
 
 #include "Sources.h"
 #include "scattering/SphericalHarmonics.h"
-#include "scattering/ZfScatteringData.h"
-#include "scattering/ZfSphericalBessel.h"
 
 namespace {
 
@@ -70,27 +68,6 @@ TEST(GridPoints, AddUpToALatticeLevelByLevel) {
             EXPECT_EQ(b * perSide, std::floor(b * perSide));
         }
     }
-}
-
-// No member of a group may stand near a zero of its Bessel function, where the projection is divided by it.
-TEST(ZfExpansionGrid, ChoosesTheHighestProductOfEachGroup) {
-    ZfExpansionGrid grid;
-    grid.lSize = 1;
-    grid.BuildGrid();
-    EXPECT_EQ(grid.groupKr, (std::vector<double>{0.0}));
-    EXPECT_EQ(grid.besselAtGroup, (std::vector<double>{1.0}));
-
-    grid.lSize = 9;
-    grid.rebuild = true;
-    grid.BuildGrid();
-    grid.SetWaveNumber(2.0);
-    ASSERT_EQ(grid.Groups(), 2);
-    EXPECT_EQ(grid.groupRadius[1], grid.groupKr[1] / 2.0);
-    // The second group is l = 8 alone: the first maximum of j_8, where its derivative vanishes.
-    ZfSphericalBessel bessel;
-    bessel.Calculate(9, grid.groupKr[1]);
-    EXPECT_NEAR(8.0 * bessel.J(7), 9.0 * bessel.J(9), 0.01);
-    EXPECT_EQ(grid.besselAtGroup[8], bessel.J(8));
 }
 
 // exp(ik.(r - R)) = 4 pi sum i^l j_l(kr) Y_lm(r) conj(Y_lm(k)) exp(-ik.R) (Jackson, eq. 16.127).
