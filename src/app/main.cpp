@@ -6,9 +6,10 @@
 
 namespace {
 
-/// Idle threads of the OpenMP runtime spin by default, which on busy cores makes two threads slower than one. The
-/// runtime takes its wait policy from the environment before main, so the program starts itself once more with the
-/// policy set. A policy of the user's stays; where the restart is not possible, the run goes on as it is.
+/// Idle threads of the OpenMP runtime spin by default, which on busy cores makes two threads slower than one.
+/// The runtime takes its wait policy from the environment before main, so the program starts itself once more
+/// with the policy set. A policy of the user's stays; where the restart is not possible, the run goes on as
+/// it is.
 void RestartWithPassiveWaiting(char** argv) {
     if (setenv("OMP_WAIT_POLICY", "passive", 0) == 0) execv("/proc/self/exe", argv);
 }

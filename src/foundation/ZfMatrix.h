@@ -164,7 +164,8 @@ public:
     }
 
     Self& ScaleInPlace(double factor) {
-        for (std::int64_t i = 0; i < Count(); ++i) data_[static_cast<std::size_t>(i)] *= factor;
+        std::transform(Data(), Data() + Count(), Data(),
+                       [factor](const Element& e) { return static_cast<Element>(e * factor); });
         return static_cast<Self&>(*this);
     }
 

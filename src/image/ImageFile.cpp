@@ -1,6 +1,7 @@
 #include <string_view>
 #include <utility>
 
+#include "image/OldImageVersions.h"
 #include "image/ZfDocData.h"
 
 // The image file in its present form, version 5, and its neighbours: version 4 with one image, and version 6,
@@ -111,6 +112,30 @@ void LoadVersion4(ZfBarnXml& xml, ZfDocData& data) {
     xml.CloseRack();
 }
 
+/// False for a version that has no reader.
+bool Load(ZfBarnXml& xml, std::int32_t version, ZfDocData& data) {
+    switch (version) {
+        case 0:
+            LoadVersion0(xml, data);
+            return true;
+        case 2:
+            LoadVersion2(xml, data);
+            return true;
+        case 3:
+            LoadVersion3(xml, data);
+            return true;
+        case 4:
+            LoadVersion4(xml, data);
+            return true;
+        case 5:
+        case 6:
+            ExchangeVersion5(xml, data);
+            return true;
+        default:
+            return false;
+    }
+}
+
 }  // namespace
 
 bool ZfDocData::SaveLoad(ZfBarnXml& xml) {
@@ -122,22 +147,8 @@ bool ZfDocData::SaveLoad(ZfBarnXml& xml) {
     } else {
         std::int32_t storedVersion = 0;
         xml.Int32("version", storedVersion, 0);
-        if (!Load(xml, storedVersion)) return false;
+        if (!Load(xml, storedVersion, *this)) return false;
     }
     xml.CloseRack();
     return true;
-}
-
-bool ZfDocData::Load(ZfBarnXml& xml, std::int32_t storedVersion) {
-    switch (storedVersion) {
-        case 4:
-            LoadVersion4(xml, *this);
-            return true;
-        case 5:
-        case 6:
-            ExchangeVersion5(xml, *this);
-            return true;
-        default:
-            return false;
-    }
 }

@@ -55,7 +55,4 @@ public:
     std::map<float, ZfFloatMatrix3D> voxelSet;  ///< by `Channel`
     InfoValue infoValue;
     InfoString infoString;
-
-private:
-    bool Load(ZfBarnXml& xml, std::int32_t storedVersion);
 };

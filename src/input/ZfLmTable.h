@@ -3,6 +3,7 @@
 #include <complex>
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "foundation/ZfError.h"
@@ -15,24 +16,26 @@
 /// A square table over (l, m): l from 0 to L - 1, m from -l to l, in the order (0,0) (1,-1) (1,0) (1,1)
 /// (2,-2) ..., so the place of an element does not depend on L. New elements are zero.
 ///
-/// A table with `transferable` set is a temporary whose block the one who assigns from it takes over.
+/// A table with `transferable` set is a temporary whose block the one who assigns from it takes over; the
+/// flag itself does not travel.
 template <class Element>
 class ZfLmTable {
 public:
     ZfLmTable() = default;
     explicit ZfLmTable(std::int32_t size) { SetSize(size); }
     ZfLmTable(const ZfLmTable& source) { *this = source; }
-    ZfLmTable(ZfLmTable&& source) noexcept = default;
-    ZfLmTable& operator=(ZfLmTable&& source) noexcept = default;
+    ZfLmTable(ZfLmTable&& source) noexcept { TakeOver(source); }
     ~ZfLmTable() = default;
+
+    ZfLmTable& operator=(ZfLmTable&& source) noexcept {
+        if (this != &source) TakeOver(source);
+        return *this;
+    }
 
     ZfLmTable& operator=(const ZfLmTable& source) {
         if (this == &source) return *this;
         if (source.transferable) {
-            block = std::move(source.block);
-            L = source.L;
-            source.block.clear();
-            source.L = 0;
+            TakeOver(source);
         } else {
             block = source.block;
             L = source.L;
@@ -71,6 +74,13 @@ private:
     /// Far beyond any wave (l size is about k times the radius of an atom); a larger size comes from a bad
     /// file.
     static constexpr std::int32_t kLargestSize = 4096;
+
+    void TakeOver(const ZfLmTable& source) noexcept {
+        block = std::move(source.block);
+        L = source.L;
+        source.block.clear();
+        source.L = 0;
+    }
 };
 
 using ZfLmComplexTable = ZfLmTable<std::complex<double>>;

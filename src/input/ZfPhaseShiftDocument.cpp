@@ -1,5 +1,6 @@
 #include "input/ZfPhaseShiftDocument.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "xml/ZfBarnFile.h"
@@ -28,8 +29,10 @@ std::vector<double> ListOf(const ZfLDoubleMatrix& vector) {
     return {vector.Data(), vector.Data() + vector.VectorSize()};
 }
 
+/// Rows without columns hold nothing, and a bad file may tell any number of them.
 std::vector<std::vector<double>> RowsOf(const ZfLDoubleMatrix& matrix) {
     std::vector<std::vector<double>> rows;
+    if (matrix.ColSize == 0) return rows;
     for (std::int64_t r = 0; r < matrix.RowSize; ++r) {
         const double* row = matrix.Data() + r * matrix.ColSize;
         rows.emplace_back(row, row + matrix.ColSize);

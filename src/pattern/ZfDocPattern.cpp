@@ -75,9 +75,9 @@ void ZfDocPattern::SetUpRecord(const ZfScatteringData& data, std::int64_t record
     directWave.electrons.resize(std::min<std::size_t>(directWave.electrons.size(), 1));
 }
 
-ZfDocPattern::PixelDirections ZfDocPattern::Directions() const {
+ZfFarFieldDirections ZfDocPattern::Directions() const {
     const double* r = orientation.Data();
-    PixelDirections directions;
+    ZfFarFieldDirections directions;
     for (std::int64_t i = 0; i < mapping.pixelWeight.Count(); ++i) {
         if (mapping.pixelWeight.Data()[i] == 0.0) continue;
         const double dx = mapping.directionX.Data()[i];
@@ -87,13 +87,9 @@ ZfDocPattern::PixelDirections ZfDocPattern::Directions() const {
         const double vy = r[3] * dx + r[4] * dy + r[5] * dz;
         const double vz = r[6] * dx + r[7] * dy + r[8] * dz;
         const double length = std::sqrt(vx * vx + vy * vy + vz * vz);
-        directions.pixel.push_back(static_cast<std::size_t>(i));
-        directions.x.push_back(vx / length);
-        directions.y.push_back(vy / length);
-        directions.z.push_back(vz / length);
+        directions.Add(static_cast<std::size_t>(i), vx / length, vy / length, vz / length);
     }
-    for (std::vector<double>* axis : {&directions.x, &directions.y, &directions.z})
-        axis->resize(axis->size() + kKernelPadding, 0.0);
+    directions.OrderIntoRings();
     return directions;
 }
 
@@ -108,51 +104,46 @@ void ZfDocPattern::AddPixel(std::size_t pixel, std::complex<double> direct, std:
 // In both forms a pixel belongs to one thread, and its sum has one order: the same bits for any number of
 // threads.
 
-void ZfDocPattern::AddRecord(ZfNotifyTerminate& notifier, const PixelDirections& directions) {
+void ZfDocPattern::AddRecord(ZfNotifyTerminate& notifier, const ZfFarFieldDirections& directions) {
     if (lOverride > 0 || !ZfFarField::Serves(scatteredWave)) {
         AddRecordPixelByPixel(notifier, directions);
         return;
     }
-    constexpr std::size_t kBlock = ZfFarField::kBlock;
     const ZfFarField farField(scatteredWave);
-    const std::size_t pixels = directions.pixel.size();
-    const auto blocks = static_cast<std::int64_t>((pixels + kBlock - 1) / kBlock);
+    const auto tasks = static_cast<std::int64_t>(directions.tasks.size());
 
-#pragma omp parallel if (blocks > 1)
+#pragma omp parallel if (tasks > 1)
     {
         std::vector<double> scratch;
-        std::array<std::array<double, kBlock + kKernelPadding>, 4> out;
-        const ZfFarField::Amplitudes amplitudes = {out[0].data(), out[1].data(), out[2].data(),
-                                                   out[3].data()};
+        ZfFarField::Amplitudes direct;
+        ZfFarField::Amplitudes scattered;
 #pragma omp for schedule(dynamic)
-        for (std::int64_t b = 0; b < blocks; ++b) {
+        for (std::int64_t t = 0; t < tasks; ++t) {
             if (notifier.IsTerminated()) continue;
-            const std::size_t first = static_cast<std::size_t>(b) * kBlock;
-            const std::size_t count = std::min(kBlock, pixels - first);
-            farField.Calculate({directions.x.data() + first, directions.y.data() + first,
-                                directions.z.data() + first, count},
-                               scratch, amplitudes);
-            for (std::size_t i = 0; i < count; ++i)
-                AddPixel(directions.pixel[first + i], {out[0][i], out[1][i]}, {out[2][i], out[3][i]});
+            const ZfFarFieldDirections::Task& task = directions.tasks[static_cast<std::size_t>(t)];
+            farField.Calculate(directions, task, scratch, direct, scattered);
+            const std::size_t first = directions.segments[task.firstSegment].first;
+            const ZfFarFieldDirections::Segment& last = directions.segments[task.endSegment - 1];
+            for (std::size_t i = first; i < last.first + last.count; ++i)
+                AddPixel(directions.directions[i].index, direct[i - first], scattered[i - first]);
         }
     }
 }
 
 /// For tables and clusters beyond what the vector kernels take.
-void ZfDocPattern::AddRecordPixelByPixel(ZfNotifyTerminate& notifier, const PixelDirections& directions) {
+void ZfDocPattern::AddRecordPixelByPixel(ZfNotifyTerminate& notifier,
+                                         const ZfFarFieldDirections& directions) {
     scatteredWave.PrepareNorms();
-    const auto pixels = static_cast<std::int64_t>(directions.pixel.size());
+    const auto pixels = static_cast<std::int64_t>(directions.directions.size());
 #pragma omp parallel for schedule(static)
-    for (std::int64_t p = 0; p < pixels; ++p) {
-        const auto i = static_cast<std::size_t>(p);
+    for (std::int64_t i = 0; i < pixels; ++i) {
         if (notifier.IsTerminated()) continue;
+        const ZfFarFieldDirections::Direction& u = directions.directions[static_cast<std::size_t>(i)];
         try {
-            const double theta = std::acos(directions.z[i]);
-            const double phi = directions.x[i] == 0.0 && directions.y[i] == 0.0
-                                   ? 0.0
-                                   : std::atan2(directions.y[i], directions.x[i]);
+            const double theta = std::acos(u.z);
+            const double phi = u.x == 0.0 && u.y == 0.0 ? 0.0 : std::atan2(u.y, u.x);
             const std::complex<double> scattered = scatteredWave.ScatteredAmplitude(theta, phi, lOverride);
-            AddPixel(directions.pixel[i], scatteredWave.DirectAmplitude(theta, phi), scattered);
+            AddPixel(u.index, scatteredWave.DirectAmplitude(theta, phi), scattered);
         } catch (...) {  // NOLINT(bugprone-empty-catch): the pixel keeps the sum it had
         }
     }
@@ -161,7 +152,7 @@ void ZfDocPattern::AddRecordPixelByPixel(ZfNotifyTerminate& notifier, const Pixe
 void ZfDocPattern::Calculate(ZfNotifyTerminate& notifier, ZfScatteringData& data,
                              const ZfFluctuation& fluctuation, const ZfDebye& debye) {
     PrepareCalculation(data, fluctuation, debye);
-    const PixelDirections directions = Directions();
+    const ZfFarFieldDirections directions = Directions();
     for (std::int64_t s = 0; s < activeRecordCount; ++s) {
         if (notifier.IsTerminated()) break;
         ConsoleLine("START: STRUCTURE LOOP=" + std::to_string(s) + "/" + std::to_string(activeRecordCount));

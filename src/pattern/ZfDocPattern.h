@@ -9,6 +9,7 @@
 #include "input/ZfDebye.h"
 #include "input/ZfFluctuation.h"
 #include "pattern/ZfSphericalMapping.h"
+#include "scattering/FarFieldKernel.h"
 #include "scattering/ZfScatteringData.h"
 
 /// One pattern calculation: settings, the map with its planes, and the wave list at work. A subclass fixes
@@ -60,15 +61,10 @@ protected:
     void SetUpRecord(const ZfScatteringData& data, std::int64_t record);
 
 private:
-    /// The pixels inside the map, with their directions in the frame of the cluster; padded for the kernels.
-    struct PixelDirections {
-        std::vector<std::size_t> pixel;  ///< place in a plane
-        std::vector<double> x, y, z;
-    };
-
-    PixelDirections Directions() const;
-    void AddRecord(ZfNotifyTerminate& notifier, const PixelDirections& directions);
-    void AddRecordPixelByPixel(ZfNotifyTerminate& notifier, const PixelDirections& directions);
+    /// Of the pixels inside the map, in the frame of the cluster; the index is the place in a plane.
+    ZfFarFieldDirections Directions() const;
+    void AddRecord(ZfNotifyTerminate& notifier, const ZfFarFieldDirections& directions);
+    void AddRecordPixelByPixel(ZfNotifyTerminate& notifier, const ZfFarFieldDirections& directions);
     void AddPixel(std::size_t pixel, std::complex<double> direct, std::complex<double> scattered);
 };
 

@@ -2,134 +2,135 @@
 
 #include <algorithm>
 #include <cmath>
+#include <span>
 
 #include "foundation/Text.h"
+#include "scattering/SourceKernel.h"
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "scattering/FarFieldKernel.cpp"
 #include <hwy/foreach_target.h>
 // Behind foreach_target.h, which includes this file once for every instruction set.
-#include <hwy/contrib/math/math-inl.h>
-#include <hwy/highway.h>
+#include "scattering/VectorMath-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace zf::HWY_NAMESPACE {
-namespace hn = hwy::HWY_NAMESPACE;
 
-using FarTag = hn::CappedTag<double, 8>;
-using FarVector = hn::Vec<FarTag>;
+constexpr std::size_t kPack = ZfFarField::kPack;
+constexpr std::size_t kValues = 4;    // Re C, Im C, Re D, Im D
+constexpr std::size_t kGeometry = 5;  // kx, ky, kz, damping, slope
+constexpr std::size_t kRings = 4;     // rings that share the loads of a coefficient
 
-constexpr std::size_t kSources = ZfFarField::kTileSources;
-
-/// Vectors of directions in the inner product: as many as the registers hold with the sums of a tile.
-constexpr std::size_t kVectors = HWY_TARGET <= HWY_AVX3 ? 2 : 1;
-
-/// The real functions p_lm u_m and p_lm v_m of each direction, at [function * kBlock + direction].
-void FarHarmonics(std::size_t n, const KernelDirections& u, double* HWY_RESTRICT basis) {
-    const FarTag d;
-    const std::size_t lanes = hn::Lanes(d);
-    HWY_ALIGN double state[2][kLargestKernelL * 8];
-    HWY_ALIGN double powerRe[kLargestKernelL * 8];
-    HWY_ALIGN double powerIm[kLargestKernelL * 8];
-    for (std::size_t i = 0; i < u.count; i += lanes) {
-        const FarVector x = hn::LoadU(d, u.x + i);
-        const FarVector y = hn::LoadU(d, u.y + i);
-        const FarVector z = hn::LoadU(d, u.z + i);
-        FarVector a = hn::Set(d, 1.0);
-        FarVector b = hn::Zero(d);
-        for (std::size_t m = 0; m < n; ++m) {
-            hn::Store(hn::Zero(d), d, state[0] + m * lanes);
-            hn::Store(hn::Zero(d), d, state[1] + m * lanes);
-            hn::Store(a, d, powerRe + m * lanes);
-            hn::Store(b, d, powerIm + m * lanes);
-            const FarVector next = hn::MulSub(a, x, hn::Mul(b, y));
-            b = hn::MulAdd(a, y, hn::Mul(b, x));
-            a = next;
+/// Sums over l for up to kRings rings and one m: G = sum of C p, H = sum of D p. Returns the coefficients
+/// behind.
+HWY_INLINE const double* SumOverDegrees(Tag d, std::size_t degrees, const double* HWY_RESTRICT coefficient,
+                                        const double* const* theta, double* HWY_RESTRICT out,
+                                        std::size_t outStride) {
+    V sum[kRings][kValues];
+    for (auto& ring : sum)
+        for (V& value : ring) value = hn::Zero(d);
+    for (std::size_t i = 0; i < degrees; ++i) {
+        V c[kValues];
+        for (std::size_t v = 0; v < kValues; ++v) c[v] = hn::LoadU(d, coefficient + v * kPack);
+        for (std::size_t r = 0; r < kRings; ++r) {
+            const V p = hn::Set(d, theta[r][i]);
+            for (std::size_t v = 0; v < kValues; ++v) sum[r][v] = hn::MulAdd(c[v], p, sum[r][v]);
         }
-        const double* gamma = HarmonicGammas();
-        double* out = basis + i;
-        for (std::size_t l = 0; l < n; ++l) {
-            const double* before = state[l & 1];
-            double* now = state[(l & 1) ^ 1];
-            for (std::size_t m = 0; m <= l; ++m, ++gamma) {
-                const FarVector q = m == l ? hn::Set(d, 1.0)
-                                           : hn::NegMulAdd(hn::Set(d, *gamma), hn::Load(d, now + m * lanes),
-                                                           hn::Mul(z, hn::Load(d, before + m * lanes)));
-                hn::Store(q, d, now + m * lanes);
-                hn::StoreU(hn::Mul(q, hn::Load(d, powerRe + m * lanes)), d, out);
-                out += ZfFarField::kBlock;
-                if (m == 0) continue;
-                hn::StoreU(hn::Mul(q, hn::Load(d, powerIm + m * lanes)), d, out);
-                out += ZfFarField::kBlock;
+        coefficient += kValues * kPack;
+    }
+    for (std::size_t r = 0; r < kRings; ++r)
+        for (std::size_t v = 0; v < kValues; ++v) hn::StoreU(sum[r][v], d, out + r * outStride + v * kPack);
+    return coefficient;
+}
+
+/// Adds the waves of a pack in kCount directions to their sums, kPack real parts and kPack imaginary parts
+/// each. The directions share the loads of the orders.
+template <bool kDamped, std::size_t kCount>
+HWY_INLINE void AddDirections(Tag d, std::size_t n, const double* HWY_RESTRICT orders,
+                              const double* HWY_RESTRICT powers, const double* HWY_RESTRICT geometry,
+                              const ZfFarFieldDirections::Direction* u, double* HWY_RESTRICT sums) {
+    V re[kCount];
+    V im[kCount];
+    for (std::size_t i = 0; i < kCount; ++i) {
+        re[i] = hn::Zero(d);
+        im[i] = hn::Zero(d);
+    }
+    for (std::size_t m = 0; m < n; ++m, orders += kValues * kPack, powers += 2) {
+        const V gRe = hn::LoadU(d, orders);
+        const V gIm = hn::LoadU(d, orders + kPack);
+        const V hRe = hn::LoadU(d, orders + 2 * kPack);
+        const V hIm = hn::LoadU(d, orders + 3 * kPack);
+        for (std::size_t i = 0; i < kCount; ++i) {
+            const V a = hn::Set(d, powers[i * 2 * n]);
+            const V b = hn::Set(d, powers[i * 2 * n + 1]);
+            re[i] = hn::MulAdd(b, hRe, hn::MulAdd(a, gRe, re[i]));
+            im[i] = hn::MulAdd(b, hIm, hn::MulAdd(a, gIm, im[i]));
+        }
+    }
+    for (std::size_t i = 0; i < kCount; ++i, sums += 2 * kPack) {
+        V kd = hn::Mul(hn::LoadU(d, geometry), hn::Set(d, u[i].x));
+        kd = hn::MulAdd(hn::LoadU(d, geometry + kPack), hn::Set(d, u[i].y), kd);
+        kd = hn::MulAdd(hn::LoadU(d, geometry + 2 * kPack), hn::Set(d, u[i].z), kd);
+        V s;
+        V c;
+        SinCos(d, kd, s, c);
+        if constexpr (kDamped) {
+            const V damping = hn::Exp(
+                d, hn::MulAdd(hn::LoadU(d, geometry + 4 * kPack), kd, hn::LoadU(d, geometry + 3 * kPack)));
+            s = hn::Mul(s, damping);
+            c = hn::Mul(c, damping);
+        }
+        hn::StoreU(hn::MulAdd(re[i], c, hn::MulAdd(im[i], s, hn::LoadU(d, sums))), d, sums);
+        hn::StoreU(hn::NegMulAdd(re[i], s, hn::MulAdd(im[i], c, hn::LoadU(d, sums + kPack))), d,
+                   sums + kPack);
+    }
+}
+
+template <bool kDamped>
+HWY_INLINE void AddPack(const ZfFarField::Sources& sources, std::size_t pack,
+                        const ZfFarField::Tables& tables, double* orders, double* sums) {
+    const Tag d;
+    const auto n = static_cast<std::size_t>(sources.L);
+    const std::size_t pairs = n * (n + 1) / 2;
+    const std::size_t ringStride = n * kValues * kPack;
+    const std::size_t firstDirection = tables.segments[0].first;
+    // A pack may be wider than a vector: its parts are independent.
+    for (std::size_t part = 0; part < kPack; part += hn::Lanes(d)) {
+        const double* const geometry = sources.geometry.data() + pack * kGeometry * kPack + part;
+        for (std::size_t first = 0; first < tables.segmentCount; first += kRings) {
+            const std::size_t rings = std::min(kRings, tables.segmentCount - first);
+            const double* theta[kRings];
+            for (std::size_t r = 0; r < kRings; ++r)
+                theta[r] = tables.theta + (first + std::min(r, rings - 1)) * pairs;
+            const double* coefficient = sources.coefficients.data() + pack * pairs * kValues * kPack + part;
+            for (std::size_t m = 0; m < n; ++m) {
+                coefficient = SumOverDegrees(d, n - m, coefficient, theta,
+                                             orders + m * kValues * kPack + part, ringStride);
+                for (const double*& ring : theta) ring += n - m;
+            }
+            for (std::size_t r = 0; r < rings; ++r) {
+                const ZfFarFieldDirections::Segment& segment = tables.segments[first + r];
+                const std::size_t end = segment.first - firstDirection + segment.count;
+                const double* const ring = orders + r * ringStride + part;
+                std::size_t i = segment.first - firstDirection;
+                for (; i + 4 <= end; i += 4)
+                    AddDirections<kDamped, 4>(d, n, ring, tables.powers + i * 2 * n, geometry,
+                                              tables.directions + i, sums + i * 2 * kPack + part);
+                for (; i < end; ++i)
+                    AddDirections<kDamped, 1>(d, n, ring, tables.powers + i * 2 * n, geometry,
+                                              tables.directions + i, sums + i * 2 * kPack + part);
             }
         }
     }
 }
 
-/// Adds S exp(-i kd) exp(damping + slope kd).
-HWY_INLINE void AddSource(FarTag d, const ZfFarField::Geometry& g, const KernelDirections& u, std::size_t i,
-                          FarVector sRe, FarVector sIm, FarVector& re, FarVector& im) {
-    FarVector kd = hn::Mul(hn::Set(d, g.kx), hn::LoadU(d, u.x + i));
-    kd = hn::MulAdd(hn::Set(d, g.ky), hn::LoadU(d, u.y + i), kd);
-    kd = hn::MulAdd(hn::Set(d, g.kz), hn::LoadU(d, u.z + i), kd);
-    FarVector c = hn::Cos(d, kd);
-    FarVector s = hn::Sin(d, kd);
-    if (g.damping != 0.0) {
-        const FarVector damping = hn::Exp(d, hn::MulAdd(hn::Set(d, g.slope), kd, hn::Set(d, g.damping)));
-        c = hn::Mul(c, damping);
-        s = hn::Mul(s, damping);
-    }
-    re = hn::Add(re, hn::MulAdd(sRe, c, hn::Mul(sIm, s)));
-    im = hn::Add(im, hn::MulSub(sIm, c, hn::Mul(sRe, s)));
-}
-
-void FarAmplitudes(std::size_t functions, const ZfFarField::Sources& sources,
-                   const double* HWY_RESTRICT basis, const KernelDirections& u, double* HWY_RESTRICT re,
-                   double* HWY_RESTRICT im) {
-    const FarTag d;
-    const std::size_t lanes = hn::Lanes(d);
-    for (std::size_t i = 0; i < u.count; i += lanes) {
-        hn::StoreU(hn::Zero(d), d, re + i);
-        hn::StoreU(hn::Zero(d), d, im + i);
-    }
-    for (std::size_t first = 0; first < sources.geometry.size(); first += kSources) {
-        const double* const tile = sources.coefficients.data() + first * functions * 2;
-        const std::size_t present = std::min(kSources, sources.geometry.size() - first);
-        for (std::size_t i = 0; i < u.count; i += kVectors * lanes) {
-            FarVector sRe[kSources][kVectors];
-            FarVector sIm[kSources][kVectors];
-            for (std::size_t s = 0; s < kSources; ++s) {
-                for (std::size_t v = 0; v < kVectors; ++v) {
-                    sRe[s][v] = hn::Zero(d);
-                    sIm[s][v] = hn::Zero(d);
-                }
-            }
-            const double* HWY_RESTRICT coefficient = tile;
-            const double* HWY_RESTRICT harmonic = basis + i;
-            for (std::size_t j = 0; j < functions; ++j) {
-                FarVector h[kVectors];
-                for (std::size_t v = 0; v < kVectors; ++v) h[v] = hn::LoadU(d, harmonic + v * lanes);
-                for (std::size_t s = 0; s < kSources; ++s) {
-                    const FarVector cRe = hn::Set(d, coefficient[2 * s]);
-                    const FarVector cIm = hn::Set(d, coefficient[2 * s + 1]);
-                    for (std::size_t v = 0; v < kVectors; ++v) {
-                        sRe[s][v] = hn::MulAdd(cRe, h[v], sRe[s][v]);
-                        sIm[s][v] = hn::MulAdd(cIm, h[v], sIm[s][v]);
-                    }
-                }
-                coefficient += 2 * kSources;
-                harmonic += ZfFarField::kBlock;
-            }
-            for (std::size_t v = 0; v < kVectors; ++v) {
-                const std::size_t at = i + v * lanes;
-                FarVector sumRe = hn::LoadU(d, re + at);
-                FarVector sumIm = hn::LoadU(d, im + at);
-                for (std::size_t s = 0; s < present; ++s)
-                    AddSource(d, sources.geometry[first + s], u, at, sRe[s][v], sIm[s][v], sumRe, sumIm);
-                hn::StoreU(sumRe, d, re + at);
-                hn::StoreU(sumIm, d, im + at);
-            }
-        }
+void AddPacks(const ZfFarField::Sources& sources, const ZfFarField::Tables& tables, double* orders,
+              double* sums) {
+    for (std::size_t pack = 0; pack < sources.packs; ++pack) {
+        if (sources.damped)
+            AddPack<true>(sources, pack, tables, orders, sums);
+        else
+            AddPack<false>(sources, pack, tables, orders, sums);
     }
 }
 
@@ -139,9 +140,164 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 
 namespace zf {
-HWY_EXPORT(FarHarmonics);
-HWY_EXPORT(FarAmplitudes);
+HWY_EXPORT(AddPacks);
 }  // namespace zf
+
+namespace {
+
+/// Two z of one ring: the same polar angle, up to the rounding of unit vectors.
+constexpr double kRingTolerance = 1e-15;
+
+using Direction = ZfFarFieldDirections::Direction;
+
+/// p_lm(z) for m = 0 .. n-1 and l = m .. n-1.
+void FillThetaFactors(std::size_t n, double z, double* out) {
+    const double* const gammas = HarmonicGammas();
+    for (std::size_t m = 0; m < n; ++m) {
+        double before = 0.0;
+        double p = 1.0;
+        for (std::size_t l = m; l < n; ++l) {
+            *out++ = p;
+            const double next = z * p - gammas[(l + 1) * (l + 2) / 2 + m] * before;
+            before = p;
+            p = next;
+        }
+    }
+}
+
+void FillPowers(std::size_t n, const Direction& u, double* out) {
+    std::complex<double> power = 1.0;
+    for (std::size_t m = 0; m < n; ++m) {
+        *out++ = power.real();
+        *out++ = power.imag();
+        power = {power.real() * u.x - power.imag() * u.y, power.real() * u.y + power.imag() * u.x};
+    }
+}
+
+std::size_t Pairs(std::int32_t size) {
+    const auto n = static_cast<std::size_t>(size);
+    return n * (n + 1) / 2;
+}
+
+/// Coefficients of one source: the limit (-i)^(l+1) of h1_l, and a factor of the caller's.
+void PutCoefficients(const ZfFreeElectron& electron, std::int32_t size, double factor, double* out) {
+    const std::vector<HarmonicPair> pairs = HarmonicPairs(electron.A);
+    for (std::int32_t m = 0; m < size; ++m) {
+        for (std::int32_t l = m; l < size; ++l, out += 4 * ZfFarField::kPack) {
+            if (l >= electron.A.L) continue;
+            const HarmonicPair& pair = pairs[static_cast<std::size_t>(l * (l + 1) / 2 + m)];
+            const std::complex<double> c = factor * IPower(l + 1) * pair.c;
+            const std::complex<double> d = factor * IPower(l + 1) * pair.d;
+            out[0] = c.real();
+            out[ZfFarField::kPack] = c.imag();
+            out[2 * ZfFarField::kPack] = d.real();
+            out[3 * ZfFarField::kPack] = d.imag();
+        }
+    }
+}
+
+/// Phase and thermal damping of one source; true if it is damped.
+bool PutGeometry(const ZfFreeElectron& electron, const ZfFreeElectron& emitter, double* out) {
+    const double k = emitter.k;
+    const double* p = electron.position.Data();
+    const double rho = std::sqrt(NormSquared(electron.position));
+    const double u = electron.Uiso + emitter.Uiso;
+    const bool damped = u > 0.0 && rho > 0.0;
+    const double values[] = {k * p[0], k * p[1], k * p[2], damped ? -k * k * u : 0.0,
+                             damped ? k * u / rho : 0.0};
+    for (const double value : values) {
+        *out = value;
+        out += ZfFarField::kPack;
+    }
+    return damped;
+}
+
+ZfFarField::Sources PackSources(std::span<const ZfFreeElectron> electrons, const ZfFreeElectron& emitter,
+                                double dampingPerMetre) {
+    constexpr std::size_t kPack = ZfFarField::kPack;
+    ZfFarField::Sources sources;
+    for (const ZfFreeElectron& electron : electrons) sources.L = std::max(sources.L, electron.A.L);
+    sources.packs = (electrons.size() + kPack - 1) / kPack;
+    const std::size_t packCoefficients = Pairs(sources.L) * 4 * kPack;
+    sources.coefficients.assign(sources.packs * packCoefficients, 0.0);
+    sources.geometry.assign(sources.packs * 5 * kPack, 0.0);
+    for (std::size_t e = 0; e < electrons.size(); ++e) {
+        const double rho = std::sqrt(NormSquared(electrons[e].position));
+        PutCoefficients(electrons[e], sources.L, std::exp(-rho * dampingPerMetre),
+                        sources.coefficients.data() + e / kPack * packCoefficients + e % kPack);
+        const bool damped =
+            PutGeometry(electrons[e], emitter, sources.geometry.data() + e / kPack * 5 * kPack + e % kPack);
+        sources.damped = sources.damped || damped;
+    }
+    return sources;
+}
+
+/// Amplitudes of the directions of a task from one set of sources.
+void Sum(const ZfFarField::Sources& sources, const ZfFarFieldDirections& all,
+         const ZfFarFieldDirections::Task& task, std::vector<double>& scratch,
+         ZfFarField::Amplitudes& result) {
+    constexpr std::size_t kPack = ZfFarField::kPack;
+    const auto n = static_cast<std::size_t>(sources.L);
+    const std::size_t first = all.segments[task.firstSegment].first;
+    const ZfFarFieldDirections::Segment& last = all.segments[task.endSegment - 1];
+    const std::size_t count = last.first + last.count - first;
+    const std::size_t segments = task.endSegment - task.firstSegment;
+
+    const std::size_t thetaSize = segments * Pairs(sources.L);
+    const std::size_t powersSize = count * 2 * n;
+    const std::size_t ordersSize = 4 * n * 4 * kPack;
+    const std::size_t sumsSize = count * 2 * kPack;
+    scratch.assign(thetaSize + powersSize + ordersSize + sumsSize, 0.0);
+    double* const theta = scratch.data();
+    double* const powers = theta + thetaSize;
+    double* const orders = powers + powersSize;
+    double* const sums = orders + ordersSize;
+
+    for (std::size_t s = 0; s < segments; ++s)
+        FillThetaFactors(n, all.segments[task.firstSegment + s].z, theta + s * Pairs(sources.L));
+    for (std::size_t i = 0; i < count; ++i) FillPowers(n, all.directions[first + i], powers + i * 2 * n);
+    const ZfFarField::Tables tables = {all.directions.data() + first, all.segments.data() + task.firstSegment,
+                                       segments, theta, powers};
+    using namespace zf;
+    HWY_DYNAMIC_DISPATCH(AddPacks)(sources, tables, orders, sums);
+    for (std::size_t i = 0; i < count; ++i) {
+        double re = 0.0;
+        double im = 0.0;
+        for (std::size_t lane = 0; lane < kPack; ++lane) {
+            re += sums[i * 2 * kPack + lane];
+            im += sums[i * 2 * kPack + kPack + lane];
+        }
+        result[i] = {re, im};
+    }
+}
+
+}  // namespace
+
+void ZfFarFieldDirections::Add(std::size_t index, double x, double y, double z) {
+    directions.push_back({x, y, z, index});
+}
+
+void ZfFarFieldDirections::OrderIntoRings() {
+    std::stable_sort(directions.begin(), directions.end(),
+                     [](const Direction& a, const Direction& b) { return a.z > b.z; });
+    segments.clear();
+    tasks.clear();
+    for (std::size_t i = 0; i < directions.size(); ++i) {
+        const bool sameRing = !segments.empty() && segments.back().z - directions[i].z < kRingTolerance;
+        if (!sameRing || segments.back().count == kTaskDirections)
+            segments.push_back({sameRing ? segments.back().z : directions[i].z, i, 0});
+        ++segments.back().count;
+    }
+    std::size_t inTask = kTaskDirections;
+    for (std::size_t s = 0; s < segments.size(); ++s) {
+        if (inTask + segments[s].count > kTaskDirections) {
+            tasks.push_back({s, s});
+            inTask = 0;
+        }
+        tasks.back().endSegment = s + 1;
+        inTask += segments[s].count;
+    }
+}
 
 bool ZfFarField::Serves(const ZfVectorFreeElectron& list) {
     if (list.electrons.empty() || list.LargestL() > kLargestKernelL) return false;
@@ -151,61 +307,18 @@ bool ZfFarField::Serves(const ZfVectorFreeElectron& list) {
     });
 }
 
-ZfFarField::ZfFarField(const ZfVectorFreeElectron& list) : L_(list.LargestL()) {
-    const ZfFreeElectron& emitter = list.electrons.front();
-    const double f = list.meanFreePath > 0.0 ? 2.0 / list.meanFreePath : 0.0;
-    Append(direct_, emitter, emitter, 1.0);
-    for (std::size_t e = 1; e < list.electrons.size(); ++e) {
-        const double rho = std::sqrt(NormSquared(list.electrons[e].position));
-        Append(scattered_, list.electrons[e], emitter, std::exp(-rho * f));
-    }
+ZfFarField::ZfFarField(const ZfVectorFreeElectron& list) {
+    const std::span<const ZfFreeElectron> electrons = list.electrons;
+    const ZfFreeElectron& emitter = electrons.front();
+    direct_ = PackSources(electrons.first(1), emitter, 0.0);
+    scattered_ =
+        PackSources(electrons.subspan(1), emitter, list.meanFreePath > 0.0 ? 2.0 / list.meanFreePath : 0.0);
 }
 
-void ZfFarField::Append(Sources& sources, const ZfFreeElectron& electron, const ZfFreeElectron& emitter,
-                        double factor) const {
-    const auto functions = static_cast<std::size_t>(L_) * static_cast<std::size_t>(L_);
-    const std::size_t inTile = sources.geometry.size() % kTileSources;
-    if (inTile == 0)
-        sources.coefficients.resize(sources.coefficients.size() + functions * kTileSources * 2, 0.0);
-    double* out =
-        sources.coefficients.data() + (sources.geometry.size() - inTile) * functions * 2 + 2 * inTile;
-    const auto put = [&out](std::complex<double> value) {
-        out[0] = value.real();
-        out[1] = value.imag();
-        out += 2 * kTileSources;
-    };
-    const std::vector<HarmonicPair> pairs = HarmonicPairs(electron.A);
-    std::size_t i = 0;
-    for (std::int32_t l = 0; l < electron.A.L; ++l) {
-        const std::complex<double> power = factor * IPower(l + 1);
-        for (std::int32_t m = 0; m <= l; ++m, ++i) {
-            put(power * pairs[i].c);
-            if (m > 0) put(power * pairs[i].d);
-        }
-    }
-
-    const double k = emitter.k;
-    const double* p = electron.position.Data();
-    const double rho = std::sqrt(NormSquared(electron.position));
-    const double u = electron.Uiso + emitter.Uiso;
-    Geometry geometry = {k * p[0], k * p[1], k * p[2], 0.0, 0.0};
-    if (u > 0.0 && rho > 0.0) {
-        geometry.damping = -k * k * u;
-        geometry.slope = k * u / rho;
-    }
-    sources.geometry.push_back(geometry);
-}
-
-void ZfFarField::Calculate(const KernelDirections& directions, std::vector<double>& scratch,
-                           const Amplitudes& result) const {
-    using namespace zf;
-    const auto functions = static_cast<std::size_t>(L_) * static_cast<std::size_t>(L_);
-    scratch.resize(functions * kBlock + kKernelPadding);
-    HWY_DYNAMIC_DISPATCH(FarHarmonics)(static_cast<std::size_t>(L_), directions, scratch.data());
-    HWY_DYNAMIC_DISPATCH(FarAmplitudes)
-    (functions, direct_, scratch.data(), directions, result.directRe, result.directIm);
-    HWY_DYNAMIC_DISPATCH(FarAmplitudes)
-    (functions, scattered_, scratch.data(), directions, result.scatteredRe, result.scatteredIm);
+void ZfFarField::Calculate(const ZfFarFieldDirections& all, const ZfFarFieldDirections::Task& task,
+                           std::vector<double>& scratch, Amplitudes& direct, Amplitudes& scattered) const {
+    Sum(direct_, all, task, scratch, direct);
+    Sum(scattered_, all, task, scratch, scattered);
 }
 
 #endif  // HWY_ONCE

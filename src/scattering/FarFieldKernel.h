@@ -1,19 +1,48 @@
 #pragma once
 
+#include <array>
+#include <complex>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
 
-#include "scattering/SourceKernel.h"
+#include "scattering/HarmonicBasis.h"
 #include "scattering/ZfVectorFreeElectron.h"
 
+/// Directions for a far field, ordered into rings of equal z: on a ring the theta factors of the harmonics
+/// are the same, and only the sum over m is left to each direction.
+class ZfFarFieldDirections {
+public:
+    /// Unit vectors; `index` is the caller's number of each. Directions whose z agree to rounding share a
+    /// ring.
+    void Add(std::size_t index, double x, double y, double z);
+    void OrderIntoRings();
+
+    /// Directions of one ring, at most as many as a task takes.
+    struct Segment {
+        double z;
+        std::size_t first;
+        std::size_t count;
+    };
+    /// Segments that one call calculates.
+    struct Task {
+        std::size_t firstSegment;
+        std::size_t endSegment;
+    };
+    static constexpr std::size_t kTaskDirections = 128;  ///< most directions of a task
+
+    struct Direction {
+        double x, y, z;
+        std::size_t index;
+    };
+    std::vector<Direction> directions;
+    std::vector<Segment> segments;
+    std::vector<Task> tasks;
+};
+
 /// The direct and the scattered far field of a list, as ZfVectorFreeElectron::DirectAmplitude and
-/// ScatteredAmplitude define them, in many directions at once.
-///
-/// The harmonics of a direction are the same for every source, so the angular sums of all sources are one
-/// product of a matrix of coefficients with a matrix of harmonics; the phase and the thermal damping of each
-/// source follow as vector functions. A block of directions is one task, and its sums keep the order of the
-/// sources.
+/// ScatteredAmplitude define them, in many directions at once. The kernels run over packs of sources; the sum
+/// of a direction has one order, whatever the task or the instruction set.
 class ZfFarField {
 public:
     explicit ZfFarField(const ZfVectorFreeElectron& list);
@@ -21,39 +50,37 @@ public:
     /// Whether the tables and distances of a list are within what the kernels take.
     static bool Serves(const ZfVectorFreeElectron& list);
 
-    static constexpr std::size_t kBlock = 64;       ///< most directions of one call
-    static constexpr std::size_t kTileSources = 4;  ///< sources that share the loads of a harmonic
+    using Amplitudes = std::array<std::complex<double>, ZfFarFieldDirections::kTaskDirections>;
 
-    /// Amplitudes in up to kBlock directions; all arrays are padded as the kernels need it.
-    struct Amplitudes {
-        double* directRe;
-        double* directIm;
-        double* scatteredRe;
-        double* scatteredIm;
-    };
-    /// `scratch` is the caller's, one a thread, sized here.
-    void Calculate(const KernelDirections& directions, std::vector<double>& scratch,
-                   const Amplitudes& result) const;
+    /// Amplitudes in the directions of a task, in their order. `scratch` is the caller's, one a thread, sized
+    /// here.
+    void Calculate(const ZfFarFieldDirections& all, const ZfFarFieldDirections::Task& task,
+                   std::vector<double>& scratch, Amplitudes& direct, Amplitudes& scattered) const;
 
-    /// Phase and damping of one source: kd = kx x + ky y + kz z, factor exp(-i kd) exp(damping + slope kd).
-    struct Geometry {
-        double kx = 0.0;
-        double ky = 0.0;
-        double kz = 0.0;
-        double damping = 0.0;
-        double slope = 0.0;
-    };
-    /// Coefficients in tiles: [tile][harmonic][source of the tile][re, im], filled up with zeros.
+    static constexpr std::size_t kPack = 8;  ///< sources side by side
+
+    /// Sources of one table size, in packs filled up with zeros.
     struct Sources {
+        std::int32_t L = 0;
+        /// By pack and (m, l), m outermost: kPack values each of Re C, Im C, Re D, Im D.
         std::vector<double> coefficients;
-        std::vector<Geometry> geometry;
+        /// By pack: kPack values each of kx, ky, kz, damping, slope: with kd = kx x + ky y + kz z, the wave
+        /// of a source is multiplied by exp(-i kd) exp(damping + slope kd).
+        std::vector<double> geometry;
+        std::size_t packs = 0;
+        bool damped = false;
+    };
+
+    /// Tables of a task, of its directions and rings alone.
+    struct Tables {
+        const ZfFarFieldDirections::Direction* directions;
+        const ZfFarFieldDirections::Segment* segments;
+        std::size_t segmentCount;
+        const double* theta;   ///< p_lm of each segment, in the order of the coefficients
+        const double* powers;  ///< real and imaginary part of (x + i y)^m, of each direction
     };
 
 private:
-    void Append(Sources& sources, const ZfFreeElectron& electron, const ZfFreeElectron& emitter,
-                double factor) const;
-
-    std::int32_t L_ = 0;
     Sources direct_;
     Sources scattered_;
 };

@@ -8,7 +8,7 @@ namespace {
 
 std::vector<double> MakeGammas() {
     std::vector<double> gammas;
-    for (std::int32_t l = 0; l < kLargestKernelL; ++l) {
+    for (std::int32_t l = 0; l <= kLargestKernelL; ++l) {
         const double square = (l - 1.0) * (l - 1.0);
         for (std::int32_t m = 0; m <= l; ++m)
             gammas.push_back(m > l - 2 ? 0.0 : (square - m * m) / (4.0 * square - 1.0));

@@ -6,15 +6,10 @@
 #define HWY_TARGET_INCLUDE "scattering/SourceKernel.cpp"
 #include <hwy/foreach_target.h>
 // Behind foreach_target.h, which includes this file once for every instruction set.
-#include <hwy/contrib/math/math-inl.h>
-#include <hwy/highway.h>
+#include "scattering/VectorMath-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace zf::HWY_NAMESPACE {
-namespace hn = hwy::HWY_NAMESPACE;
-
-using D = hn::CappedTag<double, 8>;
-using V = hn::Vec<D>;
 
 /// Vectors of points that share the broadcast coefficients.
 constexpr std::size_t kUnroll = 2;
@@ -27,7 +22,7 @@ struct Points {
     V hReBefore, hImBefore;
 };
 
-HWY_INLINE Points PointsAt(D d, const KernelSource& source, const KernelDirections& u, std::size_t i,
+HWY_INLINE Points PointsAt(Tag d, const KernelSource& source, const KernelDirections& u, std::size_t i,
                            double radius) {
     const V r = hn::Set(d, radius);
     const V x = hn::MulSub(r, hn::LoadU(d, u.x + i), hn::Set(d, source.position[0]));
@@ -42,8 +37,11 @@ HWY_INLINE Points PointsAt(D d, const KernelSource& source, const KernelDirectio
     const V kr = hn::Mul(rho, hn::Set(d, source.k));
     p.inverseX = hn::Div(hn::Set(d, 1.0), kr);
     // h1_0 = exp(ix) / (ix); h1_(-1) = exp(ix) / x starts the recurrence.
-    const V sine = hn::Mul(hn::Sin(d, kr), p.inverseX);
-    const V cosine = hn::Mul(hn::Cos(d, kr), p.inverseX);
+    V sine;
+    V cosine;
+    SinCos(d, kr, sine, cosine);
+    sine = hn::Mul(sine, p.inverseX);
+    cosine = hn::Mul(cosine, p.inverseX);
     p.hRe = sine;
     p.hIm = hn::Neg(cosine);
     p.hReBefore = cosine;
@@ -53,7 +51,7 @@ HWY_INLINE Points PointsAt(D d, const KernelSource& source, const KernelDirectio
 
 void AddOutgoingWave(const KernelSource& source, const KernelDirections& u, double radius,
                      double* HWY_RESTRICT re, double* HWY_RESTRICT im) {
-    const D d;
+    const Tag d;
     const std::size_t lanes = hn::Lanes(d);
     const double* gammas = HarmonicGammas();
     const auto n = static_cast<std::size_t>(source.L);
@@ -138,7 +136,7 @@ void AddOutgoingWave(const KernelSource& source, const KernelDirections& u, doub
 void AddPlaneWave(double amplitudeRe, double amplitudeIm, const double* q, const double* position,
                   const KernelDirections& u, double radius, double* HWY_RESTRICT re,
                   double* HWY_RESTRICT im) {
-    const D d;
+    const Tag d;
     const V aRe = hn::Set(d, amplitudeRe);
     const V aIm = hn::Set(d, amplitudeIm);
     const V offset = hn::Set(d, q[0] * position[0] + q[1] * position[1] + q[2] * position[2]);
@@ -146,8 +144,9 @@ void AddPlaneWave(double amplitudeRe, double amplitudeIm, const double* q, const
         V phase = hn::MulSub(hn::Set(d, radius * q[0]), hn::LoadU(d, u.x + i), offset);
         phase = hn::MulAdd(hn::Set(d, radius * q[1]), hn::LoadU(d, u.y + i), phase);
         phase = hn::MulAdd(hn::Set(d, radius * q[2]), hn::LoadU(d, u.z + i), phase);
-        const V c = hn::Cos(d, phase);
-        const V s = hn::Sin(d, phase);
+        V s;
+        V c;
+        SinCos(d, phase, s, c);
         hn::StoreU(hn::NegMulAdd(aIm, s, hn::MulAdd(aRe, c, hn::LoadU(d, re + i))), d, re + i);
         hn::StoreU(hn::MulAdd(aIm, c, hn::MulAdd(aRe, s, hn::LoadU(d, im + i))), d, im + i);
     }
@@ -155,7 +154,7 @@ void AddPlaneWave(double amplitudeRe, double amplitudeIm, const double* q, const
 
 void SumAzimuth(const double* re, const double* im, std::size_t count, const double* cosines,
                 const double* sines, std::size_t stride, const AzimuthalSums& sums) {
-    const D d;
+    const Tag d;
     for (std::size_t m = 0; m < stride; m += hn::Lanes(d)) {
         V cosRe = hn::Zero(d);
         V cosIm = hn::Zero(d);

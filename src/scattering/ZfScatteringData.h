@@ -80,7 +80,8 @@ private:
     void ScatterLast(ZfVectorFreeElectron& local, ZfScatteringRecord& record,
                      const ZfPhaseShiftDocument& phaseShifts, std::int32_t atIndex);
 
-    std::map<std::int32_t, ZfSphereExpansion> expansions_;  ///< by l size: grids and lattices, built once a run
+    std::map<std::int32_t, ZfSphereExpansion>
+        expansions_;  ///< by l size: grids and lattices, built once a run
 };
 
 /// Reads a scattered-wave file; one without the root leaves the data as it is.

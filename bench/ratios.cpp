@@ -1,0 +1,209 @@
+// Runs the plain and the fast evaluation side by side, with the threads that OpenMP gives, and prints the
+// times, their ratio and how far the results are apart.
+//   qvre_ratios [--full] [--l=15] [--multi=60,200] [--slowmulti=20] [--pattern=200] [--resolution=1]
+// Lists are numbers of atoms, and degrees a pixel; an empty list leaves a part out. --full takes the sizes of
+// large runs, which keep the plain evaluation busy for some ten minutes.
+
+#include <omp.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <complex>
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <functional>
+#include <limits>
+#include <map>
+#include <span>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "Copper.h"
+#include "QuietConsole.h"
+#include "foundation/ZfError.h"
+#include "pattern/ZfDocPattern.h"
+#include "reference/PlainPattern.h"
+#include "reference/PlainScattering.h"
+#include "scattering/ThermalModels.h"
+
+namespace {
+
+using Options = std::map<std::string, std::vector<double>>;
+
+const Options kModerate = {
+    {"l", {15}}, {"multi", {60, 200}}, {"slowmulti", {20}}, {"pattern", {200}}, {"resolution", {1}}};
+const Options kFull = {{"l", {15}},
+                       {"multi", {200, 1000}},
+                       {"slowmulti", {200}},
+                       {"pattern", {200, 1000}},
+                       {"resolution", {1, 0.5}}};
+
+/// Throws ZfError for an option or a number that it does not know.
+Options ReadOptions(const std::vector<std::string>& arguments) {
+    const bool full = std::find(arguments.begin(), arguments.end(), "--full") != arguments.end();
+    Options options = full ? kFull : kModerate;
+    for (const std::string& argument : arguments) {
+        if (argument == "--full") continue;
+        const std::size_t equals = argument.find('=');
+        const auto option = argument.starts_with("--") && equals != std::string::npos
+                                ? options.find(argument.substr(2, equals - 2))
+                                : options.end();
+        if (option == options.end()) throw ZfError("Unknown option: " + argument);
+        option->second.clear();
+        std::istringstream numbers(argument.substr(equals + 1));
+        for (std::string text; std::getline(numbers, text, ',');) {
+            const double number = std::strtod(text.c_str(), nullptr);
+            if (!(number > 0)) throw ZfError("Not a size: " + argument);
+            option->second.push_back(number);
+        }
+    }
+    if (options["l"].size() != 1) throw ZfError("One l size, please");
+    return options;
+}
+
+/// Best of up to three runs; one that takes seconds is long enough by itself.
+double Seconds(const std::function<void()>& run) {
+    using Clock = std::chrono::steady_clock;
+    const QuietConsole quiet;
+    double best = 1e300;
+    double total = 0.0;
+    for (int i = 0; i < 3 && total < 2.0; ++i) {
+        const Clock::time_point start = Clock::now();
+        run();
+        const double seconds = std::chrono::duration<double>(Clock::now() - start).count();
+        best = std::min(best, seconds);
+        total += seconds;
+    }
+    return best;
+}
+
+/// Largest difference by the largest element of the plain one; infinite for other sizes or no numbers.
+template <class Element>
+double RelativeDifference(std::span<const Element> plainValues, std::span<const Element> fastValues) {
+    constexpr double kInfinite = std::numeric_limits<double>::infinity();
+    if (plainValues.size() != fastValues.size()) return kInfinite;
+    double largest = 0.0;
+    double difference = 0.0;
+    for (std::size_t i = 0; i < plainValues.size(); ++i) {
+        const double change = std::abs(plainValues[i] - fastValues[i]);
+        if (!std::isfinite(change)) return kInfinite;
+        largest = std::max(largest, std::abs(plainValues[i]));
+        difference = std::max(difference, change);
+    }
+    return difference == 0.0 ? 0.0 : difference / largest;
+}
+
+std::span<const double> Elements(const ZfLDoubleMatrix& matrix) {
+    return {matrix.Data(), static_cast<std::size_t>(matrix.Count())};
+}
+
+void PrintRow(const std::string& what, std::size_t atoms, double plainSeconds, double fastSeconds,
+              double difference, const std::string& levels) {
+    std::printf("%-22s %6zu %10.3f %10.4f %8.1f %11.1e  %s\n", what.c_str(), atoms, plainSeconds, fastSeconds,
+                plainSeconds / fastSeconds, difference, levels.c_str());
+    std::fflush(stdout);
+}
+
+void CompareScattering(const std::string& what, ZfScatteringMethod method, std::size_t about,
+                       std::int32_t lSize) {
+    const ZfPhaseShiftDocument phaseShifts = copper::PhaseShifts(lSize);
+    const ZfScatteringRecord unscattered = copper::Record(about, phaseShifts);
+    const std::size_t atoms = unscattered.atomLabels.size();
+
+    ZfScatteringRecord record;
+    std::vector<std::int32_t> levels(atoms, 0);
+    const double fastSeconds = Seconds([&] {
+        record = unscattered;
+        ZfScatteringData data;
+        for (std::size_t i = 0; i < atoms; ++i) {
+            const auto at = static_cast<std::int32_t>(i);
+            if (method == kMulti) data.OneCalculateVer2(record, phaseShifts, 0, at);
+            if (method == kSlowMulti) data.CalculateSlowMulti(record, phaseShifts, 0, at);
+            levels[i] = data.lastLevel;
+        }
+    });
+    plain::Scattering reference;
+    const double plainSeconds = Seconds(
+        [&] { reference = plain::Scatter(unscattered, phaseShifts, method, ZfScatteringData{}.EPS); });
+
+    double difference = 0.0;
+    std::size_t otherLevels = 0;
+    for (std::size_t i = 1; i < atoms; ++i) {
+        difference = std::max(difference,
+                              RelativeDifference<std::complex<double>>(
+                                  reference.tables[i].block, record.NextListScatterer.electrons[i].A.block));
+        if (levels[i] != reference.levels[i]) ++otherLevels;
+    }
+    PrintRow(what, atoms, plainSeconds, fastSeconds, difference,
+             otherLevels == 0 ? "same" : std::to_string(otherLevels) + " differ");
+}
+
+template <class Map>
+void ComparePattern(const std::string& map, double resolution, std::size_t about, std::int32_t lSize) {
+    ZfScatteringData data = copper::ScatteredData(about, lSize);
+    const ZfFluctuation fluctuation = copper::RoomTemperature();
+    const ZfDebye debye = copper::Weights();
+
+    Map fast;
+    fast.resolution = resolution;
+    fast.meanFreePath = copper::kMeanFreePath_m;
+    fast.mfpByEmitterDistance = true;
+    fast.ActivateAll(1);
+    ZfNotifyTerminateThreadCalculation notifier;
+    const double fastSeconds = Seconds([&] { fast.Calculate(notifier, data, fluctuation, debye); });
+
+    Map reference;
+    reference.resolution = resolution;
+    const double plainSeconds = Seconds([&] {
+        reference.BuildMapping();
+        ZfVectorFreeElectron list = data.ListScatteringData.front().ListScatterer;
+        ApplyThermalModel(fluctuation, list, debye);
+        list.SetMeanFreePath_m(copper::kMeanFreePath_m);
+        plain::AddRecord(reference.mapping, fast.orientation, list, 0);
+    });
+
+    double difference = 0.0;
+    for (std::size_t i = 0; i < 4; ++i)
+        difference = std::max(difference, RelativeDifference(Elements(reference.mapping.planes[i]),
+                                                             Elements(fast.mapping.planes[i])));
+    std::ostringstream what;
+    what << "pattern " << map << ", R = " << resolution;
+    PrintRow(what.str(), data.ListScatteringData.front().atomLabels.size(), plainSeconds, fastSeconds,
+             difference, "-");
+}
+
+void Compare(const Options& options) {
+    const auto lSize = static_cast<std::int32_t>(options.at("l").front());
+    std::printf("fcc Cu, 800 eV, l size %d, %d threads\n", lSize, omp_get_max_threads());
+    std::printf("%-22s %6s %10s %10s %8s %11s  %s\n", "what", "atoms", "plain s", "fast s", "ratio",
+                "difference", "levels");
+    for (const double atoms : options.at("multi"))
+        CompareScattering("MULTI", kMulti, static_cast<std::size_t>(atoms), lSize);
+    for (const double atoms : options.at("slowmulti"))
+        CompareScattering("SLOWMULTI", kSlowMulti, static_cast<std::size_t>(atoms), lSize);
+    for (const double atoms : options.at("pattern")) {
+        for (const double resolution : options.at("resolution")) {
+            const auto about = static_cast<std::size_t>(atoms);
+            ComparePattern<ZfDocPattern_AzimuthalEquidistant>("AE", resolution, about, lSize);
+            ComparePattern<ZfDocPattern_EquidistantCylindrical>("EC", resolution, about, lSize);
+        }
+    }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        Compare(ReadOptions({argv + 1, argv + argc}));
+    } catch (const ZfError& error) {
+        std::fprintf(stderr, "%s\n", error.message.c_str());
+        return 1;
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "%s\n", error.what());
+        return 1;
+    }
+    return 0;
+}

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <fstream>
+#include <sstream>
+#include <string>
+
+#include "image/ZfDocData.h"
+
+inline std::string SamplePath(int version) {
+    return std::string(ZF_IMAGE_SAMPLES) + "/version" + std::to_string(version) + ".xml_img";
+}
+
+inline std::string SampleText(int version) {
+    std::ostringstream text;
+    text << std::ifstream(SamplePath(version), std::ios::binary).rdbuf();
+    return text.str();
+}
+
+inline bool LoadText(ZfDocData& data, const std::string& text) {
+    ZfBarnXml xml("r");
+    xml.Parse(text);
+    return data.SaveLoad(xml);
+}

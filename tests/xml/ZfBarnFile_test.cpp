@@ -1,0 +1,86 @@
+#include "xml/ZfBarnFile.h"
+
+#include <gtest/gtest.h>
+
+#include "ErrorText.h"
+#include "TempFolder.h"
+#include "xml/ZfQBarnFile.h"
+
+namespace {
+
+QString Q(const std::string& path) {
+    return QString::fromStdString(path);
+}
+
+void WriteHalf(ZfBarnXml& xml) {
+    std::string value = "<\xC3\xA9";
+    xml.OpenRack("root");
+    xml.Text("a", value, "");
+}
+
+const char* const kHalf = "<root><a>&lt;\xC3\xA9</a>\n</root>\n";
+
+}  // namespace
+
+TEST(ZfBarnFile, TruncatesAtOnceAndWritesWhenAnExceptionPasses) {
+    const TempFolder folder;
+    const std::string path = folder.Write("f.xml", "old");
+    EXPECT_EQ(ErrorText([&] {
+                  ZfBarnFile file(path, "w");
+                  EXPECT_EQ(folder.Read("f.xml"), "");
+                  WriteHalf(file);
+                  EXPECT_EQ(folder.Read("f.xml"), "");
+                  file.CloseRack("other");
+              }),
+              "Invalid Tag Name:root <> other");
+    EXPECT_EQ(folder.Read("f.xml"), kHalf);
+}
+
+TEST(ZfBarnFile, QtFileWritesAtSaveOrInTheDestructor) {
+    const TempFolder folder;
+    const std::string path = folder.Write("f.xml", "old");
+    {
+        ZfQBarnFile file(Q(path), "w");
+        WriteHalf(file);
+        EXPECT_EQ(folder.Read("f.xml"), "old");
+        file.Save();
+        EXPECT_EQ(folder.Read("f.xml"), kHalf);
+        file.CloseRack("root");
+        folder.Write("f.xml", "not again");
+    }
+    EXPECT_EQ(folder.Read("f.xml"), "not again");
+    {
+        ZfQBarnFile file(Q(path), "w");
+        WriteHalf(file);
+    }
+    EXPECT_EQ(folder.Read("f.xml"), kHalf);
+}
+
+TEST(ZfBarnFile, ReadingKeepsLineEndsOnlyOnTheStdioRoute) {
+    const TempFolder folder;
+    const std::string path = folder.Write("f.xml", std::string("<a>x\ny \xC3\xA9</a><b>1</b>\0<c></c>", 30));
+    std::string value;
+    ZfBarnFile file(path, "r");
+    EXPECT_TRUE(file.Text("a", value, ""));
+    EXPECT_EQ(value, "x\ny \xC3\xA9");
+    EXPECT_TRUE(file.OpenRack("b"));
+    file.CloseRack();
+    EXPECT_FALSE(file.OpenRack("c"));  // behind a zero byte nothing is read
+
+    ZfQBarnFile qtFile(Q(path), "r");
+    EXPECT_TRUE(qtFile.Text("a", value, ""));
+    EXPECT_EQ(value, "xy \xC3\xA9");
+}
+
+TEST(ZfBarnFile, FailuresNameTheFile) {
+    const TempFolder folder;
+    const std::string path = folder.Path("no/such");
+    EXPECT_EQ(ErrorText([&] { ZfBarnFile(path, "r"); }), path + ": Cannot File Open");
+    EXPECT_EQ(ErrorText([&] { ZfBarnFile(path, "w"); }), "Cannot File Open " + path);
+    EXPECT_EQ(ErrorText([&] { ZfBarnFile(path, "a"); }), "IlligalMode");
+    EXPECT_EQ(ErrorText([&] { ZfQBarnFile(Q(path), "r"); }), "Cannot open:" + path);
+    EXPECT_EQ(ErrorText([&] { ZfQBarnFile(Q(path), "w").Save(); }), "FILE CANNOT WRITE:" + path);
+    EXPECT_EQ(ErrorText([&] { ZfBarnFile(folder.Path(""), "r"); }),
+              "Cannot get the temp memory for xml loading");
+    EXPECT_EQ(ErrorText([&] { ZfBarnFile(folder.Write("cut", "<a"), "r"); }), "Illigal Tag Structure");
+}
