@@ -4,7 +4,7 @@
 
 #include <vector>
 
-#include "foundation/ZfError.h"
+#include "ErrorText.h"
 
 namespace {
 
@@ -12,15 +12,6 @@ ZfCmdParameters Parse(const std::vector<const char*>& arguments) {
     ZfCmdParameters parameters;
     ZfParseCommandLine(parameters, static_cast<int>(arguments.size()), arguments.data());
     return parameters;
-}
-
-std::string FailureOf(const std::vector<const char*>& arguments) {
-    try {
-        Parse(arguments);
-    } catch (const ZfError& error) {
-        return error.message;
-    }
-    return "no error";
 }
 
 }  // namespace
@@ -59,7 +50,9 @@ TEST(ZfCmdParameters, ValuesOfOptions) {
     EXPECT_EQ(p.mappingMethod, 1);
     EXPECT_DOUBLE_EQ(p.meanFreePath, 5e-10);
     EXPECT_TRUE(p.mfpByEmitterDistance && p.mfpByDepth);  // an earlier flag stays
-    EXPECT_EQ(FailureOf({"cmd_qvre", "-H", "-M"}), "Mapping method is not correct.");
-    EXPECT_EQ(FailureOf({"cmd_qvre", "-MS", "multi"}),
+    EXPECT_EQ(ErrorText([] { Parse({"cmd_qvre", "-H", "-M"}); }), "Mapping method is not correct.");
+    EXPECT_EQ(ErrorText([] {
+                  Parse({"cmd_qvre", "-MS", "multi"});
+              }),
               "Multiple scattering calculation method is not correct.");
 }

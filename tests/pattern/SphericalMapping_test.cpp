@@ -4,7 +4,7 @@
 #include <memory>
 #include <numeric>
 
-#include "foundation/ZfError.h"
+#include "ErrorText.h"
 #include "pattern/ZfSphericalMapping.h"
 #include "pattern/ZfSphericalMappingConvert.h"
 
@@ -30,15 +30,6 @@ void ExpectDirection(const ZfSphericalMapping& map, std::int32_t px, std::int32_
     EXPECT_NEAR(map.directionX.ValueAt(px, py), x, 1e-15);
     EXPECT_NEAR(map.directionY.ValueAt(px, py), y, 1e-15);
     EXPECT_NEAR(map.directionZ.ValueAt(px, py), z, 1e-15);
-}
-
-std::string FailureOf(double resolution) {
-    try {
-        CreateAzimuthalEquidistantMapping(2, resolution);
-    } catch (const ZfError& error) {
-        return error.message;
-    }
-    return "no error";
 }
 
 }  // namespace
@@ -88,8 +79,10 @@ TEST(SphericalMapping, OtherMapsAndSizes) {
     ExpectDirection(CreateGnomonicMapping(2, 60.0, 101), 100, 50, std::sqrt(0.75), 0, 0.5);
     ExpectDirection(CreateStereographicMapping(2, 90.0, 99), 50, 50, 0, 0, 1);  // its centre is (W + 1)/2
     for (const double resolution : {0.0, -1.0, -200.0, 1e-12})
-        EXPECT_EQ(FailureOf(resolution), "matrix creation Parameter Error") << resolution;
-    EXPECT_EQ(FailureOf(1e-4), "Cannot Get Memory");
+        EXPECT_EQ(ErrorText([&] { CreateAzimuthalEquidistantMapping(2, resolution); }),
+                  "matrix creation Parameter Error")
+            << resolution;
+    EXPECT_EQ(ErrorText([] { CreateAzimuthalEquidistantMapping(2, 1e-4); }), "Cannot Get Memory");
 }
 
 TEST(SphericalMappingConvert, PixelsComeBack) {

@@ -123,7 +123,7 @@ TEST(ZfDocPattern, DampsByTheDistanceFromTheEmitterAlone) {
     EXPECT_EQ(damped(false, true, -3e-10), undamped);
     EXPECT_NE(damped(true, false, 3e-10), undamped);
     EXPECT_EQ(damped(true, true, 3e-10), damped(true, false, 3e-10));
-    EXPECT_EQ(ErrorOf([&] { damped(true, false, -3e-10); }),
+    EXPECT_EQ(ErrorText([&] { damped(true, false, -3e-10); }),
               "ZfVectorFreeElectron::SetMeanFreePath_m():ERROR length_meter <0");
 }
 
@@ -143,15 +143,15 @@ TEST(ZfDocPattern, RecordsAddUpAsIntensities) {
     }
     ExpectSame(both, sum);
     pattern.ActivateAll(3);
-    EXPECT_EQ(ErrorOf([&] { Calculate(pattern, data); }), "ERROR INDEX");
+    EXPECT_EQ(ErrorText([&] { Calculate(pattern, data); }), "ERROR INDEX");
     pattern.ActivateAll(0);
     Calculate(pattern, data);
     EXPECT_EQ(Plane(pattern, 0), std::vector<double>(36 * 19, 0.0));
     pattern.patternType = 1;
-    EXPECT_EQ(ErrorOf([&] { Calculate(pattern, data); }),
+    EXPECT_EQ(ErrorText([&] { Calculate(pattern, data); }),
               "The conbination of Version and Type is not permitted");
     data.Version = kSingle;
-    EXPECT_EQ(ErrorOf([&] { Calculate(pattern, data); }), "no error");
+    EXPECT_EQ(ErrorText([&] { Calculate(pattern, data); }), "no failure");
 }
 
 // Turned by Rz(-90), a pixel shows what the pixel 90 degrees before it showed; turned by Ry(180), the poles

@@ -79,7 +79,7 @@ TEST(ScattererLists, FollowTheFirstEmittedWaveIfThatIsPlane) {
 
     SetListFromCluster(record, cluster, {EmittedSWave(), PlaneWave(90, 180)}, 0, 0);
     EXPECT_EQ(Labels(record), "opnq");
-    EXPECT_EQ(ErrorOf([&] { SortAtomsAlongWave(cluster.structures[0].atoms, Vector3(0, 0, 0)); }),
+    EXPECT_EQ(ErrorText([&] { SortAtomsAlongWave(cluster.structures[0].atoms, Vector3(0, 0, 0)); }),
               "ERROR: WAVE VECTOR IS ZERO");
 }
 
@@ -97,22 +97,23 @@ TEST(ScattererLists, PhaseShiftIndexIsASignedByte) {
     phaseShifts.records.push_back(PhaseShiftOf("x", 1, 1.0));
     ZfScatteringData data;
     const auto add = [&] { AddScatteringRecord(data, cluster, 0, {EmittedSWave()}, 0, phaseShifts); };
-    EXPECT_EQ(ErrorOf(add), "no error");
+    EXPECT_EQ(ErrorText(add), "no failure");
     EXPECT_EQ(data.ListScatteringData[0].phaseShiftIndex.VectorValueAt(0), 127);
     phaseShifts.records.insert(phaseShifts.records.begin(), PhaseShiftOf("other", 1, 1.0));
-    EXPECT_EQ(ErrorOf(add), "Error: There is no phase shift data");
+    EXPECT_EQ(ErrorText(add), "Error: There is no phase shift data");
 }
 
 TEST(ScattererLists, RefuseWhatTheyCannotUse) {
     ZfCluster cluster = ClusterOf({AtomAt("x", 0, 0, 0)});
     ZfScatteringRecord record;
     const auto fill = [&] { SetListFromCluster(record, cluster, {EmittedSWave()}, 0, 0); };
-    EXPECT_EQ(ErrorOf([&] { SetListFromCluster(record, cluster, {}, 0, 0); }), "Emitted wave is not defined");
+    EXPECT_EQ(ErrorText([&] { SetListFromCluster(record, cluster, {}, 0, 0); }),
+              "Emitted wave is not defined");
     EXPECT_THROW(SetListFromCluster(record, cluster, {EmittedSWave()}, 1, 0), std::out_of_range);
     cluster.structures[0].atoms[0].U.SetSize(3, 3);
-    EXPECT_EQ(ErrorOf(fill), "U aniso is not supported");
+    EXPECT_EQ(ErrorText(fill), "U aniso is not supported");
     cluster.structures[0].atoms.clear();
     fill();
     EXPECT_THROW(SetEmittedWave(record, {EmittedSWave()}, 1), std::out_of_range);
-    EXPECT_EQ(ErrorOf([&] { SetEmittedWave(record, {EmittedSWave()}, 0); }), "Structure has no atoms");
+    EXPECT_EQ(ErrorText([&] { SetEmittedWave(record, {EmittedSWave()}, 0); }), "Structure has no atoms");
 }

@@ -124,7 +124,7 @@ TEST(ScatteringCalculators, SingleRefusesALargerEmittedWaveAfterAllAtoms) {
     Calculation run(kSingle, Row());
     run.waves[0].coeff.SetSize(2);
     run.waves[0].coeff.At(1, 0) = 1.0;
-    EXPECT_EQ(ErrorOf([&] { run.Calculate(); }), "Illegal l value");
+    EXPECT_EQ(ErrorText([&] { run.Calculate(); }), "Illegal l value");
     EXPECT_NE(run.data.ListScatteringData[0].NextListScatterer.electrons[2].A.At(0, 0), 0.0);
 
     run.waves[0].IsPlaneWave = true;
@@ -135,17 +135,17 @@ TEST(ScatteringCalculators, SingleRefusesALargerEmittedWaveAfterAllAtoms) {
 TEST(ScatteringCalculators, RefuseWhatTheyCannotCompute) {
     Calculation run(kMulti, Row());
     run.data.MultiScattering = 2;
-    EXPECT_EQ(ErrorOf([&] { run.Calculate(); }), "This is not support full multi-scattering calc.");
+    EXPECT_EQ(ErrorText([&] { run.Calculate(); }), "This is not support full multi-scattering calc.");
     EXPECT_NE(run.Result()[2].A.At(0, 0), 0.0);  // the first pass is done
 
     run.data.MultiScattering = 1;
     run.phaseShifts.records[0].scatteringFactors.SetVectorSize(0);
-    EXPECT_EQ(ErrorOf([&] { run.Calculate(); }), "Please set CurrSize_l_");
+    EXPECT_EQ(ErrorText([&] { run.Calculate(); }), "Please set CurrSize_l_");
 
     run.waves[0].Ek = 0.0;
     run.phaseShifts.records[0] = PhaseShiftOf("Cu", 3, 1.0);
     run.phaseShifts.records[0].Ek_eV = 0.0;
-    EXPECT_EQ(ErrorOf([&] { run.Calculate(); }), "A wave of zero energy cannot be scattered");
+    EXPECT_EQ(ErrorText([&] { run.Calculate(); }), "A wave of zero energy cannot be scattered");
     run.waves[0].Ek = -1.0;
     run.phaseShifts.records[0].Ek_eV = -1.0;
     EXPECT_THROW(run.Calculate(), const char*);

@@ -2,8 +2,9 @@
 
 #include <complex>
 #include <cstdint>
-#include <string>
+#include <initializer_list>
 
+#include "ErrorText.h"
 #include "scattering/ZfVectorFreeElectron.h"
 
 // What most tests of waves are made of.
@@ -30,15 +31,4 @@ inline ZfVectorFreeElectron ListOf(std::initializer_list<ZfFreeElectron> sources
     list.electrons = sources;
     list.SetEnergy_eV(kEnergy_eV);
     return list;
-}
-
-/// The text of the ZfError that an operation throws.
-template <class Operation>
-std::string ErrorOf(Operation operation) {
-    try {
-        operation();
-    } catch (const ZfError& error) {
-        return error.message;
-    }
-    return "no error";
 }

@@ -58,10 +58,10 @@ TEST(ThermalModels, DebyeNeedsEveryElementOfTheList) {
     ZfVectorFreeElectron list = HydrogenAndHelium();
     ZfFluctuation f = DebyeDocument();
     f.DebyeElement_ = {"He"};  // the emitter is missing
-    EXPECT_EQ(ErrorOf([&] { SetDebyeModel(f, list, Weights()); }),
+    EXPECT_EQ(ErrorText([&] { SetDebyeModel(f, list, Weights()); }),
               "SetDebyeModel():Atomic Number is not defined");
     list.electrons[0].atomicNumber = 0;
-    EXPECT_EQ(ErrorOf([&] { SetDebyeModel(f, list, Weights()); }), "SetDebyeModel():Atomic Number is zero");
+    EXPECT_EQ(ErrorText([&] { SetDebyeModel(f, list, Weights()); }), "SetDebyeModel():Atomic Number is zero");
     f.DebyeElement_ = {"H", "He", "H", "He"};
     EXPECT_THROW(SetDebyeModel(f, list, Weights()), std::out_of_range);
 }

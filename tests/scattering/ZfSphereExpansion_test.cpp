@@ -116,7 +116,7 @@ TEST(ZfSphereExpansion, EndsAtOnceOnAWaveThatIsZeroOrNotFinite) {
 
     const double infinity = std::numeric_limits<double>::infinity();
     ZfVectorFreeElectron loud = ListOf({SWave(2e-10, 0, 0, infinity)});
-    EXPECT_EQ(ErrorOf([&] { Expand(loud, 8, 0.01); }), "The wave around an atom is not finite");
+    EXPECT_EQ(ErrorText([&] { Expand(loud, 8, 0.01); }), "The wave around an atom is not finite");
 }
 
 TEST(ZfSphereExpansion, LetsFailuresOutOfItsParallelLoops) {
@@ -127,7 +127,7 @@ TEST(ZfSphereExpansion, LetsFailuresOutOfItsParallelLoops) {
     ZfSphereExpansion expansion;
     ZfLmComplexTable result;
     EXPECT_THROW(expansion.Expand(result, ZfWaveVectorFreeElectron(&list), 0.0), const char*);
-    EXPECT_EQ(ErrorOf([] { ZfWaveVectorFreeElectron(nullptr).WaveNumber(); }), "pointer is not defined");
+    EXPECT_EQ(ErrorText([] { ZfWaveVectorFreeElectron(nullptr).WaveNumber(); }), "pointer is not defined");
 }
 
 TEST(ZfSphereExpansion, GivesTheSameBitsForAnyNumberOfThreads) {

@@ -6,7 +6,6 @@
 
 #include "Sources.h"
 #include "scattering/SphericalHarmonics.h"
-#include "scattering/ZfWaveFunction.h"
 
 namespace {
 
@@ -106,44 +105,10 @@ TEST(ZfVectorFreeElectron, DampsTheScatteredWaveAlone) {
     list.SetMeanFreePath_m(7e-10);
     ExpectClose(list.ScatteredAmplitude(0, 0, 0), undamped * thermal * std::exp(-2.0 * rho / 7e-10));
     ExpectClose(list.DirectAmplitude(0, 0), {0, -kY00});
-    EXPECT_EQ(ErrorOf([&] { list.SetMeanFreePath_m(-1e-10); }),
+    EXPECT_EQ(ErrorText([&] { list.SetMeanFreePath_m(-1e-10); }),
               "ZfVectorFreeElectron::SetMeanFreePath_m():ERROR length_meter <0");
 
     // Forwards, along the row of emitter and atom, nothing is damped by vibrations.
     list.SetMeanFreePath_m(0.0);
     EXPECT_NEAR(std::abs(list.ScatteredAmplitude(std::acos(0.8), 0, 0)), kY00, 1e-12);
-}
-
-// The vector kernels against the evaluation by definition, for sources on both sides of what they take.
-TEST(ZfWaveVectorFreeElectron, SamplesWhatItEvaluates) {
-    ZfVectorFreeElectron list = ListOf({SourceOf(5, 2e-10, -1e-10, 0.5e-10), SourceOf(20, 0, 0, -3e-10),
-                                        SourceOf(9, 0.6e-10, 0, 0.3e-10), SourceOf(1, 0, 1e-10, 0)});
-    for (ZfFreeElectron& source : list.electrons)
-        for (std::size_t i = 0; i < source.A.block.size(); ++i)
-            source.A.block[i] = {std::sin(double(i)), std::cos(3.0 * double(i))};
-    list.electrons[3].SetPlaneWave(Vector3(1, -2, 3), {2.0, 5.0});
-    list.electrons[0].B.SetSize(1);
-    const ZfWaveVectorFreeElectron wave(&list);
-
-    constexpr std::size_t kCount = 37;
-    std::vector<double> theta, phi, x, y, z;
-    for (std::size_t i = 0; i < kCount; ++i) {
-        theta.push_back(kPi * double(i) / (kCount - 1));
-        phi.push_back(0.9 * double(i));
-        x.push_back(std::sin(theta[i]) * std::cos(phi[i]));
-        y.push_back(std::sin(theta[i]) * std::sin(phi[i]));
-        z.push_back(std::cos(theta[i]));
-    }
-    for (std::vector<double>* axis : {&x, &y, &z}) axis->resize(kCount + kKernelPadding);
-    for (const double radius : {0.0, 0.7e-10, 1.2e-10}) {
-        std::vector<double> re(kCount + kKernelPadding);
-        std::vector<double> im = re;
-        wave.Sample({{x.data(), y.data(), z.data(), kCount}, theta.data(), phi.data()}, radius, re.data(),
-                    im.data());
-        for (std::size_t i = 0; i < kCount; ++i) {
-            std::complex<double> value;
-            wave.Value(value, radius, theta[i], phi[i]);
-            EXPECT_LT(std::abs(std::complex<double>(re[i], im[i]) - value), 1e-11 * std::abs(value)) << i;
-        }
-    }
 }
