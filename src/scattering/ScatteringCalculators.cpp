@@ -172,6 +172,7 @@ void ZfScatteringData::ExpandAroundOrigin(ZfFreeElectron& temporary, const ZfVec
     ConsolePrint("Current N Emitter=%d\n", currentEmitters);
     CurrSize_l_ = phaseShift.scatteringFactors.VectorSize();
     if (CurrSize_l_ <= 0) throw ZfError("Please set CurrSize_l_");
+    if (wave.WaveNumber() == 0.0) throw ZfError("A wave of zero energy cannot be scattered");
 
     ZfSphereExpansion& expansion = expansions_[CurrSize_l_];
     expansion.tolerance = EPS;

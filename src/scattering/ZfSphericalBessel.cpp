@@ -14,6 +14,10 @@ constexpr double kMillerRatio = 1e-18;
 constexpr double kAscendingTerm = 1e-74;
 constexpr std::size_t kSeriesTerms = 11;
 
+/// From here on the orders of any table lie far below x, where j is stable upwards too; a downward start
+/// beyond x would cost x steps.
+constexpr double kUpwardArgument = 1e5;
+
 /// Coefficients (-1)^q / (2q+1)! of j_0 in powers of x^2.
 constexpr std::array<double, kSeriesTerms> SeriesOfJ0() {
     std::array<double, kSeriesTerms> table{};
@@ -59,7 +63,9 @@ void ZfSphericalBessel::Calculate(std::int32_t n, double x) {
         return;
     }
     CalculateY(x, J0(x));
-    if (last_ < n_)
+    if (x > kUpwardArgument)
+        CalculateJUpwards(x);
+    else if (last_ < n_)
         CalculateJSeries(x);
     else
         CalculateJMiller(x);
@@ -78,6 +84,17 @@ void ZfSphericalBessel::CalculateY(double x, double j0) {
         const double next = (2.0 * l + 3.0) / x * y1 - y0;
         y0 = y1;
         y1 = next;
+    }
+}
+
+void ZfSphericalBessel::CalculateJUpwards(double x) {
+    double j0 = std::sin(x) / x;
+    double j1 = j0 / x - std::cos(x) / x;
+    for (std::size_t l = 0; l < j_.size(); ++l) {
+        j_[l] = j0;
+        const double next = (2.0 * static_cast<double>(l) + 3.0) / x * j1 - j0;
+        j0 = j1;
+        j1 = next;
     }
 }
 

@@ -25,6 +25,7 @@ public:
 
 private:
     void CalculateY(double x, double j0);
+    void CalculateJUpwards(double x);
     void CalculateJMiller(double x);
     void CalculateJSeries(double x);
 
