@@ -41,7 +41,7 @@ void ZfExpansionGrid::BuildGrid() {
 }
 
 void ZfExpansionGrid::SetWaveNumber(double k) {
-    if (k == waveNumber) return;
+    if (k == waveNumber && groupRadius.size() == groupKr.size()) return;
     waveNumber = k;
     groupRadius.clear();
     for (const double kr : groupKr) groupRadius.push_back(kr / k);
