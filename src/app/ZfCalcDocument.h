@@ -10,6 +10,7 @@
 #include "input/ZfFluctuation.h"
 #include "input/ZfPhaseShiftDocument.h"
 #include "pattern/ZfDocPattern.h"
+#include "pattern/ZfDocScatteringPatternMatrix.h"
 #include "scattering/ZfScatteringData.h"
 
 /// Everything a run works on: inputs, scattering data, pattern objects and tables. One for the process,
@@ -32,6 +33,7 @@ public:
     ZfDocPattern_StereoProjection patternStereo;
     ZfDocPattern_Orthographic patternOrthographic;
     ZfDocPattern_OneDimensional patternOneDimensional;
+    ZfDocScatteringPatternMatrix scatteringPatternMatrix;  ///< without its documents
     ZfCrystalTable crystalPresets;
     ZfDebye debye;
     ZfFluctuation fluctuation;

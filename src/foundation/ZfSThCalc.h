@@ -13,7 +13,7 @@ public:
 
     virtual std::int32_t State() { return state; }
     virtual void Run() = 0;
-    virtual void* Result() = 0;  ///< each class says what it points to
+    virtual std::intptr_t Result() = 0;  ///< each class says what it is
     virtual std::string Name() { return {}; }
 
     std::int32_t state = 0;

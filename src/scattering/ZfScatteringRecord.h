@@ -5,6 +5,8 @@
 #include <vector>
 
 #include "foundation/Matrices.h"
+#include "input/ZfDebye.h"
+#include "input/ZfFluctuation.h"
 #include "scattering/ZfVectorFreeElectron.h"
 #include "xml/ZfBarnXml.h"
 
@@ -12,6 +14,14 @@
 /// same atom; entry 0 is the emitter.
 struct ZfScatteringRecord {
     bool Exchange(ZfBarnXml& xml, const std::string& itemTag);  ///< false when the item is absent
+
+    /// Two atoms of one kind, at the origin and at (0, 0, z): the emitter, with the table of its wave, and
+    /// its scatterer. Energy in eV, z in metres; the thermal model is the one of the fluctuation document.
+    /// Throws ZfError, also for a phase-shift index that no record can hold.
+    void SetListScattererDimerOnZ(const ZfLmComplexTable& coefficients, double energy, double z,
+                                  const std::string& atomName, const std::string& elementName,
+                                  std::int32_t phaseShift, const ZfFluctuation& fluctuation,
+                                  const ZfDebye& debye);
 
     ZfVectorFreeElectron ListScatterer;      ///< sources of the current scattering order; the result
     ZfVectorFreeElectron NextListScatterer;  ///< sources being built for the next order
