@@ -10,6 +10,7 @@
 #include "input/ZfFluctuation.h"
 #include "input/ZfPhaseShiftDocument.h"
 #include "pattern/ZfDocPattern.h"
+#include "pattern/ZfDocPatternNano.h"
 #include "scattering/ZfScatteringData.h"
 
 /// Everything a run works on: inputs, scattering data, pattern objects and tables. One for the process,
@@ -33,6 +34,7 @@ public:
     ZfDocPattern_Orthographic patternOrthographic;
     ZfDocPattern_OneDimensional patternOneDimensional;
     ZfCrystalTable crystalPresets;
+    ZfDocPatternNano patternNano;
     ZfDebye debye;
     ZfFluctuation fluctuation;
 
