@@ -10,6 +10,7 @@
 #include "input/ZfFluctuation.h"
 #include "input/ZfPhaseShiftDocument.h"
 #include "pattern/ZfDocPattern.h"
+#include "pattern/ZfDocPatternNano.h"
 #include "pattern/ZfDocScatteringPatternMatrix.h"
 #include "scattering/ZfScatteringData.h"
 
@@ -35,6 +36,7 @@ public:
     ZfDocPattern_OneDimensional patternOneDimensional;
     ZfDocScatteringPatternMatrix scatteringPatternMatrix;  ///< without its documents
     ZfCrystalTable crystalPresets;
+    ZfDocPatternNano patternNano;
     ZfDebye debye;
     ZfFluctuation fluctuation;
 

@@ -19,17 +19,6 @@ double Radians(double degrees) {
     return degrees * kPi / 180;
 }
 
-/// Leaves the emitter, which stands at the origin, in the list whatever the two limits of the distance are.
-bool IsLeftOut(const ZfFreeElectron& source, const ZfDocPattern& limits) {
-    const double q = NormSquared(source.position);
-    const double upper = limits.clusterLimit * limits.clusterLimit;
-    const double lower = limits.clusterLowerLimit * limits.clusterLowerLimit;
-    if (upper > 0 && q >= upper) return true;
-    if (limits.clusterDepthLimit > 0 && source.position.VectorValueAt(2) > limits.clusterDepthLimit)
-        return true;
-    return q > kAtEmitterSquared_m2 && lower >= q;
-}
-
 void TurnPhase(ZfLmComplexTable& table, double degrees) {
     const std::complex<double> phase(std::cos(Radians(degrees)), std::sin(Radians(degrees)));
     for (std::complex<double>& a : table.block) a *= phase;
@@ -60,13 +49,22 @@ void ZfDocPattern::PrepareCalculation(ZfScatteringData& data, const ZfFluctuatio
     }
 }
 
+bool ZfDocPattern::IsLeftOut(const ZfFreeElectron& source) const {
+    const double q = NormSquared(source.position);
+    const double upper = clusterLimit * clusterLimit;
+    const double lower = clusterLowerLimit * clusterLowerLimit;
+    if (upper > 0 && q >= upper) return true;
+    if (clusterDepthLimit > 0 && source.position.VectorValueAt(2) > clusterDepthLimit) return true;
+    return q > kAtEmitterSquared_m2 && lower >= q;
+}
+
 void ZfDocPattern::SetUpRecord(const ZfScatteringData& data, std::int64_t record) {
     if (record >= static_cast<std::int64_t>(data.ListScatteringData.size())) throw ZfError("ERROR INDEX");
     const ZfVectorFreeElectron& list =
         data.ListScatteringData[static_cast<std::size_t>(record)].ListScatterer;
     scatteredWave = list;
     std::erase_if(scatteredWave.electrons,
-                  [this](const ZfFreeElectron& source) { return IsLeftOut(source, *this); });
+                  [this](const ZfFreeElectron& source) { return IsLeftOut(source); });
     scatteredWave.SetMeanFreePath_m(mfpByEmitterDistance ? meanFreePath : 0.0);
     if (emitterPhase != 0.0 && !scatteredWave.electrons.empty())
         TurnPhase(scatteredWave.electrons[0].A, emitterPhase);

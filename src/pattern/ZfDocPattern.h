@@ -58,6 +58,10 @@ public:
 
 protected:
     bool IsActive(std::int64_t record) const;
+    /// Whether the limits take an entry out of the list. The emitter, which stands at the origin, is never
+    /// taken out by the two limits of the distance.
+    bool IsLeftOut(const ZfFreeElectron& source) const;
+    /// Makes the wave lists of a record: the filtered one keeps the order of the entries.
     void SetUpRecord(const ZfScatteringData& data, std::int64_t record);
 
 private:

@@ -111,7 +111,7 @@ void SetPhaseShiftIndex(ZfScatteringRecord& record, const ZfPhaseShiftDocument& 
     record.phaseShiftIndex.SetVectorSize(size);
     bool missing = false;
     for (std::int32_t i = 0; i < size; ++i) {
-        const std::string& label = record.atomLabels[static_cast<std::size_t>(i)];
+        const std::string& label = CheckedAt(record.atomLabels, i);
         const auto& records = phaseShifts.records;
         const auto found = std::find_if(records.begin(), records.end(), [&](const ZfPhaseShiftRecord& r) {
             return r.Ek_eV == record.ListScatterer.Ek_eV && r.AtomName == label;
