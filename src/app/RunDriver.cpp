@@ -28,7 +28,7 @@ std::string ProgramDirectory(const std::string& program) {
 /// Beside the program. A bare name was found through PATH: the table of the current directory comes first
 /// then, and behind it the one beside the running file.
 std::string WeightTablePath(const std::string& program) {
-    const std::string named = ProgramDirectory(program) + kWeightTable;
+    std::string named = ProgramDirectory(program) + kWeightTable;
     std::error_code none;
     if (named != kWeightTable || std::filesystem::exists(named, none)) return named;
     const std::filesystem::path running = std::filesystem::read_symlink("/proc/self/exe", none);

@@ -126,7 +126,7 @@ double ZfDocPatternNano::Output(std::complex<double> wave, const Point& point) c
 
 void ZfDocPatternNano::AddRecord(ZfNotifyTerminate& notifier, const std::vector<Atom>& atoms, double factor) {
     scatteredWave.PrepareNorms();
-    const auto [first, second, normal] = Axes();
+    const auto axes = Axes();
     const std::complex<double> phase(std::cos(phaseAngle), std::sin(-phaseAngle));
     ZfLDoubleMatrix& plane = mapping.planes[0];
     std::exception_ptr failure;
@@ -136,9 +136,9 @@ void ZfDocPatternNano::AddRecord(ZfNotifyTerminate& notifier, const std::vector<
         for (std::int32_t j = 0; j < plane.RowSize; ++j) {
             try {
                 Point point;
-                point[first] = firstMin + i * gridStep;
-                point[second] = secondMin + j * gridStep;
-                point[normal] = planeHeight;
+                point[axes[0]] = firstMin + i * gridStep;
+                point[axes[1]] = secondMin + j * gridStep;
+                point[axes[2]] = planeHeight;
                 plane.At(i, j) += factor * Output(phase * WaveAt(point, atoms), point);
             } catch (...) {
 #pragma omp critical

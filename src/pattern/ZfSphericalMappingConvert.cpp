@@ -101,7 +101,7 @@ bool ZfConvertEquidistantCylindricalMap::PixelToDirection(double& dx, double& dy
     const double theta = py * kPi / (height - 1);
     Direction(dx, dy, dz, theta, px * 2 * kPi / width);
     const bool inner = py - 0.5 >= 0 && py + 0.5 <= height - 1;
-    const double rows = static_cast<double>(height - 1);
+    const double rows = height - 1.0;
     weight = inner ? 2 * kPiSquared * std::sin(theta) / (rows * width) : kPiCubed / (4 * rows * rows * width);
     return true;
 }

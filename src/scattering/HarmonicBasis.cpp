@@ -37,14 +37,14 @@ const double* HarmonicGammas() {
 
 std::vector<HarmonicPair> HarmonicPairs(const ZfLmComplexTable& table) {
     const std::int32_t n = table.L;
-    std::vector<HarmonicPair> pairs(static_cast<std::size_t>(n * (n + 1) / 2));
+    std::vector<HarmonicPair> pairs(HarmonicIndex(n, 0));
     for (std::int32_t m = 0; m < n; ++m) {
         const std::vector<double> norms = Norms(n, m);
         for (std::int32_t l = m; l < n; ++l) {
             const double s = norms[static_cast<std::size_t>(l - m)];
             const std::complex<double> minus = table.At(l, -m);
             const std::complex<double> plus = m % 2 == 1 ? -table.At(l, m) : table.At(l, m);
-            HarmonicPair& pair = pairs[static_cast<std::size_t>(l * (l + 1) / 2 + m)];
+            HarmonicPair& pair = pairs[HarmonicIndex(l, m)];
             pair.c = m == 0 ? s * plus : s * (plus + minus);
             pair.d = m == 0
                          ? 0.0

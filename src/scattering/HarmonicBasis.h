@@ -1,6 +1,7 @@
 #pragma once
 
 #include <complex>
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -26,6 +27,11 @@ constexpr std::int32_t kLargestKernelL = 100;
 /// gamma_lm for l = 0 .. n-1 and m = 0 .. l, in the order (0,0) (1,0) (1,1) (2,0) ...; 0 where no p_(l-2)m
 /// exists.
 const double* HarmonicGammas();
+
+/// Place of (l, m) in that order.
+inline std::size_t HarmonicIndex(std::int32_t l, std::int32_t m) {
+    return static_cast<std::size_t>(l) * (static_cast<std::size_t>(l) + 1) / 2 + static_cast<std::size_t>(m);
+}
 
 /// C and D of one (l, m).
 struct HarmonicPair {

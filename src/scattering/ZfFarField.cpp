@@ -38,18 +38,13 @@ void FillPowers(std::size_t n, const Direction& u, double* out) {
     }
 }
 
-std::size_t Pairs(std::int32_t size) {
-    const auto n = static_cast<std::size_t>(size);
-    return n * (n + 1) / 2;
-}
-
 /// Coefficients of one source: the limit (-i)^(l+1) of h1_l, and a factor of the caller's.
 void PutCoefficients(const ZfFreeElectron& electron, std::int32_t size, double factor, double* out) {
     const std::vector<HarmonicPair> pairs = HarmonicPairs(electron.A);
     for (std::int32_t m = 0; m < size; ++m) {
         for (std::int32_t l = m; l < size; ++l, out += 4 * kFarFieldPack) {
             if (l >= electron.A.L) continue;
-            const HarmonicPair& pair = pairs[static_cast<std::size_t>(l * (l + 1) / 2 + m)];
+            const HarmonicPair& pair = pairs[HarmonicIndex(l, m)];
             const std::complex<double> c = factor * IPower(l + 1) * pair.c;
             const std::complex<double> d = factor * IPower(l + 1) * pair.d;
             out[0] = c.real();
@@ -81,7 +76,7 @@ FarFieldSources PackSources(std::span<const ZfFreeElectron> electrons, const ZfF
     FarFieldSources sources;
     for (const ZfFreeElectron& electron : electrons) sources.L = std::max(sources.L, electron.A.L);
     sources.packs = (electrons.size() + kFarFieldPack - 1) / kFarFieldPack;
-    const std::size_t packCoefficients = Pairs(sources.L) * 4 * kFarFieldPack;
+    const std::size_t packCoefficients = HarmonicIndex(sources.L, 0) * 4 * kFarFieldPack;
     sources.coefficients.assign(sources.packs * packCoefficients, 0.0);
     sources.geometry.assign(sources.packs * 5 * kFarFieldPack, 0.0);
     for (std::size_t e = 0; e < electrons.size(); ++e) {
@@ -108,7 +103,7 @@ void Sum(const FarFieldSources& sources, const ZfFarFieldDirections& all,
     const std::size_t firstGroup = all.segments[task.firstSegment].firstGroup;
     const std::size_t endGroup = all.segments[task.endSegment - 1].endGroup;
 
-    const std::size_t thetaSize = segments * Pairs(sources.L);
+    const std::size_t thetaSize = segments * HarmonicIndex(sources.L, 0);
     const std::size_t powersSize = (endGroup - firstGroup) * 2 * n;
     const std::size_t ordersSize = FarFieldOrdersSize(sources.L);
     const std::size_t sumsSize = count * 2 * kFarFieldPack;
@@ -123,7 +118,7 @@ void Sum(const FarFieldSources& sources, const ZfFarFieldDirections& all,
     };
     for (std::size_t s = 0; s < segments; ++s)
         FillThetaFactors(n, front(all.segments[task.firstSegment + s].firstGroup).z,
-                         theta + s * Pairs(sources.L));
+                         theta + s * HarmonicIndex(sources.L, 0));
     for (std::size_t g = firstGroup; g < endGroup; ++g)
         FillPowers(n, front(g), powers + (g - firstGroup) * 2 * n);
     const FarFieldTables tables = {all, task, theta, powers};

@@ -49,8 +49,7 @@ std::complex<double> SumOfBoth(const ZfLmComplexTable& a, const ZfLmComplexTable
         const std::complex<double> h1(bessel.J(l), bessel.Y(l));
         const std::complex<double> h2 = std::conj(h1);
         for (std::int32_t m = -l; m <= l; ++m) {
-            const auto i = static_cast<std::size_t>((l + 1) * l + m);
-            sum += Product(Product(a.block[i], h1) + Product(b.block[i], h2), y.block[i]);
+            sum += Product(Product(a.At(l, m), h1) + Product(b.At(l, m), h2), y.At(l, m));
         }
     }
     return sum;
