@@ -99,6 +99,8 @@ double ZfParser::Calculate(const std::string& text) {
     return Evaluate(0);
 }
 
+// The recursion with CallFunction ends at kMaxCallDepth.
+// NOLINTNEXTLINE(misc-no-recursion)
 double ZfParser::Evaluate(std::int32_t depth) {
     std::vector<ZfParserToken> operators = {{kTokenDummy, 0.0, "DUMMY"}};
     std::vector<double> operands;
@@ -138,6 +140,7 @@ double ZfParser::Evaluate(std::int32_t depth) {
     return operands.back();
 }
 
+// NOLINTNEXTLINE(misc-no-recursion): as above
 double ZfParser::CallFunction(std::int32_t depth) {
     const std::string name = lexer.Token(tokenIndex).text;
     if (depth >= kMaxCallDepth) throw ZfError("error: Function calls are nested too deep:" + name);

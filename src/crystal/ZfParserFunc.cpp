@@ -1,8 +1,8 @@
+#include "crystal/ZfParserFunc.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
-
-#include "crystal/ZfParserFunc.h"
 
 namespace {
 

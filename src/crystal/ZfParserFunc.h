@@ -31,7 +31,8 @@ public:
     std::int32_t ParameterCount() const final { return Count; }
 
     void SetParameter(std::int32_t index, double value) final {
-        if (index < 0 || index >= Count) throw ZfError("error: Parameter is too many.");
+        if (index < 0 || static_cast<std::size_t>(index) >= parameters.size())
+            throw ZfError("error: Parameter is too many.");
         parameters.at(static_cast<std::size_t>(index)) = value;
     }
 

