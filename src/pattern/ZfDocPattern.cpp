@@ -14,6 +14,7 @@ namespace {
 
 constexpr double kAtEmitterSquared_m2 = 1e-22;
 constexpr std::size_t kWordBits = 32;
+constexpr std::size_t kWrittenPlanes = 4;
 
 double Radians(double degrees) {
     return degrees * kPi / 180;
@@ -33,7 +34,7 @@ void ZfDocPattern::ActivateAll(std::size_t records) {
 
 bool ZfDocPattern::IsActive(std::int64_t record) const {
     const auto bit = static_cast<std::size_t>(record);
-    return (activeRecords[bit / kWordBits] >> (bit % kWordBits) & 1U) != 0;
+    return (CheckedAt(activeRecords, bit / kWordBits) >> (bit % kWordBits) & 1U) != 0;
 }
 
 void ZfDocPattern::PrepareCalculation(ZfScatteringData& data, const ZfFluctuation& fluctuation,
@@ -119,7 +120,11 @@ void ZfDocPattern::AddRecord(ZfNotifyTerminate& notifier, const ZfFarFieldDirect
         for (std::int64_t t = 0; t < tasks; ++t) {
             if (notifier.IsTerminated()) continue;
             const ZfFarFieldDirections::Task& task = directions.tasks[static_cast<std::size_t>(t)];
-            farField.Calculate(directions, task, scratch, direct, scattered);
+            try {
+                farField.Calculate(directions, task, scratch, direct, scattered);
+            } catch (...) {  // NOLINT(bugprone-empty-catch): the pixels keep the sums they had
+                continue;
+            }
             const std::size_t first = directions.FirstDirection(task);
             for (std::size_t i = first; i < directions.EndDirection(task); ++i)
                 AddPixel(directions.directions[i].index, direct[i - first], scattered[i - first]);
@@ -149,6 +154,7 @@ void ZfDocPattern::AddRecordPixelByPixel(ZfNotifyTerminate& notifier,
 void ZfDocPattern::Calculate(ZfNotifyTerminate& notifier, ZfScatteringData& data,
                              const ZfFluctuation& fluctuation, const ZfDebye& debye) {
     PrepareCalculation(data, fluctuation, debye);
+    if (mapping.planes.size() < kWrittenPlanes) throw ZfError("Error: A pattern needs four planes");
     const ZfFarFieldDirections directions = Directions();
     for (std::int64_t s = 0; s < activeRecordCount; ++s) {
         if (notifier.IsTerminated()) break;

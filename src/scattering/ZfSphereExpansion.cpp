@@ -131,7 +131,7 @@ void ZfSphereExpansion::AddRows(const ZfExpansionLevel& lattice, const RowSums& 
 }
 
 void ZfSphereExpansion::LevelIntegral(ZfLmComplexTable& result) {
-    if (level == 0) SampleLevels(0, std::min(kLevelsAtOnce, maxLevel - 1));
+    if (level == 0) SampleLevels(0, std::clamp(maxLevel - 1, kFirstComparedLevel, kLevelsAtOnce));
     if (level > kLevelsAtOnce) SampleLevels(level, level);
     const auto index = static_cast<std::size_t>(level);
     AddRows(lattice_[index], sampled_[index]);
@@ -142,6 +142,8 @@ void ZfSphereExpansion::LevelIntegral(ZfLmComplexTable& result) {
 }
 
 void ZfSphereExpansion::Reset() {
+    sum.SetSize(lSize);  // refuses a size that no table can have, before anything is built for it
+    sum.Zero();
     if (grid.lSize != lSize) {
         grid.lSize = lSize;
         grid.rebuild = true;
@@ -151,8 +153,6 @@ void ZfSphereExpansion::Reset() {
         lattice_.clear();
     }
     grid.BuildGrid();
-    sum.SetSize(lSize);
-    sum.Zero();
     level = 0;
     points = 0;
     lastError = -1.0;

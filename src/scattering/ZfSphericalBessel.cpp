@@ -130,7 +130,7 @@ void ZfSphericalBessel::CalculateJSeries(double x) {
     double low = LeadingTerm(p - 1, x);
     double sumHigh = high;
     double sumLow = low;
-    for (std::int32_t q = 1; std::abs(high) > kAscendingTerm; ++q) {
+    for (std::int32_t q = 1; std::abs(high) > kAscendingTerm && std::isfinite(high); ++q) {
         high *= -(0.25 * x * x) / (q * (p + q + 0.5));
         low *= -(0.25 * x * x) / (q * (p + q - 0.5));
         sumHigh += high;

@@ -64,7 +64,7 @@ void ZfWaveVectorFreeElectron::Sample(const ZfSampleDirections& directions, doub
         const ZfFreeElectron& electron = list->electrons[e];
         const KernelSource& source = prepared_[e];
         const Range range = RangeOf(electron, radius);
-        if (electron.A.L == 0 && electron.B.L == 0) continue;
+        if (!electron.IsPlaneWave && electron.A.L == 0 && electron.B.L == 0) continue;
         const bool phaseInRange = range.farthest <= kLargestKernelPhase;
         if (electron.IsPlaneWave && phaseInRange)
             AddPlaneWave(electron.A.At(0, 0), electron.planeWaveVector.Data(), electron.position.Data(),

@@ -144,6 +144,12 @@ TEST(ZfDocPattern, RecordsAddUpAsIntensities) {
     ExpectSame(both, sum);
     pattern.ActivateAll(3);
     EXPECT_EQ(ErrorText([&] { Calculate(pattern, data); }), "ERROR INDEX");
+    pattern.activeRecordCount = 33;  // with the bits of 32
+    data.ListScatteringData.resize(33);
+    EXPECT_THROW(Calculate(pattern, data), std::out_of_range);
+    pattern.planeCount = 3;
+    EXPECT_EQ(ErrorText([&] { Calculate(pattern, data); }), "Error: A pattern needs four planes");
+    pattern.planeCount = 6;
     pattern.ActivateAll(0);
     Calculate(pattern, data);
     EXPECT_EQ(Plane(pattern, 0), std::vector<double>(36 * 19, 0.0));

@@ -63,6 +63,8 @@ TEST(ZfSphericalBessel, CutsOffWhereYOverflows) {
         EXPECT_EQ(bessel.J(l), 0.0);
         EXPECT_EQ(bessel.Y(l), 1e55);
     }
+    bessel.Calculate(2000, 1500.0);  // where the series of j overflows as well
+    EXPECT_EQ(bessel.J(2000), 0.0);
 
     for (const double x : {0.0, 1e-18}) {
         std::vector<std::complex<double>> h1;

@@ -128,6 +128,22 @@ TEST(ZfSphereExpansion, LetsFailuresOutOfItsParallelLoops) {
     ZfLmComplexTable result;
     EXPECT_THROW(expansion.Expand(result, ZfWaveVectorFreeElectron(&list), 0.0), const char*);
     EXPECT_EQ(ErrorText([] { ZfWaveVectorFreeElectron(nullptr).WaveNumber(); }), "pointer is not defined");
+    EXPECT_EQ(ErrorText([] { Expand(ListOf({SWave(2e-10, 0, 0)}), -1, 0.01); }), "Error");
+    ZfVectorFreeElectron noAmplitude = ListOf({SourceOf(0, 2e-10, 0, 0)});
+    noAmplitude.electrons[0].IsPlaneWave = true;
+    EXPECT_EQ(ErrorText([&] { Expand(noAmplitude, 3, 0.01); }), "Illegal l value");
+}
+
+TEST(ZfSphereExpansion, ComparesOnceHoweverLowTheLastLevel) {
+    const ZfVectorFreeElectron list = ListOf({SWave(2e-10, 0, 0)});
+    ZfSphereExpansion expansion;
+    expansion.lSize = 4;
+    ZfLmComplexTable result;
+    for (const std::int32_t maxLevel : {0, 3, 7}) {
+        expansion.maxLevel = maxLevel;
+        expansion.Expand(result, ZfWaveVectorFreeElectron(&list), 2e-10);
+        EXPECT_EQ(expansion.level, std::max(maxLevel - 1, 5));
+    }
 }
 
 TEST(ZfSphereExpansion, GivesTheSameBitsForAnyNumberOfThreads) {
