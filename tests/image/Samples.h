@@ -4,7 +4,10 @@
 #include <sstream>
 #include <string>
 
+#include "XmlText.h"
 #include "image/ZfDocData.h"
+
+constexpr int kSampleVersions[] = {0, 2, 3, 4, 5, 6};
 
 inline std::string SamplePath(int version) {
     return std::string(ZF_IMAGE_SAMPLES) + "/version" + std::to_string(version) + ".xml_img";
@@ -17,7 +20,6 @@ inline std::string SampleText(int version) {
 }
 
 inline bool LoadText(ZfDocData& data, const std::string& text) {
-    ZfBarnXml xml("r");
-    xml.Parse(text);
+    XmlReader xml(text);
     return data.SaveLoad(xml);
 }
