@@ -117,13 +117,8 @@ TEST(ZfBarnXml, RecordListOfManyItems) {
 TEST(ZfBarnXml, DeepAndBrokenNesting) {
     constexpr int kDepth = 1'000'000;
     ZfBarnXml writer("w");
-    std::string open;
-    for (int i = 0; i < kDepth; ++i) {
-        open += "<a>";
-        writer.OpenRack("a");
-    }
-    EXPECT_EQ(writer.Document().size(), 8U * kDepth);
-    XmlReader deep(open + "x");
+    for (int i = 0; i < kDepth; ++i) writer.OpenRack("a");
+    XmlReader deep(writer.Document());
     for (int i = 0; i < kDepth; ++i) ASSERT_TRUE(deep.OpenRack("a"));
     EXPECT_FALSE(deep.OpenRack("a"));
 
