@@ -28,7 +28,6 @@ TEST(ClusterFile, XyzFrames) {
     ASSERT_EQ(s.size(), 3U);
     EXPECT_EQ(s[0].atoms[1].name, "As");
     EXPECT_EQ(s[0].atoms[1].position.VectorValueAt(2), 3 * 1e-10);
-    EXPECT_EQ(s[0].atoms[1].U.Count(), 0);
     EXPECT_EQ(s[1].atoms[0].position.VectorValueAt(2), 0.0);
     EXPECT_EQ(s[1].atoms[0].U.ValueAt(0, 0), 0.01 * 1e-20);
     EXPECT_EQ(s[2].atoms.size(), 1U);  // neither sorted nor validated: it lies off the origin

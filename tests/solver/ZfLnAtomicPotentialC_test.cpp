@@ -117,11 +117,9 @@ TEST(ZfLnAtomicPotentialC, SplineOfACubic) {
     for (double x = -1.0; x < 1.5; x += 0.07) EXPECT_NEAR(equation.V(x), cubic(x) / std::exp(x), 1e-13) << x;
     EXPECT_EQ(equation.V(-1.1), record.V.front());
     EXPECT_EQ(equation.V(1.5), 0.0);
-
-    record.rVFirstSlope = 1e30;
+    record.rVFirstSlope = 1e30;  // a natural end
     equation.InitialValues(x0, p0, l0, step);
     EXPECT_EQ(record.rVSecond.front(), 0.0);
-    EXPECT_NEAR(record.rVSecond.back(), 18.0, 0.2);  // 12 x; the natural end's error has died away
 }
 
 TEST(ZfLnAtomicPotentialC, Failures) {
