@@ -45,6 +45,7 @@ TEST(ScatteringCalculators, ScatterTheEmittedWaveAtEachAtom) {
         const std::vector<ZfFreeElectron>& waves = run.Run();
         EXPECT_EQ(waves.at(0).A.block, run.waves[0].coeff.block) << "the emitted wave is not back";
         ASSERT_EQ(waves.back().A.L, 5);
+        EXPECT_EQ(run.data.StIndex, 1) << "the counters stand where the loops ended";
         const ZfLmComplexTable truth = TableOfSWave(Vector3(1.2e-10, -1.9e-10, -0.8e-10), waves.back().k, 5);
         EXPECT_LT(RelativeError(waves.back().A, truth,
                                 [&](std::int32_t l) {
