@@ -11,70 +11,50 @@
 
 namespace {
 
-ZfDebye Loaded(const std::string& text) {
+std::string LoadError(ZfDebye& debye, const std::string& text) {
     const QtMessageHandler before = qInstallMessageHandler([](auto, const auto&, const QString&) {});
-    ZfDebye debye;
     const std::string error = ErrorText([&] { debye.LoadAtomicWeight(text); });
     qInstallMessageHandler(before);
-    if (error != "no failure") throw ZfError(error);
-    return debye;
+    return error;
 }
 
 }  // namespace
 
 TEST(ZfAtomName, SymbolsAndNumbers) {
     ZfAtomName name;
-    const std::pair<const char*, int> cases[] = {{"", 0},    {"H", 1},   {"Cu", 29}, {"As", 33},
-                                                 {"Bi", 83}, {"Bj", 97}, {"Lr", 103}};
-    for (const auto& [symbol, number] : cases) {
+    for (const auto& [symbol, number] : {std::pair("", 0), {"Cu", 29}, {"Bj", 97}, {"Lr", 103}}) {
         name.SetName(symbol);
         EXPECT_EQ(name.GetAtomicNumber(), number);
-        EXPECT_EQ(name.name, symbol);
     }
     for (const char* symbol : {"fe", "FE", " Fe", "Bk", "Rf"})
         EXPECT_EQ(ErrorText([&] { name.SetName(symbol); }), "Error in element name") << symbol;
-    EXPECT_THROW(name.SetAtomicNumber(104), std::out_of_range);
-    EXPECT_THROW(name.SetAtomicNumber(-1), std::out_of_range);
+    EXPECT_EQ(ErrorText([&] { name.SetAtomicNumber(104); }), "out of range");
+    EXPECT_EQ(ErrorText([&] { name.SetAtomicNumber(-1); }), "out of range");
     EXPECT_EQ(name.name, "Lr");
 }
 
 TEST(ZfDebye, WeightTable) {
-    const ZfDebye debye = Loaded("1 H hydrogen 1.008\r\n2,He,helium,4.0026\r\t3 Li x 6.94 more\n4 Be y 9");
-    EXPECT_EQ(debye.weights, (std::vector<double>{0.0, 1.008, 4.0026, 6.94, 9.0}));
-    for (const int number : {-1, 0, 5})
-        EXPECT_EQ(ErrorText([&] { debye.GetAtoicWeight(number); }),
-                  "ZfDebye::GetAtoicWeight(), not good atomic number=" + std::to_string(number));
-    const std::string order = "Debye:LoadAtomicWeight File: order is not correct.";
-    for (const char* text : {"2 H x 1\n", "1 H x 1\n\n2 He x 4\n", "1 H x\n", "x", "1 H x 1\n1 H x 1\n"})
-        EXPECT_EQ(ErrorText([&] { Loaded(text); }), text == std::string("x") ? "no failure" : order) << text;
-}
-
-TEST(ZfDebye, HighTemperatureLimit) {
     ZfDebye debye;
     EXPECT_EQ(ErrorText([&] { debye.CalcUiso(300, 1, 100); }), "Atomic weight parameter is not loaded");
-    debye.weights.assign(30, 63.546);
-    // U = 3 hbar^2 T / (M kB theta^2), with today's constants, for copper at room temperature.
-    constexpr double hbar = 1.054571817e-34;
-    const double expected = 3 * hbar * hbar * 300 / (63.546 * 1.66053907e-27 * 1.380649e-23 * 343 * 343);
-    constexpr double kChangeOfConstants = 2e-5;
-    EXPECT_NEAR(debye.CalcUiso(300, 29, 343) / expected, 1.0, kChangeOfConstants);
-    EXPECT_EQ(debye.CalcUiso(0, 29, 343), 0.0);
-    EXPECT_EQ(debye.CalcUiso(300, 999, 0), 0.0);
-    EXPECT_EQ(debye.CalcUiso(300, 999, -1), 0.0);
+    LoadError(debye, "1 H hydrogen 1.008\r\n2,He,helium,4.0026\r\t3 Li x 6.94 more\n4 Be y 9");
+    EXPECT_EQ(debye.weights, (std::vector<double>{0.0, 1.008, 4.0026, 6.94, 9.0}));
+    EXPECT_EQ(ErrorText([&] { debye.GetAtoicWeight(5); }),
+              "ZfDebye::GetAtoicWeight(), not good atomic number=5");
+    for (const char* text : {"2 H x 1\n", "1 H x 1\n\n2 He x 4\n", "1 H x\n", "1 H x 1\n1 H x 1\n"})
+        EXPECT_EQ(LoadError(debye, text), "Debye:LoadAtomicWeight File: order is not correct.") << text;
 }
 
 TEST(ZfFluctuation, KeepsWhatIsAbsent) {
     const TempFolder folder;
     ZfFluctuation f;
     f.Temperature_K_ = 77.0;
-    ZfLoadFluctuation(f, folder.Write("f", "<Other></Other>"));
     ZfLoadFluctuation(f, folder.Write("f",
                                       "<DocFluctuation><DebyeElement_><r>Cu</r></DebyeElement_>"
                                       "<DebyeTemperature_K_><i>343</i></DebyeTemperature_K_>"
                                       "<IsUseUisoDebyeModel_>true</IsUseUisoDebyeModel_></DocFluctuation>"));
+    ZfLoadFluctuation(f, folder.Write("f", "<Other></Other>"));
     EXPECT_EQ(f.Temperature_K_, 77.0);
     EXPECT_EQ(f.DebyeElement_, std::vector<std::string>{"Cu"});
     EXPECT_EQ(f.DebyeTemperature_K_, std::vector<double>{343.0});
-    EXPECT_TRUE(f.IsUseUisoDebyeModel_);
-    EXPECT_FALSE(f.IsUseUisoEinsteinModel_);
+    EXPECT_TRUE(f.IsUseUisoDebyeModel_ && !f.IsUseUisoEinsteinModel_);
 }

@@ -3,13 +3,12 @@
 #include <gtest/gtest.h>
 
 #include "ErrorText.h"
+#include "XmlText.h"
 
 namespace {
 
 std::vector<ZfEmittedWave> Read(const std::string& items) {
-    ZfBarnXml xml("r");
-    xml.Parse("<emitted_wave_data><data><list_emitter>" + items +
-              "</list_emitter></data></emitted_wave_data>");
+    XmlReader xml(Tag("emitted_wave_data", Tag("data", Tag("list_emitter", items))));
     std::vector<ZfEmittedWave> waves;
     ExchangeEmittedWaves(xml, waves);
     return waves;
@@ -41,48 +40,41 @@ TEST(ZfEmittedWave, WritesToTheByteAndReadsBack) {
     EXPECT_EQ(back[0].coeff.At(0, 0), std::complex<double>(1.0, -0.5));
     EXPECT_EQ(back[1].Ek, 1000.0);
     EXPECT_EQ(back[1].Ratio, 2.0);
-    EXPECT_EQ(back[1].coeff.L, 0);
     EXPECT_EQ(back[2].Ek, 0.0);
 }
 
 TEST(ZfEmittedWave, BinaryCoefficientsKeepAllBits) {
     ZfLmComplexTable table(2);
-    table.At(0, 0) = {1.0, -0.5};
-    table.At(1, 0) = {2.0, 0.0};
-    table.At(1, 1) = {0.0, 0.1};
+    table.block = {{1.0, -0.5}, {0.0, 0.1}, {2.0, 0.0}, {1.0 / 3.0, 0.0}};
     const std::string text = Coefficients(table, "b");
-    EXPECT_EQ(text.substr(0, 72),
-              "<coeff><Size_l>2</Size_l>\n<base64>00000040AAAAAAAAw/DAAAAAAAA4/CAAAAAAAA");
-    const auto waves = Read("<i>" + text + "</i>");
-    EXPECT_EQ(waves[0].coeff.block, table.block);
+    EXPECT_EQ(text.substr(0, 61), "<coeff><Size_l>2</Size_l>\n<base64>00000040AAAAAAAAw/DAAAAAAAA");
+    EXPECT_EQ(Read(Tag("i", text))[0].coeff.block, table.block);
     EXPECT_EQ(ErrorText([&] { Coefficients(table, "bb"); }), "Write Format Error");
 }
 
 TEST(ZfEmittedWave, DamagedCoefficients) {
-    const auto error = [](const std::string& content) {
-        return ErrorText([&] { Read("<i><coeff>" + content + "</coeff></i>"); });
-    };
     const std::string two = "<Size_l>2</Size_l>";
     const std::string one = "<base64>00000010AAAAAAAAw/DAAAAAAAA4/CAA</base64>";
-    EXPECT_EQ(error("<Size_l>1</Size_l>" + one), "no failure");
-    EXPECT_EQ(error(two + one), "Invalid Tag Name:coeff <> i");
-    EXPECT_EQ(error(two + "<base64>00000010</base64>"), "Size Error");
-    EXPECT_EQ(error(two), "no failure");
     const std::string m = "<m><r>1</r></m>";
-    const std::string l0 = "<l>" + m + "</l>";
-    EXPECT_EQ(error(two + "<Value>" + l0 + "<l>" + m + m + m + "</l></Value>"), "no failure");
-    EXPECT_EQ(error(two + "<Value>" + l0 + "<l>" + m + m + "</l></Value>"), "Invalid Tag Name:l <> m");
-    EXPECT_EQ(error(two + "<Value>" + l0 + "</Value>"), "Invalid Tag Name:Value <> m");
-    EXPECT_EQ(error("<Size_l>-1</Size_l>"), "Error");
-    EXPECT_EQ(error("<Size_l>65536</Size_l>"), "Cannot allocate memory");
+    const std::string l0 = Tag("l", m);
+    const std::pair<std::string, const char*> cases[] = {
+        {"<Size_l>1</Size_l>" + one, "no failure"},
+        {two + one, "Invalid Tag Name:coeff <> i"},
+        {two + "<base64>00000010</base64>", "Size Error"},
+        {two + Tag("Value", l0 + Tag("l", m + m + m)), "no failure"},
+        {two + Tag("Value", l0 + Tag("l", m + m)), "Invalid Tag Name:l <> m"},
+        {two + Tag("Value", l0), "Invalid Tag Name:Value <> m"},
+        {"<Size_l>-1</Size_l>", "Error"},
+        {"<Size_l>65536</Size_l>", "Cannot allocate memory"}};
+    for (const auto& [content, error] : cases)
+        EXPECT_EQ(ErrorText([&] { Read(Tag("i", Tag("coeff", content))); }), error) << content;
 }
 
 TEST(ZfLmTable, IndexAndHandOver) {
     ZfLmComplexTable table(3);
     EXPECT_EQ(ErrorText([&] { table.At(3, 0); }), "Illegal l value");
-    EXPECT_EQ(table.lmIndex(2, -1), 5);
     EXPECT_EQ(ErrorText([&] { table.At(1, -2); }), "Illegal m value");
-
+    EXPECT_EQ(table.lmIndex(2, -1), 5);
     table.transferable = true;
     ZfLmComplexTable owner;
     owner = std::move(table);
@@ -90,9 +82,7 @@ TEST(ZfLmTable, IndexAndHandOver) {
     EXPECT_EQ(owner.L, 3);
     EXPECT_EQ(copy.block.size(), 9U);
     owner.transferable = true;
-    ZfLmComplexTable taken;
-    taken = owner;
-    EXPECT_EQ(taken.L, 3);
-    EXPECT_EQ(owner.L, 0);
+    table = owner;
+    EXPECT_EQ(table.L, 3);
     EXPECT_TRUE(owner.block.empty());
 }

@@ -18,11 +18,8 @@ double Area(const ZfSphericalMapping& map) {
 
 void ExpectSize(const ZfSphericalMapping& map, std::int32_t width, std::int32_t height) {
     ASSERT_EQ(map.planes.size(), 2U);
-    for (const ZfLDoubleMatrix* m : {&map.planes[0], &map.planes[1], &map.directionX, &map.pixelWeight}) {
-        EXPECT_EQ(m->ColSize, width);
-        EXPECT_EQ(m->RowSize, height);
-    }
-    EXPECT_EQ(map.planes[1].ValueAt(width - 1, height - 1), 0.0);
+    for (const ZfLDoubleMatrix* m : {&map.planes[0], &map.planes[1], &map.directionX, &map.pixelWeight})
+        EXPECT_EQ(std::pair(m->ColSize, m->RowSize), std::pair(width, height));
 }
 
 void ExpectDirection(const ZfSphericalMapping& map, std::int32_t px, std::int32_t py, double x, double y,
@@ -43,14 +40,16 @@ TEST(SphericalMapping, AzimuthalEquidistantIsTheUpperHemisphere) {
     ExpectDirection(map, 90, 135, 0, std::sqrt(0.5), std::sqrt(0.5));
     ExpectDirection(map, 180, 180, 0, 0, 0);
     EXPECT_EQ(map.pixelWeight.ValueAt(180, 180), 0.0);
-    EXPECT_GT(map.pixelWeight.ValueAt(180, 90), 0.0);
     EXPECT_NEAR(map.pixelWeight.ValueAt(90, 90), kPi * kPi / 32400, 1e-15);
     EXPECT_NEAR(Area(map) / (2 * kPi), 1.0, 2e-3);
-    ExpectSize(CreateAzimuthalEquidistantMapping(2, 0.5), 361, 361);
     // A resolution that does not divide 180 still spans 90 degrees.
     const ZfSphericalMapping odd = CreateAzimuthalEquidistantMapping(2, 0.7);
     ExpectSize(odd, 258, 258);
     EXPECT_NEAR(Area(odd) / (2 * kPi), 1.0, 2e-3);
+    for (const double resolution : {0.0, -200.0, 1e-12})
+        EXPECT_EQ(ErrorText([&] { CreateAzimuthalEquidistantMapping(2, resolution); }),
+                  "matrix creation Parameter Error");
+    EXPECT_EQ(ErrorText([] { CreateAzimuthalEquidistantMapping(2, 1e-4); }), "Cannot Get Memory");
 }
 
 TEST(SphericalMapping, EquidistantCylindricalIsTheWholeSphere) {
@@ -60,29 +59,16 @@ TEST(SphericalMapping, EquidistantCylindricalIsTheWholeSphere) {
     ExpectDirection(map, 17, 0, 0, 0, 1);
     ExpectDirection(map, 90, 90, 0, 1, 0);
     ExpectDirection(map, 180, 45, -std::sqrt(0.5), 0, std::sqrt(0.5));
-    ExpectDirection(map, 0, 180, 0, 0, -1);
     // Half a row of pixels around a pole.
     EXPECT_NEAR(map.pixelWeight.ValueAt(5, 180), kPi * kPi * kPi / (4.0 * 180 * 180 * 360), 1e-18);
     EXPECT_NEAR(Area(map) / (4 * kPi), 1.0, 1e-4);
-    ExpectSize(CreateEquidistantCylindricalMapping(2, 0.5), 720, 361);
 }
 
-TEST(SphericalMapping, OtherMapsAndSizes) {
-    const ZfSphericalMapping arc = CreateOneDimensionalMapping(2, 0.5);
-    EXPECT_EQ(arc.name, "");
-    ExpectSize(arc, 361, 1);
-    ExpectDirection(arc, 60, 0, 0.5, 0, std::sqrt(0.75));
-    const ZfSphericalMapping disc = CreateOrthographicMapping(2, 101);
-    ExpectDirection(disc, 80, 50, 0.6, 0, 0.8);
-    EXPECT_NEAR(disc.pixelWeight.ValueAt(80, 50), 0.8, 1e-15);
-    EXPECT_EQ(disc.pixelWeight.ValueAt(100, 50), 0.0);
+TEST(SphericalMapping, OtherMaps) {
+    ExpectDirection(CreateOneDimensionalMapping(2, 0.5), 60, 0, 0.5, 0, std::sqrt(0.75));
+    ExpectDirection(CreateOrthographicMapping(2, 101), 80, 50, 0.6, 0, 0.8);
     ExpectDirection(CreateGnomonicMapping(2, 60.0, 101), 100, 50, std::sqrt(0.75), 0, 0.5);
     ExpectDirection(CreateStereographicMapping(2, 90.0, 99), 50, 50, 0, 0, 1);  // its centre is (W + 1)/2
-    for (const double resolution : {0.0, -1.0, -200.0, 1e-12})
-        EXPECT_EQ(ErrorText([&] { CreateAzimuthalEquidistantMapping(2, resolution); }),
-                  "matrix creation Parameter Error")
-            << resolution;
-    EXPECT_EQ(ErrorText([] { CreateAzimuthalEquidistantMapping(2, 1e-4); }), "Cannot Get Memory");
 }
 
 TEST(SphericalMappingConvert, PixelsComeBack) {
@@ -91,27 +77,18 @@ TEST(SphericalMappingConvert, PixelsComeBack) {
         std::make_unique<ZfConvertEquidistantCylindricalMap>(), std::make_unique<ZfConvertGnomonicMap>(60.0),
         std::make_unique<ZfConvertStereographicMap>(75.0), std::make_unique<ZfConvertOrthographicMap>()};
     for (const auto& converter : converters) {
-        for (double px = 0.0; px < 41; px += 2.5) {
-            for (double py = 2.5; py < 40; py += 2.5) {  // the pole rows of the cylinder have no azimuth
-                double x = 0.0;
-                double y = 0.0;
-                double z = 0.0;
-                double weight = 0.0;
-                if (!converter->PixelToDirection(x, y, z, weight, px, py, 41, 41)) continue;
-                EXPECT_NEAR(x * x + y * y + z * z, 1.0, 1e-14);
-                double qx = 0.0;
-                double qy = 0.0;
-                converter->DirectionToPixel(qx, qy, 41, 41, x, y, z);
-                EXPECT_NEAR(qx, px, 1e-10) << converter->Name();
-                EXPECT_NEAR(qy, py, 1e-10) << converter->Name();
-                // A drawing rectangle is an image with real corners; the centre of the stereographic map
-                // differs.
-                const double edge = converter->Name() == "Stereographic" ? 42 : 40;
-                if (converter->DirectionToPlane(qx, qy, 0, edge, 0, edge, x, y, z)) {
-                    EXPECT_NEAR(qx, px, 1e-10) << converter->Name();
-                    EXPECT_NEAR(qy, py, 1e-10) << converter->Name();
-                }
-            }
+        // A drawing rectangle is an image with real corners; the centre of the stereographic map differs.
+        const double edge = converter->Name() == "Stereographic" ? 42 : 40;
+        for (int i = 0; i < 17 * 15; ++i) {  // the pole rows of the cylinder have no azimuth
+            const double px = 2.5 * (i % 17);
+            const double py = 2.5 * (i / 17) + 2.5;
+            double x, y, z, weight, qx, qy;
+            if (!converter->PixelToDirection(x, y, z, weight, px, py, 41, 41)) continue;
+            EXPECT_NEAR(x * x + y * y + z * z, 1.0, 1e-14);
+            converter->DirectionToPixel(qx, qy, 41, 41, x, y, z);
+            EXPECT_NEAR(std::hypot(qx - px, qy - py), 0.0, 1e-10) << converter->Name();
+            if (!converter->DirectionToPlane(qx, qy, 0, edge, 0, edge, x, y, z)) continue;
+            EXPECT_NEAR(std::hypot(qx - px, qy - py), 0.0, 1e-10) << converter->Name();
         }
     }
 }
@@ -125,11 +102,5 @@ TEST(SphericalMappingConvert, TellsWhatLiesOffTheMap) {
     EXPECT_NEAR(px, -0.005 * 180 / kPi, 1e-12);
     EXPECT_TRUE(cylinder.DirectionToPixel(px, py, 360, 181, std::cos(0.01), -std::sin(0.01), 0));
     EXPECT_NEAR(px, 360 - 0.01 * 180 / kPi, 1e-12);
-    EXPECT_TRUE(cylinder.DirectionToPixel(px, py, 360, 181, 0, 0, -1.0000000001));
-    EXPECT_FALSE(cylinder.DirectionToPlane(px, py, 0, 1, 0, 1, 0, 0, 1));
-    EXPECT_FALSE(ZfConvertOrthographicMap().DirectionToPixel(px, py, 101, 101, 0.6, 0, -0.8));
     EXPECT_FALSE(ZfConvertAzimuthalEquidistantMap().DirectionToPixel(px, py, 101, 101, 0.6, 0, -0.8));
-    // The lower hemisphere lands mirrored through the centre of the tangent plane.
-    EXPECT_TRUE(ZfConvertGnomonicMap(60.0).DirectionToPixel(px, py, 101, 101, 0.6, 0, -0.8));
-    EXPECT_LT(px, 50.0);
 }

@@ -1,8 +1,9 @@
 #pragma once
 
+#include <cmath>
 #include <complex>
 #include <cstdint>
-#include <initializer_list>
+#include <vector>
 
 #include "ErrorText.h"
 #include "scattering/ZfVectorFreeElectron.h"
@@ -20,15 +21,26 @@ inline ZfFreeElectron SourceOf(std::int32_t lSize, double x, double y, double z)
     return source;
 }
 
+/// One with coefficients of no symmetry.
+inline ZfFreeElectron FullSource(std::int32_t lSize, double x, double y, double z) {
+    ZfFreeElectron source = SourceOf(lSize, x, y, z);
+    double t = 1.0 + 1e10 * (x + 2 * y + 3 * z);
+    for (std::complex<double>& a : source.A.block) {
+        a = {std::sin(t), std::cos(2.0 * t)};
+        t += 0.7;
+    }
+    return source;
+}
+
 inline ZfFreeElectron SWave(double x, double y, double z, std::complex<double> amplitude = 1.0) {
     ZfFreeElectron source = SourceOf(1, x, y, z);
     source.A.At(0, 0) = amplitude;
     return source;
 }
 
-inline ZfVectorFreeElectron ListOf(std::initializer_list<ZfFreeElectron> sources) {
+inline ZfVectorFreeElectron ListOf(std::vector<ZfFreeElectron> sources) {
     ZfVectorFreeElectron list;
-    list.electrons = sources;
+    list.electrons = std::move(sources);
     list.SetEnergy_eV(kEnergy_eV);
     return list;
 }

@@ -12,13 +12,14 @@ QString Q(const std::string& path) {
     return QString::fromStdString(path);
 }
 
+const char* const kText = "<root><a>&lt;\xC3\xA9</a>\n</root>\n";
+
+/// Writes kText but for the end of the root.
 void WriteHalf(ZfBarnXml& xml) {
     std::string value = "<\xC3\xA9";
     xml.OpenRack("root");
     xml.Text("a", value, "");
 }
-
-const char* const kHalf = "<root><a>&lt;\xC3\xA9</a>\n</root>\n";
 
 }  // namespace
 
@@ -27,33 +28,27 @@ TEST(ZfBarnFile, TruncatesAtOnceAndWritesWhenAnExceptionPasses) {
     const std::string path = folder.Write("f.xml", "old");
     EXPECT_EQ(ErrorText([&] {
                   ZfBarnFile file(path, "w");
-                  EXPECT_EQ(folder.Read("f.xml"), "");
                   WriteHalf(file);
                   EXPECT_EQ(folder.Read("f.xml"), "");
                   file.CloseRack("other");
               }),
               "Invalid Tag Name:root <> other");
-    EXPECT_EQ(folder.Read("f.xml"), kHalf);
+    EXPECT_EQ(folder.Read("f.xml"), kText);
 }
 
-TEST(ZfBarnFile, QtFileWritesAtSaveOrInTheDestructor) {
+TEST(ZfBarnFile, QtFileWritesOnceAtSaveOrInTheDestructor) {
     const TempFolder folder;
     const std::string path = folder.Write("f.xml", "old");
-    {
+    for (const bool save : {true, false}) {
         ZfQBarnFile file(Q(path), "w");
         WriteHalf(file);
         EXPECT_EQ(folder.Read("f.xml"), "old");
+        if (!save) continue;
         file.Save();
-        EXPECT_EQ(folder.Read("f.xml"), kHalf);
-        file.CloseRack("root");
-        folder.Write("f.xml", "not again");
+        EXPECT_EQ(folder.Read("f.xml"), kText);
+        folder.Write("f.xml", "old");
     }
-    EXPECT_EQ(folder.Read("f.xml"), "not again");
-    {
-        ZfQBarnFile file(Q(path), "w");
-        WriteHalf(file);
-    }
-    EXPECT_EQ(folder.Read("f.xml"), kHalf);
+    EXPECT_EQ(folder.Read("f.xml"), kText);
 }
 
 TEST(ZfBarnFile, ReadingKeepsLineEndsOnlyOnTheStdioRoute) {
@@ -63,12 +58,8 @@ TEST(ZfBarnFile, ReadingKeepsLineEndsOnlyOnTheStdioRoute) {
     ZfBarnFile file(path, "r");
     EXPECT_TRUE(file.Text("a", value, ""));
     EXPECT_EQ(value, "x\ny \xC3\xA9");
-    EXPECT_TRUE(file.OpenRack("b"));
-    file.CloseRack();
     EXPECT_FALSE(file.OpenRack("c"));  // behind a zero byte nothing is read
-
-    ZfQBarnFile qtFile(Q(path), "r");
-    EXPECT_TRUE(qtFile.Text("a", value, ""));
+    EXPECT_TRUE(ZfQBarnFile(Q(path), "r").Text("a", value, ""));
     EXPECT_EQ(value, "xy \xC3\xA9");
 }
 
@@ -77,10 +68,7 @@ TEST(ZfBarnFile, FailuresNameTheFile) {
     const std::string path = folder.Path("no/such");
     EXPECT_EQ(ErrorText([&] { ZfBarnFile(path, "r"); }), path + ": Cannot File Open");
     EXPECT_EQ(ErrorText([&] { ZfBarnFile(path, "w"); }), "Cannot File Open " + path);
-    EXPECT_EQ(ErrorText([&] { ZfBarnFile(path, "a"); }), "IlligalMode");
     EXPECT_EQ(ErrorText([&] { ZfQBarnFile(Q(path), "r"); }), "Cannot open:" + path);
     EXPECT_EQ(ErrorText([&] { ZfQBarnFile(Q(path), "w").Save(); }), "FILE CANNOT WRITE:" + path);
-    EXPECT_EQ(ErrorText([&] { ZfBarnFile(folder.Path(""), "r"); }),
-              "Cannot get the temp memory for xml loading");
     EXPECT_EQ(ErrorText([&] { ZfBarnFile(folder.Write("cut", "<a"), "r"); }), "Illigal Tag Structure");
 }

@@ -2,25 +2,17 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "ErrorText.h"
+#include "XmlText.h"
 
 namespace {
 
-struct Reader : ZfBarnXml {
-    explicit Reader(const std::string& text) : ZfBarnXml("r") { Parse(text); }
-};
-
 struct Record {
-    bool Exchange(ZfBarnXml& xml, const std::string& tag) {
-        if (!xml.OpenRack(tag)) return false;
-        xml.Int32("n", number, -1);
-        xml.CloseRack(tag);
-        return true;
-    }
+    bool Exchange(ZfBarnXml& xml, const std::string& tag) { return xml.Int32(tag, number, -1); }
     std::int32_t number = 0;
 };
-
-constexpr std::int32_t kMany = 200'000;
 
 }  // namespace
 
@@ -52,15 +44,11 @@ TEST(ZfBarnXml, WritesToTheByte) {
 }
 
 TEST(ZfBarnXml, AbsentTagsAndLists) {
-    Reader xml(
+    XmlReader xml(
         "<?xml version=\"1.0\"?><s><r>a</r><r>ThisIsEndString[]</r><r>b</r></s><d><i>2</i><i>x</i></d>");
     double d = 3.0;
     EXPECT_FALSE(xml.Double("b", d, 7.0));
     EXPECT_EQ(d, 7.0);
-    ZfADateTime date;
-    date.year = 5;
-    EXPECT_FALSE(xml.DateTime("b", date));
-    EXPECT_EQ(date.year, 5);
     std::vector<std::string> strings = {"old"};
     EXPECT_TRUE(xml.StringList("s", strings));
     EXPECT_EQ(strings, std::vector<std::string>{"a"});  // replaced, and ended early by the end mark
@@ -70,32 +58,25 @@ TEST(ZfBarnXml, AbsentTagsAndLists) {
 }
 
 TEST(ZfBarnXml, BoolTakesTwoTexts) {
-    struct Case {
-        const char* text;
-        bool otherwise;
-        bool value;
-        bool result;
-    };
-    const Case cases[] = {{"<b>true</b>", false, true, true},   {"<b>false</b>", true, false, true},
-                          {"<b>TRUE</b>", false, false, false}, {"<b> true</b>", true, true, false},
-                          {"<b></b>", true, true, false},       {"", true, false, false}};
-    for (const Case& c : cases) {
+    const std::tuple<const char*, bool, bool, bool> cases[] = {
+        {"<b>true</b>", false, true, true},   {"<b>false</b>", true, false, true},
+        {"<b>TRUE</b>", false, false, false}, {"<b> true</b>", true, true, false},
+        {"<b></b>", true, true, false},       {"", true, false, false}};
+    for (const auto& [text, otherwise, truth, result] : cases) {
         bool value = false;  // kept when the tag is absent: the default is not applied
-        EXPECT_EQ(Reader(c.text).Bool("b", value, c.otherwise), c.result) << c.text;
-        EXPECT_EQ(value, c.value) << c.text;
+        EXPECT_EQ(XmlReader(text).Bool("b", value, otherwise), result) << text;
+        EXPECT_EQ(value, truth) << text;
     }
 }
 
 TEST(ZfBarnXml, ReadsConsumeInFileOrder) {
-    Reader xml("<a><x>1</x><y>3</y><x>2</x></a><b>&amp;lt;&quot;&apos;</b>");
+    XmlReader xml("<a><x>1</x><y>3</y><x>2</x></a><b>&amp;lt;&quot;&apos;</b>");
     ASSERT_TRUE(xml.OpenRack("a"));
     std::int32_t n = 0;
-    xml.Int32("y", n, 0);
-    EXPECT_EQ(n, 3);
-    xml.Int32("x", n, 0);
-    EXPECT_EQ(n, 1);
-    xml.Int32("x", n, 0);
-    EXPECT_EQ(n, 2);
+    for (const auto& [tag, value] : {std::pair("y", 3), std::pair("x", 1), std::pair("x", 2)}) {
+        xml.Int32(tag, n, 0);
+        EXPECT_EQ(n, value);
+    }
     EXPECT_FALSE(xml.Int32("x", n, 0));
     EXPECT_EQ(ErrorText([&] { xml.CloseRack("b"); }), "Invalid Tag Name:a <> b");
     xml.CloseRack("a");
@@ -106,7 +87,7 @@ TEST(ZfBarnXml, ReadsConsumeInFileOrder) {
 }
 
 TEST(ZfBarnXml, SelfClosedElementsNeedABlank) {
-    Reader xml("<r><a/><a />tail<b x=\"1\">v</b></r>");
+    XmlReader xml("<r><a/><a />tail<b x=\"1\">v</b></r>");
     ASSERT_TRUE(xml.OpenRack("r"));
     std::string value;
     EXPECT_TRUE(xml.RawValue("a", value, ""));
@@ -118,42 +99,36 @@ TEST(ZfBarnXml, SelfClosedElementsNeedABlank) {
     EXPECT_EQ(value, "v");
 }
 
+// Reading n items takes n steps: n squared would not end.
 TEST(ZfBarnXml, RecordListOfManyItems) {
     ZfBarnXml writer("w");
-    std::vector<Record> records(kMany);
-    for (std::int32_t i = 0; i < kMany; ++i) records[static_cast<std::size_t>(i)].number = i;
+    std::vector<Record> records(200'000);
+    for (std::size_t i = 0; i < records.size(); ++i) records[i].number = static_cast<std::int32_t>(i);
     writer.RecordList("list", "i", records);
 
-    Reader reader(writer.Document());
     std::vector<Record> back(3);
-    ASSERT_TRUE(reader.RecordList("list", "i", back));
+    ASSERT_TRUE(XmlReader(writer.Document()).RecordList("list", "i", back));
     ASSERT_EQ(back.size(), records.size());
-    for (std::int32_t i = 0; i < kMany; ++i) ASSERT_EQ(back[static_cast<std::size_t>(i)].number, i);
-    EXPECT_TRUE(Reader("<list><j></j></list>").RecordList("list", "i", back));
+    for (std::size_t i = 0; i < back.size(); ++i) ASSERT_EQ(back[i].number, records[i].number);
+    EXPECT_TRUE(XmlReader("<list><j></j></list>").RecordList("list", "i", back));
     EXPECT_TRUE(back.empty());
 }
 
 TEST(ZfBarnXml, DeepAndBrokenNesting) {
     constexpr int kDepth = 1'000'000;
-    std::string open;
-    for (int i = 0; i < kDepth; ++i) open += "<a>";
-    Reader deep(open + "x");
-    for (int i = 0; i < kDepth; ++i) ASSERT_TRUE(deep.OpenRack("a"));
-    std::string value = "x";
-    EXPECT_FALSE(deep.OpenRack("a"));
-
     ZfBarnXml writer("w");
     for (int i = 0; i < kDepth; ++i) writer.OpenRack("a");
-    EXPECT_EQ(writer.Document().size(), 8U * kDepth);
+    XmlReader deep(writer.Document());
+    for (int i = 0; i < kDepth; ++i) ASSERT_TRUE(deep.OpenRack("a"));
+    EXPECT_FALSE(deep.OpenRack("a"));
 
-    Reader unclosed("<a>text");
-    EXPECT_TRUE(unclosed.RawValue("a", value, ""));
+    std::string value = "x";
+    EXPECT_TRUE(XmlReader("<a>text").RawValue("a", value, ""));
     EXPECT_EQ(value, "");
-
-    Reader surplus("</x><a>1</b></c></c><d>2</d>");
+    XmlReader surplus("</x><a>1</b></c></c><d>2</d>");
     EXPECT_TRUE(surplus.RawValue("a", value, ""));
     EXPECT_EQ(value, "1");
     EXPECT_TRUE(surplus.RawValue("d", value, ""));
     EXPECT_EQ(value, "2");
-    EXPECT_TRUE(Reader("<><//><?></>").OpenRack(""));
+    EXPECT_TRUE(XmlReader("<><//><?></>").OpenRack(""));
 }

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <numeric>
 
 #include "ErrorText.h"
@@ -10,8 +11,7 @@ namespace {
 
 std::string Encoded(const std::string& bytes, bool alphabetB, bool standard) {
     std::string text;
-    ZfBinaryDataToText().Encode(bytes.data(), static_cast<std::int64_t>(bytes.size()), text, alphabetB,
-                                standard);
+    ZfBinaryDataToText().Encode(bytes.data(), std::ssize(bytes), text, alphabetB, standard);
     return text;
 }
 
@@ -23,39 +23,26 @@ std::string Decoded(const std::string& text, bool alphabetB, bool standard) {
 }  // namespace
 
 TEST(ZfBinaryDataToText, ThreeForms) {
-    struct Case {
-        std::string bytes;
-        const char* binary;
-        const char* base64;
-        const char* base64b;
-    };
-    // The first two columns were worked out bit by bit, the last by a Base64 tool (but for no data at all).
-    const Case cases[] = {
+    // "binary" and "base64" were worked out bit by bit, "base64b" by a Base64 tool (but for no data at all).
+    const std::array<std::string, 4> cases[] = {
         {"", "000000000000", "00000000AAAA", "AAAA"},
         {"A", "000000011100", "00000001BBAA", "QQ=="},
-        {"\x01\x02\x03", "0000000318M0", "00000003BIwA", "AQID"},
-        {"\x01\x02\x03\xff\x80", "0000000518M0-380", "00000005BIwA/DIA", "AQID/4A="},
-    };
-    for (const Case& c : cases) {
-        EXPECT_EQ(Encoded(c.bytes, false, false), c.binary);
-        EXPECT_EQ(Encoded(c.bytes, true, false), c.base64);
-        EXPECT_EQ(Encoded(c.bytes, false, true), c.base64b);
-        EXPECT_EQ(Decoded(c.binary, false, false), c.bytes);
-        EXPECT_EQ(Decoded(c.base64, true, false), c.bytes);
+        {"\x01\x02\x03\xff\x80", "0000000518M0-380", "00000005BIwA/DIA", "AQID/4A="}};
+    for (const auto& [bytes, binary, base64, base64b] : cases) {
+        EXPECT_EQ(Encoded(bytes, false, false), binary);
+        EXPECT_EQ(Encoded(bytes, true, false), base64);
+        EXPECT_EQ(Encoded(bytes, false, true), base64b);
+        EXPECT_EQ(Decoded(binary, false, false), bytes);
+        EXPECT_EQ(Decoded(base64, true, false), bytes);
         // Without a header, no data cannot be told from three zero bytes.
-        EXPECT_EQ(Decoded(c.base64b, true, true), c.bytes.empty() ? std::string(3, '\0') : c.bytes);
+        EXPECT_EQ(Decoded(base64b, true, true), bytes.empty() ? std::string(3, '\0') : bytes);
     }
-}
-
-TEST(ZfBinaryDataToText, EveryByteAndLengthComesBack) {
-    std::string bytes(256, '\0');
-    std::iota(bytes.begin(), bytes.end(), '\0');
-    for (std::size_t n = 253; n <= 256; ++n) {
-        const std::string data = bytes.substr(256 - n);
-        for (const auto& [b, standard] :
-             {std::pair(false, false), std::pair(true, false), std::pair(true, true)})
-            EXPECT_EQ(Decoded(Encoded(data, b, standard), b, standard), data) << n;
-    }
+    std::string all(256, '\0');
+    std::iota(all.begin(), all.end(), '\0');
+    for (const std::size_t n : {254U, 255U, 256U})
+        for (const bool standard : {false, true})
+            EXPECT_EQ(Decoded(Encoded(all.substr(256 - n), true, standard), true, standard),
+                      all.substr(256 - n));
 }
 
 TEST(ZfBinaryDataToText, BadTexts) {
