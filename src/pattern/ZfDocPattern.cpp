@@ -70,13 +70,16 @@ void ZfDocPattern::SetUpRecord(const ZfScatteringData& data, std::int64_t record
     if (emitterPhase != 0.0 && !scatteredWave.electrons.empty())
         TurnPhase(scatteredWave.electrons[0].A, emitterPhase);
     lOverride = 0;
-    directWave = list;
-    directWave.electrons.resize(std::min<std::size_t>(directWave.electrons.size(), 1));
+    directWave.Ek_eV = list.Ek_eV;
+    directWave.meanFreePath = list.meanFreePath;
+    const auto first = list.electrons.begin();
+    directWave.electrons.assign(first, first + (list.electrons.empty() ? 0 : 1));
 }
 
 ZfFarFieldDirections ZfDocPattern::Directions() const {
     const double* r = orientation.Data();
     ZfFarFieldDirections directions;
+    directions.directions.reserve(static_cast<std::size_t>(mapping.pixelWeight.Count()));
     for (std::int64_t i = 0; i < mapping.pixelWeight.Count(); ++i) {
         if (mapping.pixelWeight.Data()[i] == 0.0) continue;
         const double dx = mapping.directionX.Data()[i];

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <utility>
+#include <numeric>
 
 namespace {
 
@@ -17,25 +17,35 @@ void ZfFarFieldDirections::Add(std::size_t index, double x, double y, double z) 
 
 /// By z, and on a ring by |x|, so that mirror images stand together; not-a-number stands last.
 void ZfFarFieldDirections::SortDirections() {
-    // Sorted by small keys; the place breaks ties, so that the order is one.
-    using Key = std::pair<double, std::size_t>;
-    std::vector<Key> keys(directions.size());
-    for (std::size_t i = 0; i < keys.size(); ++i)
-        keys[i] = {std::isnan(directions[i].z) ? 2.0 : -directions[i].z, i};
-    std::sort(keys.begin(), keys.end());
-    for (auto ring = keys.begin(); ring != keys.end();) {
-        auto end = ring;
-        while (end != keys.end() && end->first - ring->first < kSameComponent) ++end;
-        std::sort(ring, end, [this](const Key& a, const Key& b) {
-            const double xa = std::abs(directions[a.second].x);
-            const double xb = std::abs(directions[b.second].x);
-            return xa != xb ? xa < xb : a.second < b.second;
-        });
-        ring = end;
-    }
+    // A counting sort into slices of z leaves little to sort: a map has a ring or a few to a slice. The place
+    // breaks ties, so that the order is one.
+    const std::size_t slices = directions.size();
+    const auto sliceOf = [slices](const Direction& u) {
+        if (std::isnan(u.z)) return slices;
+        const double height = std::clamp(0.5 - 0.5 * u.z, 0.0, 1.0) * static_cast<double>(slices);
+        return std::min(static_cast<std::size_t>(height), slices - 1);
+    };
+    std::vector<std::size_t> end(slices + 2, 0);
+    for (const Direction& u : directions) ++end[sliceOf(u) + 1];
+    std::partial_sum(end.begin(), end.end(), end.begin());
     std::vector<Direction> ordered(directions.size());
-    std::transform(keys.begin(), keys.end(), ordered.begin(),
-                   [this](const Key& key) { return directions[key.second]; });
+    for (const Direction& u : directions) ordered[end[sliceOf(u)]++] = u;
+    auto first = ordered.begin();
+    for (std::size_t slice = 0; slice <= slices; ++slice) {
+        const auto last = ordered.begin() + static_cast<std::ptrdiff_t>(end[slice]);
+        if (slice < slices)
+            std::stable_sort(first, last, [](const auto& a, const auto& b) { return a.z > b.z; });
+        first = last;
+    }
+    for (auto ring = ordered.begin(); ring != ordered.end();) {
+        auto next = ring;
+        while (next != ordered.end() && !(ring->z - next->z >= kSameComponent) && !std::isnan(next->z))
+            ++next;
+        std::stable_sort(
+            ring, next, [](const Direction& a, const Direction& b) { return std::abs(a.x) < std::abs(b.x); });
+        if (next == ring) ++next;
+        ring = next;
+    }
     directions.swap(ordered);
 }
 
