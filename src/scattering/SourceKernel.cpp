@@ -55,11 +55,11 @@ void AddOutgoingWave(const KernelSource& source, const KernelDirections& u, doub
     const std::size_t lanes = hn::Lanes(d);
     const double* gammas = HarmonicGammas();
     const auto n = static_cast<std::size_t>(source.L);
-    // State of the recurrences for every m, one vector a point group: p of the two degrees before, and (x + i
-    // y)^m.
-    HWY_ALIGN double state[2][kLargestKernelL * kUnroll * 8];
-    HWY_ALIGN double powerRe[kLargestKernelL * kUnroll * 8];
-    HWY_ALIGN double powerIm[kLargestKernelL * kUnroll * 8];
+    // For every m and each vector of points: p of the two degrees before, in turn, and (x + i y)^m. They
+    // stand together, so that no load meets a store of another m at the same place of a page.
+    enum Slot : std::size_t { kEven, kOdd, kPowerRe, kPowerIm, kSlots };
+    HWY_ALIGN double state[kLargestKernelL * kSlots * kUnroll * 8];
+    const std::size_t block = kUnroll * lanes;
 
     for (std::size_t first = 0; first < u.count; first += kUnroll * lanes) {
         Points p[kUnroll];
@@ -72,11 +72,11 @@ void AddOutgoingWave(const KernelSource& source, const KernelDirections& u, doub
             V a = hn::Set(d, 1.0);
             V b = hn::Zero(d);
             for (std::size_t m = 0; m < n; ++m) {
-                const std::size_t slot = (m * kUnroll + v) * lanes;
-                hn::Store(hn::Zero(d), d, state[0] + slot);
-                hn::Store(hn::Zero(d), d, state[1] + slot);
-                hn::Store(a, d, powerRe + slot);
-                hn::Store(b, d, powerIm + slot);
+                double* const at = state + m * kSlots * block + v * lanes;
+                hn::Store(hn::Zero(d), d, at + kEven * block);
+                hn::Store(hn::Zero(d), d, at + kOdd * block);
+                hn::Store(a, d, at + kPowerRe * block);
+                hn::Store(b, d, at + kPowerIm * block);
                 const V next = hn::MulSub(a, p[v].x, hn::Mul(b, p[v].y));
                 b = hn::MulAdd(a, p[v].y, hn::Mul(b, p[v].x));
                 a = next;
@@ -85,31 +85,50 @@ void AddOutgoingWave(const KernelSource& source, const KernelDirections& u, doub
         const HarmonicPair* pair = source.pairs.data();
         const double* gamma = gammas;
         for (std::size_t l = 0; l < n; ++l) {
-            const double* HWY_RESTRICT before = state[l & 1];
-            double* HWY_RESTRICT now = state[(l & 1) ^ 1];
+            const std::size_t before = (l % 2 == 0 ? kOdd : kEven) * block;
+            const std::size_t now = (l % 2 == 0 ? kEven : kOdd) * block;
+            // Cosine and sine terms apart: two short chains of sums instead of a long one. The order m = l,
+            // where p is 1, starts them.
             V gRe[kUnroll];
             V gIm[kUnroll];
+            V fRe[kUnroll];
+            V fIm[kUnroll];
+            double* HWY_RESTRICT at = state;
+            const HarmonicPair& top = pair[l];
             for (std::size_t v = 0; v < kUnroll; ++v) {
-                gRe[v] = hn::Zero(d);
-                gIm[v] = hn::Zero(d);
+                double* const last = state + l * kSlots * block + v * lanes;
+                hn::Store(hn::Set(d, 1.0), d, last + now);
+                const V u0 = hn::Load(d, last + kPowerRe * block);
+                const V v0 = hn::Load(d, last + kPowerIm * block);
+                gRe[v] = hn::Mul(u0, hn::Set(d, top.c.real()));
+                gIm[v] = hn::Mul(u0, hn::Set(d, top.c.imag()));
+                fRe[v] = hn::Mul(v0, hn::Set(d, top.d.real()));
+                fIm[v] = hn::Mul(v0, hn::Set(d, top.d.imag()));
             }
-            for (std::size_t m = 0; m <= l; ++m, ++pair, ++gamma) {
+            for (std::size_t m = 0; m < l; ++m, ++pair, ++gamma, at += kSlots * block) {
                 const V g = hn::Set(d, *gamma);
                 const V cRe = hn::Set(d, pair->c.real());
                 const V cIm = hn::Set(d, pair->c.imag());
                 const V dRe = hn::Set(d, pair->d.real());
                 const V dIm = hn::Set(d, pair->d.imag());
                 for (std::size_t v = 0; v < kUnroll; ++v) {
-                    const std::size_t slot = (m * kUnroll + v) * lanes;
-                    const V q = m == l ? hn::Set(d, 1.0)
-                                       : hn::NegMulAdd(g, hn::Load(d, now + slot),
-                                                       hn::Mul(p[v].z, hn::Load(d, before + slot)));
-                    hn::Store(q, d, now + slot);
-                    const V qu = hn::Mul(q, hn::Load(d, powerRe + slot));
-                    const V qv = hn::Mul(q, hn::Load(d, powerIm + slot));
-                    gRe[v] = hn::MulAdd(qv, dRe, hn::MulAdd(qu, cRe, gRe[v]));
-                    gIm[v] = hn::MulAdd(qv, dIm, hn::MulAdd(qu, cIm, gIm[v]));
+                    double* HWY_RESTRICT here = at + v * lanes;
+                    const V q = hn::NegMulAdd(g, hn::Load(d, here + now),
+                                              hn::Mul(p[v].z, hn::Load(d, here + before)));
+                    hn::Store(q, d, here + now);
+                    const V qu = hn::Mul(q, hn::Load(d, here + kPowerRe * block));
+                    const V qv = hn::Mul(q, hn::Load(d, here + kPowerIm * block));
+                    gRe[v] = hn::MulAdd(qu, cRe, gRe[v]);
+                    gIm[v] = hn::MulAdd(qu, cIm, gIm[v]);
+                    fRe[v] = hn::MulAdd(qv, dRe, fRe[v]);
+                    fIm[v] = hn::MulAdd(qv, dIm, fIm[v]);
                 }
+            }
+            ++pair;
+            ++gamma;
+            for (std::size_t v = 0; v < kUnroll; ++v) {
+                gRe[v] = hn::Add(gRe[v], fRe[v]);
+                gIm[v] = hn::Add(gIm[v], fIm[v]);
             }
             const V factor = hn::Set(d, 2.0 * static_cast<double>(l) + 1.0);
             for (std::size_t v = 0; v < kUnroll; ++v) {
