@@ -1,17 +1,32 @@
 #include "foundation/Console.h"
 
 #include <cstdarg>
-#include <cstdio>
+
+namespace {
+
+std::FILE* progress = stdout;
+
+}  // namespace
 
 void ConsolePrint(const char* format, ...) {
+    if (!progress) return;
     std::va_list arguments;
     va_start(arguments, format);
-    std::vprintf(format, arguments);
+    std::vfprintf(progress, format, arguments);
     va_end(arguments);
 }
 
 void ConsoleLine(std::string_view text) {
-    std::fwrite(text.data(), 1, text.size(), stdout);
-    std::fputc('\n', stdout);
-    std::fflush(stdout);
+    if (!progress) return;
+    std::fwrite(text.data(), 1, text.size(), progress);
+    std::fputc('\n', progress);
+    std::fflush(progress);
+}
+
+ConsoleRedirection::ConsoleRedirection(std::FILE* stream) : former_(progress) {
+    progress = stream;
+}
+
+ConsoleRedirection::~ConsoleRedirection() {
+    progress = former_;
 }

@@ -1,0 +1,14 @@
+#include "foundation/PassiveWaiting.h"
+
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <system_error>
+
+void RestartWithPassiveWaiting(char** argv) {
+    if (std::getenv("OMP_WAIT_POLICY")) return;
+    std::error_code failure;
+    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", failure);
+    if (!failure && setenv("OMP_WAIT_POLICY", "passive", 1) == 0) execv(program.c_str(), argv);
+}

@@ -1,0 +1,7 @@
+#pragma once
+
+/// Starts the program once more with OMP_WAIT_POLICY=passive, unless the user has set a policy; call it first
+/// in main. Idle threads of the OpenMP runtime spin by default, which on busy cores makes two threads slower
+/// than one, and the runtime takes its policy from the environment before main. Where the restart is not
+/// possible, the run goes on as it is.
+void RestartWithPassiveWaiting(char** argv);

@@ -1,0 +1,8 @@
+#pragma once
+
+namespace CLI {
+class App;
+}
+
+// Each adds one subcommand with its options to the program. The subcommand runs at the end of the parsing and
+// throws ZfError when it fails.

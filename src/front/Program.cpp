@@ -1,0 +1,56 @@
+#include "front/Program.h"
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <exception>
+#include <string>
+
+#include "foundation/Console.h"
+#include "foundation/ZfError.h"
+#include "front/Commands.h"
+
+namespace {
+
+constexpr int kDone = 0;
+constexpr int kFailed = 1;
+constexpr int kBadUsage = 2;
+
+void AddCommands(CLI::App& program) {
+    program.require_subcommand(1);
+}
+
+/// "qvre cluster" once a subcommand is known.
+std::string CalledAs(const CLI::App& program) {
+    const auto called = program.get_subcommands();
+    return called.empty() ? "qvre" : "qvre " + called.front()->get_name();
+}
+
+int Fail(const CLI::App& program, const std::string& message, int status) {
+    std::fflush(stdout);
+    std::fprintf(stderr, "%s: %s\n", CalledAs(program).c_str(), message.c_str());
+    if (status == kBadUsage) std::fprintf(stderr, "See %s --help\n", CalledAs(program).c_str());
+    return status;
+}
+
+}  // namespace
+
+int RunProgram(int argumentCount, const char* const* arguments) {
+    const ConsoleRedirection quiet(nullptr);
+    CLI::App program("Makes the inputs of photoelectron diffraction calculations and shows their results");
+    program.name("qvre");
+    AddCommands(program);
+    try {
+        program.parse(argumentCount, arguments);
+        return kDone;
+    } catch (const CLI::Success& asked) {  // help
+        return program.exit(asked);
+    } catch (const CLI::ParseError& error) {
+        return Fail(program, error.what(), kBadUsage);
+    } catch (const ZfError& error) {
+        return Fail(program, error.message, kFailed);
+    } catch (const std::exception& error) {
+        return Fail(program, error.what(), kFailed);
+    } catch (const char* text) {
+        return Fail(program, text, kFailed);
+    }
+}
