@@ -1,12 +1,9 @@
-#include <QString>
-#include <utility>
-
 #include "app/Stages.h"
 #include "app/ZfCalcDocument.h"
 #include "foundation/Console.h"
 #include "foundation/ZfError.h"
+#include "image/PlaneImage.h"
 #include "image/ZfDocData.h"
-#include "xml/ZfQBarnFile.h"
 
 namespace {
 
@@ -25,16 +22,6 @@ Projection Select(ZfCalcDocument& document, std::int32_t mappingCode, double res
         return {document.patternCylindrical, "EquidistantCylindrical"};
     }
     throw ZfError("Undefined mapping method");
-}
-
-/// Writes one plane, narrowed to 32-bit floats, as the document's only image.
-void SavePlane(ZfDocData& image, const ZfLDoubleMatrix& plane, const std::string& name) {
-    ZfQBarnFile file(QString::fromStdString(name), "w");
-    ZfFloatMatrix pixels;
-    pixels.Convert(plane);
-    image.imageSet[image.currentChannel] = std::move(pixels);
-    image.SaveLoad(file);
-    file.Save();
 }
 
 }  // namespace

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include <toml++/toml.h>
+
+/// A setting that takes several values in a run.
+struct RecipeVariation {
+    std::string section;  ///< "thermal"
+    std::string key;      ///< "temperature", or "debye.Cu" in a table of the section
+    std::string label;    ///< of one value, for file names: "300K"
+};
+
+/// One calculation of a run: a recipe in which every setting has one value.
+struct RecipeCase {
+    toml::table settings;
+    std::vector<RecipeVariation> variations;
+};
+
+/// The calculations behind one result: the members of a series, one when there is none. A scan has one group
+/// for each of its values.
+struct RecipeGroup {
+    double scanned = 0.0;  ///< value of the scanned setting
+    std::vector<RecipeCase> cases;
+};
+
+/// A series comes from lists: cluster.emitter-layer, emission.kinetic, emission.photon and
+/// thermal.temperature, in all combinations, the last one running fastest. The table [scan] names one setting
+/// ("vary") and its values, as a list ("values") or as "from", "to" and "steps". Throws ZfError.
+std::vector<RecipeGroup> ExpandRecipe(const toml::table& recipe);

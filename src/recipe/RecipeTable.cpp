@@ -1,0 +1,241 @@
+#include "recipe/RecipeTable.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <cstddef>
+#include <numeric>
+#include <string_view>
+#include <utility>
+
+#include "foundation/ZfError.h"
+
+namespace {
+
+struct NamedUnit {
+    RecipeUnit kind;
+    const char* name;
+    double factor;
+};
+
+constexpr double kDegreesOfRadian = 57.29577951308232;
+
+constexpr std::array<NamedUnit, 14> kUnits = {{
+    {RecipeUnit::kElectronVolt, "eV", 1.0},
+    {RecipeUnit::kElectronVolt, "keV", 1e3},
+    {RecipeUnit::kElectronVolt, "hartree", 27.211386245988},
+    {RecipeUnit::kAngstrom, "angstrom", 1.0},
+    {RecipeUnit::kAngstrom, "A", 1.0},
+    {RecipeUnit::kAngstrom, "nm", 10.0},
+    {RecipeUnit::kAngstrom, "pm", 0.01},
+    {RecipeUnit::kAngstrom, "bohr", 0.529177210903},
+    {RecipeUnit::kDegree, "deg", 1.0},
+    {RecipeUnit::kDegree, "degree", 1.0},
+    {RecipeUnit::kDegree, "degrees", 1.0},
+    {RecipeUnit::kDegree, "rad", kDegreesOfRadian},
+    {RecipeUnit::kKelvin, "K", 1.0},
+    {RecipeUnit::kKelvin, "kelvin", 1.0},
+}};
+
+std::string Join(const std::vector<std::string>& words) {
+    std::string text;
+    for (const std::string& word : words) text += (text.empty() ? "" : ", ") + word;
+    return text;
+}
+
+std::string UnitNames(RecipeUnit kind) {
+    std::vector<std::string> names;
+    for (const NamedUnit& unit : kUnits)
+        if (unit.kind == kind) names.emplace_back(unit.name);
+    return Join(names);
+}
+
+std::string_view Trimmed(std::string_view text) {
+    while (!text.empty() && text.front() == ' ') text.remove_prefix(1);
+    while (!text.empty() && text.back() == ' ') text.remove_suffix(1);
+    return text;
+}
+
+double FactorOf(std::string_view name, RecipeUnit kind) {
+    for (const NamedUnit& unit : kUnits)
+        if (unit.kind == kind && unit.name == name) return unit.factor;
+    std::string message = "the unit \"";
+    message += name;
+    throw ZfError(message + "\" does not serve here" +
+                  (kind == RecipeUnit::kNone ? "; give the plain number" : "; give " + UnitNames(kind)));
+}
+
+/// Number of single-letter edits between two words (V. I. Levenshtein, Sov. Phys. Dokl. 10, 707 (1966)).
+std::size_t EditDistance(const std::string& a, const std::string& b) {
+    std::vector<std::size_t> row(b.size() + 1);
+    std::iota(row.begin(), row.end(), std::size_t{0});
+    for (std::size_t i = 1; i <= a.size(); ++i) {
+        std::size_t diagonal = row[0]++;
+        for (std::size_t j = 1; j <= b.size(); ++j) {
+            const std::size_t changed = diagonal + (a[i - 1] == b[j - 1] ? 0 : 1);
+            diagonal = row[j];
+            row[j] = std::min({changed, row[j] + 1, row[j - 1] + 1});
+        }
+    }
+    return row.back();
+}
+
+}  // namespace
+
+double ParseQuantity(const std::string& text, RecipeUnit unit) {
+    const std::string_view body = Trimmed(text);
+    double number = 0.0;
+    const auto [end, failure] = std::from_chars(body.data(), body.data() + body.size(), number);
+    if (failure != std::errc{} || !std::isfinite(number)) throw ZfError("\"" + text + "\" is no number");
+    const std::string_view name = Trimmed(body.substr(static_cast<std::size_t>(end - body.data())));
+    return name.empty() ? number : number * FactorOf(name, unit);
+}
+
+RecipeTable::RecipeTable(const toml::table* table, std::string place)
+    : table_(table), place_(std::move(place)) {}
+
+const toml::node* RecipeTable::Find(const std::string& key) {
+    asked_.insert(key);
+    return table_ ? table_->get(key) : nullptr;
+}
+
+bool RecipeTable::Has(const std::string& key) {
+    return Find(key) != nullptr;
+}
+
+void RecipeTable::Fail(const std::string& key, const std::string& message) const {
+    const toml::node* node = table_ ? table_->get(key) : nullptr;
+    std::string where;
+    if (node && node->source().path) where = *node->source().path;
+    if (node && node->source().begin.line > 0) where += " line " + std::to_string(node->source().begin.line);
+    if (!where.empty()) where += ": ";
+    where += place_;
+    throw ZfError(where + " " + key + ": " + message);
+}
+
+double RecipeTable::NumberOf(const std::string& key, const toml::node& node, RecipeUnit unit) const {
+    if (node.is_number()) {
+        const double number = node.value<double>().value_or(0.0);
+        if (!std::isfinite(number)) Fail(key, "has to be a finite number");
+        return number;
+    }
+    if (!node.is_string()) Fail(key, "has to be a number");
+    try {
+        return ParseQuantity(node.value<std::string>().value_or(""), unit);
+    } catch (const ZfError& error) {
+        Fail(key, error.message);
+    }
+}
+
+std::optional<double> RecipeTable::Number(const std::string& key, RecipeUnit unit) {
+    const toml::node* node = Find(key);
+    if (!node) return std::nullopt;
+    return NumberOf(key, *node, unit);
+}
+
+double RecipeTable::Number(const std::string& key, RecipeUnit unit, double fallback) {
+    return Number(key, unit).value_or(fallback);
+}
+
+std::optional<std::int64_t> RecipeTable::Integer(const std::string& key) {
+    const toml::node* node = Find(key);
+    if (!node) return std::nullopt;
+    if (!node->is_integer()) Fail(key, "has to be a whole number");
+    return node->value<std::int64_t>();
+}
+
+std::vector<double> RecipeTable::Numbers(const std::string& key, RecipeUnit unit) {
+    const toml::node* node = Find(key);
+    std::vector<double> numbers;
+    if (!node) return numbers;
+    const toml::array* list = node->as_array();
+    if (!list) return {NumberOf(key, *node, unit)};
+    for (const toml::node& item : *list) numbers.push_back(NumberOf(key, item, unit));
+    return numbers;
+}
+
+std::optional<std::array<double, 3>> RecipeTable::Vector(const std::string& key) {
+    if (!Has(key)) return std::nullopt;
+    const std::vector<double> numbers = Numbers(key, RecipeUnit::kNone);
+    if (numbers.size() != 3) Fail(key, "has to be a list of three numbers");
+    return std::array<double, 3>{numbers[0], numbers[1], numbers[2]};
+}
+
+std::optional<std::string> RecipeTable::Text(const std::string& key) {
+    const toml::node* node = Find(key);
+    if (!node) return std::nullopt;
+    if (!node->is_string()) Fail(key, "has to be a text in quotes");
+    return node->value<std::string>();
+}
+
+std::string RecipeTable::Text(const std::string& key, const std::string& fallback) {
+    return Text(key).value_or(fallback);
+}
+
+std::string RecipeTable::Word(const std::string& key, const std::vector<std::string>& words) {
+    const std::string word = Text(key, words.front());
+    if (std::find(words.begin(), words.end(), word) == words.end())
+        Fail(key, "\"" + word + "\" is none of " + Join(words));
+    return word;
+}
+
+std::vector<std::string> RecipeTable::Texts(const std::string& key) {
+    const toml::node* node = Find(key);
+    std::vector<std::string> texts;
+    if (!node) return texts;
+    const toml::array* list = node->as_array();
+    if (!list) return {*Text(key)};
+    for (const toml::node& item : *list) {
+        if (!item.is_string()) Fail(key, "has to be a list of texts in quotes");
+        texts.push_back(item.value<std::string>().value_or(""));
+    }
+    return texts;
+}
+
+bool RecipeTable::Flag(const std::string& key, bool fallback) {
+    const toml::node* node = Find(key);
+    if (!node) return fallback;
+    if (!node->is_boolean()) Fail(key, "has to be true or false");
+    return node->value<bool>().value_or(fallback);
+}
+
+RecipeTable RecipeTable::Section(const std::string& key) {
+    const toml::node* node = Find(key);
+    if (node && !node->is_table()) Fail(key, "has to be a table");
+    return {node ? node->as_table() : nullptr, "[" + key + "]"};
+}
+
+std::vector<RecipeTable> RecipeTable::Sections(const std::string& key) {
+    const toml::node* node = Find(key);
+    std::vector<RecipeTable> sections;
+    if (!node) return sections;
+    if (node->is_table()) return {{node->as_table(), "[" + key + "]"}};
+    const toml::array* list = node->as_array();
+    if (!list) Fail(key, "has to be a table");
+    for (const toml::node& item : *list) {
+        if (!item.is_table()) Fail(key, "has to be a list of tables");
+        sections.emplace_back(item.as_table(), "[[" + key + "]]");
+    }
+    return sections;
+}
+
+std::vector<std::string> RecipeTable::Keys() const {
+    std::vector<std::string> keys;
+    if (!table_) return keys;
+    for (const auto& [key, node] : *table_) keys.emplace_back(key.str());
+    return keys;
+}
+
+void RecipeTable::RefuseUnread() const {
+    for (const std::string& key : Keys()) {
+        if (asked_.contains(key)) continue;
+        const std::vector<std::string> known(asked_.begin(), asked_.end());
+        const auto nearest = std::min_element(known.begin(), known.end(), [&](const auto& a, const auto& b) {
+            return EditDistance(key, a) < EditDistance(key, b);
+        });
+        std::string hint = "; known are " + Join(known);
+        if (nearest != known.end() && EditDistance(key, *nearest) <= 2)
+            hint = "; did you mean " + *nearest + "?";
+        Fail(key, "there is no such key" + hint);
+    }
+}

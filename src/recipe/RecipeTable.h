@@ -1,0 +1,58 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include <toml++/toml.h>
+
+/// What a number of a recipe measures. A plain number is in the unit named here; a text may carry another one
+/// of the same kind, such as "1.4866 keV".
+enum class RecipeUnit : std::uint8_t { kNone, kElectronVolt, kAngstrom, kDegree, kKelvin };
+
+/// One table of a recipe, read strictly: a value of the wrong kind throws ZfError with the file, the line and
+/// what was expected, and so does a key that nobody asked for. The TOML table is not owned.
+class RecipeTable {
+public:
+    /// `place` names the table in messages; null stands for a table that is absent and has no keys.
+    RecipeTable(const toml::table* table, std::string place);
+
+    bool Exists() const { return table_ != nullptr; }
+    bool Has(const std::string& key);
+
+    std::optional<double> Number(const std::string& key, RecipeUnit unit);
+    double Number(const std::string& key, RecipeUnit unit, double fallback);
+    std::optional<std::int64_t> Integer(const std::string& key);
+    std::vector<double> Numbers(const std::string& key, RecipeUnit unit);  ///< a list, or one number
+    std::optional<std::array<double, 3>> Vector(const std::string& key);
+    std::optional<std::string> Text(const std::string& key);
+    std::string Text(const std::string& key, const std::string& fallback);
+    /// One of the words; the first is the fallback.
+    std::string Word(const std::string& key, const std::vector<std::string>& words);
+    std::vector<std::string> Texts(const std::string& key);  ///< a list, or one text
+    bool Flag(const std::string& key, bool fallback);
+    RecipeTable Section(const std::string& key);
+    std::vector<RecipeTable> Sections(const std::string& key);  ///< an array of tables, or one table
+    std::vector<std::string> Keys() const;
+
+    /// Throws ZfError for the first key that was not asked for, with the nearest one that was.
+    void RefuseUnread() const;
+
+    /// Throws ZfError at the line of a key.
+    [[noreturn]] void Fail(const std::string& key, const std::string& message) const;
+
+private:
+    const toml::node* Find(const std::string& key);
+    double NumberOf(const std::string& key, const toml::node& node, RecipeUnit unit) const;
+
+    const toml::table* table_;
+    std::string place_;
+    std::set<std::string> asked_;
+};
+
+/// Number with an optional unit, such as "560 eV" or "0.25 nm", in the unit of `unit`. Throws ZfError with
+/// the units that serve.
+double ParseQuantity(const std::string& text, RecipeUnit unit);

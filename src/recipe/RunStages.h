@@ -1,0 +1,33 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "scattering/ZfScatteringData.h"
+
+// The two stages of a calculation on the files of an input set. Both stop with ZfError when an interrupt asks
+// them to, and write their outputs whole or not at all.
+
+struct ScatteringRequest {
+    std::string clusterFile;
+    std::string wavesFile;
+    std::string phaseShiftFile;
+    ZfScatteringMethod method = kMulti;
+};
+
+void CalculateScattering(const ScatteringRequest& request, const std::string& outputFile);
+
+struct ImageRequest {
+    std::string scatteredWaveFile;
+    std::string fluctuationFile;
+    std::string atomicWeightFile;
+    bool isCylindrical = false;      ///< the equidistant cylindrical map instead of the azimuthal one
+    double resolution = 1.0;         ///< degrees a pixel
+    double meanFreePath = 0.0;       ///< m; 0: no damping
+    double clusterLimit = 0.0;       ///< m; 0: none
+    double clusterLowerLimit = 0.0;  ///< m
+};
+
+/// The pattern and the image of the direct wave alone.
+void CalculateImages(const ImageRequest& request, const std::string& imageFile,
+                     const std::string& directImageFile);
