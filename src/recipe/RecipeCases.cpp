@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <utility>
+#include <variant>
 
 #include "foundation/Text.h"
 #include "foundation/ZfError.h"
@@ -35,52 +36,85 @@ std::string LabelOf(const toml::node& value) {
     return label;
 }
 
-void SetValue(toml::table& settings, const RecipeVariation& where, const toml::node& value) {
-    toml::table* table = settings[where.section].as_table();
-    std::string key = where.key;
+using Value = std::variant<std::int64_t, double, std::string>;
+
+/// A setting and the one value that it has in a case.
+struct Assignment {
+    RecipeVariation where;
+    Value value;
+    bool varies = true;  ///< false for a list of one value, which needs no name
+};
+
+using Assignments = std::vector<Assignment>;
+
+Value ValueOf(const toml::node& node) {
+    if (node.is_integer()) return node.value<std::int64_t>().value_or(0);
+    if (node.is_floating_point()) return node.value<double>().value_or(0.0);
+    return node.value<std::string>().value_or("");
+}
+
+/// A whole number stays one, for the settings that count something.
+Value ValueOf(double number) {
+    if (std::abs(number) < 1e15 && number == std::floor(number)) return static_cast<std::int64_t>(number);
+    return number;
+}
+
+toml::table Parse(const std::string& path) {
+    try {
+        return toml::parse_file(path);
+    } catch (const toml::parse_error& error) {
+        std::string message = path;
+        if (error.source().begin.line > 0) message += " line " + std::to_string(error.source().begin.line);
+        throw ZfError(message + ": " + std::string(error.description()));
+    }
+}
+
+void Assign(toml::table& settings, const Assignment& assignment) {
+    toml::table* table = settings[assignment.where.section].as_table();
+    std::string key = assignment.where.key;
     for (std::size_t dot = key.find('.'); table && dot != std::string::npos; dot = key.find('.')) {
         table = table->get_as<toml::table>(key.substr(0, dot));
         key.erase(0, dot + 1);
     }
-    if (!table) throw ZfError("The recipe has no table for " + where.section + "." + where.key);
-    value.visit([&](const auto& typed) { table->insert_or_assign(key, typed); });
+    if (!table)
+        throw ZfError("The recipe has no table for " + assignment.where.section + "." + assignment.where.key);
+    std::visit([&](const auto& value) { table->insert_or_assign(key, value); }, assignment.value);
 }
 
-/// A whole number stays one, for the settings that count something.
-void SetNumber(toml::table& settings, const RecipeVariation& where, double number) {
-    if (std::abs(number) < 1e15 && number == std::floor(number))
-        SetValue(settings, where, toml::value<std::int64_t>(static_cast<std::int64_t>(number)));
-    else
-        SetValue(settings, where, toml::value<double>(number));
+RecipeCase MakeCase(const std::string& path, const Assignments& assignments) {
+    RecipeCase one{Parse(path), {}};
+    for (const Assignment& assignment : assignments) {
+        Assign(one.settings, assignment);
+        if (assignment.varies) one.variations.push_back(assignment.where);
+    }
+    return one;
 }
 
-/// Replaces every case by one for each value of the list at the key, if there is a list.
-void ExpandKey(std::vector<RecipeCase>& cases, const SeriesKey& series) {
-    std::vector<RecipeCase> expanded;
-    for (const RecipeCase& one : cases) {
-        const toml::array* list = one.settings[series.section][series.key].as_array();
-        if (!list) {
-            expanded.push_back(one);
-            continue;
-        }
-        if (list->empty())
-            throw ZfError("The list " + std::string(series.section) + "." + series.key + " is empty");
+/// Replaces every member by one for each value of the list at the key, if there is a list.
+void ExpandKey(std::vector<Assignments>& members, const SeriesKey& series, const toml::table& recipe) {
+    const toml::array* list = recipe[series.section][series.key].as_array();
+    if (!list) return;
+    if (list->empty())
+        throw ZfError("The list " + std::string(series.section) + "." + series.key + " is empty");
+    std::vector<Assignments> expanded;
+    for (const Assignments& member : members) {
         for (const toml::node& value : *list) {
-            RecipeCase member = one;
-            RecipeVariation variation{series.section, series.key, series.before + LabelOf(value)};
-            if (value.is_number()) variation.label += series.after;
-            SetValue(member.settings, variation, value);
-            if (list->size() > 1) member.variations.push_back(std::move(variation));
-            expanded.push_back(std::move(member));
+            RecipeVariation where{series.section, series.key, series.before + LabelOf(value)};
+            if (value.is_number()) where.label += series.after;
+            expanded.push_back(member);
+            expanded.back().push_back({std::move(where), ValueOf(value), list->size() > 1});
         }
     }
-    cases = std::move(expanded);
+    members = std::move(expanded);
 }
 
-std::vector<RecipeCase> ExpandSeries(RecipeCase one) {
-    std::vector<RecipeCase> cases = {std::move(one)};
-    for (const SeriesKey& series : kSeriesKeys) ExpandKey(cases, series);
-    return cases;
+RecipeGroup MakeGroup(const std::string& path, const toml::table& recipe, double scanned,
+                      const Assignments& first) {
+    std::vector<Assignments> members = {first};
+    for (const SeriesKey& series : kSeriesKeys) ExpandKey(members, series, recipe);
+    RecipeGroup group{scanned, {}};
+    for (const Assignments& member : members) group.cases.push_back(MakeCase(path, member));
+    return group;
 }
 
 std::vector<double> ScanValues(RecipeTable& scan) {
@@ -113,15 +147,18 @@ RecipeVariation ScannedSetting(RecipeTable& scan, const toml::table& recipe) {
 
 }  // namespace
 
-std::vector<RecipeGroup> ExpandRecipe(const toml::table& recipe) {
+std::vector<RecipeGroup> ExpandRecipe(const std::string& path) {
+    const toml::table recipe = Parse(path);
     RecipeTable scan = RecipeTable(&recipe, "recipe").Section("scan");
-    if (!scan.Exists()) return {{0.0, ExpandSeries({recipe, {}})}};
-    const RecipeVariation where = ScannedSetting(scan, recipe);
     std::vector<RecipeGroup> groups;
+    if (!scan.Exists()) {
+        groups.push_back(MakeGroup(path, recipe, 0.0, {}));
+        return groups;
+    }
+    RecipeVariation where = ScannedSetting(scan, recipe);
     for (const double value : ScanValues(scan)) {
-        RecipeCase one{recipe, {{where.section, where.key, where.key + "_" + DoubleToText(value)}}};
-        SetNumber(one.settings, where, value);
-        groups.push_back({value, ExpandSeries(std::move(one))});
+        where.label = where.key + "_" + DoubleToText(value);
+        groups.push_back(MakeGroup(path, recipe, value, {{where, ValueOf(value), true}}));
     }
     scan.RefuseUnread();
     return groups;

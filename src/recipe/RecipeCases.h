@@ -27,5 +27,8 @@ struct RecipeGroup {
 
 /// A series comes from lists: cluster.emitter-layer, emission.kinetic, emission.photon and
 /// thermal.temperature, in all combinations, the last one running fastest. The table [scan] names one setting
-/// ("vary") and its values, as a list ("values") or as "from", "to" and "steps". Throws ZfError.
-std::vector<RecipeGroup> ExpandRecipe(const toml::table& recipe);
+/// ("vary") and its values, as a list ("values") or as "from", "to" and "steps".
+///
+/// Reads the recipe from its file, once for each case, so that every value knows its line. Throws ZfError,
+/// also for a file that is missing or no TOML.
+std::vector<RecipeGroup> ExpandRecipe(const std::string& path);

@@ -1,0 +1,74 @@
+#include "recipe/RecipeComparison.h"
+
+#include <algorithm>
+#include <cstdio>
+
+#include "foundation/ReplacedFile.h"
+#include "foundation/Text.h"
+#include "report/LinePlot.h"
+
+namespace {
+
+struct ComparedResult {
+    const RunResult* result;
+    CompareResult compared;
+};
+
+std::string ResultLine(const ComparedResult& one) {
+    char text[160];
+    const Agreement& a = one.compared.agreement;
+    std::snprintf(text, sizeof text, "%-24s R %.4f  scaled %.4f (by %.3g)  correlation %.4f  rotation %g",
+                  one.result->label.empty() ? "comparison" : one.result->label.c_str(), a.R, a.scaledR,
+                  a.scale, a.correlation, one.compared.rotation);
+    return text;
+}
+
+std::string ScanTable(const std::string& name, const std::vector<ComparedResult>& results) {
+    std::string text = name + ",R,R scaled,scale,correlation,rotation\n";
+    for (const ComparedResult& one : results) {
+        const Agreement& a = one.compared.agreement;
+        for (const double number : {one.result->scanned, a.R, a.scaledR, a.scale, a.correlation})
+            text += DoubleToText(number) + ",";
+        text += DoubleToText(one.compared.rotation) + "\n";
+    }
+    return text;
+}
+
+void DrawScan(const std::string& name, const std::vector<ComparedResult>& results, const std::string& path) {
+    Curve plain{"R", {}, {}};
+    Curve scaled{"R scaled", {}, {}};
+    for (const ComparedResult& one : results) {
+        plain.x.push_back(one.result->scanned);
+        plain.y.push_back(one.compared.agreement.R);
+        scaled.y.push_back(one.compared.agreement.scaledR);
+    }
+    scaled.x = plain.x;
+    LineAxes axes;
+    axes.xLabel = name;
+    axes.yLabel = "R";
+    axes.markers = true;
+    DrawLines({plain, scaled}, axes, path);
+}
+
+}  // namespace
+
+void CompareResults(const RecipePlan& plan, const std::string& measuredFile, const ResultFolder& folder,
+                    RunLog& log) {
+    CompareRequest request = plan.comparison;
+    if (!measuredFile.empty()) request.measured = measuredFile;
+    if (request.measured.empty()) return;
+    std::vector<ComparedResult> results;
+    for (const RunResult& result : plan.results) {
+        request.second = {folder.Path(result.image), folder.Path(result.directImage)};
+        results.push_back({&result, ComparePatterns(request)});
+        log.Line(ResultLine(results.back()));
+    }
+    if (plan.scannedName.empty() || results.empty()) return;
+    WriteWholeFile(folder.Path("scan.csv"), ScanTable(plan.scannedName, results));
+    DrawScan(plan.scannedName, results, folder.Path("scan.png"));
+    const auto best = std::min_element(results.begin(), results.end(), [](const auto& a, const auto& b) {
+        return a.compared.agreement.R < b.compared.agreement.R;
+    });
+    log.Line("best R at " + plan.scannedName + " = " + DoubleToText(best->result->scanned) +
+             "; table scan.csv, plot scan.png");
+}

@@ -1,0 +1,246 @@
+#include "recipe/RecipePlan.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <sstream>
+#include <utility>
+
+#include "foundation/ProgramFile.h"
+#include "foundation/ZfError.h"
+#include "recipe/RecipeCases.h"
+#include "recipe/RecipeInputs.h"
+#include "recipe/RunChecks.h"
+#include "recipe/RunStages.h"
+#include "recipe/SummedImages.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+using Sections = std::vector<std::string>;
+
+// The sections on which the files of a calculation depend.
+const Sections kCluster = {"cluster"};
+const Sections kWaves = {"cluster", "emission"};
+const Sections kPhases = {"cluster", "emission", "phases"};
+const Sections kFluctuation = {"cluster", "thermal"};
+const Sections kScattering = {"cluster", "emission", "phases", "scattering"};
+const Sections kImages = {"cluster", "emission", "phases", "scattering", "thermal", "image"};
+
+constexpr double kAngstrom_m = 1e-10;
+
+bool Contains(const Sections& sections, const std::string& section) {
+    return std::find(sections.begin(), sections.end(), section) != sections.end();
+}
+
+/// "_layer3_300K": the values that tell the file of one calculation from those of the others.
+std::string SuffixOf(const RecipeCase& one, const Sections& sections) {
+    std::string suffix;
+    for (const RecipeVariation& variation : one.variations)
+        if (Contains(sections, variation.section)) suffix += "_" + variation.label;
+    return suffix;
+}
+
+/// The extension that a ready file brings along.
+std::string ClusterExtension(RecipeTable cluster) {
+    const std::string file = cluster.Text("file", "");
+    return file.empty() ? ".xyz" : fs::path(file).extension().string();
+}
+
+ZfScatteringMethod MethodOf(RecipeTable& scattering) {
+    const std::string word = scattering.Word("method", {"MULTI", "SLOWMULTI", "SINGLE"});
+    if (word == "SINGLE") return kSingle;
+    return word == "MULTI" ? kMulti : kSlowMulti;
+}
+
+double Length(RecipeTable& table, const std::string& key) {
+    const double length = table.Number(key, RecipeUnit::kAngstrom, 0.0);
+    if (length < 0.0) table.Fail(key, "has to be 0 or above");
+    return length * kAngstrom_m;
+}
+
+ImageRequest ReadImageSection(RecipeTable section) {
+    ImageRequest request;
+    request.isCylindrical = section.Word("map", {"AE", "EC"}) == "EC";
+    request.resolution = section.Number("resolution", RecipeUnit::kDegree, 1.0);
+    if (!(request.resolution >= 0.05 && request.resolution <= 10.0))
+        section.Fail("resolution", "has to lie between 0.05 and 10 degrees");
+    request.meanFreePath = Length(section, "mean-free-path");
+    request.clusterLimit = Length(section, "limit");
+    request.clusterLowerLimit = Length(section, "lower-limit");
+    section.RefuseUnread();
+    return request;
+}
+
+/// "mean", or the degree of a polynomial.
+std::string BackgroundText(RecipeTable& section) {
+    const auto text = section.Text("background");
+    return text ? *text : std::to_string(section.Integer("background").value_or(0));
+}
+
+CompareRequest ReadCompareSection(RecipeTable section, const RecipeFolder& place) {
+    CompareRequest request;
+    const std::string file = section.Text("measured", "");
+    if (!file.empty()) request.measured = place.Path(file);
+    const std::vector<double> range = section.Numbers("theta", RecipeUnit::kDegree);
+    if (!range.empty() && (range.size() != 2 || !(range[0] < range[1])))
+        section.Fail("theta", "has to be a list of two polar angles, the lower one first");
+    if (!range.empty()) request.thetaMin = range[0], request.thetaMax = range[1];
+    if (section.Has("background")) request.background = ParseBackgroundModel(BackgroundText(section));
+    request.rotate = section.Flag("rotate", false);
+    section.RefuseUnread();
+    return request;
+}
+
+/// Makes the plan of one recipe.
+class Planner {
+public:
+    Planner(const std::string& recipePath, const ResultFolder& folder)
+        : recipePath_(recipePath), place_{fs::path(recipePath).parent_path().string()}, folder_(folder) {}
+
+    RecipePlan Plan();
+
+private:
+    void AddGroup(const RecipeGroup& group, bool isScan);
+    RunResult AddCase(const RecipeCase& one);
+    RunResult AddSum(const std::vector<RunResult>& members, const RecipeGroup& group);
+    void AddStep(RunStep step);
+    std::string KeyOf(const RecipeCase& one, const std::string& name, const Sections& sections) const;
+    void ReadGeneral(const RecipeCase& one);
+
+    std::string recipePath_;
+    RecipeFolder place_;
+    const ResultFolder& folder_;
+    bool isSummed_ = true;
+    RecipePlan plan_;
+};
+
+RecipePlan Planner::Plan() {
+    const std::vector<RecipeGroup> groups = ExpandRecipe(recipePath_);
+    ReadGeneral(groups.front().cases.front());
+    for (const RecipeGroup& group : groups) AddGroup(group, groups.size() > 1);
+    return std::move(plan_);
+}
+
+void Planner::ReadGeneral(const RecipeCase& one) {
+    RecipeTable recipe(&one.settings, "recipe");
+    plan_.title = recipe.Text("title", fs::path(recipePath_).stem().string());
+    isSummed_ = recipe.Word("series", {"sum", "apart"}) == "sum";
+    plan_.scannedName = recipe.Section("scan").Text("vary", "");
+    plan_.comparison = ReadCompareSection(recipe.Section("compare"), place_);
+    for (const char* section : {"cluster", "emission", "phases", "thermal", "scattering", "image"})
+        recipe.Section(section);
+    recipe.Sections("picture");
+    recipe.RefuseUnread();
+}
+
+void Planner::AddGroup(const RecipeGroup& group, bool isScan) {
+    std::vector<RunResult> members;
+    for (const RecipeCase& one : group.cases) members.push_back(AddCase(one));
+    if (members.size() > 1 && isSummed_) members = {AddSum(members, group)};
+    for (RunResult& result : members) {
+        if (isScan) result.scanned = group.scanned;
+        plan_.results.push_back(std::move(result));
+    }
+}
+
+/// The settings as text, with the content of the files that they name.
+std::string Planner::KeyOf(const RecipeCase& one, const std::string& name, const Sections& sections) const {
+    std::ostringstream text;
+    text << QVRE_VERSION << '\n' << name << '\n';
+    for (const std::string& section : sections) {
+        const toml::table* table = one.settings[section].as_table();
+        if (!table) continue;
+        text << section << '\n' << *table << '\n';
+        for (const char* key : {"file", "cif", "xyz", "cell", "table"})
+            if (const auto file = (*table)[key].value<std::string>())
+                text << FingerprintOfFile(place_.Path(*file)) << '\n';
+    }
+    return FingerprintOf(text.str());
+}
+
+void Planner::AddStep(RunStep step) {
+    const bool isKnown = std::any_of(plan_.steps.begin(), plan_.steps.end(), [&](const RunStep& other) {
+        return other.name == step.name && other.outputs == step.outputs;
+    });
+    if (!isKnown) plan_.steps.push_back(std::move(step));
+}
+
+RunResult Planner::AddCase(const RecipeCase& one) {
+    RecipeTable recipe(&one.settings, "recipe");
+    const auto inFolder = [this](const std::string& name) { return folder_.Path(name); };
+    const auto addFile = [&](const std::string& name, const Sections& sections, const std::string& file,
+                             const FileMaker& maker) {
+        const std::string output = inFolder(file);
+        AddStep({name, KeyOf(one, name, sections), {file}, [=] { maker(output); }});
+    };
+
+    const std::string cluster =
+        "cluster" + SuffixOf(one, kCluster) + ClusterExtension(recipe.Section("cluster"));
+    addFile("cluster", kCluster, cluster, ReadClusterSection(recipe.Section("cluster"), place_));
+    const std::string waves = "emitter" + SuffixOf(one, kWaves) + ".xml_emt";
+    addFile("emission", kWaves, waves,
+            ReadEmissionSection(recipe.Section("emission"), place_, inFolder(cluster)));
+    const std::string phases = "phaseshift" + SuffixOf(one, kPhases) + ".xml_ph";
+    addFile("phases", kPhases, phases,
+            ReadPhasesSection(recipe.Section("phases"), place_, inFolder(cluster), inFolder(waves)));
+    const std::string fluctuation = "fluctuation" + SuffixOf(one, kFluctuation) + ".xml_flu";
+    addFile("thermal", kFluctuation, fluctuation,
+            ReadThermalSection(recipe.Section("thermal"), place_, inFolder(cluster)));
+
+    RecipeTable scatteringSection = recipe.Section("scattering");
+    const ScatteringRequest scattering{inFolder(cluster), inFolder(waves), inFolder(phases),
+                                       MethodOf(scatteringSection)};
+    scatteringSection.RefuseUnread();
+    ImageRequest images = ReadImageSection(recipe.Section("image"));
+    images.fluctuationFile = inFolder(fluctuation);
+    images.atomicWeightFile = ProgramFile("AtomicWeight.txt");
+
+    const std::string suffix = SuffixOf(one, kImages);
+    addFile("checks", kImages, "checks" + suffix + ".txt", [=](const std::string& output) {
+        CheckRun(scattering, images.fluctuationFile, images.atomicWeightFile, output);
+    });
+    const std::string scattered = "scatteredwave" + SuffixOf(one, kScattering) + ".xml_sf";
+    addFile("scattering", kScattering, scattered,
+            [=](const std::string& output) { CalculateScattering(scattering, output); });
+    images.scatteredWaveFile = inFolder(scattered);
+
+    RunResult result{suffix.empty() ? "" : suffix.substr(1), "pattern" + suffix + ".xml_img",
+                     "i0" + suffix + ".xml_img"};
+    const std::string image = inFolder(result.image);
+    const std::string directImage = inFolder(result.directImage);
+    AddStep({"images", KeyOf(one, "images", kImages), {result.image, result.directImage}, [=] {
+                 CalculateImages(images, image, directImage);
+             }});
+    return result;
+}
+
+RunResult Planner::AddSum(const std::vector<RunResult>& members, const RecipeGroup& group) {
+    std::string suffix;
+    std::string key;
+    for (const RecipeVariation& variation : group.cases.front().variations)
+        if (variation.section + "." + variation.key == plan_.scannedName) suffix += "_" + variation.label;
+    for (const RecipeCase& one : group.cases) key += KeyOf(one, "images", kImages);
+
+    const RunResult sum{suffix.empty() ? "" : suffix.substr(1), "pattern" + suffix + "_sum.xml_img",
+                        "i0" + suffix + "_sum.xml_img"};
+    std::vector<std::string> images;
+    std::vector<std::string> directImages;
+    for (const RunResult& member : members) {
+        images.push_back(folder_.Path(member.image));
+        directImages.push_back(folder_.Path(member.directImage));
+    }
+    const std::string image = folder_.Path(sum.image);
+    const std::string directImage = folder_.Path(sum.directImage);
+    AddStep({"sum", FingerprintOf(key), {sum.image, sum.directImage}, [=] {
+                 SumImages(images, image);
+                 SumImages(directImages, directImage);
+             }});
+    return sum;
+}
+
+}  // namespace
+
+RecipePlan PlanRecipe(const std::string& recipePath, const ResultFolder& folder) {
+    return Planner(recipePath, folder).Plan();
+}

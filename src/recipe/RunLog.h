@@ -1,0 +1,22 @@
+#pragma once
+
+#include <cstdio>
+#include <memory>
+#include <string>
+
+/// What a run tells: to the console, and with the time of day to a file that keeps the story of all runs in a
+/// folder.
+class RunLog {
+public:
+    explicit RunLog(const std::string& path);  ///< goes on with an existing file; throws ZfError
+
+    void Line(const std::string& text);  ///< both; a text of several lines too
+    void Note(const std::string& text);  ///< the file alone
+
+private:
+    struct Closer {
+        void operator()(std::FILE* file) const { std::fclose(file); }
+    };
+
+    std::unique_ptr<std::FILE, Closer> file_;
+};

@@ -1,0 +1,8 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+/// Adds image files pixel by pixel into a new one, which takes the information of the first: intensities of
+/// parts that do not interfere add. Throws ZfError when the images differ in size or map.
+void SumImages(const std::vector<std::string>& imageFiles, const std::string& outputFile);
