@@ -74,8 +74,8 @@ ImageRequest ReadImageSection(RecipeTable section) {
 
 /// "mean", or the degree of a polynomial.
 std::string BackgroundText(RecipeTable& section) {
-    const auto text = section.Text("background");
-    return text ? *text : std::to_string(section.Integer("background").value_or(0));
+    if (section.HasText("background")) return section.Text("background", "");
+    return std::to_string(section.Integer("background").value_or(0));
 }
 
 CompareRequest ReadCompareSection(RecipeTable section, const RecipeFolder& place) {

@@ -103,6 +103,11 @@ bool RecipeTable::Has(const std::string& key) {
     return Find(key) != nullptr;
 }
 
+bool RecipeTable::HasText(const std::string& key) {
+    const toml::node* node = Find(key);
+    return node && node->is_string();
+}
+
 void RecipeTable::Fail(const std::string& key, const std::string& message) const {
     const toml::node* node = table_ ? table_->get(key) : nullptr;
     std::string where;

@@ -1,12 +1,10 @@
 #include "recipe/RunStages.h"
 
-#include <QString>
-
 #include "foundation/ReplacedFile.h"
-#include "foundation/ZfFileQt.h"
 #include "image/PlaneImage.h"
 #include "input/ZfFluctuation.h"
 #include "pattern/ZfDocPattern.h"
+#include "prepare/Vibrations.h"
 #include "recipe/RunProgress.h"
 
 namespace {
@@ -17,15 +15,6 @@ double FractionDone(const ZfScatteringData& data) {
     const double record = data.StIndex * data.EWCount + data.EWIndex;
     const double atom = data.AtCount > 0 ? static_cast<double>(data.AtIndex) / data.AtCount : 0.0;
     return records > 0.0 ? (record + atom) / records : 0.0;
-}
-
-ZfDebye LoadWeights(const std::string& path) {
-    ZfFileQt file(QString::fromStdString(path), "r");
-    std::string text;
-    file.ReadAll(text);
-    ZfDebye debye;
-    debye.LoadAtomicWeight(text);
-    return debye;
 }
 
 void Calculate(ZfDocPattern& pattern, const ImageRequest& request) {
@@ -39,7 +28,7 @@ void Calculate(ZfDocPattern& pattern, const ImageRequest& request) {
     pattern.meanFreePath = request.meanFreePath;
     pattern.mfpByEmitterDistance = request.meanFreePath > 0.0;
     RunProgress progress("images", {});
-    pattern.Calculate(progress, data, fluctuation, LoadWeights(request.atomicWeightFile));
+    pattern.Calculate(progress, data, fluctuation, LoadAtomicWeights(request.atomicWeightFile));
     InterruptRequest::ThrowIfPending();
 }
 

@@ -1,0 +1,48 @@
+#include <CLI/CLI.hpp>
+#include <filesystem>
+#include <memory>
+#include <string>
+
+#include "front/Commands.h"
+#include "recipe/RecipeRun.h"
+
+namespace {
+
+constexpr const char* kExamples =
+    "Examples:\n"
+    "  qvre run examples/cu001_small.toml\n"
+    "  qvre run examples/cu001_small.toml --compare measured.csv -o results\n"
+    "\n"
+    "A recipe (TOML) names the cluster, the emission, the vibrations, the image and the pictures of a\n"
+    "calculation. Steps whose settings did not change since the last run in the folder are not repeated.\n"
+    "Ctrl-C stops a run; the same command goes on.\n";
+
+struct RunOptions {
+    std::string recipe;
+    RecipeRunOptions run;
+};
+
+void Run(const RunOptions& options) {
+    RecipeRunOptions run = options.run;
+    if (run.folder.empty()) run.folder = std::filesystem::path(options.recipe).stem().string() + "-results";
+    RunRecipe(options.recipe, run);
+}
+
+}  // namespace
+
+void AddRunCommand(CLI::App& program) {
+    CLI::App* const command = program.add_subcommand("run", "Goes from a recipe to pictures in one run");
+    const auto options = std::make_shared<RunOptions>();
+    command->add_option("recipe", options->recipe, "Recipe (.toml)")->required()->type_name("FILE");
+    command
+        ->add_option("-o,--output", options->run.folder,
+                     "Folder of the results; default: the recipe's name with -results, here")
+        ->type_name("FOLDER");
+    command
+        ->add_option("--compare", options->run.measuredFile,
+                     "Measured pattern (CSV of theta, phi, intensity) to compare the result with")
+        ->type_name("FILE");
+    command->add_flag("--repeat", options->run.repeatsAll, "Repeat the steps that are done too");
+    command->footer(kExamples);
+    command->callback([options] { Run(*options); });
+}

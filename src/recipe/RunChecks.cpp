@@ -1,0 +1,44 @@
+#include "recipe/RunChecks.h"
+
+#include <vector>
+
+#include "foundation/ReplacedFile.h"
+#include "foundation/ZfError.h"
+#include "input/ZfFluctuation.h"
+#include "prepare/InputCheck.h"
+#include "prepare/Vibrations.h"
+
+namespace {
+
+std::string FindingLine(const InputFinding& finding) {
+    const char* word = finding.severity == Severity::Misfit    ? "misfit: "
+                       : finding.severity == Severity::Warning ? "warning: "
+                                                               : "note: ";
+    return word + finding.what + (finding.remedy.empty() ? "" : "; " + finding.remedy) + "\n";
+}
+
+std::string ReportOf(const std::vector<InputFinding>& findings) {
+    std::string text;
+    for (const InputFinding& finding : findings) text += FindingLine(finding);
+    return text.empty() ? "The inputs fit together.\n" : text;
+}
+
+}  // namespace
+
+void CheckRun(const ScatteringRequest& inputs, const std::string& fluctuationFile,
+              const std::string& atomicWeightFile, const std::string& reportFile) {
+    ZfCluster cluster;
+    ZfLoadCluster(cluster, inputs.clusterFile);
+    std::vector<ZfEmittedWave> waves;
+    ZfLoadEmittedWave(waves, inputs.wavesFile);
+    ZfPhaseShiftDocument phaseShifts;
+    ZfLoadPhaseShift(phaseShifts, inputs.phaseShiftFile);
+    ZfFluctuation fluctuation;
+    ZfLoadFluctuation(fluctuation, fluctuationFile);
+    const ZfDebye weights = LoadAtomicWeights(atomicWeightFile);
+    const std::vector<InputFinding> findings =
+        CheckInputs({&cluster, &waves, &phaseShifts, &fluctuation, &weights, inputs.method});
+    const std::string report = ReportOf(findings);
+    if (!FitsTogether(findings)) throw ZfError("the inputs do not fit together\n" + report);
+    WriteWholeFile(reportFile, report);
+}
