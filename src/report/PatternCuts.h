@@ -4,8 +4,8 @@
 #include "report/SphereImage.h"
 
 /// Values along the great circle through the surface normal at azimuth phi (radians), against the polar angle
-/// in degrees: from -90, at azimuth phi + 180 degrees, to 90 at phi. The steps are those of the pixels or 1
-/// degree, if that is less.
+/// in degrees: from -90, at azimuth phi + 180 degrees, to 90 at phi. In steps of half a pixel,
+/// or half a degree if that is less.
 Curve PolarCut(const SphereImage& image, double phi);
 
 /// Values at the polar angle theta (radians, 0 to pi/2), against the azimuth from 0 to 360 degrees, in the
