@@ -49,6 +49,17 @@ std::array<double, 4> CubicWeights(double t) {
     return {-0.5 * t * s * s, 1.0 + t * t * (1.5 * t - 2.5), 1.0 + s * s * (1.5 * s - 2.5), -0.5 * s * t * t};
 }
 
+/// The cubic through the first four numbers that follow `point` in steps of `step`, NaN being none, at
+/// `point`.
+double Continued(const double* point, std::ptrdiff_t step) {
+    std::ptrdiff_t k = 1;
+    while (std::isnan(point[k * step])) ++k;
+    const auto d = static_cast<double>(k);
+    const double* const p = point + k * step;
+    return (d + 1) * (d + 2) * (d + 3) / 6 * p[0] - d * (d + 2) * (d + 3) / 2 * p[step] +
+           d * (d + 1) * (d + 3) / 2 * p[2 * step] - d * (d + 1) * (d + 2) / 6 * p[3 * step];
+}
+
 std::int32_t Floor(double x) {
     return static_cast<std::int32_t>(std::floor(x));
 }
@@ -164,37 +175,21 @@ double SphereImage::RowValue(std::int32_t row, double column) const {
 /// Along the axis on which a pixel is farther from the centre, its line meets the rim steeply, at 45 degrees
 /// or more, and has at least four pixels inside.
 void SphereImage::ContinueBeyondRim() {
-    const std::int32_t side = width_ + 2 * kFrame;
-    const auto at = [this, side](std::int32_t x, std::int32_t y) -> double& {
-        return framed_[static_cast<std::size_t>(y + kFrame) * static_cast<std::size_t>(side) +
-                       static_cast<std::size_t>(x + kFrame)];
-    };
-    framed_.assign(static_cast<std::size_t>(side) * static_cast<std::size_t>(side), 0.0);
-    std::vector<bool> known(framed_.size(), false);
-    const auto isKnown = [&](std::int32_t x, std::int32_t y) {
-        return known[static_cast<std::size_t>(&at(x, y) - framed_.data())];
-    };
-    for (const SpherePixel& p : Pixels()) {
-        at(p.column, p.row) = p.value;
-        known[static_cast<std::size_t>(&at(p.column, p.row) - framed_.data())] = true;
-    }
-    const double centre = (width_ - 1) / 2.0;
-    const double reach = centre + kFrame;
-    for (std::int32_t y = -kFrame; y < width_ + kFrame; ++y) {
-        for (std::int32_t x = -kFrame; x < width_ + kFrame; ++x) {
-            const double rx = x - centre;
-            const double ry = y - centre;
-            if (isKnown(x, y) || std::hypot(rx, ry) > reach) continue;
-            const bool alongX = std::abs(rx) >= std::abs(ry);
-            const std::int32_t stepX = alongX ? (rx > 0 ? -1 : 1) : 0;
-            const std::int32_t stepY = alongX ? 0 : (ry > 0 ? -1 : 1);
-            std::int32_t k = 1;
-            while (!isKnown(x + k * stepX, y + k * stepY)) ++k;
-            const auto inside = [&](std::int32_t n) { return at(x + (k + n) * stepX, y + (k + n) * stepY); };
-            // Lagrange's cubic through the points 0, 1, 2, 3 at -k.
-            const double d = k;
-            at(x, y) = (d + 1) * (d + 2) * (d + 3) / 6 * inside(0) - d * (d + 2) * (d + 3) / 2 * inside(1) +
-                       d * (d + 1) * (d + 3) / 2 * inside(2) - d * (d + 1) * (d + 2) / 6 * inside(3);
+    const std::ptrdiff_t stride = width_ + 2 * kFrame;
+    framed_.assign(static_cast<std::size_t>(stride * stride), std::numeric_limits<double>::quiet_NaN());
+    for (const SpherePixel& p : Pixels())
+        framed_[static_cast<std::size_t>((p.row + kFrame) * stride + p.column + kFrame)] = p.value;
+    const std::vector<double> inside = framed_;
+    const double centre = (width_ - 1) / 2.0 + kFrame;
+    for (std::ptrdiff_t y = 0; y < stride; ++y) {
+        for (std::ptrdiff_t x = 0; x < stride; ++x) {
+            const double rx = static_cast<double>(x) - centre;
+            const double ry = static_cast<double>(y) - centre;
+            const auto i = static_cast<std::size_t>(y * stride + x);
+            if (!std::isnan(inside[i]) || std::hypot(rx, ry) > centre) continue;
+            const std::ptrdiff_t along = std::abs(rx) >= std::abs(ry) ? 1 : stride;
+            const double distance = along == 1 ? rx : ry;
+            framed_[i] = Continued(inside.data() + i, distance > 0 ? -along : along);
         }
     }
 }

@@ -9,7 +9,6 @@
 namespace {
 
 constexpr double kPi = std::numbers::pi;
-constexpr double kHorizonRounding = 1e-9;
 
 struct Node {
     double x = 0.0;
@@ -66,22 +65,29 @@ std::vector<ConePoint> ConePoints(double halfAngle, double pixel) {
     return points;
 }
 
+struct WeightedMean {
+    void Add(double value, double weight) {
+        sum += weight * value;
+        weights += weight;
+    }
+    double sum = 0.0;
+    double weights = 0.0;
+};
+
 double ConeMean(const SphereImage& image, const std::vector<ConePoint>& cone, double theta, double phi) {
     const double c = std::cos(theta);
     const double s = std::sin(theta);
-    const bool above = theta <= kPi / 2 + kHorizonRounding;
-    double sum = 0.0;
-    double weights = 0.0;
+    WeightedMean above;
+    WeightedMean below;
     for (const ConePoint& p : cone) {
         // In the frame of the axis: x along theta, y along phi.
         const double along = c * p.x + s * p.z;
         const double z = c * p.z - s * p.x;
-        if ((z >= 0.0) != above) continue;
-        const double polar = std::atan2(std::hypot(along, p.y), z);
-        sum += p.weight * image.Value(polar, phi + std::atan2(p.y, along));
-        weights += p.weight;
+        if (z < 0.0 && (theta <= kPi / 2 || above.weights > 0.0)) continue;
+        const double value = image.Value(std::atan2(std::hypot(along, p.y), z), phi + std::atan2(p.y, along));
+        (z < 0.0 ? below : above).Add(value, p.weight);
     }
-    return sum / weights;
+    return above.weights > 0.0 ? above.sum / above.weights : below.sum / below.weights;
 }
 
 }  // namespace

@@ -14,9 +14,9 @@
 SphereImage SymmetryAverage(const SphereImage& image, int n, std::optional<double> mirror);
 
 /// Mean over the solid angle of a cone of half angle `halfAngle` (radians, in (0, pi/4]) around every
-/// direction, the angular acceptance of an analyser. Directions on the other side of the surface plane than
-/// the axis do not count. A harmonic of degree l is multiplied by (P_{l-1}(c) - P_{l+1}(c))/((2l + 1)(1 -
-/// c)), c = cos halfAngle, where the cone does not cross the surface plane. Throws ZfError.
+/// direction, the angular acceptance of an analyser. Directions below the surface plane do not count, unless
+/// the whole cone is below. A harmonic of degree l is multiplied by (P_{l-1}(c) - P_{l+1}(c))/((2l + 1)(1 -
+/// c)), c = cos(halfAngle), where the cone does not cross the surface plane. Throws ZfError.
 SphereImage AcceptanceAverage(const SphereImage& image, double halfAngle);
 
 /// The pattern outside the solid, of one calculated for directions inside. `energy` is the kinetic energy
