@@ -149,8 +149,9 @@ PatternLayout::PatternLayout(const PlotRequest& request) {
     const double top = titled ? kTitle + 4 : 4;
     const double panelHeight = 2 * (kRadius + kAbove) + caption;
     for (std::size_t i = 0; i < count; ++i) {
+        const std::size_t row = i / perRow;
         centres.push_back({(static_cast<double>(i % perRow) + 0.5) * kPanelWidth,
-                           top + static_cast<double>(i / perRow) * panelHeight + caption + kAbove + kRadius});
+                           top + static_cast<double>(row) * panelHeight + caption + kAbove + kRadius});
     }
     width = static_cast<double>(perRow) * kPanelWidth + kBarBlock;
     height = top + static_cast<double>(rows) * panelHeight;

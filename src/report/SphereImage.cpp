@@ -130,9 +130,8 @@ double SphereImage::DiscValue(double theta, double phi) const {
     const std::int32_t row = Floor(y);
     const auto across = CubicWeights(x - column);
     const auto along = CubicWeights(y - row);
-    const auto stride = static_cast<std::size_t>(width_ + 2 * kFrame);
-    const double* line = framed_.data() + static_cast<std::size_t>(row - 1 + kFrame) * stride +
-                         static_cast<std::size_t>(column - 1 + kFrame);
+    const std::ptrdiff_t stride = width_ + 2 * kFrame;
+    const double* line = framed_.data() + (row - 1 + kFrame) * stride + (column - 1 + kFrame);
     double sum = 0.0;
     for (const double weight : along) {
         sum +=
@@ -181,12 +180,13 @@ void SphereImage::ContinueBeyondRim() {
         framed_[static_cast<std::size_t>((p.row + kFrame) * stride + p.column + kFrame)] = p.value;
     const std::vector<double> inside = framed_;
     const double centre = (width_ - 1) / 2.0 + kFrame;
+    const double reach = (width_ - 1) / 2.0 + kFrame;  // of stencils
     for (std::ptrdiff_t y = 0; y < stride; ++y) {
         for (std::ptrdiff_t x = 0; x < stride; ++x) {
             const double rx = static_cast<double>(x) - centre;
             const double ry = static_cast<double>(y) - centre;
             const auto i = static_cast<std::size_t>(y * stride + x);
-            if (!std::isnan(inside[i]) || std::hypot(rx, ry) > centre) continue;
+            if (!std::isnan(inside[i]) || std::hypot(rx, ry) > reach) continue;
             const std::ptrdiff_t along = std::abs(rx) >= std::abs(ry) ? 1 : stride;
             const double distance = along == 1 ? rx : ry;
             framed_[i] = Continued(inside.data() + i, distance > 0 ? -along : along);

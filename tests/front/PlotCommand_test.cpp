@@ -37,14 +37,11 @@ double Spots(double x, double y, double z) {
     return (1 + z / 2) * (1 + chi);
 }
 
-double Smooth(double /*x*/, double /*y*/, double z) {
-    return 1 + z / 2;
-}
-
 struct Files {
     explicit Files(SphereMap map)
         : image(WriteImageFile(folder.Path("i.xml_img"), Sampled(map, 2.0, Spots))),
-          reference(WriteImageFile(folder.Path("i0.xml_img"), Sampled(map, 2.0, Smooth))),
+          reference(WriteImageFile(folder.Path("i0.xml_img"),
+                                   Sampled(map, 2.0, [](double, double, double z) { return 1 + z / 2; }))),
           picture(folder.Path("chi.png")) {}
 
     std::size_t Count() const {
@@ -58,90 +55,91 @@ struct Files {
     std::string picture;
 };
 
+/// The picture of chi from -1 to 1 with more options.
+class ChiPicture {
+public:
+    ChiPicture(const Files& files, std::vector<std::string> options) : png_(Draw(files, std::move(options))) {
+        request_.images = {LoadSphereImage(files.image)};
+    }
+
+    /// How far the colour at a direction (degrees) is from that of chi.
+    double Off(double chi, double theta, double phi, View view = View::AzimuthalEquidistant) const {
+        const PicturePoint point = PatternLayout(request_).Direction(view, 0, theta * kDegree, phi * kDegree);
+        return Difference(png_.At(point), ColourAt(ColourMap::Diverging, 0.5 + 0.5 * chi));
+    }
+
+private:
+    static PngPicture Draw(const Files& files, std::vector<std::string> options) {
+        options.insert(options.begin(),
+                       {files.image, "--i0", files.reference, "-o", files.picture, "--range", "-1", "1"});
+        EXPECT_EQ(Plot(options).status, 0);
+        return PngPicture(files.picture);
+    }
+
+    PngPicture png_;
+    PlotRequest request_;
+};
+
+constexpr double kPixel = 0.05;  // of a colour part, half a pixel off
+
 TEST(PlotCommand, ShowsForwardFocusing) {
-    for (const SphereMap map : {SphereMap::AzimuthalEquidistant, SphereMap::EquidistantCylindrical}) {
-        const Files files(map);
-        ASSERT_EQ(
-            Plot({files.image, "--i0", files.reference, "-o", files.picture, "--range", "-1", "1"}).status,
-            0);
-        const PngPicture png(files.picture);
-        PlotRequest request;
-        request.images = {LoadSphereImage(files.image)};
-        const PatternLayout layout(request);
-        const auto seen = [&](double theta, double phi) {
-            return png.At(layout.Direction(View::AzimuthalEquidistant, 0, theta * kDegree, phi * kDegree));
-        };
+    for (const SphereMap map : kMaps) {
+        const ChiPicture picture(Files(map), {});
         for (const double phi : {0.0, 90.0, 180.0, 270.0}) {
-            EXPECT_LT(Difference(seen(45, phi), ColourAt(ColourMap::Diverging, 1.0)), 0.05) << phi;
-            EXPECT_LT(Difference(seen(45, phi + 45), ColourAt(ColourMap::Diverging, 0.5)), 0.05) << phi;
+            EXPECT_LT(picture.Off(1.0, 45.0, phi), kPixel) << phi;
+            EXPECT_LT(picture.Off(0.0, 45.0, phi + 45.0), kPixel) << phi;
         }
-        EXPECT_LT(Difference(seen(0, 0), ColourAt(ColourMap::Diverging, 1.0)), 0.05);
+        EXPECT_LT(picture.Off(1.0, 0.0, 0.0), kPixel);
     }
 }
 
-TEST(PlotCommand, OperationsActInTheOrderOfTheExperiment) {
+TEST(PlotCommand, OperationsActOnBothImages) {
     const Files files(SphereMap::EquidistantCylindrical);
-    const auto plot = [&files](std::vector<std::string> more) {
-        more.insert(more.begin(),
-                    {files.image, "--i0", files.reference, "-o", files.picture, "--range", "-1", "1"});
-        EXPECT_EQ(Plot(more).status, 0);
-        return PngPicture(files.picture);
-    };
-    PlotRequest request;
-    request.images = {LoadSphereImage(files.image)};
-    const PatternLayout layout(request);
-    // sin(45) sqrt(50/40): the spots move to 52.2 degrees, where a view of the parallel momentum has radius
-    // 0.79.
-    const PngPicture refracted =
-        plot({"--energy", "50", "--inner-potential", "10", "--view", "orthographic"});
-    const double outside = std::asin(std::sqrt(0.5 * 50 / 40));
-    EXPECT_LT(Difference(refracted.At(layout.Direction(View::Orthographic, 0, outside, 0)),
-                         ColourAt(ColourMap::Diverging, 1.0)),
-              0.06);
-    // Eight spots of half the height at 45 degrees.
-    const PngPicture folded = plot({"--fold", "8"});
-    EXPECT_LT(
-        Difference(folded.At(layout.Direction(View::AzimuthalEquidistant, 0, 45 * kDegree, 45 * kDegree)),
-                   ColourAt(ColourMap::Diverging, 0.75)),
-        0.05);
+    const ChiPicture refracted(files,
+                               {"--energy", "50", "--inner-potential", "10", "--view", "orthographic"});
+    const double outside = std::asin(std::sqrt(0.5 * 50 / 40)) / kDegree;
+    EXPECT_LT(refracted.Off(1.0, outside, 0.0, View::Orthographic), kPixel);
+    EXPECT_LT(ChiPicture(files, {"--fold", "8"}).Off(0.5, 45.0, 45.0),
+              kPixel);  // eight spots of half the height
     // The mean of exp((cos - 1)/w) over a cone is w (1 - exp(-(1 - c)/w))/(1 - c).
-    const PngPicture blurred = plot({"--acceptance", "10"});
     const double cap = (1 - std::cos(10 * kDegree)) / 0.01;
-    EXPECT_LT(Difference(blurred.At(layout.Direction(View::AzimuthalEquidistant, 0, 0, 0)),
-                         ColourAt(ColourMap::Diverging, 0.5 + 0.5 * (1 - std::exp(-cap)) / cap)),
-              0.05);
-    EXPECT_EQ(Plot({files.image, files.image, "-o", files.folder.Path("cut.svg"), "--polar-cut", "0"}).status,
-              0);
+    EXPECT_LT(ChiPicture(files, {"--acceptance", "10"}).Off((1 - std::exp(-cap)) / cap, 0.0, 0.0), kPixel);
+    const std::string cut = files.folder.Path("cut.svg");
+    EXPECT_EQ(Plot({files.image, files.image, "-o", cut, "--polar-cut", "0"}).status, 0);
     EXPECT_NE(files.folder.Read("cut.svg").find("<svg"), std::string::npos);
 }
 
 TEST(PlotCommand, ExitCodesAndNothingLeftBehind) {
     const Files files(SphereMap::AzimuthalEquidistant);
     const Files other(SphereMap::EquidistantCylindrical);
-    const std::string& image = files.image;
-    const std::string& out = files.picture;
-    const std::vector<std::vector<std::string>> badUsage = {
-        {image},
-        {"-o", out},
-        {image, "-o", files.folder.Path("a.jpg")},
-        {image, "-o", out, "--view", "mercator"},
-        {image, "-o", out, "--fold", "0"},
-        {image, "-o", out, "--range", "2", "1"},
-        {image, "-o", out, "--acceptance", "60"},
-        {image, "-o", out, "--energy", "100"},
-        {image, "-o", out, "--inner-potential", "10"},
-        {image, "-o", out, "--polar-cut", "0", "--azimuthal-cut", "45"},
-        {image, "-o", out, "--i0", image, "--i0", image},
+    const auto outcome = [&files](std::vector<std::string> more) {
+        more.insert(more.begin(), {files.image, "-o", files.picture});
+        return Plot(more);
     };
-    for (const auto& arguments : badUsage) EXPECT_EQ(Plot(arguments).status, 2) << arguments.back();
+    const std::vector<std::vector<std::string>> badUsage = {
+        {"--view", "mercator"},
+        {"--fold", "0"},
+        {"--range", "2", "1"},
+        {"--energy", "100"},
+        {"--acceptance", "60"},
+        {"--inner-potential", "10"},
+
+        {"--polar-cut", "0", "--azimuthal-cut", "45"},
+        {"--i0", files.image, "--i0", files.image},
+    };
+    for (const auto& options : badUsage) EXPECT_EQ(outcome(options).status, 2) << options.front();
+    EXPECT_EQ(Plot({files.image}).status, 2);
+    EXPECT_EQ(Plot({files.image, "-o", files.folder.Path("a.jpg")}).status, 2);
     EXPECT_EQ(Plot({"--help"}).status, 0);
-    const Outcome missing = Plot({files.folder.Path("no.xml_img"), "-o", out});
-    EXPECT_EQ(missing.status, 1);
-    EXPECT_NE(missing.errors.find("there is no such file"), std::string::npos);
-    const Outcome mixed = Plot({image, "--i0", other.reference, "-o", out});
-    EXPECT_EQ(mixed.status, 1);
-    EXPECT_NE(mixed.errors.find("the same -M"), std::string::npos);
-    EXPECT_EQ(Plot({image, "-o", out, "--energy", "100", "--inner-potential", "200"}).status, 1);
+    const std::pair<std::vector<std::string>, const char*> failures[] = {
+        {{files.folder.Path("no.xml_img")}, "there is no such file"},
+        {{"--i0", other.reference}, "the same -M"},
+        {{"--energy", "100", "--inner-potential", "200"}, "below the kinetic energy"}};
+    for (const auto& [options, reason] : failures) {
+        const Outcome failed = outcome(options);
+        EXPECT_EQ(failed.status, 1) << reason;
+        EXPECT_NE(failed.errors.find(reason), std::string::npos) << failed.errors;
+    }
     EXPECT_EQ(files.Count(), 2U);
 }
 

@@ -11,6 +11,7 @@
 #include "xml/ZfQBarnFile.h"
 
 constexpr double kDegree = 3.141592653589793 / 180;
+constexpr SphereMap kMaps[] = {SphereMap::AzimuthalEquidistant, SphereMap::EquidistantCylindrical};
 
 /// A pattern document's map filled with f(x, y, z), which is where stored images come from.
 template <class Function>

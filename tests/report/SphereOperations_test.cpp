@@ -9,7 +9,6 @@
 
 namespace {
 
-constexpr SphereMap kMaps[] = {SphereMap::AzimuthalEquidistant, SphereMap::EquidistantCylindrical};
 constexpr double kInterpolation = 2e-4;  // of low harmonics on maps of 2 or 3 degrees
 
 /// Largest deviation of the image from f, for theta up to `last` (radians).
