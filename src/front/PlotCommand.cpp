@@ -37,8 +37,8 @@ struct PlotOptions {
     std::vector<std::string> images;
     std::vector<std::string> references;  ///< I0
     std::string output;
-    View view = View::AzimuthalEquidistant;
-    std::optional<ColourMap> colours;
+    std::string view = "equidistant";
+    std::string colours;  ///< empty: by the quantity
     std::vector<double> range;
     std::string title;
     std::vector<std::string> captions;
@@ -53,6 +53,21 @@ struct PlotOptions {
     std::vector<double> polarCuts;
     std::vector<double> azimuthalCuts;
 };
+
+const std::map<std::string, View> kViews = {{"equidistant", View::AzimuthalEquidistant},
+                                            {"stereographic", View::Stereographic},
+                                            {"orthographic", View::Orthographic}};
+const std::map<std::string, ColourMap> kColourMaps = {
+    {"viridis", ColourMap::Viridis}, {"grey", ColourMap::Grey}, {"diverging", ColourMap::Diverging}};
+
+/// Checks for a name of the table.
+template <class Value>
+CLI::Validator OneOf(const std::map<std::string, Value>& table) {
+    std::vector<std::string> names;
+    names.reserve(table.size());
+    for (const auto& entry : table) names.push_back(entry.first);
+    return CLI::IsMember(names).description("");
+}
 
 /// In the order of the experiment: the surface, the sample's domains, the analyser.
 SphereImage Measured(SphereImage image, const PlotOptions& options) {
@@ -153,8 +168,9 @@ void DrawImages(const PlotOptions& options, std::vector<LoadedImage> images) {
     request.images = std::move(images);
     request.title = options.title;
     request.quantity = Quantity(options);
-    request.view = options.view;
-    request.colours = options.colours.value_or(modulation ? ColourMap::Diverging : ColourMap::Viridis);
+    request.view = kViews.at(options.view);
+    const std::string usual = modulation ? "diverging" : "viridis";
+    request.colours = kColourMaps.at(options.colours.empty() ? usual : options.colours);
     request.range = AskedRange(options);
     request.symmetricRange = modulation;
     request.ringStep_deg = options.rings;
@@ -217,18 +233,16 @@ void AddDataOptions(CLI::App& command, PlotOptions& options) {
 }
 
 void AddPictureOptions(CLI::App& command, PlotOptions& options) {
-    const std::map<std::string, View> views = {{"equidistant", View::AzimuthalEquidistant},
-                                               {"stereographic", View::Stereographic},
-                                               {"orthographic", View::Orthographic}};
-    const std::map<std::string, ColourMap> maps = {
-        {"viridis", ColourMap::Viridis}, {"grey", ColourMap::Grey}, {"diverging", ColourMap::Diverging}};
-    command.add_option("--view", options.view, "equidistant (default), stereographic or orthographic")
-        ->transform(CLI::CheckedTransformer(views, CLI::ignore_case).description(""))
-        ->type_name("NAME");
+    command
+        .add_option("--view", options.view,
+                    "equidistant (azimuthal equidistant), stereographic or orthographic")
+        ->check(OneOf(kViews))
+        ->type_name("NAME")
+        ->capture_default_str();
     command
         .add_option("--colours", options.colours,
                     "viridis (default for I), grey or diverging (default for chi)")
-        ->transform(CLI::CheckedTransformer(maps, CLI::ignore_case).description(""))
+        ->check(OneOf(kColourMaps))
         ->type_name("NAME");
     command
         .add_option("--range", options.range,
