@@ -19,6 +19,8 @@
 namespace {
 
 constexpr double kDegree = std::numbers::pi / 180;
+constexpr double kHighestEnergy = 1e6;    // eV
+constexpr double kLargestNumber = 1e300;  // whose difference is still finite
 
 constexpr const char* kExamples =
     "Examples, after\n"
@@ -67,6 +69,18 @@ CLI::Validator OneOf(const std::map<std::string, Value>& table) {
     names.reserve(table.size());
     for (const auto& entry : table) names.push_back(entry.first);
     return CLI::IsMember(names).description("");
+}
+
+/// A number of the closed range; CLI::Range lets NaN pass.
+CLI::Validator Between(double low, double high) {
+    const auto check = [low, high](const std::string& text) {
+        double value = 0.0;
+        if (CLI::detail::lexical_cast(text, value) && value >= low && value <= high) return std::string();
+        char reason[96];
+        std::snprintf(reason, sizeof reason, "has to be a number from %g to %g", low, high);
+        return std::string(reason);
+    };
+    return {check, ""};
 }
 
 /// In the order of the experiment: the surface, the sample's domains, the analyser.
@@ -212,24 +226,24 @@ void AddDataOptions(CLI::App& command, PlotOptions& options) {
         ->capture_default_str();
     command.add_option("--mirror", options.mirror, "Average over a mirror plane at this azimuth, degrees")
         ->type_name("PHI")
-        ->check(CLI::Range(-360.0, 360.0));
+        ->check(Between(-360.0, 360.0));
     command
         .add_option("--acceptance", options.acceptance,
                     "Average over a cone of this half angle, degrees (0: none, at most 45)")
         ->type_name("ANGLE")
-        ->check(CLI::Range(0.0, 45.0))
+        ->check(Between(0.0, 45.0))
         ->capture_default_str();
     command
         .add_option(
             "--inner-potential", options.innerPotential,
             "Refraction at the surface: the vacuum level above the zero of the kinetic energy inside, eV")
         ->type_name("V0")
-        ->check(CLI::NonNegativeNumber);
+        ->check(Between(0.0, kHighestEnergy));
     command
         .add_option("--energy", options.energy,
                     "Kinetic energy of the calculation (inside), eV, for the refraction")
         ->type_name("E")
-        ->check(CLI::PositiveNumber);
+        ->check(Between(1e-3, kHighestEnergy));
 }
 
 void AddPictureOptions(CLI::App& command, PlotOptions& options) {
@@ -248,6 +262,7 @@ void AddPictureOptions(CLI::App& command, PlotOptions& options) {
         .add_option("--range", options.range,
                     "Ends of the colours or of the axis of cuts; default: all values")
         ->expected(2)
+        ->check(Between(-kLargestNumber, kLargestNumber))
         ->type_name("LOW HIGH");
     command.add_option("--title", options.title, "Title; default: that of the file")->type_name("TEXT");
     command
@@ -257,7 +272,7 @@ void AddPictureOptions(CLI::App& command, PlotOptions& options) {
         ->type_name("TEXT");
     command.add_option("--rings", options.rings, "Step of the polar rings, degrees")
         ->type_name("STEP")
-        ->check(CLI::Range(5.0, 90.0))
+        ->check(Between(5.0, 90.0))
         ->capture_default_str();
     command.add_option("--per-row", options.perRow, "Images in a row")
         ->type_name("N")
@@ -273,14 +288,14 @@ void AddPictureOptions(CLI::App& command, PlotOptions& options) {
                     "number of times")
         ->allow_extra_args(false)
         ->type_name("PHI")
-        ->check(CLI::Range(-360.0, 360.0));
+        ->check(Between(-360.0, 360.0));
     command
         .add_option("--azimuthal-cut", options.azimuthalCuts,
                     "Line plot against the azimuth, 0 to 360 degrees, at this polar angle, degrees; any "
                     "number of times")
         ->allow_extra_args(false)
         ->type_name("THETA")
-        ->check(CLI::Range(0.0, 90.0));
+        ->check(Between(0.0, 90.0));
 }
 
 }  // namespace

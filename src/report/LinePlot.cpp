@@ -78,7 +78,7 @@ Span WithMargin(const Span& span) {
 
 Span Given(const std::optional<Span>& asked, const Span& otherwise) {
     if (!asked) return otherwise;
-    if (!(std::isfinite(asked->low) && std::isfinite(asked->high) && asked->low < asked->high))
+    if (!(std::isfinite(asked->high - asked->low) && asked->low < asked->high))
         throw ZfError("The range of an axis has to run from a lower to a higher number");
     return *asked;
 }

@@ -33,7 +33,7 @@ void CheckRequest(const PlotRequest& request) {
     if (request.panelsPerRow < 1) throw ZfError("A row of pictures has to hold one at least");
     if (!(request.ringStep_deg >= 5.0 && request.ringStep_deg <= 90.0))
         throw ZfError("The step of the polar rings has to lie between 5 and 90 degrees");
-    if (request.range && !(std::isfinite(request.range->low) && std::isfinite(request.range->high) &&
+    if (request.range && !(std::isfinite(request.range->high - request.range->low) &&
                            request.range->low < request.range->high))
         throw ZfError("The range of the colours has to run from a lower to a higher number");
 }

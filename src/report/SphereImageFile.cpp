@@ -41,7 +41,8 @@ SphereMap MapOf(const ZfDocData& document, const ZfFloatMatrix& pixels) {
 }
 
 void Read(ZfDocData& document, const std::string& path) {
-    if (!fs::is_regular_file(path)) throw ZfError("there is no such file");
+    if (!fs::exists(path)) throw ZfError("there is no such file");
+    if (!fs::is_regular_file(path)) throw ZfError("it is not a plain file");
     if (document.CheckType(path) < 0) throw ZfError("it is no image file (.xml_img)");
     ZfQBarnFile file(QString::fromStdString(path), "r");
     if (!document.SaveLoad(file)) throw ZfError("its version cannot be read");

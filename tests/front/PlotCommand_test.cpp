@@ -122,6 +122,7 @@ TEST(PlotCommand, ExitCodesAndNothingLeftBehind) {
         {"--range", "2", "1"},
         {"--energy", "100"},
         {"--acceptance", "60"},
+        {"--mirror", "nan"},
         {"--inner-potential", "10"},
 
         {"--polar-cut", "0", "--azimuthal-cut", "45"},
