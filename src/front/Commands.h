@@ -6,3 +6,4 @@ class App;
 
 // Each adds one subcommand with its options to the program. The subcommand runs at the end of the parsing and
 // throws ZfError when it fails.
+void AddPlotCommand(CLI::App& program);
