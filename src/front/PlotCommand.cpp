@@ -1,24 +1,17 @@
 #include <CLI/CLI.hpp>
 #include <cmath>
 #include <cstdio>
-#include <map>
 #include <memory>
-#include <numbers>
 #include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "foundation/ZfError.h"
 #include "front/Commands.h"
-#include "report/Canvas.h"
-#include "report/PatternCuts.h"
-#include "report/PatternPicture.h"
-#include "report/SphereOperations.h"
+#include "report/PatternPlot.h"
 
 namespace {
 
-constexpr double kDegree = std::numbers::pi / 180;
 constexpr double kHighestEnergy = 1e6;    // eV
 constexpr double kLargestNumber = 1e300;  // whose difference is still finite
 
@@ -35,39 +28,8 @@ constexpr const char* kExamples =
     "45 -o "
     "cut.svg\n";
 
-struct PlotOptions {
-    std::vector<std::string> images;
-    std::vector<std::string> references;  ///< I0
-    std::string output;
-    std::string view = "equidistant";
-    std::string colours;  ///< empty: by the quantity
-    std::vector<double> range;
-    std::string title;
-    std::vector<std::string> captions;
-    double rings = 30.0;
-    double width = 0.0;
-    int perRow = 3;
-    int fold = 1;
-    std::optional<double> mirror;
-    double acceptance = 0.0;
-    double energy = 0.0;
-    std::optional<double> innerPotential;
-    std::vector<double> polarCuts;
-    std::vector<double> azimuthalCuts;
-};
-
-const std::map<std::string, View> kViews = {{"equidistant", View::AzimuthalEquidistant},
-                                            {"stereographic", View::Stereographic},
-                                            {"orthographic", View::Orthographic}};
-const std::map<std::string, ColourMap> kColourMaps = {
-    {"viridis", ColourMap::Viridis}, {"grey", ColourMap::Grey}, {"diverging", ColourMap::Diverging}};
-
-/// Checks for a name of the table.
-template <class Value>
-CLI::Validator OneOf(const std::map<std::string, Value>& table) {
-    std::vector<std::string> names;
-    names.reserve(table.size());
-    for (const auto& entry : table) names.push_back(entry.first);
+/// Checks for one of the names.
+CLI::Validator OneOf(const std::vector<std::string>& names) {
     return CLI::IsMember(names).description("");
 }
 
@@ -83,130 +45,19 @@ CLI::Validator Between(double low, double high) {
     return {check, ""};
 }
 
-/// In the order of the experiment: the surface, the sample's domains, the analyser.
-SphereImage Measured(SphereImage image, const PlotOptions& options) {
-    if (options.innerPotential) image = Refracted(image, options.energy, *options.innerPotential);
-    if (options.fold > 1 || options.mirror) {
-        const auto mirror =
-            options.mirror ? std::optional<double>(*options.mirror * kDegree) : std::optional<double>();
-        image = SymmetryAverage(image, options.fold, mirror);
-    }
-    if (options.acceptance > 0.0) image = AcceptanceAverage(image, options.acceptance * kDegree);
-    return image;
-}
-
-LoadedImage Prepared(const PlotOptions& options, std::size_t index) {
-    LoadedImage loaded = LoadSphereImage(options.images[index]);
-    if (index < options.captions.size()) loaded.title = options.captions[index];
-    loaded.image = Measured(std::move(loaded.image), options);
-    if (options.references.empty()) return loaded;
-    const std::string& path = options.references[options.references.size() == 1 ? 0 : index];
-    const SphereImage reference = Measured(LoadSphereImage(path).image, options);
+void Plot(const PatternPlot& plot) {
     try {
-        loaded.image = Modulation(loaded.image, reference);
+        CheckPatternPlot(plot);
     } catch (const ZfError& error) {
-        throw ZfError(options.images[index] + " and " + path + ": " + error.message);
+        throw CLI::ValidationError(error.message);
     }
-    return loaded;
+    const std::optional<Span> range = DrawPatternPlot(plot);
+    if (range)
+        std::printf("%s from %.4g to %.4g\n", plot.references.empty() ? "I" : "chi", range->low, range->high);
+    std::printf("%s written\n", plot.output.c_str());
 }
 
-void CheckUsage(const PlotOptions& options) {
-    const std::size_t count = options.references.size();
-    if (count > 1 && count != options.images.size())
-        throw CLI::ValidationError("--i0", "give one I0 image for all images, or one for each");
-    if (!Canvas::CanWrite(options.output))
-        throw CLI::ValidationError("--output", "the name has to end in .png, .svg or .pdf");
-    if (options.captions.size() > options.images.size())
-        throw CLI::ValidationError("--caption", "there are more captions than images");
-    if (options.innerPotential && options.energy == 0.0)
-        throw CLI::ValidationError(
-            "--inner-potential",
-            "the image does not tell its energy, add --energy with that of the calculation");
-    if (options.energy != 0.0 && !options.innerPotential)
-        throw CLI::ValidationError("--energy", "it is used for refraction only, add --inner-potential");
-    if (!options.range.empty() && !(options.range[0] < options.range[1]))
-        throw CLI::ValidationError("--range", "the first number has to be the lower one");
-    if (!options.polarCuts.empty() && !options.azimuthalCuts.empty())
-        throw CLI::ValidationError("--polar-cut", "polar and azimuthal cuts need a picture each");
-}
-
-std::string Quantity(const PlotOptions& options) {
-    return options.references.empty() ? "I (arb. units)" : "χ = (I − I₀)/I₀";
-}
-
-std::optional<Span> AskedRange(const PlotOptions& options) {
-    if (options.range.empty()) return std::nullopt;
-    return Span{options.range[0], options.range[1]};
-}
-
-std::string Degrees(double angle) {
-    char text[32];
-    std::snprintf(text, sizeof text, "%g°", angle);
-    return text;
-}
-
-/// What the legend says of one cut; what is common to all lines is left to the axis.
-std::string CutLabel(const PlotOptions& options, const LoadedImage& loaded, const char* angleName,
-                     double angle, std::size_t cuts) {
-    const std::string place = angleName + (" = " + Degrees(angle));
-    if (options.images.size() == 1) return cuts == 1 ? "" : place;
-    return cuts == 1 ? loaded.title : loaded.title + ", " + place;
-}
-
-void DrawCuts(const PlotOptions& options, const std::vector<LoadedImage>& images) {
-    const bool polar = !options.polarCuts.empty();
-    const std::vector<double>& angles = polar ? options.polarCuts : options.azimuthalCuts;
-    std::vector<Curve> curves;
-    for (const LoadedImage& loaded : images) {
-        for (const double angle : angles) {
-            curves.push_back(polar ? PolarCut(loaded.image, angle * kDegree)
-                                   : AzimuthalCut(loaded.image, angle * kDegree));
-            curves.back().label = CutLabel(options, loaded, polar ? "φ" : "θ", angle, angles.size());
-        }
-    }
-    LineAxes axes;
-    axes.title = options.title.empty() && images.size() == 1 ? images.front().title : options.title;
-    axes.xLabel = polar ? "polar angle θ (degrees)" : "azimuth φ (degrees)";
-    if (angles.size() == 1) axes.xLabel += (polar ? ", φ = " : ", θ = ") + Degrees(angles.front());
-    axes.yLabel = Quantity(options);
-    axes.xRange = polar ? Span{-90.0, 90.0} : Span{0.0, 360.0};
-    axes.yRange = AskedRange(options);
-    axes.xStep = polar ? 30.0 : 60.0;
-    axes.width = options.width;
-    DrawLines(curves, axes, options.output);
-}
-
-void DrawImages(const PlotOptions& options, std::vector<LoadedImage> images) {
-    const bool modulation = !options.references.empty();
-    PlotRequest request;
-    request.images = std::move(images);
-    request.title = options.title;
-    request.quantity = Quantity(options);
-    request.view = kViews.at(options.view);
-    const std::string usual = modulation ? "diverging" : "viridis";
-    request.colours = kColourMaps.at(options.colours.empty() ? usual : options.colours);
-    request.range = AskedRange(options);
-    request.symmetricRange = modulation;
-    request.ringStep_deg = options.rings;
-    request.panelsPerRow = options.perRow;
-    request.width = options.width;
-    const Span range = ColourRange(request.images, false);
-    DrawPattern(request, options.output);
-    std::printf("%s from %.4g to %.4g\n", modulation ? "chi" : "I", range.low, range.high);
-}
-
-void Plot(const PlotOptions& options) {
-    CheckUsage(options);
-    std::vector<LoadedImage> images;
-    for (std::size_t i = 0; i < options.images.size(); ++i) images.push_back(Prepared(options, i));
-    if (options.polarCuts.empty() && options.azimuthalCuts.empty())
-        DrawImages(options, std::move(images));
-    else
-        DrawCuts(options, images);
-    std::printf("%s written\n", options.output.c_str());
-}
-
-void AddDataOptions(CLI::App& command, PlotOptions& options) {
+void AddDataOptions(CLI::App& command, PatternPlot& options) {
     command.add_option("images", options.images, "Images (.xml_img), drawn side by side on one scale")
         ->required()
         ->type_name("FILE");
@@ -246,17 +97,17 @@ void AddDataOptions(CLI::App& command, PlotOptions& options) {
         ->check(Between(1e-3, kHighestEnergy));
 }
 
-void AddPictureOptions(CLI::App& command, PlotOptions& options) {
+void AddPictureOptions(CLI::App& command, PatternPlot& options) {
     command
         .add_option("--view", options.view,
                     "equidistant (azimuthal equidistant), stereographic or orthographic")
-        ->check(OneOf(kViews))
+        ->check(OneOf(ViewNames()))
         ->type_name("NAME")
         ->capture_default_str();
     command
         .add_option("--colours", options.colours,
                     "viridis (default for I), grey or diverging (default for chi)")
-        ->check(OneOf(kColourMaps))
+        ->check(OneOf(ColourMapNames()))
         ->type_name("NAME");
     command
         .add_option("--range", options.range,
@@ -302,7 +153,7 @@ void AddPictureOptions(CLI::App& command, PlotOptions& options) {
 
 void AddPlotCommand(CLI::App& program) {
     CLI::App* const command = program.add_subcommand("plot", "Draws patterns as PNG, SVG or PDF");
-    const auto options = std::make_shared<PlotOptions>();
+    const auto options = std::make_shared<PatternPlot>();
     AddDataOptions(*command, *options);
     AddPictureOptions(*command, *options);
     command->footer(kExamples);
