@@ -17,7 +17,9 @@ constexpr int kBadUsage = 2;
 
 void AddCommands(CLI::App& program) {
     program.require_subcommand(1);
+    AddInfoCommand(program);
     AddPlotCommand(program);
+    AddThermalCommand(program);
 }
 
 /// "qvre cluster" once a subcommand is known.
