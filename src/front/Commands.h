@@ -6,4 +6,5 @@ class App;
 
 // Each adds one subcommand with its options to the program. The subcommand runs at the end of the parsing and
 // throws ZfError when it fails.
+void AddClusterCommand(CLI::App& program);
 void AddPlotCommand(CLI::App& program);
