@@ -93,10 +93,8 @@ CrystalCell Expand(gemmi::cif::Block& block) {
     const gemmi::SmallStructure structure = gemmi::make_small_structure_from_block(block);
     const gemmi::UnitCell& unit = structure.cell;
     if (!unit.is_crystal()) throw ZfError("it has no cell lengths and angles");
-    ZfCrystal axes;
-    axes.latticeConstants = {unit.a, unit.b, unit.c};
-    axes.axisDirections = AxisDirections(unit.alpha, unit.beta, unit.gamma);
-    CrystalCell cell = CellOfCrystal(axes);
+    CrystalCell cell;
+    cell.axes = AxesOf({unit.a, unit.b, unit.c}, {unit.alpha, unit.beta, unit.gamma});
     const std::vector<gemmi::Op> operators = Operators(block, structure);
     for (const gemmi::SmallStructure::Site& site : structure.sites) {
         CheckSite(site);

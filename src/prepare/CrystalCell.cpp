@@ -34,6 +34,13 @@ void CheckAxes(const CrystalCell& cell) {
     }
 }
 
+void CheckPlace(const CellAtom& atom) {
+    constexpr double kMostCells = 1e4;
+    for (int i = 0; i < 3; ++i)
+        if (!(std::abs(atom.fractional.at(i)) < kMostCells))
+            throw ZfError("An atom (" + atom.element + ") lies far outside the cell: check its coordinates");
+}
+
 [[noreturn]] void ThrowTooClose(const CrystalCell& cell, std::size_t i, std::size_t j, double distance) {
     std::array<char, 200> text = {};
     std::snprintf(text.data(), text.size(),
@@ -102,6 +109,7 @@ void CheckCell(const CrystalCell& cell) {
     if (cell.atoms.empty()) throw ZfError("The crystal has no atoms");
     for (const CellAtom& atom : cell.atoms) CheckElement(atom.element);
     CheckAxes(cell);
+    for (const CellAtom& atom : cell.atoms) CheckPlace(atom);
     const gemmi::Mat33 reciprocal = cell.Reciprocal();
     for (std::size_t i = 0; i < cell.atoms.size(); ++i)
         for (std::size_t j = i; j < cell.atoms.size(); ++j) CheckPair(cell, reciprocal, i, j);

@@ -4,7 +4,6 @@
 #include <string>
 #include <vector>
 
-#include "crystal/ZfCrystal.h"
 #include "prepare/CrystalCell.h"
 
 /// A ready crystal ("Cu", "Si", ...), or a structure type ("fcc", "zincblende", ...) with its elements and
@@ -31,12 +30,6 @@ CrystalCell ParseXyzCell(const std::string& text);
 /// Lengths, angles and atoms as expressions of ZfParser; docs/clusters.md has the format.
 CrystalCell ParseExpressionCell(const std::string& text);
 
-/// The atoms of a crystal's basis, repeated along its axes.
-CrystalCell CellOfCrystal(const ZfCrystal& crystal);
-
-/// Value of an expression without parameters. Throws ZfError that quotes it.
-double EvaluateExpression(const std::string& text);
-
-/// Unit vectors along a, b, c for the cell angles in degrees: a along x, b in the xy plane, as is usual
-/// (International Tables for Crystallography B, section 3.3.1).
-std::array<ZfLDoubleMatrix, 3> AxisDirections(double alpha_deg, double beta_deg, double gamma_deg);
+/// Axes with these lengths (angstrom) and angles (degrees): a along x, b in the xy plane, as is usual
+/// (International Tables for Crystallography B, section 3.3.1). Throws ZfError for angles that no cell has.
+gemmi::Mat33 AxesOf(const std::array<double, 3>& lengths_A, const std::array<double, 3>& angles_deg);

@@ -4,6 +4,7 @@
 #include "crystal/CrystalPresets.h"
 #include "foundation/ZfError.h"
 #include "prepare/CrystalSources.h"
+#include "prepare/ExpressionCell.h"
 
 // Structure types by expressions: R. W. G. Wyckoff, Crystal Structures, vol. 1 (Interscience, 1963).
 

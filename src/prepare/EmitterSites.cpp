@@ -97,6 +97,7 @@ std::vector<EmitterSite> InLayer(const ClusterRequest& request, const SurfaceFra
             if (!InLayer(request, frame, {site}, other).empty()) layers.insert(other);
     }
     std::vector<std::string> words;
+    words.reserve(layers.size());
     for (const int other : layers) words.push_back(std::to_string(other));
     std::string message = "No emitter lies in layer " + std::to_string(layer);
     if (!request.top.empty()) message += " below a surface plane of " + request.top;

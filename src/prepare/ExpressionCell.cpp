@@ -1,3 +1,5 @@
+#include "prepare/ExpressionCell.h"
+
 #include <algorithm>
 #include <cmath>
 #include <iterator>
@@ -29,11 +31,29 @@ void RefuseNames(const std::vector<ZfParserToken>& tokens) {
     }
 }
 
+bool EndsOperand(std::int32_t code) {
+    return code == kTokenConstant || code == kTokenRightBracket;
+}
+
+bool BeginsOperand(std::int32_t code) {
+    return code == kTokenConstant || code == kTokenFunction || code == kTokenLeftBracket;
+}
+
+/// Of "1/2 3" or "2(3)" the parser would take the last value.
+void RefuseNeighbours(const std::vector<ZfParserToken>& tokens) {
+    for (std::size_t i = 1; i < tokens.size(); ++i)
+        if (EndsOperand(tokens[i - 1].code) && BeginsOperand(tokens[i].code))
+            throw ZfError("an operator is missing");
+}
+
 double EvaluateChecked(const std::string& text) {
     ZfParser parser;
     parser.lexer.Lex(text);
     RefuseNames(parser.lexer.tokens);
+    RefuseNeighbours(parser.lexer.tokens);
     const double value = parser.Calculate(text);
+    if (static_cast<std::size_t>(parser.tokenIndex) < parser.lexer.tokens.size())
+        throw ZfError("it goes on behind its end");
     if (!std::isfinite(value)) throw ZfError("not finite");
     return value;
 }
@@ -123,6 +143,13 @@ CrystalCell CellOfCrystal(const ZfCrystal& crystal) {
             {atom.element, gemmi::Vec3(EvaluateExpression(x), EvaluateExpression(y), EvaluateExpression(z))});
     }
     return cell;
+}
+
+gemmi::Mat33 AxesOf(const std::array<double, 3>& lengths_A, const std::array<double, 3>& angles_deg) {
+    ZfCrystal crystal;
+    crystal.latticeConstants = lengths_A;
+    crystal.axisDirections = AxisDirections(angles_deg[0], angles_deg[1], angles_deg[2]);
+    return CellOfCrystal(crystal).axes;
 }
 
 CrystalCell ParseExpressionCell(const std::string& text) {

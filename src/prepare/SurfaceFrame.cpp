@@ -63,7 +63,8 @@ std::size_t PlaneOf(const SurfaceFrame& frame, std::size_t atom) {
 /// Height of the plane `index` counted on through the periods.
 double HeightOf(const SurfaceFrame& frame, std::size_t index) {
     const std::size_t count = frame.planes.size();
-    return frame.planes[index % count].height + frame.period * static_cast<double>(index / count);
+    const std::size_t periods = index / count;
+    return frame.planes[index % count].height + frame.period * static_cast<double>(periods);
 }
 
 double GapAbove(const SurfaceFrame& frame, std::size_t plane) {

@@ -199,6 +199,8 @@ TEST(Cluster, SaysWhatCannotBe) {
         failure([](R r) { r.cell.atoms[4].fractional = gemmi::Vec3(0.98, 0.0, 0.0); }),
         "Atoms 1 (Ga) and 5 (As) of the cell are 0.113 angstrom apart, images included: more than 0.5 is "
         "needed");
+    EXPECT_EQ(failure([](R r) { r.cell.atoms[4].fractional.x = 1e300; }),
+              "An atom (As) lies far outside the cell: check its coordinates");
     EXPECT_EQ(failure([](R r) { r.cell.atoms[0].element = "ga"; }),
               "\"ga\" is no element symbol; write it as in the periodic table, like Fe");
     EXPECT_EQ(failure([](R r) {

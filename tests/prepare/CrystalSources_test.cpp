@@ -114,6 +114,10 @@ TEST(CrystalSources, SayWhatIsWrong) {
               "in the line \"lengths 1 1 a\": Cannot evaluate \"a\": unknown name a");
     EXPECT_EQ(cell("atom Cu 0 0 1/$\n"),
               "in the line \"atom Cu 0 0 1/$\": Cannot evaluate \"1/$\": unexpected character");
+    EXPECT_EQ(cell("atom Cu 0 0 2(3)\n"),
+              "in the line \"atom Cu 0 0 2(3)\": Cannot evaluate \"2(3)\": an operator is missing");
+    EXPECT_EQ(cell("atom Cu 0 0 1,2\n"),
+              "in the line \"atom Cu 0 0 1,2\": Cannot evaluate \"1,2\": it goes on behind its end");
     EXPECT_EQ(cell("angles 90 90 180\n"),
               "in the line \"angles 90 90 180\": cell angles lie between 0 and 180 degrees");
     EXPECT_EQ(cell("atoms Cu 0 0 0\n"),
