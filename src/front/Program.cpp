@@ -17,6 +17,8 @@ constexpr int kBadUsage = 2;
 
 void AddCommands(CLI::App& program) {
     program.require_subcommand(1);
+    AddCompareCommand(program);
+    AddExportCommand(program);
     AddInfoCommand(program);
     AddPlotCommand(program);
     AddThermalCommand(program);
