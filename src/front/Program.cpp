@@ -18,6 +18,8 @@ constexpr int kBadUsage = 2;
 void AddCommands(CLI::App& program) {
     program.require_subcommand(1);
     AddClusterCommand(program);
+    AddCompareCommand(program);
+    AddExportCommand(program);
     AddInfoCommand(program);
     AddPlotCommand(program);
     AddThermalCommand(program);
