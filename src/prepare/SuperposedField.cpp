@@ -17,9 +17,9 @@ double SinhOver(double x) {
 }  // namespace
 
 SuperposedField::SuperposedField(const ScreeningTable& table, const std::string& element,
-                                 const std::vector<NeighbourShell>& shells)
+                                 const std::vector<AtomShell>& shells)
     : atom_(table.Find(element)) {
-    for (const NeighbourShell& shell : shells) {
+    for (const AtomShell& shell : shells) {
         if (!(shell.distance > 0.0)) throw ZfError("A neighbour needs a distance above 0");
         Add(table.Find(shell.element), shell);
     }
@@ -38,7 +38,7 @@ double SuperposedField::Density(double r) const {
     return std::max(rho, 0.0);
 }
 
-void SuperposedField::Add(const ScreenedAtom& atom, const NeighbourShell& shell) {
+void SuperposedField::Add(const ScreenedAtom& atom, const AtomShell& shell) {
     for (std::size_t i = 0; i < atom.amplitude.size(); ++i) {
         const double decay = atom.decay[i];
         const double potential = shell.count * atom.atomicNumber * atom.amplitude[i] *

@@ -6,7 +6,7 @@
 #include "prepare/ScreenedAtom.h"
 
 /// The neighbours of one element at one distance from an atom.
-struct NeighbourShell {
+struct AtomShell {
     std::string element;
     double distance = 0.0;  ///< bohr
     double count = 0.0;
@@ -20,7 +20,7 @@ class SuperposedField {
 public:
     /// Throws ZfError for an element without a field, or a distance that is not positive.
     SuperposedField(const ScreeningTable& table, const std::string& element,
-                    const std::vector<NeighbourShell>& shells);
+                    const std::vector<AtomShell>& shells);
 
     double Potential(double r) const;  ///< hartree, electrostatic, of an electron; r below every distance
     double Density(double r) const;    ///< electrons/bohr^3; where the fits dip below 0 it is 0
@@ -30,7 +30,7 @@ private:
         double decay = 0.0;      ///< 1/bohr
         double potential = 0.0;  ///< hartree, at the nucleus: the sum over the neighbours of Z A exp(-a D)/D
     };
-    void Add(const ScreenedAtom& atom, const NeighbourShell& shell);
+    void Add(const ScreenedAtom& atom, const AtomShell& shell);
 
     ScreenedAtom atom_;
     std::vector<Term> neighbours_;

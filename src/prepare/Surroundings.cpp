@@ -45,10 +45,10 @@ std::vector<Neighbour> NeighboursOf(const std::vector<PlacedAtom>& atoms, const 
 }
 
 /// Shells in angstrom: runs of one element whose distances follow each other within kSameShell.
-std::vector<NeighbourShell> ShellsOf(const std::vector<Neighbour>& neighbours) {
-    std::vector<NeighbourShell> shells;
+std::vector<AtomShell> ShellsOf(const std::vector<Neighbour>& neighbours) {
+    std::vector<AtomShell> shells;
     for (const Neighbour& n : neighbours) {
-        const auto same = std::find_if(shells.rbegin(), shells.rend(), [&](const NeighbourShell& shell) {
+        const auto same = std::find_if(shells.rbegin(), shells.rend(), [&](const AtomShell& shell) {
             return shell.element == n.element && n.distance - shell.distance < kSameShell;
         });
         if (same == shells.rend())
@@ -68,21 +68,21 @@ double CellVolume(const std::vector<Neighbour>& neighbours) {
 
 /// One atom that may stand for its species.
 struct Site {
-    std::vector<NeighbourShell> shells;  // angstrom
-    double cellVolume = 0.0;             // cubic angstrom
-    double crowd = 0.0;                  // neighbours, weighted by nearness
+    std::vector<AtomShell> shells;  // angstrom
+    double cellVolume = 0.0;        // cubic angstrom
+    double crowd = 0.0;             // neighbours, weighted by nearness
 };
 
 Site SiteOf(const std::vector<PlacedAtom>& atoms, const Vec3& centre) {
     const std::vector<Neighbour> neighbours = NeighboursOf(atoms, centre);
     if (neighbours.empty()) throw ZfError("An atom has no neighbours: phase shifts need a cluster of atoms");
     Site site{ShellsOf(neighbours), CellVolume(neighbours), 0.0};
-    for (const NeighbourShell& shell : site.shells)
+    for (const AtomShell& shell : site.shells)
         site.crowd += shell.count * std::exp(-std::pow(shell.distance / kSmoothCount, 2));
     return site;
 }
 
-bool SameShell(const NeighbourShell& a, const NeighbourShell& b) {
+bool SameShell(const AtomShell& a, const AtomShell& b) {
     return a.element == b.element && std::abs(a.distance - b.distance) < kSameShell;
 }
 
@@ -99,8 +99,8 @@ bool AlikeNearby(const Site& a, const Site& b) {
 void Complete(Site& site, const Site& other) {
     if (other.cellVolume > 0.0 && (site.cellVolume == 0.0 || other.cellVolume < site.cellVolume))
         site.cellVolume = other.cellVolume;
-    for (NeighbourShell& shell : site.shells)
-        for (const NeighbourShell& seen : other.shells)
+    for (AtomShell& shell : site.shells)
+        for (const AtomShell& seen : other.shells)
             if (SameShell(shell, seen)) shell.count = std::max(shell.count, seen.count);
 }
 
@@ -108,18 +108,17 @@ double Completeness(const Site& site) {
     if (site.cellVolume == 0.0) return 0.0;
     const double reach = 2.0 * site.shells[0].distance + kSameShell;
     double found = 1.0;
-    for (const NeighbourShell& shell : site.shells)
+    for (const AtomShell& shell : site.shells)
         if (shell.distance < reach) found += shell.count;
     return found / (4.0 / 3.0 * kPi * std::pow(reach, 3) / site.cellVolume);
 }
 
 AtomSurroundings InAtomicUnits(Site site, const PlacedAtom& atom, double weight) {
-    std::stable_sort(
-        site.shells.begin(), site.shells.end(),
-        [](const NeighbourShell& a, const NeighbourShell& b) { return a.distance < b.distance; });
+    std::stable_sort(site.shells.begin(), site.shells.end(),
+                     [](const AtomShell& a, const AtomShell& b) { return a.distance < b.distance; });
     AtomSurroundings result{atom.name, atom.element, {}, 0.0, weight, Completeness(site)};
     result.cellVolume = site.cellVolume / std::pow(kBohr_angstrom, 3);
-    for (NeighbourShell& shell : site.shells) {
+    for (AtomShell& shell : site.shells) {
         shell.distance /= kBohr_angstrom;
         result.shells.push_back(shell);
     }
@@ -218,10 +217,10 @@ AtomSurroundings SpeciesOfLine(const std::vector<std::string>& words) {
     return species;
 }
 
-NeighbourShell ShellOfLine(const std::vector<std::string>& words) {
+AtomShell ShellOfLine(const std::vector<std::string>& words) {
     if (words.size() != 3) throw ZfError("wanted is: ELEMENT DISTANCE COUNT");
-    const NeighbourShell shell{words[0], StrictNumber(words[1], "distance") / kBohr_angstrom,
-                               StrictNumber(words[2], "count")};
+    const AtomShell shell{words[0], StrictNumber(words[1], "distance") / kBohr_angstrom,
+                          StrictNumber(words[2], "count")};
     if (!(shell.distance > 0.0) || !(shell.count > 0.0))
         throw ZfError("distance and count have to be above 0");
     return shell;
@@ -242,7 +241,7 @@ void ReadLine(const std::string& line, std::vector<AtomSurroundings>& list) {
 
 double AtomSurroundings::NearestDistance() const {
     double nearest = 0.0;
-    for (const NeighbourShell& shell : shells)
+    for (const AtomShell& shell : shells)
         if (nearest == 0.0 || shell.distance < nearest) nearest = shell.distance;
     if (nearest == 0.0) throw ZfError("There are no neighbours around \"" + name + "\"");
     return nearest;

@@ -11,9 +11,9 @@
 struct AtomSurroundings {
     std::string name;  ///< label of the atoms; phase shifts are found by it
     std::string element;
-    std::vector<NeighbourShell> shells;  ///< rising distance
-    double cellVolume = 0.0;             ///< bohr^3; 0: the surroundings leave it open
-    double weight = 1.0;                 ///< atoms of the species
+    std::vector<AtomShell> shells;  ///< rising distance
+    double cellVolume = 0.0;        ///< bohr^3; 0: the surroundings leave it open
+    double weight = 1.0;            ///< atoms of the species
     /// Atoms found within twice the nearest distance, itself among them, over those that the cell volume lets
     /// expect: near 1 where nothing is missing. 0 with an open cell.
     double completeness = 0.0;
