@@ -7,5 +7,6 @@ class App;
 // Each adds one subcommand with its options to the program. The subcommand runs at the end of the parsing and
 // throws ZfError when it fails.
 void AddInfoCommand(CLI::App& program);
+void AddPhasesCommand(CLI::App& program);
 void AddPlotCommand(CLI::App& program);
 void AddThermalCommand(CLI::App& program);

@@ -18,6 +18,7 @@ constexpr int kBadUsage = 2;
 void AddCommands(CLI::App& program) {
     program.require_subcommand(1);
     AddInfoCommand(program);
+    AddPhasesCommand(program);
     AddPlotCommand(program);
     AddThermalCommand(program);
 }

@@ -45,7 +45,8 @@ std::size_t LinesOfEnergy(const Rows& lines) {
     for (std::size_t period = 2; period <= lines.size(); ++period) {
         bool fits = true;
         for (std::size_t i = 0; i < lines.size() && fits; i += period)
-            fits = lines[i].size() == 1 && (i == 0 || lines[i][0] > lines[i - period][0]);
+            fits = lines[i].size() == 1 &&
+                   (i == 0 || i + 1 == lines.size() || lines[i][0] > lines[i - period][0]);
         const bool whole = lines.size() % period <= 1;
         for (std::size_t i = period; i < lines.size() && fits && whole; ++i)
             fits = lines[i].size() == lines[i - period].size();
@@ -182,6 +183,14 @@ std::vector<double> Unwrapped(const PhaseShiftTable& table, std::size_t l) {
     return phases;
 }
 
+std::size_t NearestEnergy(const PhaseShiftTable& table, double energy) {
+    const std::vector<double>& list = table.energies_eV;
+    const auto nearest = std::min_element(list.begin(), list.end(), [energy](double a, double b) {
+        return std::abs(a - energy) < std::abs(b - energy);
+    });
+    return static_cast<std::size_t>(nearest - list.begin());
+}
+
 double Straight(const std::vector<double>& x, const std::vector<double>& y, double at) {
     const auto above = std::upper_bound(x.begin() + 1, x.end() - 1, at);
     const auto i = static_cast<std::size_t>(above - x.begin());
@@ -219,9 +228,12 @@ std::vector<double> PhasesAt(const PhaseShiftTable& table, double energy_eV, boo
         throw ZfError(message);
     }
     const double at = std::clamp(energy_eV, first, last);
+    const std::size_t nearest = NearestEnergy(table, at);
     std::vector<double> degrees;
     for (std::size_t l = 0; l < table.degrees[0].size(); ++l) {
-        const std::vector<double> phases = Unwrapped(table, l);
+        std::vector<double> phases = Unwrapped(table, l);
+        const double turns = table.degrees[nearest][l] - phases[nearest];  // back to the table's own branch
+        for (double& phase : phases) phase += turns;
         if (linear) {
             degrees.push_back(Straight(table.energies_eV, phases, at));
         } else {

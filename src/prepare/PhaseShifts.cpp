@@ -169,6 +169,22 @@ PhaseShiftResult CalculatePhaseShifts(const PhaseShiftRequest& request, const Sc
     return Calculation(request, table).Run();
 }
 
+PhaseShiftResult PhaseShiftsOfTable(const PhaseShiftTable& table, const PhaseShiftList& atoms,
+                                    const std::vector<double>& energies_eV, const PhaseShiftLimits& limits,
+                                    bool linear) {
+    CheckEnergies(energies_eV, 1);
+    PhaseShiftResult result;
+    for (const double energy : energies_eV) {
+        PhaseShiftRow row{atoms, 0.0, 0};
+        row.list.energy_eV = energy;
+        row.list.degrees = PhasesAt(table, energy, linear);
+        row.size = LimitedSize(row.list, limits, result.warnings);
+        result.document.records.push_back(MakePhaseShiftRecord(row.list, row.size));
+        result.rows.push_back(row);
+    }
+    return result;
+}
+
 std::string PhaseShiftListing(const std::vector<PhaseShiftRow>& rows) {
     std::string text =
         "# species, kinetic energy and muffin-tin zero (eV), muffin-tin radius (angstrom), number of l,\n"

@@ -8,6 +8,7 @@
 #include "prepare/ContinuumWave.h"
 #include "prepare/MuffinTin.h"
 #include "prepare/PhaseShiftFile.h"
+#include "prepare/PhaseShiftTable.h"
 #include "prepare/Surroundings.h"
 
 /// Which phase shifts are wanted, and by which physics.
@@ -45,6 +46,12 @@ std::vector<MuffinTinSite> MuffinTinSites(const PhaseShiftRequest& request, cons
 /// Throws ZfError for energies or records that no document takes, elements without a field, and surroundings
 /// that leave the muffin-tin zero open.
 PhaseShiftResult CalculatePhaseShifts(const PhaseShiftRequest& request, const ScreeningTable& table);
+
+/// The phase shifts of a published table at energies within it, for the atoms that `atoms` names, with radius
+/// and nearest distance. Throws ZfError as above.
+PhaseShiftResult PhaseShiftsOfTable(const PhaseShiftTable& table, const PhaseShiftList& atoms,
+                                    const std::vector<double>& energies_eV, const PhaseShiftLimits& limits,
+                                    bool linear);
 
 /// A line for each species and energy: name, Ek, muffin-tin radius and zero, phase shifts in degrees.
 std::string PhaseShiftListing(const std::vector<PhaseShiftRow>& rows);

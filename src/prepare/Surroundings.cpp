@@ -19,6 +19,8 @@ using Vec3 = std::array<double, 3>;
 
 constexpr double kPi = 3.141592653589793;
 constexpr double kSameShell = 0.02;    // angstrom
+constexpr double kSamePlace = 0.1;     // angstrom
+constexpr double kRoom = 0.7;          // of the nearest distance: closer no atom can stand to another
 constexpr double kSmoothCount = 4.0;   // angstrom: range in which neighbours are counted
 constexpr double kNearShells = 1.25;   // of the nearest distance: the shells that make sites alike
 constexpr double kVoronoiReach = 3.5;  // of the nearest distance
@@ -68,60 +70,72 @@ double CellVolume(const std::vector<Neighbour>& neighbours) {
 
 /// One atom that may stand for its species.
 struct Site {
-    std::vector<AtomShell> shells;  // angstrom
-    double cellVolume = 0.0;        // cubic angstrom
-    double crowd = 0.0;             // neighbours, weighted by nearness
+    std::vector<Neighbour> neighbours;  // rising distance
+    double crowd = 0.0;                 // their number, weighted by nearness
 };
 
 Site SiteOf(const std::vector<PlacedAtom>& atoms, const Vec3& centre) {
-    const std::vector<Neighbour> neighbours = NeighboursOf(atoms, centre);
-    if (neighbours.empty()) throw ZfError("An atom has no neighbours: phase shifts need a cluster of atoms");
-    Site site{ShellsOf(neighbours), CellVolume(neighbours), 0.0};
-    for (const AtomShell& shell : site.shells)
-        site.crowd += shell.count * std::exp(-std::pow(shell.distance / kSmoothCount, 2));
+    Site site{NeighboursOf(atoms, centre), 0.0};
+    if (site.neighbours.empty())
+        throw ZfError("An atom has no neighbours: phase shifts need a cluster of atoms");
+    for (const Neighbour& n : site.neighbours)
+        site.crowd += std::exp(-std::pow(n.distance / kSmoothCount, 2));
     return site;
 }
 
-bool SameShell(const AtomShell& a, const AtomShell& b) {
-    return a.element == b.element && std::abs(a.distance - b.distance) < kSameShell;
+double Separation(const Neighbour& a, const Neighbour& b) {
+    return std::hypot(a.vector[0] - b.vector[0], a.vector[1] - b.vector[1], a.vector[2] - b.vector[2]);
 }
 
+bool Sees(const Site& site, const Neighbour& wanted, double tolerance) {
+    auto n = std::lower_bound(site.neighbours.begin(), site.neighbours.end(), wanted.distance - tolerance,
+                              [](const Neighbour& a, double distance) { return a.distance < distance; });
+    for (; n != site.neighbours.end() && n->distance < wanted.distance + tolerance; ++n)
+        if (n->element == wanted.element && Separation(*n, wanted) < tolerance) return true;
+    return false;
+}
+
+/// Whether the nearest neighbours stand in the same directions, so that a lattice vector may lie between
+/// them.
 bool AlikeNearby(const Site& a, const Site& b) {
-    const double reach = kNearShells * a.shells[0].distance;
-    for (std::size_t i = 0; i < a.shells.size() && a.shells[i].distance < reach; ++i)
-        if (i >= b.shells.size() || !SameShell(a.shells[i], b.shells[i]) ||
-            a.shells[i].count != b.shells[i].count)
-            return false;
-    return true;
+    const double reach = kNearShells * a.neighbours[0].distance;
+    return std::all_of(a.neighbours.begin(), a.neighbours.end(),
+                       [&](const Neighbour& n) { return n.distance >= reach || Sees(b, n, kSamePlace); });
 }
 
-/// Another atom of the species may see more of a shell, or of the neighbours that close its cell.
+/// Adds the neighbours that another atom sees, where there is room for them.
 void Complete(Site& site, const Site& other) {
-    if (other.cellVolume > 0.0 && (site.cellVolume == 0.0 || other.cellVolume < site.cellVolume))
-        site.cellVolume = other.cellVolume;
-    for (AtomShell& shell : site.shells)
-        for (const AtomShell& seen : other.shells)
-            if (SameShell(shell, seen)) shell.count = std::max(shell.count, seen.count);
-}
-
-double Completeness(const Site& site) {
-    if (site.cellVolume == 0.0) return 0.0;
-    const double reach = 2.0 * site.shells[0].distance + kSameShell;
-    double found = 1.0;
-    for (const AtomShell& shell : site.shells)
-        if (shell.distance < reach) found += shell.count;
-    return found / (4.0 / 3.0 * kPi * std::pow(reach, 3) / site.cellVolume);
-}
-
-AtomSurroundings InAtomicUnits(Site site, const PlacedAtom& atom, double weight) {
-    std::stable_sort(site.shells.begin(), site.shells.end(),
-                     [](const AtomShell& a, const AtomShell& b) { return a.distance < b.distance; });
-    AtomSurroundings result{atom.name, atom.element, {}, 0.0, weight, Completeness(site)};
-    result.cellVolume = site.cellVolume / std::pow(kBohr_angstrom, 3);
-    for (AtomShell& shell : site.shells) {
-        shell.distance /= kBohr_angstrom;
-        result.shells.push_back(shell);
+    const double room = kRoom * site.neighbours[0].distance;
+    for (const Neighbour& n : other.neighbours) {
+        if (Sees(site, n, kSamePlace) || n.distance < room) continue;
+        const bool crowded = std::any_of(site.neighbours.begin(), site.neighbours.end(),
+                                         [&](const Neighbour& own) { return Separation(own, n) < room; });
+        if (crowded) continue;
+        const auto place =
+            std::upper_bound(site.neighbours.begin(), site.neighbours.end(), n.distance,
+                             [](double distance, const Neighbour& own) { return distance < own.distance; });
+        site.neighbours.insert(place, n);
     }
+}
+
+/// Shares of an atom's neighbours within twice the nearest distance.
+double Completeness(const std::vector<Neighbour>& neighbours, double cellVolume) {
+    if (cellVolume == 0.0) return 0.0;
+    const double reach = 2.0 * neighbours[0].distance + kSameShell;
+    const auto within = std::count_if(neighbours.begin(), neighbours.end(),
+                                      [reach](const Neighbour& n) { return n.distance < reach; });
+    return (1.0 + static_cast<double>(within)) / (4.0 / 3.0 * kPi * std::pow(reach, 3) / cellVolume);
+}
+
+AtomSurroundings InAtomicUnits(const Site& site, const PlacedAtom& atom, double weight) {
+    const double volume = CellVolume(site.neighbours);
+    AtomSurroundings result{atom.name,
+                            atom.element,
+                            ShellsOf(site.neighbours),
+                            volume / std::pow(kBohr_angstrom, 3),
+                            weight,
+                            Completeness(site.neighbours, volume)};
+    for (AtomShell& shell : result.shells) shell.distance /= kBohr_angstrom;
     return result;
 }
 

@@ -38,9 +38,9 @@ std::vector<AtomSurroundings> SurroundingsInCrystal(const std::array<std::array<
                                                     const std::vector<PlacedAtom>& cell);
 
 /// The species of a cluster, in the order of first appearance, each as the atom with the most neighbours sees
-/// it. The cut misses shells around any single atom; every other atom of the species whose nearest shells are
-/// the same helps out: of each shell the largest number that any of them sees is taken, and of the cells the
-/// smallest. Throws ZfError for a cluster with less than two atoms.
+/// it. The cut leaves gaps around any single atom; every other atom of the species with the same nearest
+/// neighbours in the same directions, which in a crystal stands a lattice vector away, helps to fill them.
+/// Throws ZfError for an atom that stands alone.
 std::vector<AtomSurroundings> SurroundingsInCluster(const ZfCluster& cluster);
 
 /// The plain list of a file. "species NAME ELEMENT VOLUME [COUNT]" begins a species, with the volume of its
