@@ -81,7 +81,7 @@ private:
         if (sites_.empty())
             throw ZfError(
                 "The cluster is too small for a muffin-tin zero: no atom has neighbours all around "
-                "it. Take a larger cluster, or give the zero.");
+                "it. Take a larger cluster, or give the zero (--zero).");
         return MuffinTinZero(sites_, request_.exchange, energy_eV / kHartree_eV);
     }
 
