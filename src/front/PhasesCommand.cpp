@@ -119,7 +119,7 @@ void AddOutputOptions(CLI::App& command, PhasesOptions& options) {
     command
         .add_option("--radial", options.request.radialPoints,
                     "Points of the tables of the wave inside the atom; 0: none")
-        ->check(CLI::Range(0, 4000))
+        ->check(CLI::Range(0, 1000))
         ->capture_default_str();
     command.add_option("--label", options.request.crystal,
                        "Words on the crystal for the records, such as \"Cu a=3.61 A\"");

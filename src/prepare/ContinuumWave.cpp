@@ -38,7 +38,7 @@ public:
         const double square = std::exp(x + x) * factor_ * (V(x) - record->E);
         result.resize(y.size());
         for (std::size_t i = 0; i < y.size() / 2; ++i) {
-            const double l = static_cast<double>(i);
+            const auto l = static_cast<double>(i);
             const double p = y[2 * i];
             const double t = y[2 * i + 1];
             result[2 * i] = mass * t - l * p;
@@ -105,6 +105,8 @@ ZfAtomicPotentialRecord Tabulate(const ContinuumRequest& request) {
         const double r = kFirstRadius * std::exp(ratio * part);
         record.radial.LnX.push_back(std::log(r * kBohr_m));
         record.V.push_back(request.potential(r) * kHartree_eV);
+        if (!std::isfinite(record.V.back()))
+            throw ZfError("The potential of an atom is not finite: its radius is too large");
     }
     return record;
 }
@@ -198,7 +200,7 @@ private:
     }
 
     double SlopeOfP(std::size_t l) const {
-        const double l0 = static_cast<double>(l);
+        const auto l0 = static_cast<double>(l);
         return relativistic_ ? heavy_.Mass(x_) * y_[2 * l + 1] - l0 * y_[2 * l] : y_[2 * l + 1];
     }
 

@@ -12,7 +12,7 @@ namespace {
 
 constexpr double kPi = 3.141592653589793;
 constexpr double kCompleteEnough = 0.6;
-constexpr int kMostRadialPoints = 4000;  // their distance stays above the digits of LnX in a file
+constexpr int kMostRadialPoints = 1000;  // their distance stays above the digits of LnX in a file
 
 std::string Origin(const PhaseShiftRequest& request) {
     std::string text = "superposed DHFS atoms, ";
@@ -130,19 +130,24 @@ private:
     PhaseShiftResult result_;
 };
 
+void CheckRadius(const PhaseShiftRequest& request, const std::string& name, double radius) {
+    const bool known = std::any_of(request.species.begin(), request.species.end(),
+                                   [&](const AtomSurroundings& species) { return species.name == name; });
+    if (!known) throw ZfError("There are no atoms of the name \"" + name + "\" whose radius is given");
+    if (!(radius > 0.01)) throw ZfError("The radius of \"" + name + "\" has to be above 0.01 angstrom");
+}
+
 void Check(const PhaseShiftRequest& request) {
     CheckEnergies(request.energies_eV, request.species.size());
     if (request.limits.lMax < 0 || request.limits.lMax > 60)
         throw ZfError("The largest l has to lie between 0 and 60");
     if (request.radialPoints != 0 && (request.radialPoints < 2 || request.radialPoints > kMostRadialPoints))
-        throw ZfError("The tables of the radial wave need 2 to 4000 points");
-    for (const auto& [name, radius] : request.radius_angstrom) {
-        const bool known = std::any_of(request.species.begin(), request.species.end(),
-                                       [&](const AtomSurroundings& species) { return species.name == name; });
-        if (!known) throw ZfError("There are no atoms of the name \"" + name + "\" whose radius is given");
-        if (!(radius > 0.0) || !(radius < 10.0))
-            throw ZfError("The radius of \"" + name + "\" has to lie between 0 and 10 angstrom");
-    }
+        throw ZfError("The tables of the radial wave need 2 to 1000 points");
+    for (const AtomSurroundings& species : request.species)
+        if (!(MuffinTinRadius(request, species) < species.NearestDistance() * kBohr_angstrom))
+            throw ZfError("The radius of \"" + species.name +
+                          "\" reaches the nearest neighbour: take a smaller radius");
+    for (const auto& given : request.radius_angstrom) CheckRadius(request, given.first, given.second);
 }
 
 }  // namespace

@@ -68,9 +68,9 @@ TEST(Surroundings, OfAListedNeighbourhood) {
     EXPECT_EQ(list[0].weight, 2.0);
     EXPECT_NEAR(Shell(list[0], 1), 3.61, 1e-12);
     const std::pair<const char*, const char*> bad[] = {
-        {"Cu 2.5 12", "\"Cu 2.5 12\": a line \"species NAME ELEMENT VOLUME\" has to come first"},
-        {"species Cu", "\"species Cu\": wanted is: species NAME ELEMENT VOLUME [COUNT]"},
-        {"species Cu Cu 12\nCu -1 2", "\"Cu -1 2\": distance and count have to be above 0"},
+        {"Cu 2.5 12", R"("Cu 2.5 12": a line "species NAME ELEMENT VOLUME" has to come first)"},
+        {"species Cu", R"("species Cu": wanted is: species NAME ELEMENT VOLUME [COUNT])"},
+        {"species Cu Cu 12\nCu -1 2", R"("Cu -1 2": distance and count have to be above 0)"},
         {"# nothing", " holds no species"}};
     for (const auto& [text, message] : bad) {
         const std::string path = folder.Write("bad.txt", text);
