@@ -10,5 +10,6 @@ void AddClusterCommand(CLI::App& program);
 void AddCompareCommand(CLI::App& program);
 void AddExportCommand(CLI::App& program);
 void AddInfoCommand(CLI::App& program);
+void AddPhasesCommand(CLI::App& program);
 void AddPlotCommand(CLI::App& program);
 void AddThermalCommand(CLI::App& program);

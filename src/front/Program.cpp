@@ -21,6 +21,7 @@ void AddCommands(CLI::App& program) {
     AddCompareCommand(program);
     AddExportCommand(program);
     AddInfoCommand(program);
+    AddPhasesCommand(program);
     AddPlotCommand(program);
     AddThermalCommand(program);
 }
