@@ -17,6 +17,7 @@ constexpr int kBadUsage = 2;
 
 void AddCommands(CLI::App& program) {
     program.require_subcommand(1);
+    AddEmitCommand(program);
     AddInfoCommand(program);
     AddPhasesCommand(program);
     AddPlotCommand(program);
