@@ -8,6 +8,7 @@ class App;
 // throws ZfError when it fails.
 void AddClusterCommand(CLI::App& program);
 void AddCompareCommand(CLI::App& program);
+void AddEmitCommand(CLI::App& program);
 void AddExportCommand(CLI::App& program);
 void AddInfoCommand(CLI::App& program);
 void AddPhasesCommand(CLI::App& program);

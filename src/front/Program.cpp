@@ -19,6 +19,7 @@ void AddCommands(CLI::App& program) {
     program.require_subcommand(1);
     AddClusterCommand(program);
     AddCompareCommand(program);
+    AddEmitCommand(program);
     AddExportCommand(program);
     AddInfoCommand(program);
     AddPhasesCommand(program);
