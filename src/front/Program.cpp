@@ -17,7 +17,14 @@ constexpr int kBadUsage = 2;
 
 void AddCommands(CLI::App& program) {
     program.require_subcommand(1);
+    AddClusterCommand(program);
+    AddCompareCommand(program);
+    AddEmitCommand(program);
+    AddExportCommand(program);
+    AddInfoCommand(program);
+    AddPhasesCommand(program);
     AddPlotCommand(program);
+    AddThermalCommand(program);
 }
 
 /// "qvre cluster" once a subcommand is known.

@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <sstream>
 
 #include "foundation/Text.h"
 #include "foundation/ZfError.h"
@@ -15,16 +14,8 @@ namespace {
 constexpr double kPi = 3.141592653589793;
 constexpr std::size_t kColumns = 7;  // Z, symbol, A1, A2, alpha1, alpha2, alpha3
 
-std::vector<std::string> CommaFields(const std::string& line) {
-    std::vector<std::string> fields;
-    std::istringstream stream(line);
-    for (std::string field; std::getline(stream, field, ',');) fields.push_back(field);
-    if (!line.empty() && line.back() == ',') fields.emplace_back();
-    return fields;
-}
-
 ScreenedAtom AtomOfLine(const std::string& line) {
-    const std::vector<std::string> fields = CommaFields(line);
+    const std::vector<std::string> fields = CommaSplit(line);
     if (fields.size() != kColumns) throw ZfError("The screening table has a line that is none: " + line);
     ScreenedAtom atom;
     atom.atomicNumber = TextToInt(fields[0]);

@@ -1,0 +1,194 @@
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "foundation/ProgramFile.h"
+#include "foundation/ZfError.h"
+#include "front/Commands.h"
+#include "prepare/ClusterRequest.h"
+#include "prepare/ClusterWriting.h"
+#include "prepare/CrystalSources.h"
+#include "prepare/StrictNumber.h"
+
+namespace {
+
+constexpr const char* kExample = R"(Examples:
+  qvre cluster --preset Cu --layer 3 --atoms 200 -o cluster.xml_cl
+  qvre cluster --preset zincblende --element Ga As --lattice 5.653 --emitter As --layer 5 \
+      --debye Ga=360 As=360 --temperature 300 -o gaas001.xyz
+The first cuts a hemisphere of Cu(001) around an emitter in the third layer; the second has
+displacements. Atoms are taken in whole shells, so their number is the nearest possible one.)";
+
+/// What the command line says beyond the request itself.
+struct ClusterOptions {
+    ClusterRequest request;
+    std::string preset;
+    std::string cellFile;
+    std::vector<std::string> elements;
+    std::vector<double> lattice;
+    std::vector<std::string> debye;
+    std::string output;
+    std::string title;
+    int decimals = 10;
+};
+
+void AddCrystalOptions(CLI::App& command, ClusterOptions& options) {
+    std::string names = "Crystal or structure type:";
+    for (const std::string& name : PresetNames()) names += " " + name;
+    CLI::Option* preset = command.add_option("--preset", options.preset, names);
+    command.add_option("--element", options.elements, "Elements of a structure type, such as Ga As")
+        ->needs(preset);
+    command
+        .add_option("--lattice", options.lattice,
+                    "Lattice constants of a structure type, angstrom: a, and c of hcp and wurtzite")
+        ->expected(1, 2)
+        ->needs(preset);
+    command
+        .add_option("--cell", options.cellFile,
+                    "Crystal from a file instead: .cif, .xyz or .extxyz with Lattice=\"...\", or .cell")
+        ->excludes(preset);
+    command.add_option("--surface", options.request.surface, "Miller indices h k l of the surface")
+        ->capture_default_str();
+    command
+        .add_option("--azimuth", options.request.azimuth_deg,
+                    "Turn of the crystal about the normal, degrees from x towards y")
+        ->capture_default_str();
+    command
+        .add_option("--domains", options.request.domains_deg,
+                    "Further turns, degrees, separated by commas: one structure each")
+        ->delimiter(',')
+        ->capture_default_str();
+}
+
+void AddEmitterOptions(CLI::App& command, ClusterOptions& options) {
+    ClusterRequest& request = options.request;
+    command.add_option("--emitter", request.emitter,
+                       "Element that emits; needed when the crystal holds several");
+    command
+        .add_option("--site", request.sites,
+                    "Emitting atoms of the cell, from 1; default: all of the element that differ")
+        ->delimiter(',');
+    command
+        .add_option("--layer,--emitter-layer", request.layers,
+                    "Layers of the emitter, from 1 at the surface, over all atomic planes")
+        ->delimiter(',')
+        ->capture_default_str();
+    command.add_option("--top", request.top, "Only emitters below a surface plane that holds this element");
+}
+
+void AddShapeOptions(CLI::App& command, ClusterOptions& options) {
+    ClusterRequest& request = options.request;
+    const std::map<std::string, ClusterShape> shapes = {{"hemisphere", ClusterShape::Hemisphere},
+                                                        {"paraboloid", ClusterShape::Paraboloid}};
+    command.add_option("--shape", request.shape, "hemisphere (default) or paraboloid")
+        ->transform(CLI::Transformer(shapes))
+        ->option_text("NAME");
+    CLI::Option* radius =
+        command
+            .add_option("--radius", request.size_A,
+                        "Radius around the surface point over the emitter, angstrom; of a paraboloid the "
+                        "path emitter - atom - surface")
+            ->check(CLI::PositiveNumber);
+    command.add_option("--atoms", request.atoms, "Number of atoms wanted, instead of a radius")
+        ->check(CLI::Range(2, kMostAtoms))
+        ->capture_default_str()
+        ->excludes(radius);
+}
+
+void AddOutputOptions(CLI::App& command, ClusterOptions& options) {
+    command
+        .add_option(
+            "--debye", options.debye,
+            "Debye temperatures, kelvin, such as Cu=343: displacements Uiso, in place of those of a file")
+        ->delimiter(',');
+    command.add_option("--temperature", options.request.temperature_K, "Temperature for --debye, kelvin")
+        ->capture_default_str();
+    command.add_option("--title", options.title, "Title of each structure in an .xyz file");
+    command.add_option("--digits", options.decimals, "Decimals in an .xyz file")
+        ->check(CLI::Range(1, 15))
+        ->capture_default_str();
+    command
+        .add_option("-o,--output", options.output,
+                    "Cluster file: .xml_cl (6 significant digits) or .xyz (Extended XYZ)")
+        ->required();
+}
+
+void CheckUsage(const ClusterOptions& options) {
+    if (options.preset.empty() && options.cellFile.empty())
+        throw CLI::ValidationError("a crystal is needed: --preset or --cell");
+    try {
+        CheckClusterExtension(options.output);
+    } catch (const ZfError& error) {
+        throw CLI::ValidationError(error.message);
+    }
+}
+
+void ReadDebye(ClusterOptions& options) {
+    for (const std::string& pair : options.debye) {
+        const std::size_t equals = pair.find('=');
+        if (equals == std::string::npos)
+            throw CLI::ValidationError("--debye: write an element and its temperature, like Cu=343");
+        try {
+            options.request.debye_K[pair.substr(0, equals)] =
+                StrictNumber(pair.substr(equals + 1), "--debye");
+        } catch (const ZfError& error) {
+            throw CLI::ValidationError(error.message);
+        }
+    }
+    if (!options.debye.empty()) options.request.weightTable = ProgramFile("AtomicWeight.txt");
+}
+
+void PrintShells(const std::vector<NeighbourShell>& shells) {
+    constexpr std::size_t kShown = 5;
+    std::printf("  %zu shells around the emitter:", shells.size());
+    for (std::size_t i = 0; i < shells.size() && i < kShown; ++i)
+        std::printf("%s %d at %.3f", i > 0 ? "," : "", shells[i].atoms, shells[i].distance_A);
+    std::printf("%s angstrom\n", shells.size() > kShown ? ", ..." : "");
+}
+
+void PrintStructure(const StructureSummary& structure, std::size_t index, std::size_t atoms) {
+    std::printf("structure %zu: %s\n", index, structure.title.c_str());
+    std::printf("  %zu atoms, emitter %s (site %d), surface plane %s at z = %.4f angstrom\n", atoms,
+                structure.emitter.c_str(), structure.site, structure.surfaceElements.c_str(),
+                structure.surface_A);
+    PrintShells(structure.shells);
+    std::printf("  nearest neighbour %s at %.4f angstrom, size %.3f angstrom\n",
+                structure.nearestElement.c_str(), structure.shells.front().distance_A, structure.size_A);
+    std::printf("  point symmetry %s about z", structure.symmetry.Name().c_str());
+    if (structure.symmetry.mirror_deg)
+        std::printf(", a mirror plane at azimuth %.4g degrees", *structure.symmetry.mirror_deg);
+    std::printf("\n");
+}
+
+void Run(ClusterOptions& options) {
+    CheckUsage(options);
+    ReadDebye(options);
+    options.request.cell = options.cellFile.empty()
+                               ? PresetCell(options.preset, options.elements, options.lattice)
+                               : LoadCell(options.cellFile);
+    const MadeCluster made = MakeCluster(options.request);
+    XyzStyle style;
+    style.decimals = options.decimals;
+    for (const StructureSummary& structure : made.structures)
+        style.titles.push_back(options.title.empty() ? structure.title : options.title);
+    WriteCluster(made.cluster, options.output, style);
+    for (std::size_t i = 0; i < made.structures.size(); ++i)
+        PrintStructure(made.structures[i], i, made.cluster.structures[i].atoms.size());
+    std::printf("wrote %s: %zu structure(s), %s displacements\n", options.output.c_str(),
+                made.structures.size(), made.hasUiso ? "with" : "without");
+}
+
+}  // namespace
+
+void AddClusterCommand(CLI::App& program) {
+    CLI::App* command = program.add_subcommand("cluster", "Cuts a cluster of atoms from a crystal");
+    const auto options = std::make_shared<ClusterOptions>();
+    AddCrystalOptions(*command, *options);
+    AddEmitterOptions(*command, *options);
+    AddShapeOptions(*command, *options);
+    AddOutputOptions(*command, *options);
+    command->footer(kExample);
+    command->callback([options] { Run(*options); });
+}

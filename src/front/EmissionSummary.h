@@ -1,0 +1,11 @@
+#pragma once
+
+#include <string>
+
+#include "prepare/Emission.h"
+
+// Lines that tell of an emission, as `qvre emit` prints them.
+
+std::string EnergyText(double kinetic_eV);
+std::string ZeroText(double zero_eV);               ///< of the muffin-tin zero
+std::string ChannelText(const Emission& emission);  ///< radial integrals, phases, beta, the orbital

@@ -1,0 +1,298 @@
+#include <CLI/CLI.hpp>
+#include <array>
+#include <cmath>
+#include <cstddef>
+#include <cstdio>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "foundation/ProgramFile.h"
+#include "foundation/Text.h"
+#include "foundation/ZfError.h"
+#include "front/Commands.h"
+#include "front/EmissionSummary.h"
+#include "input/ZfCluster.h"
+#include "prepare/AtomicUnits.h"
+#include "prepare/BindingEnergies.h"
+#include "prepare/Emission.h"
+#include "prepare/EmitterField.h"
+#include "prepare/StrictNumber.h"
+
+namespace {
+
+constexpr const char* kExample =
+    "Examples, the first with a cluster that has its emitter at the origin:\n"
+    "  qvre emit cluster.xml_cl --level 2p3/2 --photon Al --polarisation 0,0,1 -o emitter.xml_emt\n"
+    "  qvre emit --free --element Cu --level 2p --kinetic 560 --unpolarised-along 1,0,1 -o emitter.xml_emt";
+
+const std::map<std::string, ExchangeKind> kExchanges = {{"furness", ExchangeKind::kFurnessMcCarthy},
+                                                        {"slater", ExchangeKind::kSlater},
+                                                        {"none", ExchangeKind::kNone}};
+
+struct EmitOptions {
+    std::string clusterFile;
+    std::string surroundingsFile;
+    std::string element;
+    bool freeAtom = false;
+    ExchangeKind exchange = ExchangeKind::kFurnessMcCarthy;
+    bool relativistic = false;
+    std::string level;
+    bool isotropic = false;
+    double kinetic_eV = 0.0;
+    std::string photon;
+    double binding_eV = 0.0;  // 0: from the table
+    double fermi_eV = 10.0;
+    std::vector<double> polarisation;
+    std::vector<double> unpolarisedAlong;
+    std::string circular;
+    std::vector<double> along;
+    double weight = 1.0;
+    std::string output;
+};
+
+std::array<double, 3> DirectionOf(const std::vector<double>& d) {
+    return {d.at(0), d.at(1), d.at(2)};
+}
+
+std::vector<LightVector> LightOf(const EmitOptions& options) {
+    if (!options.polarisation.empty()) return LinearLight(DirectionOf(options.polarisation));
+    if (!options.unpolarisedAlong.empty()) return UnpolarisedLight(DirectionOf(options.unpolarisedAlong));
+    return CircularLight(DirectionOf(options.along), options.circular == "left");
+}
+
+/// Turns the ZfError of an option into bad usage.
+template <class Action>
+auto Usage(const char* option, Action action) {
+    try {
+        return action();
+    } catch (const ZfError& error) {
+        throw CLI::ValidationError(option, error.message);
+    }
+}
+
+/// A line of a laboratory source or a number of eV.
+double PhotonEnergyOf(const std::string& text) {
+    if (text == "Al") return 1486.6;
+    if (text == "Mg") return 1253.6;
+    if (text == "Ag") return 2984.3;
+    return Usage("--photon", [&] { return StrictNumber(text, "give eV, or Al, Mg or Ag"); });
+}
+
+double OrbitalBinding(const EmissionRequest& request) {
+    const auto field = [&](double r) { return SlaterField(request.atom, r); };
+    return -BoundOrbital(field, request.level.n, request.level.l).energy * kHartree_eV;
+}
+
+/// Below the Fermi level; of a free atom below the vacuum, calculated.
+double BindingOf(const EmitOptions& options, const EmissionRequest& request) {
+    if (options.binding_eV > 0.0) return options.binding_eV;
+    if (options.freeAtom) return OrbitalBinding(request);
+    const BindingEnergies table(ProgramFile("binding_energies.csv"));
+    if (const auto energy = table.Find(request.atom.symbol, request.level)) return *energy;
+    throw ZfError("The table has no binding energy of " + request.atom.symbol + " " + request.level.Name() +
+                  ": give the measured one with --binding (the calculated orbital lies at " +
+                  DoubleToText(std::round(OrbitalBinding(request))) + " eV)");
+}
+
+/// Sets the energy and tells how it came about.
+std::string SetEnergy(const EmitOptions& options, EmissionRequest& request) {
+    request.kinetic_eV = options.kinetic_eV;
+    if (options.photon.empty()) return "";
+    const double photon = PhotonEnergyOf(options.photon);
+    const double binding = BindingOf(options, request);
+    const double fermi = options.freeAtom ? 0.0 : options.fermi_eV;
+    request.kinetic_eV = KineticEnergyInside(photon, binding, fermi);
+    std::string text = "  energy           photon " + DoubleToText(photon) + " eV - binding energy " +
+                       DoubleToText(binding) + " eV";
+    if (!options.freeAtom) text += " + Fermi energy above the muffin-tin zero " + DoubleToText(fermi) + " eV";
+    return text + "\n";
+}
+
+void RunIsotropic(const EmitOptions& options) {
+    const auto waves = IsotropicEmission(options.kinetic_eV, options.weight);
+    SaveEmittedWaves(waves, options.output);
+    std::printf("%s: isotropic source, 1 wave\n%s", options.output.c_str(), EnergyText(waves[0].Ek).c_str());
+}
+
+/// The species of a list of surroundings that the option names.
+ZfAtom EmitterOfList(const EmitOptions& options, const PhaseShiftRequest& crystal) {
+    for (const AtomSurroundings& species : crystal.species)
+        if (species.name == options.element) {
+            ZfAtom emitter;
+            emitter.name = species.name;
+            emitter.atom = species.element;
+            return emitter;
+        }
+    throw ZfError(options.surroundingsFile + " has no species \"" + options.element + "\"");
+}
+
+ZfAtom EmitterOfCluster(const EmitOptions& options, PhaseShiftRequest& crystal) {
+    ZfCluster cluster;
+    ZfLoadCluster(cluster, options.clusterFile);
+    ZfAtom emitter = EmitterOf(cluster);
+    if (!options.element.empty() && options.element != emitter.atom)
+        throw ZfError("The atom at the origin of the cluster is " + emitter.atom + ", not " +
+                      options.element);
+    if (!options.freeAtom) crystal.species = SurroundingsInCluster(cluster);
+    return emitter;
+}
+
+/// Name and element of the emitter; sets what surrounds it in a crystal.
+ZfAtom FindEmitter(const EmitOptions& options, PhaseShiftRequest& crystal) {
+    crystal.exchange = options.exchange;
+    if (options.relativistic) crystal.equation = RadialEquation::kScalarRelativistic;
+    if (!options.clusterFile.empty()) return EmitterOfCluster(options, crystal);
+    if (!options.surroundingsFile.empty()) {
+        crystal.species = ReadSurroundings(options.surroundingsFile);
+        return EmitterOfList(options, crystal);
+    }
+    ZfAtom free;
+    free.atom = options.element;
+    return free;
+}
+
+void RunLevel(const EmitOptions& options) {
+    EmissionRequest request;
+    request.level = Usage("--level", [&] { return ParseCoreLevel(options.level); });
+    request.light = Usage("the light", [&] { return LightOf(options); });
+    request.weight = options.weight;
+    PhaseShiftRequest crystal;
+    const ZfAtom emitter = FindEmitter(options, crystal);
+    const ScreeningTable atoms(ProgramFile("screening_dhfs.csv"));
+    request.atom = atoms.Find(emitter.atom);
+    std::string origin = SetEnergy(options, request);
+    if (options.freeAtom)
+        SetFreeAtomField(request);
+    else
+        origin += ZeroText(SetCrystalField(request, crystal, emitter.name, atoms));
+    const Emission emission = CoreLevelEmission(request);
+    SaveEmittedWaves(emission.waves, options.output);
+    std::printf("%s: %s %s, %zu wave%s\n%s%s%s", options.output.c_str(), request.atom.symbol.c_str(),
+                request.level.Name().c_str(), emission.waves.size(), emission.waves.size() == 1 ? "" : "s",
+                origin.c_str(), EnergyText(request.kinetic_eV).c_str(), ChannelText(emission).c_str());
+}
+
+void Need(bool given, const char* what) {
+    if (!given) throw CLI::RequiredError(what);
+}
+
+void Run(const EmitOptions& options) {
+    const std::string ending = ".xml_emt";
+    if (!options.output.ends_with(ending)) throw CLI::ValidationError("--output", "has to end in " + ending);
+    Need(options.kinetic_eV > 0.0 || !options.photon.empty(), "--kinetic or --photon");
+    if (options.isotropic) {
+        Need(options.kinetic_eV > 0.0, "--kinetic");
+        return RunIsotropic(options);
+    }
+    Need(!options.level.empty(), "--level or --isotropic");
+    Need(!options.polarisation.empty() || !options.unpolarisedAlong.empty() || !options.circular.empty(),
+         "--polarisation, --unpolarised-along or --circular");
+    Need(!options.clusterFile.empty() || !options.element.empty(), "A cluster, or --element");
+    Need(!options.clusterFile.empty() || !options.surroundingsFile.empty() || options.freeAtom,
+         "A cluster, --surroundings or --free");
+    RunLevel(options);
+}
+
+/// x,y,z as one argument.
+CLI::Option* AddDirection(CLI::App& command, const char* name, std::vector<double>& value, const char* text) {
+    return command.add_option(name, value, text)->delimiter(',')->expected(3)->allow_extra_args(false);
+}
+
+void AddEnergyOptions(CLI::App& command, EmitOptions& options) {
+    CLI::Option* kinetic = command.add_option(
+        "--kinetic", options.kinetic_eV,
+        "Kinetic energy in eV inside the crystal, above the muffin-tin zero (free atom: above the vacuum)");
+    kinetic->check(CLI::PositiveNumber);
+    CLI::Option* photon = command.add_option("--photon", options.photon,
+                                             "Photon energy in eV, or Al (1486.6), Mg (1253.6), Ag (2984.3): "
+                                             "the kinetic energy is photon - binding + "
+                                             "Fermi energy, rounded to 0.1 eV");
+    kinetic->excludes(photon);
+    command
+        .add_option(
+            "--binding", options.binding_eV,
+            "Binding energy in eV below the Fermi level; by default from a table (X-ray Data Booklet), of "
+            "a free atom the calculated orbital energy")
+        ->check(CLI::PositiveNumber)
+        ->needs(photon);
+    command
+        .add_option("--fermi", options.fermi_eV,
+                    "Fermi energy above the muffin-tin zero in eV; about 9 in Cu, 10 in GaAs, 12 in Si")
+        ->check(CLI::NonNegativeNumber)
+        ->needs(photon)
+        ->capture_default_str();
+}
+
+void AddLightOptions(CLI::App& command, EmitOptions& options) {
+    CLI::Option* linear = AddDirection(command, "--polarisation", options.polarisation,
+                                       "Linear light: direction x,y,z of its electric field");
+    CLI::Option* unpolarised = AddDirection(command, "--unpolarised-along", options.unpolarisedAlong,
+                                            "Unpolarised light: direction x,y,z in which it travels");
+    CLI::Option* circular = command.add_option(
+        "--circular", options.circular,
+        "Circular light, left (helicity +1, anticlockwise for who looks into the light) or right");
+    CLI::Option* along =
+        AddDirection(command, "--along", options.along, "Direction x,y,z in which circular light travels");
+    circular->check(CLI::IsMember({"left", "right"}))->needs(along);
+    along->needs(circular);
+    linear->excludes(unpolarised)->excludes(circular);
+    unpolarised->excludes(circular);
+}
+
+void AddFieldOptions(CLI::App& command, EmitOptions& options, CLI::Option& free) {
+    command
+        .add_option(
+            "--exchange", options.exchange,
+            "Exchange of the photoelectron: furness (after Furness and McCarthy; default), slater or none; "
+            "take that of the phase shifts")
+        ->transform(CLI::CheckedTransformer(kExchanges))
+        ->option_text("NAME")
+        ->excludes(&free);
+    command
+        .add_flag("--relativistic", options.relativistic,
+                  "Mass-velocity and Darwin terms for the photoelectron, as in the phase shifts")
+        ->excludes(&free);
+}
+
+}  // namespace
+
+void AddEmitCommand(CLI::App& program) {
+    auto options = std::make_shared<EmitOptions>();
+    CLI::App& command =
+        *program.add_subcommand("emit", "Write an emitted-wave file: what light lifts from a core level");
+    CLI::Option* cluster =
+        command
+            .add_option("CLUSTER", options->clusterFile,
+                        "Cluster file (.xml_cl, .xyz): the emitter at its origin and what surrounds it")
+            ->check(CLI::ExistingFile);
+    CLI::Option* list =
+        command.add_option("--surroundings", options->surroundingsFile,
+                           "In place of a cluster: the list of the shells of neighbours that the phase "
+                           "shifts are made from; --element names the species");
+    list->check(CLI::ExistingFile)->excludes(cluster);
+    command.add_option("--element", options->element,
+                       "Element of the emitter, such as Cu; by default the cluster's");
+    CLI::Option* free =
+        command.add_flag("--free", options->freeAtom, "A free atom in place of one in a crystal");
+    free->excludes(list);
+    AddFieldOptions(command, *options, *free);
+    CLI::Option* level = command.add_option(
+        "--level", options->level, "Core level, 1s to 4f; 2p for both lines of a pair, 2p3/2 for one");
+    AddEnergyOptions(command, *options);
+    AddLightOptions(command, *options);
+    command
+        .add_flag("--isotropic", options->isotropic,
+                  "One wave of l = 0 in place of a level, the source that the SINGLE method takes")
+        ->excludes(level)
+        ->excludes(free);
+    command
+        .add_option("--weight", options->weight,
+                    "Weight of the emission: its intensity averages to it over all directions")
+        ->check(CLI::PositiveNumber)
+        ->capture_default_str();
+    command.add_option("-o,--output", options->output, "Emitted-wave file to write (.xml_emt)")->required();
+    command.footer(kExample);
+    command.callback([options] { Run(*options); });
+}

@@ -1,0 +1,131 @@
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "foundation/ProgramFile.h"
+#include "foundation/ZfError.h"
+#include "front/AnyFile.h"
+#include "front/Commands.h"
+#include "front/FileSummary.h"
+#include "prepare/InputCheck.h"
+#include "prepare/Vibrations.h"
+
+namespace {
+
+constexpr const char* kExample =
+    "Examples:\n"
+    "  qvre info pattern.xml_img\n"
+    "  qvre info cluster.xml_cl emitter.xml_emt phaseshift.xml_ph fluctuation.xml_flu\n"
+    "  qvre info .\n"
+    "A folder stands for the four input files of those names in it. Input files given together are checked\n"
+    "against each other; the exit status is 1 when a run would fail or be wrong.";
+
+struct InfoOptions {
+    std::vector<std::string> paths;
+    std::string method = "MULTI";
+};
+
+ZfScatteringMethod MethodOf(const std::string& name) {
+    if (name == "SINGLE") return kSingle;
+    return name == "SLOWMULTI" ? kSlowMulti : kMulti;
+}
+
+/// The input files of a folder under the names that a run takes by default.
+std::vector<std::string> InputsOf(const std::string& folder) {
+    std::vector<std::string> found;
+    for (const char* name :
+         {"cluster.xml_cl", "emitter.xml_emt", "phaseshift.xml_ph", "fluctuation.xml_flu"}) {
+        const std::filesystem::path path = std::filesystem::path(folder) / name;
+        if (std::filesystem::exists(path)) found.push_back(path.string());
+    }
+    if (found.empty())
+        throw ZfError("The folder " + folder +
+                      " has none of cluster.xml_cl, emitter.xml_emt, phaseshift.xml_ph, fluctuation.xml_flu: "
+                      "name the files");
+    return found;
+}
+
+std::vector<AnyFile> LoadAll(const std::vector<std::string>& paths) {
+    std::vector<AnyFile> files;
+    for (const std::string& path : paths) {
+        if (!std::filesystem::is_directory(path)) {
+            files.push_back(LoadAnyFile(path));
+            continue;
+        }
+        for (const std::string& input : InputsOf(path)) files.push_back(LoadAnyFile(input));
+    }
+    return files;
+}
+
+/// The only document of a kind; null for none, and for several, which are no set.
+template <class Document>
+const Document* Only(const std::vector<AnyFile>& files, bool& several) {
+    const Document* only = nullptr;
+    for (const AnyFile& file : files) {
+        const Document* document = std::get_if<Document>(&file.content);
+        if (document && only) several = true;
+        if (document) only = document;
+    }
+    return only;
+}
+
+void PrintFindings(const std::vector<InputFinding>& findings) {
+    const std::map<Severity, const char*> words = {
+        {Severity::Note, "note"}, {Severity::Warning, "warning"}, {Severity::Misfit, "misfit"}};
+    for (const InputFinding& finding : findings)
+        std::printf("%s: %s\n    remedy: %s\n", words.at(finding.severity), finding.what.c_str(),
+                    finding.remedy.c_str());
+}
+
+void CheckSet(const std::vector<AnyFile>& files, ZfScatteringMethod method) {
+    bool several = false;
+    InputSet set;
+    set.cluster = Only<ZfCluster>(files, several);
+    set.waves = Only<std::vector<ZfEmittedWave>>(files, several);
+    set.phaseShifts = Only<ZfPhaseShiftDocument>(files, several);
+    set.fluctuation = Only<ZfFluctuation>(files, several);
+    set.method = method;
+    const int parts = int{set.cluster != nullptr} + int{set.waves != nullptr} +
+                      int{set.phaseShifts != nullptr} + int{set.fluctuation != nullptr};
+    if (parts == 0) return;
+    if (several) {
+        std::printf("Not checked: there are several files of one kind\n");
+        return;
+    }
+    const ZfDebye weights = LoadAtomicWeights(ProgramFile("AtomicWeight.txt"));
+    set.weights = &weights;
+    const std::vector<InputFinding> findings = CheckInputs(set);
+    PrintFindings(findings);
+    if (!FitsTogether(findings)) throw ZfError("The input does not fit, see the misfits above");
+    if (parts > 1) std::printf("The %s fit together\n", parts == 4 ? "four files" : "files");
+}
+
+void Run(const InfoOptions& options) {
+    const std::vector<AnyFile> files = LoadAll(options.paths);
+    for (const AnyFile& file : files) std::fputs(FileSummary(file).c_str(), stdout);
+    CheckSet(files, MethodOf(options.method));
+}
+
+}  // namespace
+
+void AddInfoCommand(CLI::App& program) {
+    auto options = std::make_shared<InfoOptions>();
+    CLI::App& command =
+        *program.add_subcommand("info", "Show what files hold, and whether an input set fits together");
+    command
+        .add_option(
+            "FILE", options->paths,
+            "Files of any kind: .xml_cl, .xyz, .xml_emt, .xml_ph, .xml_flu, .xml_sf, .xml_img; or a folder")
+        ->required();
+    command
+        .add_option("--method", options->method,
+                    "Method of the run that the input is checked for: SINGLE, SLOWMULTI or MULTI")
+        ->check(CLI::IsMember({"SINGLE", "SLOWMULTI", "MULTI"}))
+        ->capture_default_str();
+    command.footer(kExample);
+    command.callback([options] { Run(*options); });
+}

@@ -1,0 +1,193 @@
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <cstdio>
+#include <map>
+#include <memory>
+#include <string>
+#include <system_error>
+#include <vector>
+
+#include "foundation/ProgramFile.h"
+#include "foundation/Text.h"
+#include "foundation/ZfError.h"
+#include "front/Commands.h"
+#include "front/FileSummary.h"
+#include "input/ZfCluster.h"
+#include "prepare/InputChecks.h"
+#include "prepare/Vibrations.h"
+
+namespace {
+
+constexpr const char* kExample =
+    "Example, after the cluster has been made:\n"
+    "  qvre thermal cluster.xml_cl --temperature 300 --debye As=360 --debye Ga=360 -o fluctuation.xml_flu\n"
+    "or without one:\n"
+    "  qvre thermal --element Cu --temperature 300 -o fluctuation.xml_flu";
+
+struct ThermalOptions {
+    std::string clusterFile;
+    std::vector<std::string> elements;
+    std::vector<std::string> debye;
+    double temperature_K = 300.0;
+    std::string model = "debye";
+    std::string output;
+};
+
+struct DebyePair {
+    std::string element;
+    double temperature_K = 0.0;
+};
+
+/// "Cu=343".
+DebyePair PairOf(const std::string& text) {
+    const std::size_t equal = std::min(text.find('='), text.size());
+    const char* end = text.data() + text.size();
+    DebyePair pair{.element = text.substr(0, equal)};
+    const auto number = std::from_chars(std::min(text.data() + equal + 1, end), end, pair.temperature_K);
+    if (pair.element.empty() || number.ec != std::errc() || number.ptr != end)
+        throw CLI::ValidationError("--debye", text + " is no pair of element and kelvin, such as Cu=343");
+    return pair;
+}
+
+VibrationModel ModelOf(const std::string& name) {
+    if (name == "einstein") return VibrationModel::Einstein;
+    return name == "cluster" ? VibrationModel::Cluster : VibrationModel::Debye;
+}
+
+void AddElement(std::vector<std::string>& elements, const std::string& element) {
+    if (std::find(elements.begin(), elements.end(), element) == elements.end()) elements.push_back(element);
+}
+
+/// The elements of the cluster, or those named, or those with a Debye temperature.
+VibrationRequest RequestOf(const ThermalOptions& options, const ZfCluster& cluster) {
+    if (!(options.temperature_K >= 0.0) || !std::isfinite(options.temperature_K))
+        throw CLI::ValidationError("--temperature", "has to be 0 kelvin or above");
+    VibrationRequest request;
+    request.temperature_K = options.temperature_K;
+    request.model = ModelOf(options.model);
+    request.elements = ElementsOf(cluster);
+    for (const std::string& element : options.elements) AddElement(request.elements, element);
+    const bool named = !request.elements.empty();
+    for (const std::string& text : options.debye) {
+        const DebyePair pair = PairOf(text);
+        if (!request.debyeTemperature_K.emplace(pair.element, pair.temperature_K).second)
+            throw CLI::ValidationError("--debye", pair.element + " is given twice");
+        if (!named) AddElement(request.elements, pair.element);
+    }
+    if (request.model != VibrationModel::Debye && !options.debye.empty())
+        throw CLI::ValidationError("--debye", "only the model debye takes Debye temperatures");
+    if (request.model == VibrationModel::Debye && request.elements.empty())
+        throw CLI::RequiredError("A cluster, --element or --debye");
+    return request;
+}
+
+/// U of the atoms of an element as they stand in the cluster, angstrom^2.
+std::string ClusterText(const ZfCluster& cluster, const std::string& element) {
+    std::map<std::string, std::size_t> counts;
+    for (const ZfStructure& structure : cluster.structures)
+        for (const ZfAtom& atom : structure.atoms)
+            if (atom.atom == element)
+                ++counts[atom.U.Count() == 1 ? DoubleToText(*atom.U.Data() * 1e20) : "none"];
+    std::string text;
+    for (const auto& [u, count] : counts)
+        text += (text.empty() ? "" : ", ") + u + (u == "none" ? "" : " angstrom^2") + " on " +
+                Counted(count, "atom");
+    return text.empty() ? "from the cluster" : text;
+}
+
+std::string DebyeText(const ZfFluctuation& fluctuation, const VibrationRequest& request, std::size_t i) {
+    const std::string& element = fluctuation.DebyeElement_[i];
+    std::string text = "   Debye temperature ";
+    return text + DoubleToText(fluctuation.DebyeTemperature_K_[i]) + " K (" +
+           (request.debyeTemperature_K.contains(element) ? "given" : "Kittel, of the pure element") + ")";
+}
+
+/// One line an element, as the run will have it.
+std::string ResultText(const ZfFluctuation& fluctuation, const VibrationRequest& request,
+                       const ZfCluster& cluster, const ZfDebye& weights) {
+    std::string text;
+    for (std::size_t i = 0; i < request.elements.size(); ++i) {
+        const std::string& element = request.elements[i];
+        text += "  " + element + "   Uiso ";
+        if (request.model == VibrationModel::Cluster)
+            text += ClusterText(cluster, element);
+        else
+            text += DoubleToText(ModelUiso(fluctuation, weights, element) * 1e20) + " angstrom^2";
+        if (request.model == VibrationModel::Debye) text += DebyeText(fluctuation, request, i);
+        text += "\n";
+    }
+    if (request.elements.empty() && request.model == VibrationModel::Einstein)
+        text = "  all elements   Uiso " + DoubleToText(ModelUiso(fluctuation, weights, "H") * 1e20) +
+               " angstrom^2\n";
+    if (request.elements.empty() && request.model == VibrationModel::Cluster)
+        text = "  all elements   Uiso as the atoms of the cluster have it\n";
+    return text;
+}
+
+/// Elements alone stand for a cluster: what the model refuses or ignores of them.
+ZfCluster ClusterOf(const std::vector<std::string>& elements) {
+    ZfCluster cluster;
+    cluster.structures.resize(1);
+    for (const std::string& element : elements) cluster.structures[0].atoms.emplace_back().atom = element;
+    return cluster;
+}
+
+void PrintFindings(const ZfFluctuation& fluctuation, const ZfCluster& cluster, const ZfDebye& weights) {
+    InputSet set;
+    set.cluster = &cluster;
+    set.fluctuation = &fluctuation;
+    set.weights = &weights;
+    std::vector<InputFinding> findings;
+    CheckFluctuation(set, findings);
+    for (const InputFinding& finding : findings)
+        std::printf("  warning: %s; %s\n", finding.what.c_str(), finding.remedy.c_str());
+}
+
+void Run(const ThermalOptions& options) {
+    ZfCluster cluster;
+    if (!options.clusterFile.empty()) ZfLoadCluster(cluster, options.clusterFile);
+    const VibrationRequest request = RequestOf(options, cluster);
+    const DebyeTable table(ProgramFile("debye_temperatures.csv"));
+    const ZfDebye weights = LoadAtomicWeights(ProgramFile("AtomicWeight.txt"));
+    const ZfFluctuation fluctuation = MakeFluctuation(request, table);
+    const std::string result = ResultText(fluctuation, request, cluster, weights);
+    SaveFluctuation(fluctuation, options.output);
+    std::printf("%s: %s K\n%s", options.output.c_str(), DoubleToText(request.temperature_K).c_str(),
+                result.c_str());
+    if (request.elements.size() > 1 && request.debyeTemperature_K.size() < fluctuation.DebyeElement_.size())
+        std::printf("  note: the table is of pure elements; a compound has its own: give it with --debye\n");
+    if (cluster.structures.empty() && request.model == VibrationModel::Debye)
+        PrintFindings(fluctuation, ClusterOf(request.elements), weights);
+    else if (!cluster.structures.empty())
+        PrintFindings(fluctuation, cluster, weights);
+}
+
+}  // namespace
+
+void AddThermalCommand(CLI::App& program) {
+    auto options = std::make_shared<ThermalOptions>();
+    CLI::App& command = *program.add_subcommand("thermal", "Write a fluctuation file: how the atoms vibrate");
+    command
+        .add_option("CLUSTER", options->clusterFile, "Cluster file (.xml_cl, .xyz) that tells the elements")
+        ->check(CLI::ExistingFile);
+    command.add_option("--temperature", options->temperature_K, "Temperature in kelvin")
+        ->capture_default_str();
+    command
+        .add_option("--model", options->model,
+                    "Where Uiso comes from: debye (Debye temperature of each element), einstein (one force "
+                    "constant, 70 N/m) or cluster (as the cluster file has it)")
+        ->check(CLI::IsMember({"debye", "einstein", "cluster"}))
+        ->capture_default_str();
+    command.add_option("--element", options->elements, "Element, such as Cu; may be repeated")
+        ->allow_extra_args(false);
+    command
+        .add_option("--debye", options->debye,
+                    "Debye temperature of an element in kelvin, such as Cu=343; may be repeated. Those not "
+                    "given come from a table of pure elements (Kittel)")
+        ->allow_extra_args(false);
+    command.add_option("-o,--output", options->output, "Fluctuation file to write (.xml_flu)")->required();
+    command.footer(kExample);
+    command.callback([options] { Run(*options); });
+}

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+
+/// Debye temperatures of the elements as solids of their own, from the specific heat at low temperature.
+class DebyeTable {
+public:
+    /// Reads the comma-separated table that ships as "debye_temperatures.csv". Throws ZfError.
+    explicit DebyeTable(const std::string& path);
+
+    std::optional<double> Find(const std::string& element) const;  ///< kelvin; none for an element without
+
+private:
+    std::map<std::string, double> temperatures_;
+};

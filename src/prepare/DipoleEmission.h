@@ -1,0 +1,39 @@
+#pragma once
+
+#include <array>
+#include <complex>
+#include <vector>
+
+#include "input/ZfLmTable.h"
+
+/// One incoherent part of the light: its complex polarisation vector, |eps|^2 being the part of the
+/// intensity.
+using LightVector = std::array<std::complex<double>, 3>;
+
+// Parts of light of unit intensity. Directions have any length but 0, otherwise these throw ZfError.
+
+/// Linear, along a direction.
+std::vector<LightVector> LinearLight(const std::array<double, 3>& along);
+/// Unpolarised, travelling along a direction: two perpendicular linear parts of half the intensity each.
+/// Light along z has the parts x and y.
+std::vector<LightVector> UnpolarisedLight(const std::array<double, 3>& travel);
+/// Circular, travelling along a direction: (e1 + i e2)/sqrt(2) with e1, e2 and the direction right-handed has
+/// positive helicity and is left circular, the opposite right circular (M. Born, E. Wolf, Principles of
+/// Optics: seen by an observer towards whom the light travels, the field of left circular light turns
+/// anticlockwise).
+std::vector<LightVector> CircularLight(const std::array<double, 3>& travel, bool left);
+
+/// Radial integrals and phases of the two partial waves l0 - 1 and l0 + 1 into which a dipole lifts a level
+/// of l0; for l0 = 0 the lower one has no part.
+struct DipoleChannels {
+    double Beta() const;  ///< asymmetry of the emission by linear light, 1 + beta P2 (Cooper and Zare)
+
+    int l0 = 0;
+    std::array<double, 2> rho{};    ///< radial integrals of l0 - 1 and l0 + 1, in one unit
+    std::array<double, 2> delta{};  ///< their phases, radian
+};
+
+/// The wave that the light lifts from the sublevel m0:
+///     A_lm = exp(i delta_l) rho_l <Y_lm| eps.r |Y_l0,m0>, r of unit length,
+/// without the (-i)^l of the far field (J. Cooper, R. N. Zare, J. Chem. Phys. 48, 942 (1968)).
+ZfLmComplexTable DipoleWave(const DipoleChannels& channels, const LightVector& light, int m0);

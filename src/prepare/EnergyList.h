@@ -1,0 +1,12 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+/// Energies in eV from texts such as "560" and "200:1500:100" (first, last, step), in their order. A step's
+/// energies are those of its decimal numbers, free of the rounding of a sum. Throws ZfError.
+std::vector<double> ParseEnergies(const std::vector<std::string>& texts);
+
+/// The kinetic energies of an emitted-wave file, each once, in the order of the waves. Throws ZfError without
+/// any.
+std::vector<double> EnergiesOfWaves(const std::string& path);

@@ -1,0 +1,7 @@
+#pragma once
+
+#include <string>
+
+/// The number that a text consists of, to its last character, and finite. Throws ZfError "`what`: "abc" is no
+/// number" otherwise.
+double StrictNumber(const std::string& text, const std::string& what);

@@ -1,0 +1,115 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <filesystem>
+
+#include "RunQvre.h"
+#include "TempFolder.h"
+#include "input/ZfEmittedWave.h"
+#include "input/ZfPhaseShiftDocument.h"
+
+namespace {
+
+const std::string kSet = QVRE_EXAMPLES "/";
+
+ZfPhaseShiftDocument Load(const std::string& path) {
+    ZfPhaseShiftDocument document;
+    ZfLoadPhaseShift(document, path);
+    return document;
+}
+
+bool Empty(const TempFolder& folder) {
+    return std::filesystem::is_empty(folder.Path(""));
+}
+
+}  // namespace
+
+// The shipped files hold what the whole crystal gives; the command sees the cluster alone.
+TEST(PhasesCommand, MeetsTheShippedFiles) {
+    for (const std::string set : {"cu001_small", "gaas001"}) {
+        const TempFolder folder;
+        const std::string output = folder.Path("phaseshift.xml_ph");
+        const std::string path = kSet + set;
+        const QvreResult run =
+            RunQvre({"phases", path + "/cluster.xml_cl", "--waves", path + "/emitter.xml_emt", "-o", output});
+        ASSERT_EQ(run.status, 0) << run.errors;
+        EXPECT_EQ(run.errors, "");
+        const ZfPhaseShiftDocument made = Load(output);
+        ZfPhaseShiftDocument shipped = Load(path + "/phaseshift.xml_ph");
+        ASSERT_EQ(made.records.size(), shipped.records.size());
+        for (std::size_t i = 0; i < made.records.size(); ++i) {
+            ZfPhaseShiftRecord a = made.records[i];
+            ZfPhaseShiftRecord& b = shipped.records[i];
+            EXPECT_EQ(a.AtomName, b.AtomName);
+            EXPECT_EQ(a.Ek_eV, b.Ek_eV);
+            ASSERT_EQ(a.PhaseShiftValue.VectorSize(), b.PhaseShiftValue.VectorSize());
+            for (std::int32_t l = 0; l < a.PhaseShiftValue.VectorSize(); ++l)
+                EXPECT_NEAR(a.PhaseShiftValue.VectorAt(l), b.PhaseShiftValue.VectorAt(l), 0.005)
+                    << a.AtomName;
+            ASSERT_EQ(a.radial.LnX.size(), b.radial.LnX.size());
+            EXPECT_NEAR(a.radial.LnX[1], b.radial.LnX[1], 1.1e-5);
+            EXPECT_NEAR(a.radial.LnX.back(), b.radial.LnX.back(), 1.1e-5);
+        }
+    }
+}
+
+TEST(PhasesCommand, TakesOptionsAndTables) {
+    const TempFolder folder;
+    const std::string list =
+        folder.Write("cu.txt", "species Bulk Cu 11.76\nCu 2.5527 12\nCu 3.61 6\nCu 4.42 24\n");
+    const std::string output = folder.Path("p.xml_ph");
+    const std::vector<std::string> options = {
+        "--exchange", "slater", "--relativistic", "--radius", "Bulk=1.25", "--zero",          "-6",
+        "--radial",   "50",     "--lmax",         "4",        "--energy",  "300:400:50,0.5e3"};
+    std::vector<std::string> words = {"phases", "--surroundings", list, "-o", output};
+    words.insert(words.end(), options.begin(), options.end());
+    QvreResult run = RunQvre(words);
+    ASSERT_EQ(run.status, 0) << run.errors;
+    ZfPhaseShiftDocument document = Load(output);
+    ASSERT_EQ(document.records.size(), 4U);
+    EXPECT_EQ(document.records[3].Ek_eV, 500.0);
+    EXPECT_EQ(document.records[0].PhaseShiftValue.VectorSize(), 5);
+    EXPECT_EQ(document.records[0].radial.P.size(), 5U);
+    EXPECT_NEAR(std::exp(document.records[0].radial.LnX.back()), 1.25e-10, 1e-15);
+    EXPECT_EQ(document.records[0].FileName, "superposed DHFS atoms, Slater exchange, scalar-relativistic");
+
+    const std::string table = folder.Write("t.csv", "Ek_eV,d0,d1\n100,80,20\n200,60,0.2\n");
+    run = RunQvre({"phases", "--table", table, "--format", "csv", "--name", "Cu1", "--element", "Cu",
+                   "--radius", "1.2", "--linear", "--energy", "150,200", "-o", output});
+    ASSERT_EQ(run.status, 0) << run.errors;
+    document = Load(output);
+    EXPECT_EQ(document.records[0].AtomName, "Cu1");
+    EXPECT_EQ(document.records[0].PhaseShiftValue.VectorAt(0), 70.0);
+    EXPECT_EQ(document.records[1].PhaseShiftValue.VectorSize(), 1);
+    EXPECT_NEAR(std::exp(document.records[0].radial.LnX.back()), 1.2e-10, 1e-15);
+}
+
+TEST(PhasesCommand, LeavesNothingBehindWhenItFails) {
+    const TempFolder inputs;
+    const TempFolder folder;
+    const std::string cluster = kSet + "cu001_small/cluster.xml_cl";
+    const std::string output = folder.Path("p.xml_ph");
+    const std::string two = inputs.Write("two.xyz", "2\ntwo\nCu 0 0 0\nCu 0 0 2.5\n");
+    const std::string unknown = inputs.Write("unknown.xyz", "2\ntwo\nXx 0 0 0\nXx 0 0 2.5\n");
+    const std::tuple<std::vector<std::string>, int, const char*> cases[] = {
+        {{cluster, "-o", output}, 2, "energies are needed: --energy or --waves"},
+        {{cluster, "--energy", "56x", "-o", output}, 2, "energy: \"56x\" is no number"},
+        {{cluster, "--energy", "500:400:10", "-o", output}, 2, "the energies have to rise"},
+        {{cluster, "--energy", "560", "-o", folder.Path("p.txt")}, 2, "the output has to end in .xml_ph"},
+        {{cluster, "--energy", "560", "--table", two, "-o", output}, 2, "excludes"},
+        {{"--energy", "560", "-o", output}, 2, "a cluster is needed, or --surroundings or --table"},
+        {{"--table", two, "--energy", "5", "-o", output}, 2, "--table needs --name"},
+        {{cluster, "--energy", "560", "--radius", "Ag=1", "-o", output}, 1, "no atoms of the name \"Ag\""},
+        {{cluster, "--energy", "560", "--radius", "3", "-o", output}, 1, "take a smaller radius"},
+        {{two, "--energy", "560", "-o", output}, 1, "Take a larger cluster, or give the zero (--zero)."},
+        {{unknown, "--energy", "560", "-o", output}, 1, "There is no atomic field for the element"},
+        {{inputs.Path("none.xml_cl"), "--energy", "560", "-o", output}, 1, "none.xml_cl"}};
+    for (const auto& [words, status, message] : cases) {
+        std::vector<std::string> arguments = {"phases"};
+        arguments.insert(arguments.end(), words.begin(), words.end());
+        const QvreResult run = RunQvre(arguments);
+        EXPECT_EQ(run.status, status) << message;
+        EXPECT_NE(run.errors.find(message), std::string::npos) << run.errors;
+        EXPECT_TRUE(Empty(folder)) << message;
+    }
+}
