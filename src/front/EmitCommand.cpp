@@ -14,11 +14,8 @@
 #include "front/Commands.h"
 #include "front/EmissionSummary.h"
 #include "input/ZfCluster.h"
-#include "prepare/AtomicUnits.h"
-#include "prepare/BindingEnergies.h"
-#include "prepare/Emission.h"
 #include "prepare/EmitterField.h"
-#include "prepare/StrictNumber.h"
+#include "prepare/PhotonEnergy.h"
 
 namespace {
 
@@ -72,35 +69,18 @@ auto Usage(const char* option, Action action) {
     }
 }
 
-/// A line of a laboratory source or a number of eV.
-double PhotonEnergyOf(const std::string& text) {
-    if (text == "Al") return 1486.6;
-    if (text == "Mg") return 1253.6;
-    if (text == "Ag") return 2984.3;
-    return Usage("--photon", [&] { return StrictNumber(text, "give eV, or Al, Mg or Ag"); });
-}
-
-double OrbitalBinding(const EmissionRequest& request) {
-    const auto field = [&](double r) { return SlaterField(request.atom, r); };
-    return -BoundOrbital(field, request.level.n, request.level.l).energy * kHartree_eV;
-}
-
 /// Below the Fermi level; of a free atom below the vacuum, calculated.
 double BindingOf(const EmitOptions& options, const EmissionRequest& request) {
     if (options.binding_eV > 0.0) return options.binding_eV;
-    if (options.freeAtom) return OrbitalBinding(request);
-    const BindingEnergies table(ProgramFile("binding_energies.csv"));
-    if (const auto energy = table.Find(request.atom.symbol, request.level)) return *energy;
-    throw ZfError("The table has no binding energy of " + request.atom.symbol + " " + request.level.Name() +
-                  ": give the measured one with --binding (the calculated orbital lies at " +
-                  DoubleToText(std::round(OrbitalBinding(request))) + " eV)");
+    if (options.freeAtom) return OrbitalBinding(request.atom, request.level);
+    return MeasuredBinding(BindingEnergies(ProgramFile("binding_energies.csv")), request.atom, request.level);
 }
 
 /// Sets the energy and tells how it came about.
 std::string SetEnergy(const EmitOptions& options, EmissionRequest& request) {
     request.kinetic_eV = options.kinetic_eV;
     if (options.photon.empty()) return "";
-    const double photon = PhotonEnergyOf(options.photon);
+    const double photon = Usage("--photon", [&] { return ParsePhotonEnergy(options.photon); });
     const double binding = BindingOf(options, request);
     const double fermi = options.freeAtom ? 0.0 : options.fermi_eV;
     request.kinetic_eV = KineticEnergyInside(photon, binding, fermi);

@@ -15,18 +15,6 @@ constexpr int kDone = 0;
 constexpr int kFailed = 1;
 constexpr int kBadUsage = 2;
 
-void AddCommands(CLI::App& program) {
-    program.require_subcommand(1);
-    AddClusterCommand(program);
-    AddCompareCommand(program);
-    AddEmitCommand(program);
-    AddExportCommand(program);
-    AddInfoCommand(program);
-    AddPhasesCommand(program);
-    AddPlotCommand(program);
-    AddThermalCommand(program);
-}
-
 /// "qvre cluster" once a subcommand is known.
 std::string CalledAs(const CLI::App& program) {
     const auto called = program.get_subcommands();
@@ -41,6 +29,19 @@ int Fail(const CLI::App& program, const std::string& message, int status) {
 }
 
 }  // namespace
+
+void AddCommands(CLI::App& program) {
+    program.require_subcommand(1);
+    AddClusterCommand(program);
+    AddCompareCommand(program);
+    AddEmitCommand(program);
+    AddExportCommand(program);
+    AddInfoCommand(program);
+    AddPhasesCommand(program);
+    AddPlotCommand(program);
+    AddRunCommand(program);
+    AddThermalCommand(program);
+}
 
 int RunProgram(int argumentCount, const char* const* arguments) {
     const ConsoleRedirection quiet(nullptr);

@@ -28,8 +28,8 @@ std::string ScanTable(const std::string& name, const std::vector<ComparedResult>
     for (const ComparedResult& one : results) {
         const Agreement& a = one.compared.agreement;
         for (const double number : {one.result->scanned, a.R, a.scaledR, a.scale, a.correlation})
-            text += DoubleToText(number) + ",";
-        text += DoubleToText(one.compared.rotation) + "\n";
+            text.append(DoubleToText(number)).append(",");
+        text.append(DoubleToText(one.compared.rotation)).append("\n");
     }
     return text;
 }
@@ -45,7 +45,7 @@ void DrawScan(const std::string& name, const std::vector<ComparedResult>& result
     scaled.x = plain.x;
     LineAxes axes;
     axes.xLabel = name;
-    axes.yLabel = "R";
+    axes.yLabel = "reliability factor R";
     axes.markers = true;
     DrawLines({plain, scaled}, axes, path);
 }
@@ -69,6 +69,6 @@ void CompareResults(const RecipePlan& plan, const std::string& measuredFile, con
     const auto best = std::min_element(results.begin(), results.end(), [](const auto& a, const auto& b) {
         return a.compared.agreement.R < b.compared.agreement.R;
     });
-    log.Line("best R at " + plan.scannedName + " = " + DoubleToText(best->result->scanned) +
-             "; table scan.csv, plot scan.png");
+    log.Line(plan.scannedName + " = " + DoubleToText(best->result->scanned) +
+             " has the least R; table scan.csv, plot scan.png");
 }

@@ -19,16 +19,6 @@
 
 namespace {
 
-/// Copies a ready file of the user's. Throws ZfError at once when it cannot be read.
-FileMaker CopyOf(RecipeTable& section, const RecipeFolder& place) {
-    const std::string path = place.Path(section.Text("file", ""));
-    std::ostringstream content;
-    content << std::ifstream(path, std::ios::binary).rdbuf();
-    if (!std::filesystem::is_regular_file(path)) section.Fail("file", "cannot read " + path);
-    section.RefuseUnread();
-    return [text = content.str()](const std::string& output) { WriteWholeFile(output, text); };
-}
-
 std::vector<int> Integers(RecipeTable& section, const std::string& key) {
     std::vector<int> integers;
     for (const double number : section.Numbers(key, RecipeUnit::kNone)) {
@@ -87,6 +77,16 @@ VibrationModel ReadModel(RecipeTable& section) {
     return word == "debye" ? VibrationModel::Debye : VibrationModel::Cluster;
 }
 
+std::string ClusterRemark(const MadeCluster& made) {
+    std::string remark;
+    for (std::size_t i = 0; i < made.structures.size(); ++i) {
+        const StructureSummary& structure = made.structures[i];
+        remark += structure.title + ", " + std::to_string(made.cluster.structures[i].atoms.size()) +
+                  " atoms, point symmetry " + structure.symmetry.Name() + "\n";
+    }
+    return remark;
+}
+
 ZfCluster Load(const std::string& clusterFile) {
     ZfCluster cluster;
     ZfLoadCluster(cluster, clusterFile);
@@ -99,29 +99,50 @@ std::string RecipeFolder::Path(const std::string& name) const {
     return (std::filesystem::path(folder) / name).string();
 }
 
+FileMaker CopyOfFile(RecipeTable& section, const RecipeFolder& place) {
+    const std::string path = place.Path(section.Text("file", ""));
+    if (!std::filesystem::is_regular_file(path)) section.Fail("file", "cannot read " + path);
+    section.RefuseUnread();
+    return [path](const std::string& output) {
+        std::ostringstream content;
+        content << std::ifstream(path, std::ios::binary).rdbuf();
+        WriteWholeFile(output, content.str());
+        return std::string();
+    };
+}
+
 FileMaker ReadClusterSection(RecipeTable section, const RecipeFolder& place) {
-    if (section.Has("file")) return CopyOf(section, place);
+    if (section.Has("file")) return CopyOfFile(section, place);
     return [request = ReadClusterRequest(section, place)](const std::string& output) {
         const MadeCluster made = MakeCluster(request);
         XyzStyle style;
         for (const StructureSummary& structure : made.structures) style.titles.push_back(structure.title);
         WriteCluster(made.cluster, output, style);
+        return ClusterRemark(made);
     };
 }
 
-FileMaker ReadPhasesSection(RecipeTable section, const RecipeFolder& place, const std::string& clusterFile,
-                            const std::string& wavesFile) {
-    if (section.Has("file")) return CopyOf(section, place);
+PhaseShiftRequest ReadPhaseShiftRequest(RecipeTable section) {
     PhaseShiftRequest request;
+    if (section.Has("file")) return request;
     const std::string exchange = section.Word("exchange", {"furness", "slater", "none"});
     if (exchange == "slater") request.exchange = ExchangeKind::kSlater;
     if (exchange == "none") request.exchange = ExchangeKind::kNone;
     if (section.Flag("relativistic", false)) request.equation = RadialEquation::kScalarRelativistic;
     request.radius_angstrom = NamedNumbers(section, "radius", RecipeUnit::kAngstrom);
     request.zero_eV = section.Number("zero", RecipeUnit::kElectronVolt);
-    request.limits.lMax = static_cast<std::int32_t>(section.Integer("lmax").value_or(request.limits.lMax));
+    const std::int64_t lMax = section.Integer("lmax").value_or(request.limits.lMax);
+    if (lMax < 0 || lMax > 60) section.Fail("lmax", "has to lie between 0 and 60");
+    request.limits.lMax = static_cast<std::int32_t>(lMax);
     request.limits.cut_deg = section.Number("cut", RecipeUnit::kDegree, request.limits.cut_deg);
     section.RefuseUnread();
+    return request;
+}
+
+FileMaker ReadPhasesSection(RecipeTable section, const RecipeFolder& place, const std::string& clusterFile,
+                            const std::string& wavesFile) {
+    if (section.Has("file")) return CopyOfFile(section, place);
+    const PhaseShiftRequest request = ReadPhaseShiftRequest(section);
     return [=](const std::string& output) {
         PhaseShiftRequest complete = request;
         complete.energies_eV = EnergiesOfWaves(wavesFile);
@@ -129,11 +150,14 @@ FileMaker ReadPhasesSection(RecipeTable section, const RecipeFolder& place, cons
         PhaseShiftResult result =
             CalculatePhaseShifts(complete, ScreeningTable(ProgramFile("screening_dhfs.csv")));
         SavePhaseShifts(result.document, output);
+        std::string remarks = PhaseShiftListing(result.rows);
+        for (const std::string& warning : result.warnings) remarks += "warning: " + warning + "\n";
+        return remarks;
     };
 }
 
 FileMaker ReadThermalSection(RecipeTable section, const RecipeFolder& place, const std::string& clusterFile) {
-    if (section.Has("file")) return CopyOf(section, place);
+    if (section.Has("file")) return CopyOfFile(section, place);
     VibrationRequest request;
     request.temperature_K = section.Number("temperature", RecipeUnit::kKelvin, request.temperature_K);
     request.model = ReadModel(section);
@@ -143,5 +167,6 @@ FileMaker ReadThermalSection(RecipeTable section, const RecipeFolder& place, con
         VibrationRequest complete = request;
         complete.elements = ElementsOf(Load(clusterFile));
         SaveFluctuation(MakeFluctuation(complete, DebyeTable(ProgramFile("debye_temperatures.csv"))), output);
+        return std::string();
     };
 }

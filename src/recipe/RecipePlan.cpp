@@ -9,6 +9,7 @@
 #include "foundation/ZfError.h"
 #include "recipe/RecipeCases.h"
 #include "recipe/RecipeInputs.h"
+#include "recipe/RecipePictures.h"
 #include "recipe/RunChecks.h"
 #include "recipe/RunStages.h"
 #include "recipe/SummedImages.h"
@@ -21,11 +22,19 @@ using Sections = std::vector<std::string>;
 
 // The sections on which the files of a calculation depend.
 const Sections kCluster = {"cluster"};
-const Sections kWaves = {"cluster", "emission"};
+const Sections kWaves = {"cluster", "phases", "emission"};
 const Sections kPhases = {"cluster", "emission", "phases"};
 const Sections kFluctuation = {"cluster", "thermal"};
 const Sections kScattering = {"cluster", "emission", "phases", "scattering"};
 const Sections kImages = {"cluster", "emission", "phases", "scattering", "thermal", "image"};
+
+/// One of the files of a calculation.
+struct FileKind {
+    std::string step;
+    std::string stem;
+    std::string extension;
+    Sections sections;
+};
 
 constexpr double kAngstrom_m = 1e-10;
 
@@ -47,8 +56,9 @@ std::string ClusterExtension(RecipeTable cluster) {
     return file.empty() ? ".xyz" : fs::path(file).extension().string();
 }
 
-ZfScatteringMethod MethodOf(RecipeTable& scattering) {
-    const std::string word = scattering.Word("method", {"MULTI", "SLOWMULTI", "SINGLE"});
+ZfScatteringMethod ReadMethod(RecipeTable section) {
+    const std::string word = section.Word("method", {"MULTI", "SLOWMULTI", "SINGLE"});
+    section.RefuseUnread();
     if (word == "SINGLE") return kSingle;
     return word == "MULTI" ? kMulti : kSlowMulti;
 }
@@ -92,6 +102,15 @@ CompareRequest ReadCompareSection(RecipeTable section, const RecipeFolder& place
     return request;
 }
 
+/// Fingerprints of the tables that the program reads.
+std::string ShippedTables() {
+    std::string text;
+    for (const char* name :
+         {"AtomicWeight.txt", "binding_energies.csv", "debye_temperatures.csv", "screening_dhfs.csv"})
+        text += FingerprintOfFile(ProgramFile(name)) + "\n";
+    return text;
+}
+
 /// Makes the plan of one recipe.
 class Planner {
 public:
@@ -101,8 +120,12 @@ public:
     RecipePlan Plan();
 
 private:
-    void AddGroup(const RecipeGroup& group, bool isScan);
+    void AddGroup(const RecipeGroup& group);
+    void AddPicture(const RunResult& result, const RecipePicture& picture);
     RunResult AddCase(const RecipeCase& one);
+    ScatteringRequest AddInputs(const RecipeCase& one);
+    RunResult AddImages(const RecipeCase& one, const ImageRequest& request);
+    std::string AddFile(const RecipeCase& one, const FileKind& kind, const FileMaker& maker);
     RunResult AddSum(const std::vector<RunResult>& members, const RecipeGroup& group);
     void AddStep(RunStep step);
     std::string KeyOf(const RecipeCase& one, const std::string& name, const Sections& sections) const;
@@ -111,14 +134,18 @@ private:
     std::string recipePath_;
     RecipeFolder place_;
     const ResultFolder& folder_;
+    std::string tables_ = ShippedTables();  // part of every key
     bool isSummed_ = true;
+    std::vector<RecipePicture> pictures_;
     RecipePlan plan_;
 };
 
 RecipePlan Planner::Plan() {
     const std::vector<RecipeGroup> groups = ExpandRecipe(recipePath_);
     ReadGeneral(groups.front().cases.front());
-    for (const RecipeGroup& group : groups) AddGroup(group, groups.size() > 1);
+    for (const RecipeGroup& group : groups) AddGroup(group);
+    for (const RunResult& result : plan_.results)
+        for (const RecipePicture& picture : pictures_) AddPicture(result, picture);
     return std::move(plan_);
 }
 
@@ -130,16 +157,16 @@ void Planner::ReadGeneral(const RecipeCase& one) {
     plan_.comparison = ReadCompareSection(recipe.Section("compare"), place_);
     for (const char* section : {"cluster", "emission", "phases", "thermal", "scattering", "image"})
         recipe.Section(section);
-    recipe.Sections("picture");
+    pictures_ = ReadPictures(recipe);
     recipe.RefuseUnread();
 }
 
-void Planner::AddGroup(const RecipeGroup& group, bool isScan) {
+void Planner::AddGroup(const RecipeGroup& group) {
     std::vector<RunResult> members;
     for (const RecipeCase& one : group.cases) members.push_back(AddCase(one));
     if (members.size() > 1 && isSummed_) members = {AddSum(members, group)};
     for (RunResult& result : members) {
-        if (isScan) result.scanned = group.scanned;
+        result.scanned = group.scanned;
         plan_.results.push_back(std::move(result));
     }
 }
@@ -147,7 +174,7 @@ void Planner::AddGroup(const RecipeGroup& group, bool isScan) {
 /// The settings as text, with the content of the files that they name.
 std::string Planner::KeyOf(const RecipeCase& one, const std::string& name, const Sections& sections) const {
     std::ostringstream text;
-    text << QVRE_VERSION << '\n' << name << '\n';
+    text << QVRE_VERSION << '\n' << tables_ << name << '\n';
     for (const std::string& section : sections) {
         const toml::table* table = one.settings[section].as_table();
         if (!table) continue;
@@ -166,51 +193,59 @@ void Planner::AddStep(RunStep step) {
     if (!isKnown) plan_.steps.push_back(std::move(step));
 }
 
+/// Adds the step that makes one file of a case and returns the file's path.
+std::string Planner::AddFile(const RecipeCase& one, const FileKind& kind, const FileMaker& maker) {
+    const std::string name = kind.stem + SuffixOf(one, kind.sections) + kind.extension;
+    const std::string path = folder_.Path(name);
+    AddStep({kind.step, KeyOf(one, kind.step, kind.sections), {name}, [=] { return maker(path); }});
+    return path;
+}
+
+ScatteringRequest Planner::AddInputs(const RecipeCase& one) {
+    RecipeTable recipe(&one.settings, "recipe");
+    RecipeTable clusterSection = recipe.Section("cluster");
+    const PhaseShiftRequest crystal = ReadPhaseShiftRequest(recipe.Section("phases"));
+    ScatteringRequest files;
+    files.clusterFile = AddFile(one, {"cluster", "cluster", ClusterExtension(clusterSection), kCluster},
+                                ReadClusterSection(clusterSection, place_));
+    files.wavesFile =
+        AddFile(one, {"emission", "emitter", ".xml_emt", kWaves},
+                ReadEmissionSection(recipe.Section("emission"), place_, crystal, files.clusterFile));
+    files.phaseShiftFile =
+        AddFile(one, {"phases", "phaseshift", ".xml_ph", kPhases},
+                ReadPhasesSection(recipe.Section("phases"), place_, files.clusterFile, files.wavesFile));
+    files.method = ReadMethod(recipe.Section("scattering"));
+    return files;
+}
+
 RunResult Planner::AddCase(const RecipeCase& one) {
     RecipeTable recipe(&one.settings, "recipe");
-    const auto inFolder = [this](const std::string& name) { return folder_.Path(name); };
-    const auto addFile = [&](const std::string& name, const Sections& sections, const std::string& file,
-                             const FileMaker& maker) {
-        const std::string output = inFolder(file);
-        AddStep({name, KeyOf(one, name, sections), {file}, [=] { maker(output); }});
-    };
-
-    const std::string cluster =
-        "cluster" + SuffixOf(one, kCluster) + ClusterExtension(recipe.Section("cluster"));
-    addFile("cluster", kCluster, cluster, ReadClusterSection(recipe.Section("cluster"), place_));
-    const std::string waves = "emitter" + SuffixOf(one, kWaves) + ".xml_emt";
-    addFile("emission", kWaves, waves,
-            ReadEmissionSection(recipe.Section("emission"), place_, inFolder(cluster)));
-    const std::string phases = "phaseshift" + SuffixOf(one, kPhases) + ".xml_ph";
-    addFile("phases", kPhases, phases,
-            ReadPhasesSection(recipe.Section("phases"), place_, inFolder(cluster), inFolder(waves)));
-    const std::string fluctuation = "fluctuation" + SuffixOf(one, kFluctuation) + ".xml_flu";
-    addFile("thermal", kFluctuation, fluctuation,
-            ReadThermalSection(recipe.Section("thermal"), place_, inFolder(cluster)));
-
-    RecipeTable scatteringSection = recipe.Section("scattering");
-    const ScatteringRequest scattering{inFolder(cluster), inFolder(waves), inFolder(phases),
-                                       MethodOf(scatteringSection)};
-    scatteringSection.RefuseUnread();
+    const ScatteringRequest inputs = AddInputs(one);
     ImageRequest images = ReadImageSection(recipe.Section("image"));
-    images.fluctuationFile = inFolder(fluctuation);
     images.atomicWeightFile = ProgramFile("AtomicWeight.txt");
-
-    const std::string suffix = SuffixOf(one, kImages);
-    addFile("checks", kImages, "checks" + suffix + ".txt", [=](const std::string& output) {
-        CheckRun(scattering, images.fluctuationFile, images.atomicWeightFile, output);
+    images.fluctuationFile =
+        AddFile(one, {"thermal", "fluctuation", ".xml_flu", kFluctuation},
+                ReadThermalSection(recipe.Section("thermal"), place_, inputs.clusterFile));
+    AddFile(one, {"checks", "checks", ".txt", kImages}, [=](const std::string& output) {
+        return CheckRun(inputs, images.fluctuationFile, images.atomicWeightFile, output);
     });
-    const std::string scattered = "scatteredwave" + SuffixOf(one, kScattering) + ".xml_sf";
-    addFile("scattering", kScattering, scattered,
-            [=](const std::string& output) { CalculateScattering(scattering, output); });
-    images.scatteredWaveFile = inFolder(scattered);
+    images.scatteredWaveFile =
+        AddFile(one, {"scattering", "scatteredwave", ".xml_sf", kScattering}, [=](const std::string& output) {
+            CalculateScattering(inputs, output);
+            return std::string();
+        });
+    return AddImages(one, images);
+}
 
-    RunResult result{suffix.empty() ? "" : suffix.substr(1), "pattern" + suffix + ".xml_img",
-                     "i0" + suffix + ".xml_img"};
-    const std::string image = inFolder(result.image);
-    const std::string directImage = inFolder(result.directImage);
-    AddStep({"images", KeyOf(one, "images", kImages), {result.image, result.directImage}, [=] {
-                 CalculateImages(images, image, directImage);
+RunResult Planner::AddImages(const RecipeCase& one, const ImageRequest& request) {
+    const std::string suffix = SuffixOf(one, kImages);
+    const RunResult result{suffix.empty() ? "" : suffix.substr(1), "pattern" + suffix + ".xml_img",
+                           "i0" + suffix + ".xml_img", KeyOf(one, "images", kImages)};
+    const std::string image = folder_.Path(result.image);
+    const std::string directImage = folder_.Path(result.directImage);
+    AddStep({"images", result.key, {result.image, result.directImage}, [=] {
+                 CalculateImages(request, image, directImage);
+                 return std::string();
              }});
     return result;
 }
@@ -220,10 +255,10 @@ RunResult Planner::AddSum(const std::vector<RunResult>& members, const RecipeGro
     std::string key;
     for (const RecipeVariation& variation : group.cases.front().variations)
         if (variation.section + "." + variation.key == plan_.scannedName) suffix += "_" + variation.label;
-    for (const RecipeCase& one : group.cases) key += KeyOf(one, "images", kImages);
+    for (const RunResult& member : members) key += member.key;
 
     const RunResult sum{suffix.empty() ? "" : suffix.substr(1), "pattern" + suffix + "_sum.xml_img",
-                        "i0" + suffix + "_sum.xml_img"};
+                        "i0" + suffix + "_sum.xml_img", FingerprintOf(key)};
     std::vector<std::string> images;
     std::vector<std::string> directImages;
     for (const RunResult& member : members) {
@@ -232,11 +267,28 @@ RunResult Planner::AddSum(const std::vector<RunResult>& members, const RecipeGro
     }
     const std::string image = folder_.Path(sum.image);
     const std::string directImage = folder_.Path(sum.directImage);
-    AddStep({"sum", FingerprintOf(key), {sum.image, sum.directImage}, [=] {
+    AddStep({"sum", sum.key, {sum.image, sum.directImage}, [=] {
                  SumImages(images, image);
                  SumImages(directImages, directImage);
+                 return std::string();
              }});
     return sum;
+}
+
+/// Several results have pictures of their own, with their labels in the names and titles.
+void Planner::AddPicture(const RunResult& result, const RecipePicture& picture) {
+    const fs::path file = picture.plot.output;
+    std::string name = file.stem().string();
+    if (!result.label.empty()) name += "_" + result.label;
+    name += file.extension().string();
+    PatternPlot plot =
+        PlotOf(picture, folder_.Path(result.image), folder_.Path(result.directImage), folder_.Path(name));
+    if (plot.title.empty()) plot.title = plan_.title;
+    if (!result.label.empty()) plot.title += ", " + result.label;
+    AddStep({"picture", FingerprintOf(result.key + picture.settings + plot.title), {name}, [=] {
+                 DrawPatternPlot(plot);
+                 return std::string();
+             }});
 }
 
 }  // namespace

@@ -29,10 +29,11 @@ void CarryOut(const RunStep& step, ResultFolder& folder, RunLog& log) {
         return;
     }
     const auto start = std::chrono::steady_clock::now();
-    step.make();
+    const std::string remarks = step.make();
     folder.Remember(step);
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     log.Line(StepLine(step, DurationText(seconds)));
+    log.Indented(remarks);
 }
 
 std::string ContentOf(const std::string& path) {

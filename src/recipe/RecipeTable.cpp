@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstddef>
 #include <numeric>
+#include <sstream>
 #include <string_view>
 #include <utility>
 
@@ -229,6 +230,12 @@ std::vector<std::string> RecipeTable::Keys() const {
     if (!table_) return keys;
     for (const auto& [key, node] : *table_) keys.emplace_back(key.str());
     return keys;
+}
+
+std::string RecipeTable::Content() const {
+    std::ostringstream text;
+    if (table_) text << *table_;
+    return text.str();
 }
 
 void RecipeTable::RefuseUnread() const {

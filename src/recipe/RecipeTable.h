@@ -38,6 +38,7 @@ public:
     RecipeTable Section(const std::string& key);
     std::vector<RecipeTable> Sections(const std::string& key);  ///< an array of tables, or one table
     std::vector<std::string> Keys() const;
+    std::string Content() const;  ///< the table as TOML, keys in alphabetical order
 
     /// Throws ZfError for the first key that was not asked for, with the nearest one that was.
     void RefuseUnread() const;

@@ -10,7 +10,8 @@ struct RunStep {
     std::string name;                  ///< shown to the user
     std::string key;                   ///< fingerprint of everything that the outputs depend on
     std::vector<std::string> outputs;  ///< file names in the folder
-    std::function<void()> make;        ///< throws ZfError; leaves its outputs whole or not at all
+    /// Leaves its outputs whole or not at all; returns what the user should know, in lines. Throws ZfError.
+    std::function<std::string()> make;
 };
 
 /// The folder of a run. It remembers which steps are done, with what they depended on and how their files

@@ -25,8 +25,8 @@ std::string ReportOf(const std::vector<InputFinding>& findings) {
 
 }  // namespace
 
-void CheckRun(const ScatteringRequest& inputs, const std::string& fluctuationFile,
-              const std::string& atomicWeightFile, const std::string& reportFile) {
+std::string CheckRun(const ScatteringRequest& inputs, const std::string& fluctuationFile,
+                     const std::string& atomicWeightFile, const std::string& reportFile) {
     ZfCluster cluster;
     ZfLoadCluster(cluster, inputs.clusterFile);
     std::vector<ZfEmittedWave> waves;
@@ -41,4 +41,5 @@ void CheckRun(const ScatteringRequest& inputs, const std::string& fluctuationFil
     const std::string report = ReportOf(findings);
     if (!FitsTogether(findings)) throw ZfError("the inputs do not fit together\n" + report);
     WriteWholeFile(reportFile, report);
+    return report;
 }

@@ -15,6 +15,11 @@ void RunLog::Line(const std::string& text) {
     Note(text);
 }
 
+void RunLog::Indented(const std::string& lines) {
+    std::istringstream stream(lines);
+    for (std::string line; std::getline(stream, line);) Line("    " + line);
+}
+
 void RunLog::Note(const std::string& text) {
     const std::time_t now = std::time(nullptr);
     std::tm local = {};

@@ -10,8 +10,9 @@ class RunLog {
 public:
     explicit RunLog(const std::string& path);  ///< goes on with an existing file; throws ZfError
 
-    void Line(const std::string& text);  ///< both; a text of several lines too
-    void Note(const std::string& text);  ///< the file alone
+    void Line(const std::string& text);       ///< both
+    void Indented(const std::string& lines);  ///< both; nothing for an empty text
+    void Note(const std::string& text);       ///< the file alone
 
 private:
     struct Closer {

@@ -7,20 +7,12 @@
 #include <sstream>
 #include <string>
 
-#include "front/Program.h"
+#include "RunQvre.h"
+#include "front/Commands.h"
 
 namespace {
 
 const std::filesystem::path kHelpFolder = QVRE_HELP_TEXTS;
-
-std::string HelpOf(const std::string& command) {
-    const char* arguments[] = {"qvre", command.c_str(), "--help"};
-    testing::internal::CaptureStdout();
-    const int status = RunProgram(3, arguments);
-    const std::string text = testing::internal::GetCapturedStdout();
-    EXPECT_EQ(status, 0);
-    return text;
-}
 
 std::set<std::string> DocumentedCommands() {
     std::set<std::string> names;

@@ -1,0 +1,83 @@
+#include "recipe/RecipePictures.h"
+
+#include <cstdint>
+#include <filesystem>
+
+#include "foundation/ZfError.h"
+
+namespace {
+
+double Positive(RecipeTable& section, const std::string& key, RecipeUnit unit, double fallback) {
+    const double number = section.Number(key, unit, fallback);
+    if (number < 0.0) section.Fail(key, "has to be 0 or above");
+    return number;
+}
+
+RecipePicture::Quantity ReadQuantity(RecipeTable& section) {
+    const std::string word = section.Word("quantity", {"chi", "intensity", "direct"});
+    if (word == "intensity") return RecipePicture::Quantity::kIntensity;
+    return word == "chi" ? RecipePicture::Quantity::kModulation : RecipePicture::Quantity::kDirect;
+}
+
+void ReadTreatment(RecipeTable& section, PatternPlot& plot) {
+    const std::int64_t fold = section.Integer("fold").value_or(1);
+    if (fold < 1 || fold > 360) section.Fail("fold", "has to lie between 1 and 360");
+    plot.fold = static_cast<int>(fold);
+    plot.mirror = section.Number("mirror", RecipeUnit::kDegree);
+    plot.acceptance = Positive(section, "acceptance", RecipeUnit::kDegree, 0.0);
+    if (plot.acceptance > 45.0) section.Fail("acceptance", "has to be 45 degrees or less");
+    plot.innerPotential = section.Number("inner-potential", RecipeUnit::kElectronVolt);
+    plot.energy = Positive(section, "energy", RecipeUnit::kElectronVolt, 0.0);
+}
+
+std::string WordOrNone(RecipeTable& section, const std::string& key, const std::vector<std::string>& words) {
+    return section.Has(key) ? section.Word(key, words) : std::string();
+}
+
+RecipePicture ReadPicture(RecipeTable section) {
+    RecipePicture picture;
+    PatternPlot& plot = picture.plot;
+    plot.output = section.Text("file", "pattern.png");
+    if (std::filesystem::path(plot.output).has_parent_path())
+        section.Fail("file", "has to be a name without a folder; pictures go into the result folder");
+    picture.quantity = ReadQuantity(section);
+    plot.images = {"image"};  // the checks ask for one
+    const std::string view = WordOrNone(section, "view", ViewNames());
+    if (!view.empty()) plot.view = view;
+    plot.colours = WordOrNone(section, "colours", ColourMapNames());
+    plot.range = section.Numbers("range", RecipeUnit::kNone);
+    if (!plot.range.empty() && plot.range.size() != 2)
+        section.Fail("range", "has to be a list of two numbers");
+    plot.title = section.Text("title", "");
+    ReadTreatment(section, plot);
+    plot.polarCuts = section.Numbers("polar-cuts", RecipeUnit::kDegree);
+    plot.azimuthalCuts = section.Numbers("azimuthal-cuts", RecipeUnit::kDegree);
+    plot.rings = section.Number("rings", RecipeUnit::kDegree, plot.rings);
+    plot.width = Positive(section, "width", RecipeUnit::kNone, 0.0);
+    section.RefuseUnread();
+    try {
+        CheckPatternPlot(plot);
+    } catch (const ZfError& error) {
+        section.Fail("file", error.message);
+    }
+    picture.settings = section.Content();
+    return picture;
+}
+
+}  // namespace
+
+std::vector<RecipePicture> ReadPictures(RecipeTable& recipe) {
+    std::vector<RecipePicture> pictures;
+    for (const RecipeTable& section : recipe.Sections("picture")) pictures.push_back(ReadPicture(section));
+    if (pictures.empty()) pictures.push_back(ReadPicture(RecipeTable(nullptr, "[[picture]]")));
+    return pictures;
+}
+
+PatternPlot PlotOf(const RecipePicture& picture, const std::string& image, const std::string& directImage,
+                   const std::string& output) {
+    PatternPlot plot = picture.plot;
+    plot.images = {picture.quantity == RecipePicture::Quantity::kDirect ? directImage : image};
+    if (picture.quantity == RecipePicture::Quantity::kModulation) plot.references = {directImage};
+    plot.output = output;
+    return plot;
+}

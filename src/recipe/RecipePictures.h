@@ -1,0 +1,23 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "recipe/RecipeTable.h"
+#include "report/PatternPlot.h"
+
+/// One picture that a recipe asks for, of every result.
+struct RecipePicture {
+    enum class Quantity { kModulation, kIntensity, kDirect };
+
+    Quantity quantity = Quantity::kModulation;
+    PatternPlot plot;      ///< without the images; `output` is the file name that the recipe gives
+    std::string settings;  ///< all settings as text
+};
+
+/// The [[picture]] tables of a recipe; without any, one of the modulation, "pattern.png". Throws ZfError.
+std::vector<RecipePicture> ReadPictures(RecipeTable& recipe);
+
+/// The picture of one result, by full paths.
+PatternPlot PlotOf(const RecipePicture& picture, const std::string& image, const std::string& directImage,
+                   const std::string& output);
