@@ -52,10 +52,8 @@ void DrawScan(const std::string& name, const std::vector<ComparedResult>& result
 
 }  // namespace
 
-void CompareResults(const RecipePlan& plan, const std::string& measuredFile, const ResultFolder& folder,
-                    RunLog& log) {
+void CompareResults(const RecipePlan& plan, const ResultFolder& folder, RunLog& log) {
     CompareRequest request = plan.comparison;
-    if (!measuredFile.empty()) request.measured = measuredFile;
     if (request.measured.empty()) return;
     std::vector<ComparedResult> results;
     for (const RunResult& result : plan.results) {

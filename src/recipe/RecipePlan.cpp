@@ -13,6 +13,7 @@
 #include "recipe/RunChecks.h"
 #include "recipe/RunStages.h"
 #include "recipe/SummedImages.h"
+#include "report/MeasuredPattern.h"
 
 namespace {
 
@@ -92,6 +93,7 @@ CompareRequest ReadCompareSection(RecipeTable section, const RecipeFolder& place
     CompareRequest request;
     const std::string file = section.Text("measured", "");
     if (!file.empty()) request.measured = place.Path(file);
+    if (!file.empty()) LoadMeasuredPattern(request.measured);  // an unreadable one is refused before the run
     const std::vector<double> range = section.Numbers("theta", RecipeUnit::kDegree);
     if (!range.empty() && (range.size() != 2 || !(range[0] < range[1])))
         section.Fail("theta", "has to be a list of two polar angles, the lower one first");
@@ -114,7 +116,7 @@ std::string ShippedTables() {
 /// Makes the plan of one recipe.
 class Planner {
 public:
-    Planner(const std::string& recipePath, const ResultFolder& folder)
+    Planner(const std::string& recipePath, const std::string& folder)
         : recipePath_(recipePath), place_{fs::path(recipePath).parent_path().string()}, folder_(folder) {}
 
     RecipePlan Plan();
@@ -128,12 +130,13 @@ private:
     std::string AddFile(const RecipeCase& one, const FileKind& kind, const FileMaker& maker);
     RunResult AddSum(const std::vector<RunResult>& members, const RecipeGroup& group);
     void AddStep(RunStep step);
+    std::string InFolder(const std::string& name) const { return folder_ + "/" + name; }
     std::string KeyOf(const RecipeCase& one, const std::string& name, const Sections& sections) const;
     void ReadGeneral(const RecipeCase& one);
 
     std::string recipePath_;
     RecipeFolder place_;
-    const ResultFolder& folder_;
+    std::string folder_;
     std::string tables_ = ShippedTables();  // part of every key
     bool isSummed_ = true;
     std::vector<RecipePicture> pictures_;
@@ -196,7 +199,7 @@ void Planner::AddStep(RunStep step) {
 /// Adds the step that makes one file of a case and returns the file's path.
 std::string Planner::AddFile(const RecipeCase& one, const FileKind& kind, const FileMaker& maker) {
     const std::string name = kind.stem + SuffixOf(one, kind.sections) + kind.extension;
-    const std::string path = folder_.Path(name);
+    const std::string path = InFolder(name);
     AddStep({kind.step, KeyOf(one, kind.step, kind.sections), {name}, [=] { return maker(path); }});
     return path;
 }
@@ -241,8 +244,8 @@ RunResult Planner::AddImages(const RecipeCase& one, const ImageRequest& request)
     const std::string suffix = SuffixOf(one, kImages);
     const RunResult result{suffix.empty() ? "" : suffix.substr(1), "pattern" + suffix + ".xml_img",
                            "i0" + suffix + ".xml_img", KeyOf(one, "images", kImages)};
-    const std::string image = folder_.Path(result.image);
-    const std::string directImage = folder_.Path(result.directImage);
+    const std::string image = InFolder(result.image);
+    const std::string directImage = InFolder(result.directImage);
     AddStep({"images", result.key, {result.image, result.directImage}, [=] {
                  CalculateImages(request, image, directImage);
                  return std::string();
@@ -262,11 +265,11 @@ RunResult Planner::AddSum(const std::vector<RunResult>& members, const RecipeGro
     std::vector<std::string> images;
     std::vector<std::string> directImages;
     for (const RunResult& member : members) {
-        images.push_back(folder_.Path(member.image));
-        directImages.push_back(folder_.Path(member.directImage));
+        images.push_back(InFolder(member.image));
+        directImages.push_back(InFolder(member.directImage));
     }
-    const std::string image = folder_.Path(sum.image);
-    const std::string directImage = folder_.Path(sum.directImage);
+    const std::string image = InFolder(sum.image);
+    const std::string directImage = InFolder(sum.directImage);
     AddStep({"sum", sum.key, {sum.image, sum.directImage}, [=] {
                  SumImages(images, image);
                  SumImages(directImages, directImage);
@@ -281,8 +284,7 @@ void Planner::AddPicture(const RunResult& result, const RecipePicture& picture) 
     std::string name = file.stem().string();
     if (!result.label.empty()) name += "_" + result.label;
     name += file.extension().string();
-    PatternPlot plot =
-        PlotOf(picture, folder_.Path(result.image), folder_.Path(result.directImage), folder_.Path(name));
+    PatternPlot plot = PlotOf(picture, InFolder(result.image), InFolder(result.directImage), InFolder(name));
     if (plot.title.empty()) plot.title = plan_.title;
     if (!result.label.empty()) plot.title += ", " + result.label;
     AddStep({"picture", FingerprintOf(result.key + picture.settings + plot.title), {name}, [=] {
@@ -293,6 +295,6 @@ void Planner::AddPicture(const RunResult& result, const RecipePicture& picture) 
 
 }  // namespace
 
-RecipePlan PlanRecipe(const std::string& recipePath, const ResultFolder& folder) {
+RecipePlan PlanRecipe(const std::string& recipePath, const std::string& folder) {
     return Planner(recipePath, folder).Plan();
 }

@@ -25,6 +25,6 @@ struct RecipePlan {
     CompareRequest comparison;  ///< without the images; no measured file: none is asked for
 };
 
-/// Reads the whole recipe, so that a wrong key, unit or file is refused before anything is calculated. The
-/// steps refer to the folder, which has to outlive them. Throws ZfError.
-RecipePlan PlanRecipe(const std::string& recipePath, const ResultFolder& folder);
+/// Reads the whole recipe, so that a wrong key, unit or file is refused before anything is calculated.
+/// `folder` is that of the results; nothing is made there. Throws ZfError.
+RecipePlan PlanRecipe(const std::string& recipePath, const std::string& folder);

@@ -8,6 +8,7 @@
 #include "recipe/RecipePlan.h"
 #include "recipe/RunLog.h"
 #include "recipe/RunProgress.h"
+#include "report/MeasuredPattern.h"
 
 namespace {
 
@@ -46,8 +47,12 @@ std::string ContentOf(const std::string& path) {
 
 void RunRecipe(const std::string& recipePath, const RecipeRunOptions& options) {
     const InterruptRequest interrupt;
+    RecipePlan plan = PlanRecipe(recipePath, options.folder);
+    if (!options.measuredFile.empty()) {
+        LoadMeasuredPattern(options.measuredFile);  // an unreadable one is refused before the run
+        plan.comparison.measured = options.measuredFile;
+    }
     ResultFolder folder(options.folder);
-    const RecipePlan plan = PlanRecipe(recipePath, folder);
     if (options.repeatsAll) folder.ForgetAll();
 
     RunLog log(folder.Path("run.log"));
@@ -57,6 +62,6 @@ void RunRecipe(const std::string& recipePath, const RecipeRunOptions& options) {
         InterruptRequest::ThrowIfPending();
         CarryOut(step, folder, log);
     }
-    CompareResults(plan, options.measuredFile, folder, log);
+    CompareResults(plan, folder, log);
     log.Line("results in " + options.folder);
 }

@@ -37,7 +37,12 @@ cairo_status_t Append(void* bytes, const unsigned char* data, unsigned int lengt
 
 cairo_surface_t* NewSurface(const std::string& extension, std::string& bytes, double width, double height) {
     if (extension == ".svg") return cairo_svg_surface_create_for_stream(Append, &bytes, width, height);
-    if (extension == ".pdf") return cairo_pdf_surface_create_for_stream(Append, &bytes, width, height);
+    if (extension == ".pdf") {
+        cairo_surface_t* const pdf = cairo_pdf_surface_create_for_stream(Append, &bytes, width, height);
+        cairo_pdf_surface_set_metadata(pdf, CAIRO_PDF_METADATA_CREATE_DATE,
+                                       "");  // the same picture, the same bytes
+        return pdf;
+    }
     return cairo_image_surface_create(CAIRO_FORMAT_RGB24, static_cast<int>(std::lround(width)),
                                       static_cast<int>(std::lround(height)));
 }
