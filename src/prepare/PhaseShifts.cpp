@@ -50,6 +50,7 @@ void WarnOfGaps(const PhaseShiftRequest& request, std::vector<std::string>& warn
 /// Points of ln(r/m) that a file of 7 digits keeps.
 std::vector<double> TablePoints(int count, double radius_angstrom) {
     std::vector<double> points;
+    points.reserve(static_cast<std::size_t>(count));
     const double begin = FirstLogRadius();
     const double end = std::log(radius_angstrom * 1e-10);
     for (int i = 0; i < count; ++i)

@@ -51,7 +51,9 @@ std::vector<AtomSurroundings> ReadSurroundings(const std::string& path) {
         try {
             ReadLine(line, list);
         } catch (ZfError& error) {
-            error.message.insert(0, path + ": \"" + line + "\": ");
+            std::string where = path;
+            where.append(": \"").append(line).append("\": ");
+            error.message.insert(0, where);
             throw;
         }
     }
