@@ -4,7 +4,7 @@
 #include <filesystem>
 
 #include "Copper.h"
-#include "QuietConsole.h"
+#include "foundation/Console.h"
 #include "xml/ZfBarnFile.h"
 
 namespace {
@@ -41,7 +41,7 @@ private:
 };
 
 void SaveScatteredWave(benchmark::State& state) {
-    const QuietConsole quiet;
+    const ConsoleRedirection quiet(nullptr);
     const WaveFile file;
     ZfScatteringData data = copper::ScatteredData(kAtoms, kLSize);
     for (auto _ : state) file.Save(data);
@@ -50,7 +50,7 @@ void SaveScatteredWave(benchmark::State& state) {
 BENCHMARK(SaveScatteredWave)->UseRealTime()->Unit(benchmark::kMillisecond);
 
 void LoadScatteredWave(benchmark::State& state) {
-    const QuietConsole quiet;
+    const ConsoleRedirection quiet(nullptr);
     const WaveFile file;
     ZfScatteringData saved = copper::ScatteredData(kAtoms, kLSize);
     file.Save(saved);

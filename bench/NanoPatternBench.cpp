@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "QuietConsole.h"
+#include "foundation/Console.h"
 #include "pattern/ZfDocPatternNano.h"
 #include "scattering/ZfSphericalBessel.h"
 
@@ -61,7 +61,7 @@ ZfScatteringRecord Cluster(int cells) {
 
 // The default image, 201 by 201 points of a vertical plane through the emitter.
 void WaveOnAPlane(benchmark::State& state) {
-    const QuietConsole quiet;
+    const ConsoleRedirection quiet(nullptr);
     ZfScatteringData data;
     data.ListScatteringData = {Cluster(static_cast<int>(state.range(0)))};
     const ZfVectorFreeElectron& list = data.ListScatteringData[0].ListScatterer;

@@ -1,6 +1,6 @@
 #include <benchmark/benchmark.h>
 
-#include "QuietConsole.h"
+#include "foundation/Console.h"
 #include "pattern/ZfBlurForSPattern.h"
 #include "pattern/ZfDocScatteringPatternMatrix.h"
 
@@ -28,7 +28,7 @@ ZfEmittedWave PWave() {
 
 // The tables of a pair from 2.5 to 12.3 angstrom, every 2 degrees at the equator.
 void PairTable(benchmark::State& state) {
-    const QuietConsole quiet;
+    const ConsoleRedirection quiet(nullptr);
     ZfScatteringData data;
     const ZfPhaseShiftDocument phaseShifts = {{PhaseShift(static_cast<std::int32_t>(state.range(0)))}};
     const std::vector<ZfEmittedWave> waves = {PWave()};

@@ -1,7 +1,7 @@
 #include <benchmark/benchmark.h>
 
 #include "Copper.h"
-#include "QuietConsole.h"
+#include "foundation/Console.h"
 #include "pattern/ZfDocPattern.h"
 
 namespace {
@@ -11,7 +11,7 @@ constexpr std::int32_t kLSize = 15;
 // The pattern stage on one record, damped by vibrations and the mean free path.
 template <class Map>
 void Pattern(benchmark::State& state) {
-    const QuietConsole quiet;
+    const ConsoleRedirection quiet(nullptr);
     ZfScatteringData data = copper::ScatteredData(static_cast<std::size_t>(state.range(0)), kLSize);
     const ZfFluctuation fluctuation = copper::RoomTemperature();
     const ZfDebye debye = copper::Weights();

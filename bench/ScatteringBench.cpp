@@ -1,7 +1,7 @@
 #include <benchmark/benchmark.h>
 
 #include "Copper.h"
-#include "QuietConsole.h"
+#include "foundation/Console.h"
 
 namespace {
 
@@ -12,7 +12,7 @@ using OneAtom = void (ZfScatteringData::*)(ZfScatteringRecord&, const ZfPhaseShi
 
 // One pass over all atoms of a cluster, with one emitted wave.
 void Scattering(benchmark::State& state, OneAtom calculate) {
-    const QuietConsole quiet;
+    const ConsoleRedirection quiet(nullptr);
     const ZfPhaseShiftDocument phaseShifts = copper::PhaseShifts(kLSize);
     const ZfScatteringRecord unscattered =
         copper::Record(static_cast<std::size_t>(state.range(0)), phaseShifts);

@@ -22,7 +22,7 @@
 #include <vector>
 
 #include "Copper.h"
-#include "QuietConsole.h"
+#include "foundation/Console.h"
 #include "foundation/ZfError.h"
 #include "pattern/ZfDocPattern.h"
 #include "reference/PlainPattern.h"
@@ -67,7 +67,7 @@ Options ReadOptions(const std::vector<std::string>& arguments) {
 /// Best of up to three runs; one that takes seconds is long enough by itself.
 double Seconds(const std::function<void()>& run) {
     using Clock = std::chrono::steady_clock;
-    const QuietConsole quiet;
+    const ConsoleRedirection quiet(nullptr);
     double best = 1e300;
     double total = 0.0;
     for (int i = 0; i < 3 && total < 2.0; ++i) {
