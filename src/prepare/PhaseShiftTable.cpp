@@ -72,6 +72,16 @@ PhaseShiftTable TableOfLines(const Rows& lines, std::size_t blocks, std::size_t 
     return table;
 }
 
+/// Published tables are off by a few energies, and some end with an energy alone.
+void CheckCount(double energies, double told) {
+    const auto whole = [](double number) { return std::to_string(std::lround(number)); };
+    if (energies + 1.0 < told)
+        throw ZfError("it is cut short: it has " + whole(energies) + " of " + whole(told) + " energies");
+    if (energies > 2.0 * told)
+        throw ZfError("its first line tells " + whole(told) + " energies and it has " + whole(energies) +
+                      ": is it a table of blocks (--format blocks)?");
+}
+
 PhaseShiftTable FixedFieldTable(const std::vector<std::string>& text, const PhaseTableChoice& choice) {
     if (text.size() < 2) throw ZfError("it holds no phase shifts");
     const std::vector<std::string> title = TokenSplit(text[0]);
@@ -84,7 +94,9 @@ PhaseShiftTable FixedFieldTable(const std::vector<std::string>& text, const Phas
     }
     if (choice.format == PhaseTableFormat::kLeed) {
         const bool rydberg = std::find(title.begin(), title.end(), "Ry") != title.end();
-        return TableOfLines(lines, 1, 0, rydberg ? kHartree_eV / 2.0 : kHartree_eV);
+        PhaseShiftTable table = TableOfLines(lines, 1, 0, rydberg ? kHartree_eV / 2.0 : kHartree_eV);
+        CheckCount(static_cast<double>(table.energies_eV.size()), count);
+        return table;
     }
     if (!(count >= 1.0 && count <= 1000.0 && count == std::floor(count)))
         throw ZfError("the first line has to begin with the number of blocks");

@@ -14,12 +14,10 @@ struct PhaseShiftTable {
 enum class PhaseTableFormat : std::uint8_t {
     /// First line: number of energies, largest l, free text. Then for each energy a line with the energy in
     /// hartree (in rydberg when "Ry" stands in the first line) and lines of phase shifts in radians, in
-    /// fields
-    /// of 7 characters with 4 decimals that may touch.
+    /// fields of 7 characters with 4 decimals that may touch.
     kLeed,
     /// First line: number of blocks an energy, one for each atom of the surface, and parameters. Then for
-    /// each
-    /// energy (hartree) a line with it and the blocks, each as in kLeed.
+    /// each energy (hartree) a line with it and the blocks, each as in kLeed.
     kBlocks,
     /// Comma-separated with a title line that names the columns: "Ek_eV", phase shifts in degrees as "d0",
     /// "d1", ... and, if there, "element" and "Rmt_angstrom"; others are passed over. "#" begins a comment.
