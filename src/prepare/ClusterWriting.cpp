@@ -7,7 +7,7 @@
 
 #include "foundation/ReplacedFile.h"
 #include "foundation/ZfError.h"
-#include "xml/ZfBarnFile.h"
+#include "xml/ZfBarnXml.h"
 
 namespace {
 
@@ -31,12 +31,10 @@ std::string AtomLine(const ZfAtom& atom, bool withUiso, int decimals) {
     return line + "\n";
 }
 
-void WriteXml(ZfCluster cluster, const std::string& path) {
-    ReplacedFile target(path);
-    ZfBarnFile file(target.TemporaryPath(), "w");
-    cluster.Exchange(file, false);
-    file.Save();
-    target.Commit();
+std::string ClusterAsXml(ZfCluster cluster) {
+    ZfBarnXml xml("w");
+    cluster.Exchange(xml, false);
+    return xml.Document();
 }
 
 }  // namespace
@@ -65,9 +63,6 @@ std::string ClusterAsXyz(const ZfCluster& cluster, const XyzStyle& style) {
 
 void WriteCluster(const ZfCluster& cluster, const std::string& path, const XyzStyle& style) {
     CheckClusterExtension(path);
-    if (ExtensionOf(path) == ".xyz") {
-        WriteWholeFile(path, ClusterAsXyz(cluster, style));
-    } else {
-        WriteXml(cluster, path);
-    }
+    const bool isXyz = ExtensionOf(path) == ".xyz";
+    WriteWholeFile(path, isXyz ? ClusterAsXyz(cluster, style) : ClusterAsXml(cluster));
 }

@@ -9,7 +9,7 @@
 #include "foundation/ZfError.h"
 #include "prepare/PhaseShiftFile.h"
 #include "scattering/SphericalHarmonics.h"
-#include "xml/ZfBarnFile.h"
+#include "xml/ZfBarnXml.h"
 
 namespace {
 
@@ -90,9 +90,7 @@ double KineticEnergyInside(double photon, double binding, double fermi) {
 }
 
 void SaveEmittedWaves(std::vector<ZfEmittedWave> waves, const std::string& path) {
-    ReplacedFile target(path);
-    ZfBarnFile file(target.TemporaryPath(), "w");
-    ExchangeEmittedWaves(file, waves);
-    file.Save();
-    target.Commit();
+    ZfBarnXml xml("w");
+    ExchangeEmittedWaves(xml, waves);
+    WriteWholeFile(path, xml.Document());
 }

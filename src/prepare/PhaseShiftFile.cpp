@@ -9,7 +9,7 @@
 #include "foundation/Text.h"
 #include "foundation/ZfError.h"
 #include "prepare/SamplingSphere.h"
-#include "xml/ZfBarnFile.h"
+#include "xml/ZfBarnXml.h"
 
 namespace {
 
@@ -93,9 +93,7 @@ void CheckEnergies(const std::vector<double>& energies_eV, std::size_t species) 
 }
 
 void SavePhaseShifts(ZfPhaseShiftDocument& document, const std::string& path) {
-    ReplacedFile replaced(path);
-    ZfBarnFile file(replaced.TemporaryPath(), "w");
-    document.Exchange(file);
-    file.Save();
-    replaced.Commit();
+    ZfBarnXml xml("w");
+    document.Exchange(xml);
+    WriteWholeFile(path, xml.Document());
 }
