@@ -24,6 +24,7 @@ struct Ends {
 };
 
 Ends ReadEnds(const std::string& path) {
+    if (!std::filesystem::exists(path)) throw ZfError("there is no such file");
     if (std::filesystem::is_directory(path)) throw ZfError("it is a folder");
     std::ifstream file(path, std::ios::binary);
     if (!file) throw ZfError("it cannot be opened");
@@ -134,6 +135,13 @@ AnyFile Load(const std::string& path) {
     return file;
 }
 
+template <class Document>
+Document LoadKind(const std::string& path, const std::string& kind) {
+    AnyFile file = LoadAnyFile(path);
+    if (auto* document = std::get_if<Document>(&file.content)) return std::move(*document);
+    throw ZfError(path + ": it is no " + kind);
+}
+
 }  // namespace
 
 AnyFile LoadAnyFile(const std::string& path) {
@@ -148,4 +156,12 @@ AnyFile LoadAnyFile(const std::string& path) {
     } catch (const std::exception& error) {
         throw ZfError(place + "it is damaged (" + error.what() + ")");
     }
+}
+
+ZfCluster LoadClusterFile(const std::string& path) {
+    return LoadKind<ZfCluster>(path, "cluster file (.xml_cl or .xyz)");
+}
+
+std::vector<ZfEmittedWave> LoadWaveFile(const std::string& path) {
+    return LoadKind<std::vector<ZfEmittedWave>>(path, "emitted-wave file (.xml_emt)");
 }

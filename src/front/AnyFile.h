@@ -26,3 +26,7 @@ struct AnyFile {
 /// Recognises a file by its root element, Extended XYZ by its extension, and loads it. Throws ZfError, which
 /// names the file, for one that cannot be read, is of another kind, or is cut short.
 AnyFile LoadAnyFile(const std::string& path);
+
+// The same for one kind, which the file has to be of.
+ZfCluster LoadClusterFile(const std::string& path);
+std::vector<ZfEmittedWave> LoadWaveFile(const std::string& path);

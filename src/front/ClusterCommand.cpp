@@ -5,12 +5,12 @@
 #include <vector>
 
 #include "foundation/ProgramFile.h"
-#include "foundation/ZfError.h"
 #include "front/Commands.h"
+#include "front/FileSummary.h"
+#include "front/SharedOptions.h"
 #include "prepare/ClusterRequest.h"
 #include "prepare/ClusterWriting.h"
 #include "prepare/CrystalSources.h"
-#include "prepare/StrictNumber.h"
 
 namespace {
 
@@ -28,6 +28,7 @@ struct ClusterOptions {
     std::string cellFile;
     std::vector<std::string> elements;
     std::vector<double> lattice;
+    std::vector<int> surface = {0, 0, 1};
     std::vector<std::string> debye;
     std::string output;
     std::string title;
@@ -39,25 +40,28 @@ void AddCrystalOptions(CLI::App& command, ClusterOptions& options) {
     for (const std::string& name : PresetNames()) names += " " + name;
     CLI::Option* preset = command.add_option("--preset", options.preset, names);
     command.add_option("--element", options.elements, "Elements of a structure type, such as Ga As")
+        ->delimiter(',')
         ->needs(preset);
     command
         .add_option("--lattice", options.lattice,
                     "Lattice constants of a structure type, angstrom: a, and c of hcp and wurtzite")
         ->expected(1, 2)
+        ->delimiter(',')
         ->needs(preset);
     command
         .add_option("--cell", options.cellFile,
                     "Crystal from a file instead: .cif, .xyz or .extxyz with Lattice=\"...\", or .cell")
         ->excludes(preset);
-    command.add_option("--surface", options.request.surface, "Miller indices h k l of the surface")
-        ->capture_default_str();
+    command.add_option("--surface", options.surface, "Miller indices h k l of the surface; default: 0 0 1")
+        ->expected(3)
+        ->delimiter(',')
+        ->allow_extra_args(false);
     command
         .add_option("--azimuth", options.request.azimuth_deg,
                     "Turn of the crystal about the normal, degrees from x towards y")
         ->capture_default_str();
     command
-        .add_option("--domains", options.request.domains_deg,
-                    "Further turns, degrees, separated by commas: one structure each")
+        .add_option("--domains", options.request.domains_deg, "Further turns, degrees: one structure each")
         ->delimiter(',')
         ->capture_default_str();
 }
@@ -83,14 +87,15 @@ void AddShapeOptions(CLI::App& command, ClusterOptions& options) {
     const std::map<std::string, ClusterShape> shapes = {{"hemisphere", ClusterShape::Hemisphere},
                                                         {"paraboloid", ClusterShape::Paraboloid}};
     command.add_option("--shape", request.shape, "hemisphere (default) or paraboloid")
-        ->transform(CLI::Transformer(shapes))
+        ->transform(Enumerator(shapes))
         ->option_text("NAME");
     CLI::Option* radius =
         command
             .add_option("--radius", request.size_A,
                         "Radius around the surface point over the emitter, angstrom; of a paraboloid the "
                         "path emitter - atom - surface")
-            ->check(CLI::PositiveNumber);
+            ->check(AboveZero())
+            ->type_name("FLOAT");
     command.add_option("--atoms", request.atoms, "Number of atoms wanted, instead of a radius")
         ->check(CLI::Range(2, kMostAtoms))
         ->capture_default_str()
@@ -111,32 +116,21 @@ void AddOutputOptions(CLI::App& command, ClusterOptions& options) {
         ->capture_default_str();
     command
         .add_option("-o,--output", options.output,
-                    "Cluster file: .xml_cl (6 significant digits) or .xyz (Extended XYZ)")
+                    "Cluster file to write: .xml_cl (6 significant digits) or .xyz (Extended XYZ)")
         ->required();
 }
 
 void CheckUsage(const ClusterOptions& options) {
     if (options.preset.empty() && options.cellFile.empty())
         throw CLI::ValidationError("a crystal is needed: --preset or --cell");
-    try {
-        CheckClusterExtension(options.output);
-    } catch (const ZfError& error) {
-        throw CLI::ValidationError(error.message);
-    }
+    Usage("--output", [&] { CheckClusterExtension(options.output); });
+    if (options.title.find_first_of("\r\n") != std::string::npos)
+        throw CLI::ValidationError("--title", "has to be one line");
 }
 
 void ReadDebye(ClusterOptions& options) {
-    for (const std::string& pair : options.debye) {
-        const std::size_t equals = pair.find('=');
-        if (equals == std::string::npos)
-            throw CLI::ValidationError("--debye: write an element and its temperature, like Cu=343");
-        try {
-            options.request.debye_K[pair.substr(0, equals)] =
-                StrictNumber(pair.substr(equals + 1), "--debye");
-        } catch (const ZfError& error) {
-            throw CLI::ValidationError(error.message);
-        }
-    }
+    for (const auto& [element, temperature_K] : DebyeTemperatures(options.debye))
+        options.request.debye_K[element] = temperature_K;
     if (!options.debye.empty()) options.request.weightTable = ProgramFile("AtomicWeight.txt");
 }
 
@@ -165,6 +159,7 @@ void PrintStructure(const StructureSummary& structure, std::size_t index, std::s
 void Run(ClusterOptions& options) {
     CheckUsage(options);
     ReadDebye(options);
+    options.request.surface = {options.surface[0], options.surface[1], options.surface[2]};
     options.request.cell = options.cellFile.empty()
                                ? PresetCell(options.preset, options.elements, options.lattice)
                                : LoadCell(options.cellFile);
@@ -174,16 +169,16 @@ void Run(ClusterOptions& options) {
     for (const StructureSummary& structure : made.structures)
         style.titles.push_back(options.title.empty() ? structure.title : options.title);
     WriteCluster(made.cluster, options.output, style);
+    std::printf("%s: %s, %s displacements\n", options.output.c_str(),
+                Counted(made.structures.size(), "structure").c_str(), made.hasUiso ? "with" : "without");
     for (std::size_t i = 0; i < made.structures.size(); ++i)
         PrintStructure(made.structures[i], i, made.cluster.structures[i].atoms.size());
-    std::printf("wrote %s: %zu structure(s), %s displacements\n", options.output.c_str(),
-                made.structures.size(), made.hasUiso ? "with" : "without");
 }
 
 }  // namespace
 
 void AddClusterCommand(CLI::App& program) {
-    CLI::App* command = program.add_subcommand("cluster", "Cuts a cluster of atoms from a crystal");
+    CLI::App* command = program.add_subcommand("cluster", "Cut a cluster of atoms from a crystal");
     const auto options = std::make_shared<ClusterOptions>();
     AddCrystalOptions(*command, *options);
     AddEmitterOptions(*command, *options);

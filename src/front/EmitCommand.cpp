@@ -3,7 +3,6 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdio>
-#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -11,9 +10,11 @@
 #include "foundation/ProgramFile.h"
 #include "foundation/Text.h"
 #include "foundation/ZfError.h"
+#include "front/AnyFile.h"
 #include "front/Commands.h"
 #include "front/EmissionSummary.h"
-#include "input/ZfCluster.h"
+#include "front/FileSummary.h"
+#include "front/SharedOptions.h"
 #include "prepare/EmitterField.h"
 #include "prepare/PhotonEnergy.h"
 
@@ -23,10 +24,6 @@ constexpr const char* kExample =
     "Examples, the first with a cluster that has its emitter at the origin:\n"
     "  qvre emit cluster.xml_cl --level 2p3/2 --photon Al --polarisation 0,0,1 -o emitter.xml_emt\n"
     "  qvre emit --free --element Cu --level 2p --kinetic 560 --unpolarised-along 1,0,1 -o emitter.xml_emt";
-
-const std::map<std::string, ExchangeKind> kExchanges = {{"furness", ExchangeKind::kFurnessMcCarthy},
-                                                        {"slater", ExchangeKind::kSlater},
-                                                        {"none", ExchangeKind::kNone}};
 
 struct EmitOptions {
     std::string clusterFile;
@@ -57,16 +54,6 @@ std::vector<LightVector> LightOf(const EmitOptions& options) {
     if (!options.polarisation.empty()) return LinearLight(DirectionOf(options.polarisation));
     if (!options.unpolarisedAlong.empty()) return UnpolarisedLight(DirectionOf(options.unpolarisedAlong));
     return CircularLight(DirectionOf(options.along), options.circular == "left");
-}
-
-/// Turns the ZfError of an option into bad usage.
-template <class Action>
-auto Usage(const char* option, Action action) {
-    try {
-        return action();
-    } catch (const ZfError& error) {
-        throw CLI::ValidationError(option, error.message);
-    }
 }
 
 /// Below the Fermi level; of a free atom below the vacuum, calculated.
@@ -109,8 +96,7 @@ ZfAtom EmitterOfList(const EmitOptions& options, const PhaseShiftRequest& crysta
 }
 
 ZfAtom EmitterOfCluster(const EmitOptions& options, PhaseShiftRequest& crystal) {
-    ZfCluster cluster;
-    ZfLoadCluster(cluster, options.clusterFile);
+    const ZfCluster cluster = LoadClusterFile(options.clusterFile);
     ZfAtom emitter = EmitterOf(cluster);
     if (!options.element.empty() && options.element != emitter.atom)
         throw ZfError("The atom at the origin of the cluster is " + emitter.atom + ", not " +
@@ -149,9 +135,9 @@ void RunLevel(const EmitOptions& options) {
         origin += ZeroText(SetCrystalField(request, crystal, emitter.name, atoms));
     const Emission emission = CoreLevelEmission(request);
     SaveEmittedWaves(emission.waves, options.output);
-    std::printf("%s: %s %s, %zu wave%s\n%s%s%s", options.output.c_str(), request.atom.symbol.c_str(),
-                request.level.Name().c_str(), emission.waves.size(), emission.waves.size() == 1 ? "" : "s",
-                origin.c_str(), EnergyText(request.kinetic_eV).c_str(), ChannelText(emission).c_str());
+    std::printf("%s: %s %s, %s\n%s%s%s", options.output.c_str(), request.atom.symbol.c_str(),
+                request.level.Name().c_str(), Counted(emission.waves.size(), "wave").c_str(), origin.c_str(),
+                EnergyText(request.kinetic_eV).c_str(), ChannelText(emission).c_str());
 }
 
 void Need(bool given, const char* what) {
@@ -159,8 +145,7 @@ void Need(bool given, const char* what) {
 }
 
 void Run(const EmitOptions& options) {
-    const std::string ending = ".xml_emt";
-    if (!options.output.ends_with(ending)) throw CLI::ValidationError("--output", "has to end in " + ending);
+    CheckOutput(options.output, ".xml_emt");
     Need(options.kinetic_eV > 0.0 || !options.photon.empty(), "--kinetic or --photon");
     if (options.isotropic) {
         Need(options.kinetic_eV > 0.0, "--kinetic");
@@ -184,7 +169,7 @@ void AddEnergyOptions(CLI::App& command, EmitOptions& options) {
     CLI::Option* kinetic = command.add_option(
         "--kinetic", options.kinetic_eV,
         "Kinetic energy in eV inside the crystal, above the muffin-tin zero (free atom: above the vacuum)");
-    kinetic->check(CLI::PositiveNumber);
+    kinetic->check(AboveZero())->type_name("FLOAT");
     CLI::Option* photon = command.add_option("--photon", options.photon,
                                              "Photon energy in eV, or Al (1486.6), Mg (1253.6), Ag (2984.3): "
                                              "the kinetic energy is photon - binding + "
@@ -195,12 +180,14 @@ void AddEnergyOptions(CLI::App& command, EmitOptions& options) {
             "--binding", options.binding_eV,
             "Binding energy in eV below the Fermi level; by default from a table (X-ray Data Booklet), of "
             "a free atom the calculated orbital energy")
-        ->check(CLI::PositiveNumber)
+        ->check(AboveZero())
+        ->type_name("FLOAT")
         ->needs(photon);
     command
         .add_option("--fermi", options.fermi_eV,
                     "Fermi energy above the muffin-tin zero in eV; about 9 in Cu, 10 in GaAs, 12 in Si")
-        ->check(CLI::NonNegativeNumber)
+        ->check(Between(0.0, 1000.0))
+        ->type_name("FLOAT")
         ->needs(photon)
         ->capture_default_str();
 }
@@ -215,21 +202,14 @@ void AddLightOptions(CLI::App& command, EmitOptions& options) {
         "Circular light, left (helicity +1, anticlockwise for who looks into the light) or right");
     CLI::Option* along =
         AddDirection(command, "--along", options.along, "Direction x,y,z in which circular light travels");
-    circular->check(CLI::IsMember({"left", "right"}))->needs(along);
+    circular->check(OneOf({"left", "right"}))->needs(along);
     along->needs(circular);
     linear->excludes(unpolarised)->excludes(circular);
     unpolarised->excludes(circular);
 }
 
 void AddFieldOptions(CLI::App& command, EmitOptions& options, CLI::Option& free) {
-    command
-        .add_option(
-            "--exchange", options.exchange,
-            "Exchange of the photoelectron: furness (after Furness and McCarthy; default), slater or none; "
-            "take that of the phase shifts")
-        ->transform(CLI::CheckedTransformer(kExchanges))
-        ->option_text("NAME")
-        ->excludes(&free);
+    AddExchange(command, options.exchange, "; take that of the phase shifts")->excludes(&free);
     command
         .add_flag("--relativistic", options.relativistic,
                   "Mass-velocity and Darwin terms for the photoelectron, as in the phase shifts")
@@ -243,15 +223,13 @@ void AddEmitCommand(CLI::App& program) {
     CLI::App& command =
         *program.add_subcommand("emit", "Write an emitted-wave file: what light lifts from a core level");
     CLI::Option* cluster =
-        command
-            .add_option("CLUSTER", options->clusterFile,
-                        "Cluster file (.xml_cl, .xyz): the emitter at its origin and what surrounds it")
-            ->check(CLI::ExistingFile);
+        command.add_option("CLUSTER", options->clusterFile,
+                           "Cluster file (.xml_cl, .xyz): the emitter at its origin and what surrounds it");
     CLI::Option* list =
         command.add_option("--surroundings", options->surroundingsFile,
                            "In place of a cluster: the list of the shells of neighbours that the phase "
                            "shifts are made from; --element names the species");
-    list->check(CLI::ExistingFile)->excludes(cluster);
+    list->excludes(cluster);
     command.add_option("--element", options->element,
                        "Element of the emitter, such as Cu; by default the cluster's");
     CLI::Option* free =
@@ -266,11 +244,15 @@ void AddEmitCommand(CLI::App& program) {
         .add_flag("--isotropic", options->isotropic,
                   "One wave of l = 0 in place of a level, the source that the SINGLE method takes")
         ->excludes(level)
-        ->excludes(free);
+        ->excludes(free)
+        ->excludes(command.get_option("--polarisation"))
+        ->excludes(command.get_option("--unpolarised-along"))
+        ->excludes(command.get_option("--circular"));
     command
         .add_option("--weight", options->weight,
                     "Weight of the emission: its intensity averages to it over all directions")
-        ->check(CLI::PositiveNumber)
+        ->check(AboveZero())
+        ->type_name("FLOAT")
         ->capture_default_str();
     command.add_option("-o,--output", options->output, "Emitted-wave file to write (.xml_emt)")->required();
     command.footer(kExample);

@@ -11,6 +11,7 @@
 #include "front/AnyFile.h"
 #include "front/Commands.h"
 #include "front/FileSummary.h"
+#include "front/SharedOptions.h"
 #include "prepare/InputCheck.h"
 #include "prepare/Vibrations.h"
 
@@ -124,7 +125,7 @@ void AddInfoCommand(CLI::App& program) {
     command
         .add_option("--method", options->method,
                     "Method of the run that the input is checked for: SINGLE, SLOWMULTI or MULTI")
-        ->check(CLI::IsMember({"SINGLE", "SLOWMULTI", "MULTI"}))
+        ->check(OneOf({"SINGLE", "SLOWMULTI", "MULTI"}))
         ->capture_default_str();
     command.footer(kExample);
     command.callback([options] { Run(*options); });

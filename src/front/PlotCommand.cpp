@@ -8,6 +8,7 @@
 
 #include "foundation/ZfError.h"
 #include "front/Commands.h"
+#include "front/SharedOptions.h"
 #include "report/PatternPlot.h"
 
 namespace {
@@ -28,23 +29,6 @@ constexpr const char* kExamples =
     "45 -o "
     "cut.svg\n";
 
-/// Checks for one of the names.
-CLI::Validator OneOf(const std::vector<std::string>& names) {
-    return CLI::IsMember(names).description("");
-}
-
-/// A number of the closed range; CLI::Range lets NaN pass.
-CLI::Validator Between(double low, double high) {
-    const auto check = [low, high](const std::string& text) {
-        double value = 0.0;
-        if (CLI::detail::lexical_cast(text, value) && value >= low && value <= high) return std::string();
-        char reason[96];
-        std::snprintf(reason, sizeof reason, "has to be a number from %g to %g", low, high);
-        return std::string(reason);
-    };
-    return {check, ""};
-}
-
 void Plot(const PatternPlot& plot) {
     try {
         CheckPatternPlot(plot);
@@ -58,7 +42,7 @@ void Plot(const PatternPlot& plot) {
 }
 
 void AddDataOptions(CLI::App& command, PatternPlot& options) {
-    command.add_option("images", options.images, "Images (.xml_img), drawn side by side on one scale")
+    command.add_option("IMAGE", options.images, "Images (.xml_img), drawn side by side on one scale")
         ->required()
         ->type_name("FILE");
     command
@@ -152,7 +136,7 @@ void AddPictureOptions(CLI::App& command, PatternPlot& options) {
 }  // namespace
 
 void AddPlotCommand(CLI::App& program) {
-    CLI::App* const command = program.add_subcommand("plot", "Draws patterns as PNG, SVG or PDF");
+    CLI::App* const command = program.add_subcommand("plot", "Draw patterns as PNG, SVG or PDF");
     const auto options = std::make_shared<PatternPlot>();
     AddDataOptions(*command, *options);
     AddPictureOptions(*command, *options);

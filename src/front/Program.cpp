@@ -54,6 +54,8 @@ int RunProgram(int argumentCount, const char* const* arguments) {
     } catch (const CLI::Success& asked) {  // help
         return program.exit(asked);
     } catch (const CLI::ParseError& error) {
+        if (program.get_subcommands().empty() && program.remaining_size() > 0)
+            return Fail(program, "\"" + program.remaining().front() + "\" is no subcommand", kBadUsage);
         return Fail(program, error.what(), kBadUsage);
     } catch (const ZfError& error) {
         return Fail(program, error.message, kFailed);

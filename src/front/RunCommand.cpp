@@ -31,9 +31,9 @@ void Run(const RunOptions& options) {
 }  // namespace
 
 void AddRunCommand(CLI::App& program) {
-    CLI::App* const command = program.add_subcommand("run", "Goes from a recipe to pictures in one run");
+    CLI::App* const command = program.add_subcommand("run", "Go from a recipe to pictures in one run");
     const auto options = std::make_shared<RunOptions>();
-    command->add_option("recipe", options->recipe, "Recipe (.toml)")->required()->type_name("FILE");
+    command->add_option("RECIPE", options->recipe, "Recipe (.toml)")->required()->type_name("FILE");
     command
         ->add_option("-o,--output", options->run.folder,
                      "Folder of the results; default: the recipe's name with -results, here")

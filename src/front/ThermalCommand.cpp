@@ -1,29 +1,27 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <map>
 #include <memory>
 #include <string>
-#include <system_error>
 #include <vector>
 
 #include "foundation/ProgramFile.h"
 #include "foundation/Text.h"
-#include "foundation/ZfError.h"
+#include "front/AnyFile.h"
 #include "front/Commands.h"
 #include "front/FileSummary.h"
-#include "input/ZfCluster.h"
+#include "front/SharedOptions.h"
 #include "prepare/InputChecks.h"
 #include "prepare/Vibrations.h"
 
 namespace {
 
 constexpr const char* kExample =
-    "Example, after the cluster has been made:\n"
-    "  qvre thermal cluster.xml_cl --temperature 300 --debye As=360 --debye Ga=360 -o fluctuation.xml_flu\n"
-    "or without one:\n"
+    "Examples, the first with a cluster:\n"
+    "  qvre thermal cluster.xml_cl --temperature 300 -o fluctuation.xml_flu\n"
+    "  qvre thermal --debye Ga=360,As=360 --temperature 300 -o fluctuation.xml_flu\n"
     "  qvre thermal --element Cu --temperature 300 -o fluctuation.xml_flu";
 
 struct ThermalOptions {
@@ -34,22 +32,6 @@ struct ThermalOptions {
     std::string model = "debye";
     std::string output;
 };
-
-struct DebyePair {
-    std::string element;
-    double temperature_K = 0.0;
-};
-
-/// "Cu=343".
-DebyePair PairOf(const std::string& text) {
-    const std::size_t equal = std::min(text.find('='), text.size());
-    const char* end = text.data() + text.size();
-    DebyePair pair{.element = text.substr(0, equal)};
-    const auto number = std::from_chars(std::min(text.data() + equal + 1, end), end, pair.temperature_K);
-    if (pair.element.empty() || number.ec != std::errc() || number.ptr != end)
-        throw CLI::ValidationError("--debye", text + " is no pair of element and kelvin, such as Cu=343");
-    return pair;
-}
 
 VibrationModel ModelOf(const std::string& name) {
     if (name == "einstein") return VibrationModel::Einstein;
@@ -70,11 +52,9 @@ VibrationRequest RequestOf(const ThermalOptions& options, const ZfCluster& clust
     request.elements = ElementsOf(cluster);
     for (const std::string& element : options.elements) AddElement(request.elements, element);
     const bool named = !request.elements.empty();
-    for (const std::string& text : options.debye) {
-        const DebyePair pair = PairOf(text);
-        if (!request.debyeTemperature_K.emplace(pair.element, pair.temperature_K).second)
-            throw CLI::ValidationError("--debye", pair.element + " is given twice");
-        if (!named) AddElement(request.elements, pair.element);
+    for (const auto& [element, temperature_K] : DebyeTemperatures(options.debye)) {
+        request.debyeTemperature_K[element] = temperature_K;
+        if (!named) AddElement(request.elements, element);
     }
     if (request.model != VibrationModel::Debye && !options.debye.empty())
         throw CLI::ValidationError("--debye", "only the model debye takes Debye temperatures");
@@ -146,8 +126,9 @@ void PrintFindings(const ZfFluctuation& fluctuation, const ZfCluster& cluster, c
 }
 
 void Run(const ThermalOptions& options) {
+    CheckOutput(options.output, ".xml_flu");
     ZfCluster cluster;
-    if (!options.clusterFile.empty()) ZfLoadCluster(cluster, options.clusterFile);
+    if (!options.clusterFile.empty()) cluster = LoadClusterFile(options.clusterFile);
     const VibrationRequest request = RequestOf(options, cluster);
     const DebyeTable table(ProgramFile("debye_temperatures.csv"));
     const ZfDebye weights = LoadAtomicWeights(ProgramFile("AtomicWeight.txt"));
@@ -169,23 +150,24 @@ void Run(const ThermalOptions& options) {
 void AddThermalCommand(CLI::App& program) {
     auto options = std::make_shared<ThermalOptions>();
     CLI::App& command = *program.add_subcommand("thermal", "Write a fluctuation file: how the atoms vibrate");
-    command
-        .add_option("CLUSTER", options->clusterFile, "Cluster file (.xml_cl, .xyz) that tells the elements")
-        ->check(CLI::ExistingFile);
+    command.add_option("CLUSTER", options->clusterFile,
+                       "Cluster file (.xml_cl, .xyz) that tells the elements");
     command.add_option("--temperature", options->temperature_K, "Temperature in kelvin")
         ->capture_default_str();
     command
         .add_option("--model", options->model,
                     "Where Uiso comes from: debye (Debye temperature of each element), einstein (one force "
                     "constant, 70 N/m) or cluster (as the cluster file has it)")
-        ->check(CLI::IsMember({"debye", "einstein", "cluster"}))
+        ->check(OneOf({"debye", "einstein", "cluster"}))
         ->capture_default_str();
-    command.add_option("--element", options->elements, "Element, such as Cu; may be repeated")
+    command.add_option("--element", options->elements, "Elements, such as Ga,As")
+        ->delimiter(',')
         ->allow_extra_args(false);
     command
         .add_option("--debye", options->debye,
-                    "Debye temperature of an element in kelvin, such as Cu=343; may be repeated. Those not "
-                    "given come from a table of pure elements (Kittel)")
+                    "Debye temperatures, kelvin, such as Ga=360,As=360. Those not given "
+                    "come from a table of pure elements (Kittel)")
+        ->delimiter(',')
         ->allow_extra_args(false);
     command.add_option("-o,--output", options->output, "Fluctuation file to write (.xml_flu)")->required();
     command.footer(kExample);

@@ -5,7 +5,6 @@
 
 #include "foundation/Text.h"
 #include "foundation/ZfError.h"
-#include "input/ZfEmittedWave.h"
 #include "prepare/StrictNumber.h"
 
 namespace {
@@ -44,13 +43,17 @@ std::vector<double> ParseEnergies(const std::vector<std::string>& texts) {
     return energies;
 }
 
-std::vector<double> EnergiesOfWaves(const std::string& path) {
-    std::vector<ZfEmittedWave> waves;
-    ZfLoadEmittedWave(waves, path);
-    if (waves.empty()) throw ZfError(path + " holds no emitted waves");
+std::vector<double> EnergiesOfWaves(const std::vector<ZfEmittedWave>& waves) {
     std::vector<double> energies;
     for (const ZfEmittedWave& wave : waves)
         if (std::find(energies.begin(), energies.end(), wave.Ek) == energies.end())
             energies.push_back(wave.Ek);
     return energies;
+}
+
+std::vector<double> EnergiesOfWaves(const std::string& path) {
+    std::vector<ZfEmittedWave> waves;
+    ZfLoadEmittedWave(waves, path);
+    if (waves.empty()) throw ZfError(path + " holds no emitted waves");
+    return EnergiesOfWaves(waves);
 }

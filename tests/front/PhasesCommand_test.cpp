@@ -95,15 +95,17 @@ TEST(PhasesCommand, LeavesNothingBehindWhenItFails) {
         {{cluster, "-o", output}, 2, "energies are needed: --energy or --waves"},
         {{cluster, "--energy", "56x", "-o", output}, 2, "energy: \"56x\" is no number"},
         {{cluster, "--energy", "500:400:10", "-o", output}, 2, "the energies have to rise"},
-        {{cluster, "--energy", "560", "-o", folder.Path("p.txt")}, 2, "the output has to end in .xml_ph"},
+        {{cluster, "--energy", "560", "-o", folder.Path("p.txt")}, 2, "has to end in .xml_ph"},
         {{cluster, "--energy", "560", "--table", two, "-o", output}, 2, "excludes"},
+        {{cluster, "--energy", "560", "-o", output, "--list", folder.Path("no/l")}, 1, "Cannot write"},
+        {{cluster, "--energy", "560", "--cut", "nan", "-o", output}, 2, "--cut: has to be a number"},
         {{"--energy", "560", "-o", output}, 2, "a cluster is needed, or --surroundings or --table"},
         {{"--table", two, "--energy", "5", "-o", output}, 2, "--table needs --name"},
         {{cluster, "--energy", "560", "--radius", "Ag=1", "-o", output}, 1, "no atoms of the name \"Ag\""},
         {{cluster, "--energy", "560", "--radius", "3", "-o", output}, 1, "take a smaller radius"},
         {{two, "--energy", "560", "-o", output}, 1, "Take a larger cluster, or give the zero (--zero)."},
         {{unknown, "--energy", "560", "-o", output}, 1, "There is no atomic field for the element"},
-        {{inputs.Path("none.xml_cl"), "--energy", "560", "-o", output}, 1, "none.xml_cl"}};
+        {{"--energy", "560", inputs.Path("none.xml_cl"), "-o", output}, 1, "none.xml_cl"}};
     for (const auto& [words, status, message] : cases) {
         std::vector<std::string> arguments = {"phases"};
         arguments.insert(arguments.end(), words.begin(), words.end());

@@ -26,7 +26,7 @@ TEST(ThermalCommand, MakesTheFilesOfTheExamples) {
     };
     const std::string gaas = QVRE_EXAMPLES "/gaas001/cluster.xml_cl";
     EXPECT_EQ(made({"--element", "Cu"}), Example("cu001_small/fluctuation.xml_flu"));
-    EXPECT_EQ(made({"--debye", "As=360", "--debye", "Ga=360", gaas}), Example("gaas001/fluctuation.xml_flu"));
+    EXPECT_EQ(made({"--debye", "As=360,Ga=360", gaas}), Example("gaas001/fluctuation.xml_flu"));
     EXPECT_EQ(made({gaas, "--model", "einstein"}), Example("gaas001/fluctuation_einstein.xml_flu"));
     EXPECT_EQ(made({"--model", "cluster"}), Example("gaas001/fluctuation_cluster.xml_flu"));
 }
@@ -34,7 +34,7 @@ TEST(ThermalCommand, MakesTheFilesOfTheExamples) {
 TEST(ThermalCommand, TellsUiso) {
     const TempFolder folder;
     const auto told = [&](std::vector<std::string> arguments) {
-        arguments.insert(arguments.begin(), {"thermal", "-o", folder.Path("f")});
+        arguments.insert(arguments.begin(), {"thermal", "-o", folder.Path("f.xml_flu")});
         const std::string text = RunQvre(arguments).output;
         return text.substr(std::min(text.find('\n'), text.size() - 1) + 1);
     };

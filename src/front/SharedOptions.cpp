@@ -1,0 +1,87 @@
+#include "front/SharedOptions.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <filesystem>
+#include <set>
+
+#include "prepare/StrictNumber.h"
+
+CLI::Validator Between(double low, double high) {
+    const auto check = [low, high](const std::string& text) {
+        double value = 0.0;
+        if (CLI::detail::lexical_cast(text, value) && value >= low && value <= high) return std::string();
+        char reason[96];
+        std::snprintf(reason, sizeof reason, "has to be a number from %g to %g", low, high);
+        return std::string(reason);
+    };
+    return {check, ""};
+}
+
+CLI::Validator AboveZero() {
+    const auto check = [](const std::string& text) {
+        double value = 0.0;
+        if (CLI::detail::lexical_cast(text, value) && value > 0.0 && std::isfinite(value))
+            return std::string();
+        return std::string("has to be a number above 0");
+    };
+    return {check, ""};
+}
+
+std::string Alternatives(const std::vector<std::string>& names) {
+    std::string text;
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        if (i > 0) text += i + 1 < names.size() ? ", " : " or ";
+        text += names[i];
+    }
+    return text;
+}
+
+CLI::Validator OneOf(const std::vector<std::string>& names) {
+    const auto check = [names](const std::string& text) {
+        if (std::find(names.begin(), names.end(), text) != names.end()) return std::string();
+        return "has to be " + Alternatives(names) + ", not " + text;
+    };
+    return {check, ""};
+}
+
+CLI::Option* AddExchange(CLI::App& command, ExchangeKind& exchange, const std::string& purpose) {
+    const std::map<std::string, ExchangeKind> exchanges = {{"furness", ExchangeKind::kFurnessMcCarthy},
+                                                           {"slater", ExchangeKind::kSlater},
+                                                           {"none", ExchangeKind::kNone}};
+    return command
+        .add_option("--exchange", exchange,
+                    "Exchange of the photoelectron: furness (after Furness and McCarthy; default), slater "
+                    "or none" +
+                        purpose)
+        ->transform(Enumerator(exchanges))
+        ->option_text("NAME");
+}
+
+std::vector<std::pair<std::string, double>> NamedNumbers(const char* option,
+                                                         const std::vector<std::string>& texts) {
+    std::vector<std::pair<std::string, double>> pairs;
+    std::set<std::string> names;
+    for (const std::string& text : texts) {
+        const std::size_t equals = text.find('=');
+        const std::string name = equals == std::string::npos ? "" : text.substr(0, equals);
+        const std::string number = equals == std::string::npos ? text : text.substr(equals + 1);
+        pairs.emplace_back(name, Usage(option, [&] { return StrictNumber(number, text); }));
+        if (!names.insert(name).second)
+            throw CLI::ValidationError(option, "there are two of " + text.substr(0, equals));
+    }
+    return pairs;
+}
+
+std::vector<std::pair<std::string, double>> DebyeTemperatures(const std::vector<std::string>& texts) {
+    for (const std::string& text : texts)
+        if (text.find('=') == std::string::npos || text.front() == '=')
+            throw CLI::ValidationError("--debye", text + " is no pair of element and kelvin, such as Cu=343");
+    return NamedNumbers("--debye", texts);
+}
+
+void CheckOutput(const std::string& path, const std::string& extension) {
+    if (std::filesystem::path(path).extension() != extension)
+        throw CLI::ValidationError("--output", "has to end in " + extension);
+}

@@ -1,0 +1,69 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <map>
+#include <string>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+#include "foundation/ZfError.h"
+#include "prepare/MuffinTin.h"
+
+// What the options of several subcommands have in common.
+
+/// Runs an action whose ZfError is bad usage of the option.
+template <class Action>
+auto Usage(const char* option, Action action) {
+    try {
+        return action();
+    } catch (const ZfError& error) {
+        throw CLI::ValidationError(option, error.message);
+    }
+}
+
+/// A number of the closed range; CLI::Range lets NaN pass.
+CLI::Validator Between(double low, double high);
+
+/// A finite number.
+CLI::Validator AboveZero();
+
+/// "a, b or c".
+std::string Alternatives(const std::vector<std::string>& names);
+
+/// One of the names.
+CLI::Validator OneOf(const std::vector<std::string>& names);
+
+template <class Value>
+std::vector<std::string> NamesOf(const std::map<std::string, Value>& table) {
+    std::vector<std::string> names;
+    names.reserve(table.size());
+    for (const auto& entry : table) names.push_back(entry.first);
+    return names;
+}
+
+/// Turns a name of the table into its enumerator, for `transform`.
+template <class Enumeration>
+CLI::Validator Enumerator(const std::map<std::string, Enumeration>& table) {
+    const auto translate = [table](std::string& text) {
+        const auto found = table.find(text);
+        if (found == table.end()) return "has to be " + Alternatives(NamesOf(table)) + ", not " + text;
+        text = std::to_string(static_cast<std::underlying_type_t<Enumeration>>(found->second));
+        return std::string();
+    };
+    return {translate, ""};
+}
+
+/// --exchange; `purpose` goes behind the names that it takes.
+CLI::Option* AddExchange(CLI::App& command, ExchangeKind& exchange, const std::string& purpose);
+
+/// Pairs such as Cu=343, in their order. A number alone has an empty name. Throws CLI::ValidationError for
+/// what is no number and for a name given twice.
+std::vector<std::pair<std::string, double>> NamedNumbers(const char* option,
+                                                         const std::vector<std::string>& texts);
+
+/// The same with a name for each, the symbol of an element.
+std::vector<std::pair<std::string, double>> DebyeTemperatures(const std::vector<std::string>& texts);
+
+/// Throws CLI::ValidationError unless the path has a name and this extension.
+void CheckOutput(const std::string& path, const std::string& extension);
