@@ -87,17 +87,27 @@ SphereImage Spread(const CompareResult& result, const std::vector<double>& value
     return {SphereMap::AzimuthalEquidistant, kSide, kSide, std::move(sums)};
 }
 
+/// The polar angles of the directions, and half a spacing beyond.
+Span ComparedBelt(const CompareResult& result) {
+    const double margin = Spacing(result) / 2.0;
+    const auto [low, high] = std::minmax_element(result.theta.begin(), result.theta.end());
+    return {*low <= 2.0 * margin ? 0.0 : *low - margin, *high + margin};
+}
+
 void DrawDifference(const CompareResult& result, const std::string& path) {
     const std::vector<double> scaledB = ScaledB(result);
     std::vector<double> difference(scaledB.size());
     std::transform(result.chiA.begin(), result.chiA.end(), scaledB.begin(), difference.begin(),
                    [](double a, double b) { return a - b; });
     PlotRequest plot;
-    plot.images.push_back({Spread(result, result.chiA), "a"});
-    plot.images.push_back({Spread(result, scaledB), Line("b, turned %.1f\u00B0, times %.3g", result.rotation,
-                                                         result.agreement.scale)});
-    plot.images.push_back({Spread(result, difference), Line("a - b, R = %.3f", result.agreement.scaledR)});
-    plot.quantity = "chi";
+    plot.images.push_back({Spread(result, result.chiA), "a: " + result.nameA});
+    plot.images.push_back({Spread(result, scaledB), "b: " + result.nameB +
+                                                        Line(", turned %.1f\u00B0, times %.3g",
+                                                             result.rotation, result.agreement.scale)});
+    plot.images.push_back(
+        {Spread(result, difference), Line("a \u2212 b, R = %.3f", result.agreement.scaledR)});
+    plot.quantity = "\u03C7";
+    plot.shownTheta_deg = ComparedBelt(result);
     plot.colours = ColourMap::Diverging;
     plot.symmetricRange = true;
     DrawPattern(plot, path);

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <filesystem>
 #include <numbers>
 #include <utility>
 
@@ -193,6 +194,10 @@ double BestRotation(const std::vector<double>& a, const Sampled& b, const Direct
     return refined > 180.0 ? refined - 360.0 : refined;
 }
 
+std::string Stem(const std::string& path) {
+    return std::filesystem::path(path).stem().string();
+}
+
 }  // namespace
 
 CompareResult ComparePatterns(const CompareRequest& request) {
@@ -209,6 +214,8 @@ CompareResult ComparePatterns(const CompareRequest& request) {
     }
     const Sampled second = Sample(std::move(image), !request.second.i0.empty(), request, directions);
     CompareResult result;
+    result.nameA = Stem(request.measured.empty() ? request.first.image : request.measured);
+    result.nameB = Stem(request.second.image);
     if (request.rotate) result.rotation = BestRotation(chiA, second, directions);
     result.chiA = std::move(chiA);
     result.chiB = Turned(second, directions, result.rotation);

@@ -31,6 +31,8 @@ struct CompareRequest {
 
 /// Entry i of the lists belongs to direction i: a measured point, or a point of a grid of directions.
 struct CompareResult {
+    std::string nameA;  ///< of its file, without folder and extension
+    std::string nameB;
     Agreement agreement;
     /// Degrees, above -180 up to 180, by which `second` was turned about the surface normal, from +x towards
     /// +y: chi_b(theta, phi) is its modulation at (theta, phi - rotation). Of rotations that serve equally

@@ -47,6 +47,8 @@ std::uint32_t Packed(const Colour& colour) {
 std::vector<std::uint32_t> DiscPixels(const SphereImage& image, const PlotRequest& request, const Span& range,
                                       std::int32_t side) {
     const double beyondRim = 1.0 + 4.0 / side;
+    Span shown = request.shownTheta_deg;
+    if (shown.high >= 90.0) shown.high = 180.0;
     std::vector<std::uint32_t> pixels(static_cast<std::size_t>(side) * static_cast<std::size_t>(side),
                                       0xFFFFFF);
     // One writer a row.
@@ -57,7 +59,9 @@ std::vector<std::uint32_t> DiscPixels(const SphereImage& image, const PlotReques
             const double y = 1.0 - (2 * row + 1.0) / side;
             const double radius = std::hypot(x, y);
             if (radius > beyondRim) continue;
-            const double value = image.Value(PolarAngle(request.view, radius), std::atan2(y, x));
+            const double theta = PolarAngle(request.view, radius);
+            if (theta < shown.low * kDegree || theta > shown.high * kDegree) continue;
+            const double value = image.Value(theta, std::atan2(y, x));
             const double fraction = (value - range.low) / (range.high - range.low);
             pixels[static_cast<std::size_t>(row) * static_cast<std::size_t>(side) +
                    static_cast<std::size_t>(column)] = Packed(ColourAt(request.colours, fraction));

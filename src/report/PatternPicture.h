@@ -16,8 +16,9 @@ struct PlotRequest {
     std::string quantity = "I (arb. units)";
     View view = View::AzimuthalEquidistant;
     ColourMap colours = ColourMap::Viridis;
-    std::optional<Span> range;    ///< of the colours; unset: ColourRange
-    bool symmetricRange = false;  ///< ends of equal size, for a modulation
+    std::optional<Span> range;       ///< of the colours; unset: ColourRange
+    bool symmetricRange = false;     ///< ends of equal size, for a modulation
+    Span shownTheta_deg{0.0, 90.0};  ///< polar angles beyond stay blank
     double ringStep_deg = 30.0;
     int panelsPerRow = 3;
     double width =

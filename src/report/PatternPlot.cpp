@@ -141,7 +141,8 @@ void CheckPatternPlot(const PatternPlot& plot) {
     if (plot.captions.size() > plot.images.size()) throw ZfError("there are more captions than images");
     if (plot.innerPotential && plot.energy == 0.0)
         throw ZfError(
-            "the image does not tell its energy: the inner potential needs the energy of the calculation");
+            "the image does not tell its energy: beside the inner potential give the energy of the "
+            "calculation");
     if (plot.energy != 0.0 && !plot.innerPotential)
         throw ZfError("the energy is used for refraction only: give the inner potential too");
     if (!plot.range.empty() && !(plot.range[0] < plot.range[1]))
