@@ -47,11 +47,12 @@ int RunProgram(int argumentCount, const char* const* arguments) {
     const ConsoleRedirection quiet(nullptr);
     CLI::App program("Makes the inputs of photoelectron diffraction calculations and shows their results");
     program.name("qvre");
+    program.set_version_flag("--version", "qvre " QVRE_VERSION);
     AddCommands(program);
     try {
         program.parse(argumentCount, arguments);
         return kDone;
-    } catch (const CLI::Success& asked) {  // help
+    } catch (const CLI::Success& asked) {  // help, version
         return program.exit(asked);
     } catch (const CLI::ParseError& error) {
         if (program.get_subcommands().empty() && program.remaining_size() > 0)
