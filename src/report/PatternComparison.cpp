@@ -195,6 +195,13 @@ double BestRotation(const std::vector<double>& a, const Sampled& b, const Direct
 
 }  // namespace
 
+void CheckMeasuredPoints(const CompareRequest& request) {
+    CheckRange(request);
+    Directions directions;
+    const std::vector<double> chi = MeasuredModulation(request, directions);
+    CompareModulations(chi, chi, directions.weight);
+}
+
 CompareResult ComparePatterns(const CompareRequest& request) {
     CheckRange(request);
     Directions directions;
