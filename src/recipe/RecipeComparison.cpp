@@ -61,7 +61,9 @@ void CompareResults(const RecipePlan& plan, const ResultFolder& folder, RunLog& 
     std::vector<ComparedResult> results;
     for (const RunResult& result : plan.results) {
         InterruptRequest::ThrowIfPending();
-        request.second = {folder.Path(result.image), folder.Path(result.directImage)};
+        request.second.image = folder.Path(result.image);
+        // The measured points have no I0: the same background is taken from both then.
+        if (!request.background) request.second.i0 = folder.Path(result.directImage);
         results.push_back({&result, ComparePatterns(request)});
         log.Line(ResultLine(results.back()));
         if (!difference.empty())

@@ -40,9 +40,12 @@ std::string ReadDifference(RecipeTable& section) {
     return name;
 }
 
+/// A cubic serves points that lie on no rings as well, where means over the azimuth would take the pattern
+/// away.
 void CompleteBackground(CompareRequest& request) {
+    constexpr int kUsualDegree = 3;
     if (!request.background && LoadMeasuredPattern(request.measured).chi.empty())
-        request.background = BackgroundModel{};
+        request.background = BackgroundModel{kUsualDegree};
     CheckMeasuredPoints(request);
 }
 

@@ -21,7 +21,7 @@ struct RecipeComparison {
 };
 
 /// `measuredFile`, if there is one, takes the place of the file that the section names. Without a column chi
-/// and without a background that is asked for, the mean over each polar ring is taken away. Refuses measured
-/// points that cannot be compared with any pattern.
+/// and without a background that is asked for, a cubic in the polar angle is taken away, here and from the
+/// pattern. Refuses measured points that cannot be compared with any pattern.
 RecipeComparison ReadCompareSection(RecipeTable section, const RecipeFolder& place,
                                     const std::string& measuredFile);
