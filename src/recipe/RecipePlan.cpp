@@ -68,8 +68,10 @@ std::string ShippedTables() {
 /// Makes the plan of one recipe.
 class Planner {
 public:
-    Planner(const std::string& recipePath, const RecipeRunOptions& options)
-        : recipePath_(recipePath), place_{fs::path(recipePath).parent_path().string()}, options_(options) {}
+    Planner(std::string recipePath, RecipeRunOptions options)
+        : recipePath_(std::move(recipePath)),
+          place_{fs::path(recipePath_).parent_path().string()},
+          options_(std::move(options)) {}
 
     RecipePlan Plan();
 
@@ -174,7 +176,7 @@ void Planner::ClaimComparison() {
 /// Adds the step that makes one file of a case and returns the file's path.
 std::string Planner::AddFile(const RecipeCase& one, const FileKind& kind, const FileMaker& maker) {
     const std::string name = kind.stem + SuffixOf(one, kind.sections) + kind.extension;
-    const std::string path = InFolder(name);
+    std::string path = InFolder(name);
     AddStep({kind.step, KeyOf(one, kind.step, kind.sections), {name}, [=] { return maker(path); }});
     return path;
 }
@@ -217,8 +219,8 @@ RunResult Planner::AddCase(const RecipeCase& one) {
 
 RunResult Planner::AddImages(const RecipeCase& one, const ImageRequest& request) {
     const std::string suffix = SuffixOf(one, kImages);
-    const RunResult result{suffix.empty() ? "" : suffix.substr(1), "pattern" + suffix + ".xml_img",
-                           "i0" + suffix + ".xml_img", KeyOf(one, "images", kImages)};
+    RunResult result{suffix.empty() ? "" : suffix.substr(1), "pattern" + suffix + ".xml_img",
+                     "i0" + suffix + ".xml_img", KeyOf(one, "images", kImages)};
     const std::string image = InFolder(result.image);
     const std::string directImage = InFolder(result.directImage);
     AddStep({"images", result.key, {result.image, result.directImage}, [=] {
@@ -235,8 +237,8 @@ RunResult Planner::AddSum(const std::vector<RunResult>& members, const RecipeGro
         if (variation.section + "." + variation.key == plan_.scannedName) suffix += "_" + variation.label;
     for (const RunResult& member : members) key += member.key;
 
-    const RunResult sum{suffix.empty() ? "" : suffix.substr(1), "pattern" + suffix + "_sum.xml_img",
-                        "i0" + suffix + "_sum.xml_img", FingerprintOf(key)};
+    RunResult sum{suffix.empty() ? "" : suffix.substr(1), "pattern" + suffix + "_sum.xml_img",
+                  "i0" + suffix + "_sum.xml_img", FingerprintOf(key)};
     std::vector<std::string> images;
     std::vector<std::string> directImages;
     for (const RunResult& member : members) {

@@ -180,7 +180,7 @@ std::string RecipeTable::Text(const std::string& key, const std::string& fallbac
 }
 
 std::string RecipeTable::Word(const std::string& key, const std::vector<std::string>& words) {
-    const std::string word = Text(key, words.front());
+    std::string word = Text(key, words.front());
     if (std::find(words.begin(), words.end(), word) == words.end())
         Fail(key, "\"" + word + "\" is none of " + Join(words));
     return word;
