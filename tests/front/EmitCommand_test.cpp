@@ -62,7 +62,7 @@ TEST(EmitCommand, BadInputLeavesNothing) {
         {kCluster + " --level 2p --kinetic 560 --polarisation 0,0,0", 2, "direction other than 0,0,0"},
         {"--polarisation 0,0,1 --level 2p --kinetic 560 --element Cu", 2,
          "--surroundings or --free is required"},
-        {good + "--level 4s --photon Al", 1, "give the measured one (the calculated orbital lies at 7 eV)"},
+        {good + "--level 4s --photon Al", 1, "with --binding (the calculated orbital lies at 7 eV)"},
         {good + "--level 2p --photon 900", 1, "does not free an electron bound by"},
         {good + "--level 2p --kinetic 560.12345", 1, "more than the 6 digits of a file"},
         {good + "--level 2p --kinetic 560 --element Ni", 1, "origin of the cluster is Cu, not Ni"},
