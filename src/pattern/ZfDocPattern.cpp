@@ -159,12 +159,14 @@ void ZfDocPattern::Calculate(ZfNotifyTerminate& notifier, ZfScatteringData& data
     PrepareCalculation(data, fluctuation, debye);
     if (mapping.planes.size() < kWrittenPlanes) throw ZfError("Error: A pattern needs four planes");
     const ZfFarFieldDirections directions = Directions();
+    recordsDone = 0;
     for (std::int64_t s = 0; s < activeRecordCount; ++s) {
         if (notifier.IsTerminated()) break;
         ConsoleLine("START: STRUCTURE LOOP=" + std::to_string(s) + "/" + std::to_string(activeRecordCount));
         if (!IsActive(s)) continue;
         SetUpRecord(data, s);
         AddRecord(notifier, directions);
+        ++recordsDone;
         ConsoleLine("END: STRUCTURE LOOP=" + std::to_string(s));
     }
 }

@@ -50,6 +50,7 @@ public:
     bool mfpByDepth = false;            ///< carried only
     std::vector<std::uint32_t> activeRecords;  ///< one bit a record
     std::int64_t activeRecordCount = 0;
+    std::int64_t recordsDone = 0;  ///< of those that take part, in a running calculation
     ZfSphericalMapping mapping;
     ZfVectorFreeElectron directWave;     ///< the record's list cut to its emitter
     ZfVectorFreeElectron scatteredWave;  ///< the record's list within the limits; the amplitudes read it

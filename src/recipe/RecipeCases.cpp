@@ -1,9 +1,13 @@
 #include "recipe/RecipeCases.h"
 
+#include <algorithm>
 #include <array>
+#include <cctype>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
+#include <string_view>
 #include <utility>
 #include <variant>
 
@@ -27,13 +31,25 @@ constexpr std::array<SeriesKey, 4> kSeriesKeys = {{
     {"thermal", "temperature", "", "K"},
 }};
 
-/// A value as part of a file name: text values come without what a shell or a file system could stumble on.
+const toml::array* ListAt(const toml::table& recipe, const SeriesKey& series) {
+    return recipe[series.section][series.key].as_array();
+}
+
+/// What the patterns depend on; a scan of anything else would calculate the same one again.
+constexpr std::array<std::string_view, 6> kScannedSections = {"cluster", "emission",   "phases",
+                                                              "thermal", "scattering", "image"};
+
+/// A text as part of a file name, without what a shell or a file system could stumble on.
+std::string Label(const std::string& text) {
+    std::string label;
+    for (const char c : text)
+        if (std::isalnum(static_cast<unsigned char>(c)) != 0 || std::strchr("._+-", c)) label += c;
+    return label;
+}
+
 std::string LabelOf(const toml::node& value) {
     if (value.is_number()) return DoubleToText(value.value<double>().value_or(0.0));
-    std::string label;
-    for (const char c : value.value<std::string>().value_or(""))
-        if (c != ' ' && c != '/') label += c;
-    return label;
+    return Label(value.value<std::string>().value_or(""));
 }
 
 using Value = std::variant<std::int64_t, double, std::string>;
@@ -69,15 +85,16 @@ toml::table Parse(const std::string& path) {
     }
 }
 
+/// Tables that the recipe leaves out are made.
 void Assign(toml::table& settings, const Assignment& assignment) {
-    toml::table* table = settings[assignment.where.section].as_table();
-    std::string key = assignment.where.key;
-    for (std::size_t dot = key.find('.'); table && dot != std::string::npos; dot = key.find('.')) {
-        table = table->get_as<toml::table>(key.substr(0, dot));
+    const std::string setting = assignment.where.section + "." + assignment.where.key;
+    toml::table* table = &settings;
+    std::string key = setting;
+    for (std::size_t dot = key.find('.'); dot != std::string::npos; dot = key.find('.')) {
+        table = table->emplace<toml::table>(key.substr(0, dot)).first->second.as_table();
+        if (!table) throw ZfError("There is no setting " + setting + " to be varied");
         key.erase(0, dot + 1);
     }
-    if (!table)
-        throw ZfError("The recipe has no table for " + assignment.where.section + "." + assignment.where.key);
     std::visit([&](const auto& value) { table->insert_or_assign(key, value); }, assignment.value);
 }
 
@@ -92,7 +109,7 @@ RecipeCase MakeCase(const std::string& path, const Assignments& assignments) {
 
 /// Replaces every member by one for each value of the list at the key, if there is a list.
 void ExpandKey(std::vector<Assignments>& members, const SeriesKey& series, const toml::table& recipe) {
-    const toml::array* list = recipe[series.section][series.key].as_array();
+    const toml::array* list = ListAt(recipe, series);
     if (!list) return;
     if (list->empty())
         throw ZfError("The list " + std::string(series.section) + "." + series.key + " is empty");
@@ -134,14 +151,19 @@ std::vector<double> ScanValues(RecipeTable& scan) {
     return values;
 }
 
-/// "thermal.temperature" as section and key. The section has to be there.
+/// "thermal.temperature" as section and key.
 RecipeVariation ScannedSetting(RecipeTable& scan, const toml::table& recipe) {
     const std::string path = scan.Text("vary", "");
     const std::size_t dot = path.find('.');
     if (dot == std::string::npos) scan.Fail("vary", "has to name a setting, such as \"thermal.temperature\"");
     RecipeVariation where{path.substr(0, dot), path.substr(dot + 1), {}};
-    if (!recipe[where.section].is_table())
-        scan.Fail("vary", "the recipe has no table [" + where.section + "]");
+    if (std::find(kScannedSections.begin(), kScannedSections.end(), where.section) == kScannedSections.end())
+        scan.Fail(
+            "vary",
+            "has to name a setting of [cluster], [emission], [phases], [thermal], [scattering] or [image]");
+    for (const SeriesKey& series : kSeriesKeys)
+        if (where.section == series.section && where.key == series.key && ListAt(recipe, series))
+            scan.Fail("vary", path + " is a list, which makes a series: give it one value");
     return where;
 }
 
@@ -157,7 +179,7 @@ std::vector<RecipeGroup> ExpandRecipe(const std::string& path) {
     }
     RecipeVariation where = ScannedSetting(scan, recipe);
     for (const double value : ScanValues(scan)) {
-        where.label = where.key + "_" + DoubleToText(value);
+        where.label = Label(where.key) + "_" + DoubleToText(value);
         groups.push_back(MakeGroup(path, recipe, value, {{where, ValueOf(value), true}}));
     }
     scan.RefuseUnread();

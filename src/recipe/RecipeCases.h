@@ -27,7 +27,7 @@ struct RecipeGroup {
 
 /// A series comes from lists: cluster.emitter-layer, emission.kinetic, emission.photon and
 /// thermal.temperature, in all combinations, the last one running fastest. The table [scan] names one setting
-/// ("vary") and its values, as a list ("values") or as "from", "to" and "steps".
+/// ("vary"), which is no list, and its values, as a list ("values") or as "from", "to" and "steps".
 ///
 /// Reads the recipe from its file, once for each case, so that every value knows its line. Throws ZfError,
 /// also for a file that is missing or no TOML.

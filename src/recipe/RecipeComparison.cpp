@@ -5,6 +5,8 @@
 
 #include "foundation/ReplacedFile.h"
 #include "foundation/Text.h"
+#include "recipe/RunProgress.h"
+#include "report/ComparisonOutput.h"
 #include "report/LinePlot.h"
 
 namespace {
@@ -53,13 +55,19 @@ void DrawScan(const std::string& name, const std::vector<ComparedResult>& result
 }  // namespace
 
 void CompareResults(const RecipePlan& plan, const ResultFolder& folder, RunLog& log) {
-    CompareRequest request = plan.comparison;
+    CompareRequest request = plan.comparison.request;
     if (request.measured.empty()) return;
+    const std::string& difference = plan.comparison.difference;
     std::vector<ComparedResult> results;
     for (const RunResult& result : plan.results) {
-        request.second = {folder.Path(result.image), folder.Path(result.directImage)};
+        InterruptRequest::ThrowIfPending();
+        request.second.image = folder.Path(result.image);
+        // The measured points have no I0: the same background is taken from both then.
+        if (!request.background) request.second.i0 = folder.Path(result.directImage);
         results.push_back({&result, ComparePatterns(request)});
         log.Line(ResultLine(results.back()));
+        if (!difference.empty())
+            WriteDifference(results.back().compared, folder.Path(result.FileName(difference)));
     }
     if (plan.scannedName.empty() || results.empty()) return;
     WriteWholeFile(folder.Path("scan.csv"), ScanTable(plan.scannedName, results));

@@ -21,19 +21,23 @@ struct EnergySettings {
     double fermi_eV = 10.0;
 };
 
+/// The energy of a laboratory source, "Al", or a number.
+double PhotonEnergy(RecipeTable& section) {
+    if (!section.HasText("photon")) return section.Number("photon", RecipeUnit::kElectronVolt, 0.0);
+    const std::string text = section.Text("photon", "");
+    if (text == "Al" || text == "Mg" || text == "Ag") return ParsePhotonEnergy(text);
+    return section.Made("photon", [&] { return ParseQuantity(text, RecipeUnit::kElectronVolt); });
+}
+
 EnergySettings ReadEnergy(RecipeTable& section) {
     EnergySettings energy;
     const auto kinetic = section.Number("kinetic", RecipeUnit::kElectronVolt);
     if (kinetic.has_value() == section.Has("photon"))
         section.Fail("kinetic", "give either kinetic or photon, an energy");
     energy.kinetic_eV = kinetic.value_or(0.0);
-    if (section.HasText("photon")) {
-        const std::string text = section.Text("photon", "");
-        const bool isLine = text == "Al" || text == "Mg" || text == "Ag";
-        energy.photon_eV = isLine ? ParsePhotonEnergy(text) : ParseQuantity(text, RecipeUnit::kElectronVolt);
-    } else {
-        energy.photon_eV = section.Number("photon", RecipeUnit::kElectronVolt, 0.0);
-    }
+    energy.photon_eV = PhotonEnergy(section);
+    if (!(energy.kinetic_eV + energy.photon_eV > 0.0))
+        section.Fail(kinetic ? "kinetic" : "photon", "has to be above 0");
     energy.binding_eV = section.Number("binding", RecipeUnit::kElectronVolt);
     energy.fermi_eV = section.Number("fermi", RecipeUnit::kElectronVolt, energy.fermi_eV);
     return energy;
@@ -56,9 +60,13 @@ std::vector<LightVector> ReadLight(RecipeTable& section) {
     if (linear.has_value() + unpolarised.has_value() + isCircular > 1)
         section.Fail("polarisation", "give one of polarisation, unpolarised-along and circular");
     if (isCircular != along.has_value()) section.Fail("circular", "circular and along belong together");
-    if (unpolarised) return UnpolarisedLight(*unpolarised);
-    if (isCircular) return CircularLight(*along, section.Word("circular", {"left", "right"}) == "left");
-    return LinearLight(linear.value_or(std::array<double, 3>{0.0, 0.0, 1.0}));
+    if (unpolarised) return section.Made("unpolarised-along", [&] { return UnpolarisedLight(*unpolarised); });
+    if (isCircular) {
+        const bool isLeft = section.Word("circular", {"left", "right"}) == "left";
+        return section.Made("along", [&] { return CircularLight(*along, isLeft); });
+    }
+    const std::array<double, 3> normal = {0.0, 0.0, 1.0};
+    return section.Made("polarisation", [&] { return LinearLight(linear.value_or(normal)); });
 }
 
 FileMaker ReadIsotropic(RecipeTable& section) {
@@ -95,7 +103,7 @@ FileMaker ReadEmissionSection(RecipeTable section, const RecipeFolder& place,
     EmissionRequest request;
     const std::string level = section.Text("level", "");
     if (level.empty()) section.Fail("level", "give the core level, such as \"2p\"");
-    request.level = ParseCoreLevel(level);
+    request.level = section.Made("level", [&] { return ParseCoreLevel(level); });
     const EnergySettings energy = ReadEnergy(section);
     request.light = ReadLight(section);
     request.weight = section.Number("weight", RecipeUnit::kNone, 1.0);

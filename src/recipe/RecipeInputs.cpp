@@ -33,7 +33,10 @@ std::vector<int> Integers(RecipeTable& section, const std::string& key) {
 std::map<std::string, double> NamedNumbers(RecipeTable& section, const std::string& key, RecipeUnit unit) {
     RecipeTable table = section.Section(key);
     std::map<std::string, double> numbers;
-    for (const std::string& name : table.Keys()) numbers[name] = *table.Number(name, unit);
+    for (const std::string& name : table.Keys()) {
+        numbers[name] = *table.Number(name, unit);
+        if (!(numbers[name] > 0.0)) table.Fail(name, "has to be above 0");
+    }
     return numbers;
 }
 
@@ -42,8 +45,10 @@ CrystalCell ReadCell(RecipeTable& section, const RecipeFolder& place) {
     const std::string cell = section.Text("cell", "");
     if (preset.empty() == cell.empty())
         section.Fail("preset", "give one of preset, cell (a crystal file) and file (a ready cluster)");
-    if (!cell.empty()) return LoadCell(place.Path(cell));
-    return PresetCell(preset, section.Texts("elements"), section.Numbers("lattice", RecipeUnit::kAngstrom));
+    if (!cell.empty()) return section.Made("cell", [&] { return LoadCell(place.Path(cell)); });
+    const std::vector<std::string> elements = section.Texts("elements");
+    const std::vector<double> lattice = section.Numbers("lattice", RecipeUnit::kAngstrom);
+    return section.Made("preset", [&] { return PresetCell(preset, elements, lattice); });
 }
 
 ClusterRequest ReadClusterRequest(RecipeTable& section, const RecipeFolder& place) {
@@ -60,12 +65,12 @@ ClusterRequest ReadClusterRequest(RecipeTable& section, const RecipeFolder& plac
     request.top = section.Text("top", "");
     const bool isParaboloid = section.Word("shape", {"hemisphere", "paraboloid"}) == "paraboloid";
     request.shape = isParaboloid ? ClusterShape::Paraboloid : ClusterShape::Hemisphere;
-    request.size_A = section.Number("radius", RecipeUnit::kAngstrom, 0.0);
+    request.size_A = section.NotNegative("radius", RecipeUnit::kAngstrom, 0.0);
     const std::vector<int> atoms = Integers(section, "atoms");
     if (!atoms.empty()) request.atoms = atoms[0];
     if (!atoms.empty() && request.size_A != 0.0) section.Fail("atoms", "give atoms or radius, not both");
     request.debye_K = NamedNumbers(section, "debye", RecipeUnit::kKelvin);
-    request.temperature_K = section.Number("temperature", RecipeUnit::kKelvin, request.temperature_K);
+    request.temperature_K = section.NotNegative("temperature", RecipeUnit::kKelvin, request.temperature_K);
     request.weightTable = ProgramFile("AtomicWeight.txt");
     section.RefuseUnread();
     return request;
@@ -159,7 +164,7 @@ FileMaker ReadPhasesSection(RecipeTable section, const RecipeFolder& place, cons
 FileMaker ReadThermalSection(RecipeTable section, const RecipeFolder& place, const std::string& clusterFile) {
     if (section.Has("file")) return CopyOfFile(section, place);
     VibrationRequest request;
-    request.temperature_K = section.Number("temperature", RecipeUnit::kKelvin, request.temperature_K);
+    request.temperature_K = section.NotNegative("temperature", RecipeUnit::kKelvin, request.temperature_K);
     request.model = ReadModel(section);
     request.debyeTemperature_K = NamedNumbers(section, "debye", RecipeUnit::kKelvin);
     section.RefuseUnread();

@@ -2,16 +2,9 @@
 
 #include <cstdint>
 #include <filesystem>
-
-#include "foundation/ZfError.h"
+#include <set>
 
 namespace {
-
-double Positive(RecipeTable& section, const std::string& key, RecipeUnit unit, double fallback) {
-    const double number = section.Number(key, unit, fallback);
-    if (number < 0.0) section.Fail(key, "has to be 0 or above");
-    return number;
-}
 
 RecipePicture::Quantity ReadQuantity(RecipeTable& section) {
     const std::string word = section.Word("quantity", {"chi", "intensity", "direct"});
@@ -24,22 +17,21 @@ void ReadTreatment(RecipeTable& section, PatternPlot& plot) {
     if (fold < 1 || fold > 360) section.Fail("fold", "has to lie between 1 and 360");
     plot.fold = static_cast<int>(fold);
     plot.mirror = section.Number("mirror", RecipeUnit::kDegree);
-    plot.acceptance = Positive(section, "acceptance", RecipeUnit::kDegree, 0.0);
+    plot.acceptance = section.NotNegative("acceptance", RecipeUnit::kDegree, 0.0);
     if (plot.acceptance > 45.0) section.Fail("acceptance", "has to be 45 degrees or less");
     plot.innerPotential = section.Number("inner-potential", RecipeUnit::kElectronVolt);
-    plot.energy = Positive(section, "energy", RecipeUnit::kElectronVolt, 0.0);
+    plot.energy = section.NotNegative("energy", RecipeUnit::kElectronVolt, 0.0);
 }
 
 std::string WordOrNone(RecipeTable& section, const std::string& key, const std::vector<std::string>& words) {
     return section.Has(key) ? section.Word(key, words) : std::string();
 }
 
-RecipePicture ReadPicture(RecipeTable section) {
+RecipePicture ReadPicture(RecipeTable& section) {
     RecipePicture picture;
     PatternPlot& plot = picture.plot;
     plot.output = section.Text("file", "pattern.png");
-    if (std::filesystem::path(plot.output).has_parent_path())
-        section.Fail("file", "has to be a name without a folder; pictures go into the result folder");
+    CheckResultName(section, "file", plot.output);
     picture.quantity = ReadQuantity(section);
     plot.images = {"image"};  // the checks ask for one
     const std::string view = WordOrNone(section, "view", ViewNames());
@@ -53,23 +45,31 @@ RecipePicture ReadPicture(RecipeTable section) {
     plot.polarCuts = section.Numbers("polar-cuts", RecipeUnit::kDegree);
     plot.azimuthalCuts = section.Numbers("azimuthal-cuts", RecipeUnit::kDegree);
     plot.rings = section.Number("rings", RecipeUnit::kDegree, plot.rings);
-    plot.width = Positive(section, "width", RecipeUnit::kNone, 0.0);
+    plot.width = section.NotNegative("width", RecipeUnit::kNone, 0.0);
     section.RefuseUnread();
-    try {
-        CheckPatternPlot(plot);
-    } catch (const ZfError& error) {
-        section.Fail("file", error.message);
-    }
+    section.Made("file", [&] { CheckPatternPlot(plot); });
     picture.settings = section.Content();
     return picture;
 }
 
 }  // namespace
 
+void CheckResultName(const RecipeTable& section, const std::string& key, const std::string& name) {
+    if (std::filesystem::path(name).has_parent_path())
+        section.Fail(key, "has to be a name without a folder; pictures go into the result folder");
+}
+
 std::vector<RecipePicture> ReadPictures(RecipeTable& recipe) {
+    std::vector<RecipeTable> sections = recipe.Sections("picture");
+    if (sections.empty()) sections.emplace_back(nullptr, "[[picture]]");
     std::vector<RecipePicture> pictures;
-    for (const RecipeTable& section : recipe.Sections("picture")) pictures.push_back(ReadPicture(section));
-    if (pictures.empty()) pictures.push_back(ReadPicture(RecipeTable(nullptr, "[[picture]]")));
+    std::set<std::string> names;
+    for (RecipeTable& section : sections) {
+        pictures.push_back(ReadPicture(section));
+        const std::string& name = pictures.back().plot.output;
+        if (!names.insert(name).second)
+            section.Fail("file", "another picture has the name " + name + " already");
+    }
     return pictures;
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <map>
 #include <sstream>
 #include <utility>
 
@@ -10,10 +11,10 @@
 #include "recipe/RecipeCases.h"
 #include "recipe/RecipeInputs.h"
 #include "recipe/RecipePictures.h"
+#include "recipe/RecipeSettings.h"
 #include "recipe/RunChecks.h"
 #include "recipe/RunStages.h"
 #include "recipe/SummedImages.h"
-#include "report/MeasuredPattern.h"
 
 namespace {
 
@@ -37,8 +38,6 @@ struct FileKind {
     Sections sections;
 };
 
-constexpr double kAngstrom_m = 1e-10;
-
 bool Contains(const Sections& sections, const std::string& section) {
     return std::find(sections.begin(), sections.end(), section) != sections.end();
 }
@@ -57,53 +56,6 @@ std::string ClusterExtension(RecipeTable cluster) {
     return file.empty() ? ".xyz" : fs::path(file).extension().string();
 }
 
-ZfScatteringMethod ReadMethod(RecipeTable section) {
-    const std::string word = section.Word("method", {"MULTI", "SLOWMULTI", "SINGLE"});
-    section.RefuseUnread();
-    if (word == "SINGLE") return kSingle;
-    return word == "MULTI" ? kMulti : kSlowMulti;
-}
-
-double Length(RecipeTable& table, const std::string& key) {
-    const double length = table.Number(key, RecipeUnit::kAngstrom, 0.0);
-    if (length < 0.0) table.Fail(key, "has to be 0 or above");
-    return length * kAngstrom_m;
-}
-
-ImageRequest ReadImageSection(RecipeTable section) {
-    ImageRequest request;
-    request.isCylindrical = section.Word("map", {"AE", "EC"}) == "EC";
-    request.resolution = section.Number("resolution", RecipeUnit::kDegree, 1.0);
-    if (!(request.resolution >= 0.05 && request.resolution <= 10.0))
-        section.Fail("resolution", "has to lie between 0.05 and 10 degrees");
-    request.meanFreePath = Length(section, "mean-free-path");
-    request.clusterLimit = Length(section, "limit");
-    request.clusterLowerLimit = Length(section, "lower-limit");
-    section.RefuseUnread();
-    return request;
-}
-
-/// "mean", or the degree of a polynomial.
-std::string BackgroundText(RecipeTable& section) {
-    if (section.HasText("background")) return section.Text("background", "");
-    return std::to_string(section.Integer("background").value_or(0));
-}
-
-CompareRequest ReadCompareSection(RecipeTable section, const RecipeFolder& place) {
-    CompareRequest request;
-    const std::string file = section.Text("measured", "");
-    if (!file.empty()) request.measured = place.Path(file);
-    if (!file.empty()) LoadMeasuredPattern(request.measured);  // an unreadable one is refused before the run
-    const std::vector<double> range = section.Numbers("theta", RecipeUnit::kDegree);
-    if (!range.empty() && (range.size() != 2 || !(range[0] < range[1])))
-        section.Fail("theta", "has to be a list of two polar angles, the lower one first");
-    if (!range.empty()) request.thetaMin = range[0], request.thetaMax = range[1];
-    if (section.Has("background")) request.background = ParseBackgroundModel(BackgroundText(section));
-    request.rotate = section.Flag("rotate", false);
-    section.RefuseUnread();
-    return request;
-}
-
 /// Fingerprints of the tables that the program reads.
 std::string ShippedTables() {
     std::string text;
@@ -116,8 +68,10 @@ std::string ShippedTables() {
 /// Makes the plan of one recipe.
 class Planner {
 public:
-    Planner(const std::string& recipePath, const std::string& folder)
-        : recipePath_(recipePath), place_{fs::path(recipePath).parent_path().string()}, folder_(folder) {}
+    Planner(std::string recipePath, RecipeRunOptions options)
+        : recipePath_(std::move(recipePath)),
+          place_{fs::path(recipePath_).parent_path().string()},
+          options_(std::move(options)) {}
 
     RecipePlan Plan();
 
@@ -130,14 +84,17 @@ private:
     std::string AddFile(const RecipeCase& one, const FileKind& kind, const FileMaker& maker);
     RunResult AddSum(const std::vector<RunResult>& members, const RecipeGroup& group);
     void AddStep(RunStep step);
-    std::string InFolder(const std::string& name) const { return folder_ + "/" + name; }
+    bool Claim(const std::string& output, const std::string& key);
+    void ClaimComparison();
+    std::string InFolder(const std::string& name) const { return options_.folder + "/" + name; }
     std::string KeyOf(const RecipeCase& one, const std::string& name, const Sections& sections) const;
     void ReadGeneral(const RecipeCase& one);
 
     std::string recipePath_;
     RecipeFolder place_;
-    std::string folder_;
-    std::string tables_ = ShippedTables();  // part of every key
+    RecipeRunOptions options_;
+    std::string tables_ = ShippedTables();        // part of every key
+    std::map<std::string, std::string> writers_;  // key of the step that writes a file, by its name
     bool isSummed_ = true;
     std::vector<RecipePicture> pictures_;
     RecipePlan plan_;
@@ -149,6 +106,7 @@ RecipePlan Planner::Plan() {
     for (const RecipeGroup& group : groups) AddGroup(group);
     for (const RunResult& result : plan_.results)
         for (const RecipePicture& picture : pictures_) AddPicture(result, picture);
+    ClaimComparison();
     return std::move(plan_);
 }
 
@@ -157,7 +115,7 @@ void Planner::ReadGeneral(const RecipeCase& one) {
     plan_.title = recipe.Text("title", fs::path(recipePath_).stem().string());
     isSummed_ = recipe.Word("series", {"sum", "apart"}) == "sum";
     plan_.scannedName = recipe.Section("scan").Text("vary", "");
-    plan_.comparison = ReadCompareSection(recipe.Section("compare"), place_);
+    plan_.comparison = ReadCompareSection(recipe.Section("compare"), place_, options_.measuredFile);
     for (const char* section : {"cluster", "emission", "phases", "thermal", "scattering", "image"})
         recipe.Section(section);
     pictures_ = ReadPictures(recipe);
@@ -182,7 +140,7 @@ std::string Planner::KeyOf(const RecipeCase& one, const std::string& name, const
         const toml::table* table = one.settings[section].as_table();
         if (!table) continue;
         text << section << '\n' << *table << '\n';
-        for (const char* key : {"file", "cif", "xyz", "cell", "table"})
+        for (const char* key : {"file", "cell"})
             if (const auto file = (*table)[key].value<std::string>())
                 text << FingerprintOfFile(place_.Path(*file)) << '\n';
     }
@@ -190,16 +148,35 @@ std::string Planner::KeyOf(const RecipeCase& one, const std::string& name, const
 }
 
 void Planner::AddStep(RunStep step) {
-    const bool isKnown = std::any_of(plan_.steps.begin(), plan_.steps.end(), [&](const RunStep& other) {
-        return other.name == step.name && other.outputs == step.outputs;
-    });
-    if (!isKnown) plan_.steps.push_back(std::move(step));
+    bool isNew = true;
+    for (const std::string& output : step.outputs) isNew = Claim(output, step.key);
+    if (isNew) plan_.steps.push_back(std::move(step));
+}
+
+/// Whether nothing writes the file yet. Nothing but the step with this key may.
+bool Planner::Claim(const std::string& output, const std::string& key) {
+    const auto [writer, isNew] = writers_.emplace(output, key);
+    if (writer->second != key)
+        throw ZfError(
+            "The recipe would write " + output +
+            " twice, with different settings: the values of a series have to differ in their first 6 "
+            "digits, and the files in their names");
+    return isNew;
+}
+
+/// What CompareResults writes.
+void Planner::ClaimComparison() {
+    if (plan_.comparison.request.measured.empty()) return;
+    if (!plan_.scannedName.empty()) Claim("scan.png", "scan");
+    if (plan_.comparison.difference.empty()) return;
+    for (const RunResult& result : plan_.results)
+        Claim(result.FileName(plan_.comparison.difference), "difference " + result.key);
 }
 
 /// Adds the step that makes one file of a case and returns the file's path.
 std::string Planner::AddFile(const RecipeCase& one, const FileKind& kind, const FileMaker& maker) {
     const std::string name = kind.stem + SuffixOf(one, kind.sections) + kind.extension;
-    const std::string path = InFolder(name);
+    std::string path = InFolder(name);
     AddStep({kind.step, KeyOf(one, kind.step, kind.sections), {name}, [=] { return maker(path); }});
     return path;
 }
@@ -242,8 +219,8 @@ RunResult Planner::AddCase(const RecipeCase& one) {
 
 RunResult Planner::AddImages(const RecipeCase& one, const ImageRequest& request) {
     const std::string suffix = SuffixOf(one, kImages);
-    const RunResult result{suffix.empty() ? "" : suffix.substr(1), "pattern" + suffix + ".xml_img",
-                           "i0" + suffix + ".xml_img", KeyOf(one, "images", kImages)};
+    RunResult result{suffix.empty() ? "" : suffix.substr(1), "pattern" + suffix + ".xml_img",
+                     "i0" + suffix + ".xml_img", KeyOf(one, "images", kImages)};
     const std::string image = InFolder(result.image);
     const std::string directImage = InFolder(result.directImage);
     AddStep({"images", result.key, {result.image, result.directImage}, [=] {
@@ -260,8 +237,8 @@ RunResult Planner::AddSum(const std::vector<RunResult>& members, const RecipeGro
         if (variation.section + "." + variation.key == plan_.scannedName) suffix += "_" + variation.label;
     for (const RunResult& member : members) key += member.key;
 
-    const RunResult sum{suffix.empty() ? "" : suffix.substr(1), "pattern" + suffix + "_sum.xml_img",
-                        "i0" + suffix + "_sum.xml_img", FingerprintOf(key)};
+    RunResult sum{suffix.empty() ? "" : suffix.substr(1), "pattern" + suffix + "_sum.xml_img",
+                  "i0" + suffix + "_sum.xml_img", FingerprintOf(key)};
     std::vector<std::string> images;
     std::vector<std::string> directImages;
     for (const RunResult& member : members) {
@@ -280,10 +257,7 @@ RunResult Planner::AddSum(const std::vector<RunResult>& members, const RecipeGro
 
 /// Several results have pictures of their own, with their labels in the names and titles.
 void Planner::AddPicture(const RunResult& result, const RecipePicture& picture) {
-    const fs::path file = picture.plot.output;
-    std::string name = file.stem().string();
-    if (!result.label.empty()) name += "_" + result.label;
-    name += file.extension().string();
+    const std::string name = result.FileName(picture.plot.output);
     PatternPlot plot = PlotOf(picture, InFolder(result.image), InFolder(result.directImage), InFolder(name));
     if (plot.title.empty()) plot.title = plan_.title;
     if (!result.label.empty()) plot.title += ", " + result.label;
@@ -295,6 +269,12 @@ void Planner::AddPicture(const RunResult& result, const RecipePicture& picture) 
 
 }  // namespace
 
-RecipePlan PlanRecipe(const std::string& recipePath, const std::string& folder) {
-    return Planner(recipePath, folder).Plan();
+std::string RunResult::FileName(const std::string& name) const {
+    if (label.empty()) return name;
+    const fs::path file = name;
+    return file.stem().string() + "_" + label + file.extension().string();
+}
+
+RecipePlan PlanRecipe(const std::string& recipePath, const RecipeRunOptions& options) {
+    return Planner(recipePath, options).Plan();
 }

@@ -3,11 +3,15 @@
 #include <string>
 #include <vector>
 
+#include "recipe/RecipeRun.h"
+#include "recipe/RecipeSettings.h"
 #include "recipe/ResultFolder.h"
-#include "report/PatternComparison.h"
 
 /// What a recipe ends with: a pattern with the image of its direct wave, by file names in the result folder.
 struct RunResult {
+    /// Name of a file that every result has: with its label, "chi_300K.png".
+    std::string FileName(const std::string& name) const;
+
     std::string label;  ///< the settings that tell it from the others; empty for a single one
     std::string image;
     std::string directImage;
@@ -22,9 +26,10 @@ struct RecipePlan {
     std::string scannedName;  ///< "thermal.temperature"; empty without a scan
     std::vector<RunStep> steps;
     std::vector<RunResult> results;
-    CompareRequest comparison;  ///< without the images; no measured file: none is asked for
+    RecipeComparison comparison;
 };
 
-/// Reads the whole recipe, so that a wrong key, unit or file is refused before anything is calculated.
-/// `folder` is that of the results; nothing is made there. Throws ZfError.
-RecipePlan PlanRecipe(const std::string& recipePath, const std::string& folder);
+/// Reads the whole recipe, so that a wrong key, unit or file is refused before anything is calculated, and so
+/// are two steps that would write the same file. Nothing is made in the folder of the results. Throws
+/// ZfError.
+RecipePlan PlanRecipe(const std::string& recipePath, const RecipeRunOptions& options);

@@ -8,7 +8,6 @@
 #include "recipe/RecipePlan.h"
 #include "recipe/RunLog.h"
 #include "recipe/RunProgress.h"
-#include "report/MeasuredPattern.h"
 
 namespace {
 
@@ -47,21 +46,22 @@ std::string ContentOf(const std::string& path) {
 
 void RunRecipe(const std::string& recipePath, const RecipeRunOptions& options) {
     const InterruptRequest interrupt;
-    RecipePlan plan = PlanRecipe(recipePath, options.folder);
-    if (!options.measuredFile.empty()) {
-        LoadMeasuredPattern(options.measuredFile);  // an unreadable one is refused before the run
-        plan.comparison.measured = options.measuredFile;
-    }
+    const RecipePlan plan = PlanRecipe(recipePath, options);
     ResultFolder folder(options.folder);
     if (options.repeatsAll) folder.ForgetAll();
 
     RunLog log(folder.Path("run.log"));
     log.Line("qvre " QVRE_VERSION ": " + plan.title);
     log.Note("recipe " + recipePath + "\n" + ContentOf(recipePath));
-    for (const RunStep& step : plan.steps) {
-        InterruptRequest::ThrowIfPending();
-        CarryOut(step, folder, log);
+    try {
+        for (const RunStep& step : plan.steps) {
+            InterruptRequest::ThrowIfPending();
+            CarryOut(step, folder, log);
+        }
+        CompareResults(plan, folder, log);
+    } catch (const ZfError& error) {
+        log.Note("stopped: " + error.message);
+        throw;
     }
-    CompareResults(plan, folder, log);
     log.Line("results in " + options.folder);
 }

@@ -9,8 +9,6 @@
 #include <string_view>
 #include <utility>
 
-#include "foundation/ZfError.h"
-
 namespace {
 
 struct NamedUnit {
@@ -111,6 +109,7 @@ bool RecipeTable::HasText(const std::string& key) {
 
 void RecipeTable::Fail(const std::string& key, const std::string& message) const {
     const toml::node* node = table_ ? table_->get(key) : nullptr;
+    if (!node || !node->source().path) node = table_;
     std::string where;
     if (node && node->source().path) where = *node->source().path;
     if (node && node->source().begin.line > 0) where += " line " + std::to_string(node->source().begin.line);
@@ -126,11 +125,7 @@ double RecipeTable::NumberOf(const std::string& key, const toml::node& node, Rec
         return number;
     }
     if (!node.is_string()) Fail(key, "has to be a number");
-    try {
-        return ParseQuantity(node.value<std::string>().value_or(""), unit);
-    } catch (const ZfError& error) {
-        Fail(key, error.message);
-    }
+    return Made(key, [&] { return ParseQuantity(node.value<std::string>().value_or(""), unit); });
 }
 
 std::optional<double> RecipeTable::Number(const std::string& key, RecipeUnit unit) {
@@ -141,6 +136,12 @@ std::optional<double> RecipeTable::Number(const std::string& key, RecipeUnit uni
 
 double RecipeTable::Number(const std::string& key, RecipeUnit unit, double fallback) {
     return Number(key, unit).value_or(fallback);
+}
+
+double RecipeTable::NotNegative(const std::string& key, RecipeUnit unit, double fallback) {
+    const double number = Number(key, unit, fallback);
+    if (number < 0.0) Fail(key, "has to be 0 or above");
+    return number;
 }
 
 std::optional<std::int64_t> RecipeTable::Integer(const std::string& key) {
@@ -179,7 +180,7 @@ std::string RecipeTable::Text(const std::string& key, const std::string& fallbac
 }
 
 std::string RecipeTable::Word(const std::string& key, const std::vector<std::string>& words) {
-    const std::string word = Text(key, words.front());
+    std::string word = Text(key, words.front());
     if (std::find(words.begin(), words.end(), word) == words.end())
         Fail(key, "\"" + word + "\" is none of " + Join(words));
     return word;

@@ -9,6 +9,8 @@
 
 #include <toml++/toml.h>
 
+#include "foundation/ZfError.h"
+
 /// What a number of a recipe measures. A plain number is in the unit named here; a text may carry another one
 /// of the same kind, such as "1.4866 keV".
 enum class RecipeUnit : std::uint8_t { kNone, kElectronVolt, kAngstrom, kDegree, kKelvin };
@@ -26,6 +28,7 @@ public:
 
     std::optional<double> Number(const std::string& key, RecipeUnit unit);
     double Number(const std::string& key, RecipeUnit unit, double fallback);
+    double NotNegative(const std::string& key, RecipeUnit unit, double fallback);
     std::optional<std::int64_t> Integer(const std::string& key);
     std::vector<double> Numbers(const std::string& key, RecipeUnit unit);  ///< a list, or one number
     std::optional<std::array<double, 3>> Vector(const std::string& key);
@@ -43,8 +46,17 @@ public:
     /// Throws ZfError for the first key that was not asked for, with the nearest one that was.
     void RefuseUnread() const;
 
-    /// Throws ZfError at the line of a key.
+    /// Throws ZfError at the line of a key, or at that of the table for a key that is absent.
     [[noreturn]] void Fail(const std::string& key, const std::string& message) const;
+    /// What an action makes of the value of a key; its ZfError becomes one at the line of the key.
+    template <class Action>
+    auto Made(const std::string& key, const Action& action) const {
+        try {
+            return action();
+        } catch (const ZfError& error) {
+            Fail(key, error.message);
+        }
+    }
 
 private:
     const toml::node* Find(const std::string& key);

@@ -86,7 +86,7 @@ void ResultFolder::ReadRecord() {
 
 void ResultFolder::WriteRecord() const {
     std::string text;
-    for (const auto& [key, stamps] : done_) text += key + "\t" + stamps + "\n";
+    for (const auto& [key, stamps] : done_) text.append(key).append("\t").append(stamps).append("\n");
     WriteWholeFile(Path(kRecordName), text);
 }
 
@@ -95,7 +95,7 @@ std::string ResultFolder::Stamps(const RunStep& step) const {
     for (const std::string& name : step.outputs) {
         const std::string stamp = StampOf(Path(name));
         if (stamp.empty()) return {};
-        stamps += name + "=" + stamp + ";";
+        stamps.append(name).append("=").append(stamp).append(";");
     }
     return stamps;
 }

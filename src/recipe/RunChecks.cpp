@@ -38,7 +38,7 @@ std::string CheckRun(const ScatteringRequest& inputs, const std::string& fluctua
     const ZfDebye weights = LoadAtomicWeights(atomicWeightFile);
     const std::vector<InputFinding> findings =
         CheckInputs({&cluster, &waves, &phaseShifts, &fluctuation, &weights, inputs.method});
-    const std::string report = ReportOf(findings);
+    std::string report = ReportOf(findings);
     if (!FitsTogether(findings)) throw ZfError("the inputs do not fit together\n" + report);
     WriteWholeFile(reportFile, report);
     return report;

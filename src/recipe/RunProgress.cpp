@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <csignal>
 #include <cstdio>
 #include <utility>
@@ -12,29 +13,30 @@
 
 namespace {
 
-volatile std::sig_atomic_t pending = 0;
+/// Set in a signal handler, read by all threads.
+std::atomic<bool> pending = false;
+static_assert(std::atomic<bool>::is_always_lock_free);
 
 void (*formerInterrupt)(int) = SIG_DFL;
 void (*formerTermination)(int) = SIG_DFL;
 
 void TakeSignal(int signal) {
-    if (pending) {
-        std::signal(signal, SIG_DFL);
-        std::raise(signal);
-    }
-    pending = 1;
+    if (!pending.exchange(true)) return;
+    std::signal(signal, SIG_DFL);
+    std::raise(signal);
 }
 
 std::string Bar(double fraction) {
-    std::string bar(30, ' ');
-    bar.replace(0, static_cast<std::size_t>(fraction * 30.0), static_cast<std::size_t>(fraction * 30.0), '#');
+    constexpr std::size_t kLength = 30;
+    std::string bar(static_cast<std::size_t>(fraction * kLength), '#');
+    bar.resize(kLength, ' ');
     return bar;
 }
 
 }  // namespace
 
 InterruptRequest::InterruptRequest() {
-    pending = 0;
+    pending = false;
     formerInterrupt = std::signal(SIGINT, TakeSignal);
     formerTermination = std::signal(SIGTERM, TakeSignal);
 }
@@ -45,7 +47,7 @@ InterruptRequest::~InterruptRequest() {
 }
 
 bool InterruptRequest::IsPending() {
-    return pending != 0;
+    return pending;
 }
 
 void InterruptRequest::ThrowIfPending() {
@@ -60,7 +62,7 @@ RunProgress::~RunProgress() {
 }
 
 bool RunProgress::IsTerminated() {
-    if (isTerminal_ && fraction_ && omp_get_thread_num() == 0 && Clock::now() >= next_) Show();
+    if (isTerminal_ && omp_get_thread_num() == 0 && Clock::now() >= next_) Show();
     return InterruptRequest::IsPending();
 }
 

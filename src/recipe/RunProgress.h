@@ -24,7 +24,7 @@ public:
 class RunProgress final : public ZfNotifyTerminate {
 public:
     /// `fraction` tells what part of the work is done, 0 to 1; it is called on the thread that made this
-    /// object, and may be empty.
+    /// object.
     RunProgress(std::string name, std::function<double()> fraction);
     ~RunProgress() override;
 

@@ -27,7 +27,9 @@ void Calculate(ZfDocPattern& pattern, const ImageRequest& request) {
     pattern.clusterLowerLimit = request.clusterLowerLimit;
     pattern.meanFreePath = request.meanFreePath;
     pattern.mfpByEmitterDistance = request.meanFreePath > 0.0;
-    RunProgress progress("images", {});
+    RunProgress progress("images", [&pattern] {
+        return static_cast<double>(pattern.recordsDone) / static_cast<double>(pattern.activeRecordCount);
+    });
     pattern.Calculate(progress, data, fluctuation, LoadAtomicWeights(request.atomicWeightFile));
     InterruptRequest::ThrowIfPending();
 }

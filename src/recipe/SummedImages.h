@@ -4,5 +4,6 @@
 #include <vector>
 
 /// Adds image files pixel by pixel into a new one, which takes the information of the first: intensities of
-/// parts that do not interfere add. Throws ZfError when the images differ in size or map.
+/// parts that do not interfere add. They have the same map. Throws ZfError when
+/// they differ in size.
 void SumImages(const std::vector<std::string>& imageFiles, const std::string& outputFile);

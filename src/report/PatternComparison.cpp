@@ -200,6 +200,13 @@ std::string Stem(const std::string& path) {
 
 }  // namespace
 
+void CheckMeasuredPoints(const CompareRequest& request) {
+    CheckRange(request);
+    Directions directions;
+    const std::vector<double> chi = MeasuredModulation(request, directions);
+    CompareModulations(chi, chi, directions.weight);
+}
+
 CompareResult ComparePatterns(const CompareRequest& request) {
     CheckRange(request);
     Directions directions;

@@ -45,6 +45,10 @@ struct CompareResult {
     std::vector<double> chiB;  ///< turned, not scaled
 };
 
+/// Throws ZfError when the measured points of a request cannot be compared with any pattern: no file that can
+/// be read, an empty range, nothing that takes the place of chi, a constant modulation.
+void CheckMeasuredPoints(const CompareRequest& request);
+
 /// Compares over the directions with thetaMin <= theta <= thetaMax. Two images are compared on a grid of
 /// polar angle and azimuth of the finer one's resolution, but not finer than half a degree. The result is the
 /// same for any number of threads. Throws ZfError for files that cannot be read, missing I0, an empty range,

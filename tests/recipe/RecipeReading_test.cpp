@@ -5,6 +5,8 @@
 #include "recipe/RecipeCases.h"
 #include "recipe/RecipeTable.h"
 
+using std::literals::string_view_literals::operator""sv;
+
 namespace {
 
 std::string LabelsOf(const RecipeCase& one) {
@@ -29,7 +31,7 @@ TEST(RecipeReading, QuantitiesTakeUnitsOfTheirKindOnly) {
 
 TEST(RecipeReading, MistakesAreNamedWithTheirLine) {
     const toml::table recipe =
-        toml::parse("[cluster]\nraduis = 6\natoms = 1.5\nsurface = [0, 1]\n", "r.toml");
+        toml::parse("[cluster]\nraduis = 6\natoms = 1.5\nsurface = [0, 1]\n"sv, "r.toml"sv);
     RecipeTable cluster = RecipeTable(&recipe, "recipe").Section("cluster");
     cluster.Number("radius", RecipeUnit::kAngstrom);
     EXPECT_EQ(ErrorText([&] { cluster.Integer("atoms"); }),

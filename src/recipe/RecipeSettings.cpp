@@ -1,0 +1,91 @@
+#include "recipe/RecipeSettings.h"
+
+#include <vector>
+
+#include "recipe/RecipePictures.h"
+#include "report/ComparisonOutput.h"
+#include "report/MeasuredPattern.h"
+
+namespace {
+
+constexpr double kAngstrom_m = 1e-10;
+
+double Length(RecipeTable& section, const std::string& key) {
+    return section.NotNegative(key, RecipeUnit::kAngstrom, 0.0) * kAngstrom_m;
+}
+
+void ReadPolarRange(RecipeTable& section, CompareRequest& request) {
+    const std::vector<double> range = section.Numbers("theta", RecipeUnit::kDegree);
+    if (range.empty()) return;
+    if (range.size() != 2 || !(0.0 <= range[0] && range[0] < range[1] && range[1] <= 90.0))
+        section.Fail("theta", "has to be a list of two polar angles from 0 to 90, the lower one first");
+    request.thetaMin = range[0];
+    request.thetaMax = range[1];
+}
+
+/// "mean", or the degree of a polynomial.
+void ReadBackground(RecipeTable& section, CompareRequest& request) {
+    if (!section.Has("background")) return;
+    const std::string text = section.HasText("background")
+                                 ? section.Text("background", "")
+                                 : std::to_string(section.Integer("background").value_or(0));
+    request.background = section.Made("background", [&] { return ParseBackgroundModel(text); });
+}
+
+std::string ReadDifference(RecipeTable& section) {
+    std::string name = section.Text("difference", "");
+    if (name.empty()) return name;
+    CheckResultName(section, "difference", name);
+    section.Made("difference", [&] { CheckDifferenceFile(name); });
+    return name;
+}
+
+/// A cubic serves points that lie on no rings as well, where means over the azimuth would take the pattern
+/// away.
+void CompleteBackground(CompareRequest& request) {
+    constexpr int kUsualDegree = 3;
+    if (!request.background && LoadMeasuredPattern(request.measured).chi.empty())
+        request.background = BackgroundModel{kUsualDegree};
+    CheckMeasuredPoints(request);
+}
+
+}  // namespace
+
+ZfScatteringMethod ReadMethod(RecipeTable section) {
+    const std::string word = section.Word("method", {"MULTI", "SLOWMULTI", "SINGLE"});
+    section.RefuseUnread();
+    if (word == "SINGLE") return kSingle;
+    return word == "MULTI" ? kMulti : kSlowMulti;
+}
+
+ImageRequest ReadImageSection(RecipeTable section) {
+    ImageRequest request;
+    request.isCylindrical = section.Word("map", {"AE", "EC"}) == "EC";
+    request.resolution = section.Number("resolution", RecipeUnit::kDegree, 1.0);
+    if (!(request.resolution >= 0.05 && request.resolution <= 10.0))
+        section.Fail("resolution", "has to lie between 0.05 and 10 degrees");
+    request.meanFreePath = Length(section, "mean-free-path");
+    request.clusterLimit = Length(section, "limit");
+    request.clusterLowerLimit = Length(section, "lower-limit");
+    section.RefuseUnread();
+    return request;
+}
+
+RecipeComparison ReadCompareSection(RecipeTable section, const RecipeFolder& place,
+                                    const std::string& measuredFile) {
+    RecipeComparison comparison;
+    CompareRequest& request = comparison.request;
+    const std::string file = section.Text("measured", "");
+    request.measured = !measuredFile.empty() ? measuredFile : file.empty() ? file : place.Path(file);
+    ReadPolarRange(section, request);
+    ReadBackground(section, request);
+    request.rotate = section.Flag("rotate", false);
+    comparison.difference = ReadDifference(section);
+    section.RefuseUnread();
+    if (request.measured.empty()) return comparison;
+    if (measuredFile.empty())
+        section.Made("measured", [&] { CompleteBackground(request); });
+    else
+        CompleteBackground(request);
+    return comparison;
+}

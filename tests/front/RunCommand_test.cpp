@@ -1,0 +1,203 @@
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <filesystem>
+#include <map>
+#include <sstream>
+
+#include "TempFolder.h"
+#include "front/RunQvre.h"
+#include "report/SphereImage.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+class RunCommand : public testing::Test {
+protected:
+    /// A recipe of 25 copper atoms; `more` follows its last section, [image].
+    std::string Recipe(const std::string& thermal, const std::string& more = "", int kinetic = 60) const {
+        return folder_.Write("recipe.toml",
+                             "[cluster]\npreset = \"Cu\"\nemitter-layer = 2\natoms = 20\n"
+                             "[emission]\nlevel = \"2p\"\nkinetic = " +
+                                 std::to_string(kinetic) + "\n[thermal]\n" + thermal +
+                                 "\n[image]\nresolution = 10\n" + more);
+    }
+
+    std::string Run(const std::string& recipe, const std::string& results,
+                    std::vector<std::string> more = {}) const {
+        more.insert(more.begin(), {"run", recipe, "-o", folder_.Path(results)});
+        const QvreResult result = RunQvre(more);
+        EXPECT_EQ(result.status, 0) << result.errors;
+        return result.output;
+    }
+
+    /// The files but for the log, which tells times, and the hidden ones.
+    std::map<std::string, std::string> Contents(const std::string& results) const {
+        std::map<std::string, std::string> contents;
+        for (const auto& entry : fs::directory_iterator(folder_.Path(results))) {
+            const std::string name = entry.path().filename().string();
+            if (name != "run.log" && name.front() != '.') contents[name] = folder_.Read(results + "/" + name);
+        }
+        return contents;
+    }
+
+    std::vector<SpherePixel> Pixels(const std::string& image) const {
+        return LoadSphereImage(folder_.Path(image)).image.Pixels();
+    }
+
+    TempFolder folder_;
+};
+
+std::size_t Count(const std::string& text, const std::string& word) {
+    std::size_t count = 0;
+    for (std::size_t at = text.find(word); at != std::string::npos; at = text.find(word, at + 1)) ++count;
+    return count;
+}
+
+/// Whether the line of a step says that it was not repeated.
+bool IsUnchanged(const std::string& output, const std::string& step) {
+    const std::size_t line = output.find("\n" + step + " ");
+    return output.substr(line, output.find('\n', line + 1) - line).ends_with("unchanged");
+}
+
+/// Runs a recipe in a process of its own, sends it a signal once a file is there, and returns how it ended.
+int StopRun(const std::string& recipe, const std::string& results, int signal, const std::string& file) {
+    const pid_t child = fork();
+    if (child == 0) {
+        for (const int stream : {STDOUT_FILENO, STDERR_FILENO}) close(stream);
+        execl(QVRE_PROGRAM, "qvre", "run", recipe.c_str(), "-o", results.c_str(), nullptr);
+        _exit(127);
+    }
+    int status = 0;
+    while (!fs::exists(file)) {
+        if (waitpid(child, &status, WNOHANG) != 0) return status;
+        usleep(200);
+    }
+    kill(child, signal);
+    waitpid(child, &status, 0);
+    return status;
+}
+
+}  // namespace
+
+TEST_F(RunCommand, RepeatsWhatChangedAndReusesTheScatteredWave) {
+    const std::string picture = "[[picture]]\nfile = \"chi.png\"\nwidth = 100\n";
+    Run(Recipe("temperature = 300", picture), "results");
+    EXPECT_EQ(Contents("results").size(), 9U);
+    EXPECT_EQ(folder_.Read("results/chi.png").substr(1, 3), "PNG");
+    for (const char* told : {"qvre 0.", "preset = \"Cu\"", "The inputs fit together.", " s\n"})
+        EXPECT_NE(folder_.Read("results/run.log").find(told), std::string::npos) << told;
+
+    EXPECT_EQ(Count(Run(folder_.Path("recipe.toml"), "results"), "unchanged\n"), 8U);
+    folder_.Write("results/cluster.xyz", "edited");
+    EXPECT_EQ(Count(Run(folder_.Path("recipe.toml"), "results"), "unchanged\n"), 7U);
+
+    const std::string output =
+        Run(Recipe("temperature = 100", "mean-free-path = 20\nlimit = 3.8\n" + picture), "results");
+    EXPECT_TRUE(IsUnchanged(output, "scattering"));
+    EXPECT_FALSE(IsUnchanged(output, "images"));
+    Run(folder_.Path("recipe.toml"), "fresh");
+    EXPECT_EQ(Contents("results"), Contents("fresh"));
+}
+
+TEST_F(RunCommand, AStoppedRunGoesOnToTheSameFiles) {
+    const std::string recipe = Recipe("temperature = 300", "", 900);
+    Run(recipe, "whole");
+    const std::string stopped = folder_.Path("stopped");
+    StopRun(recipe, stopped, SIGKILL, stopped + "/checks.txt");
+    const std::string output = Run(recipe, "stopped");
+    EXPECT_GT(Count(output, "unchanged\n"), 2U);
+    EXPECT_EQ(Contents("stopped"), Contents("whole"));
+    for (const auto& entry : fs::directory_iterator(stopped))
+        EXPECT_EQ(entry.path().filename().string().find(".scatteredwave"), std::string::npos);
+
+    fs::remove_all(stopped);
+    const int status = StopRun(recipe, stopped, SIGINT, stopped + "/checks.txt");
+    EXPECT_TRUE(WIFEXITED(status));
+    if (WEXITSTATUS(status) == 1) {  // 0 where the signal came too late
+        EXPECT_NE(folder_.Read("stopped/run.log").find("stopped: interrupted"), std::string::npos);
+    }
+    Run(recipe, "stopped");
+    EXPECT_EQ(Contents("stopped"), Contents("whole"));
+}
+
+TEST_F(RunCommand, MistakesAreRefusedBeforeAFolderIsMade) {
+    const auto refused = [this](const std::string& recipe, const std::string& message) {
+        const QvreResult result = RunQvre({"run", recipe, "-o", folder_.Path("results")});
+        EXPECT_EQ(result.status, 1) << message;
+        EXPECT_EQ(result.output, "");
+        EXPECT_NE(result.errors.find(message), std::string::npos) << result.errors;
+        EXPECT_FALSE(fs::exists(folder_.Path("results")));
+    };
+    refused(Recipe("temprature = 300"), "line 9: [thermal] temprature: there is no such key; did you mean");
+    refused(Recipe("temperature = \"300 eV\""), "line 9: [thermal] temperature: the unit \"eV\" does not");
+    refused(Recipe("file = \"none.xml_flu\""), "line 9: [thermal] file: cannot read ");
+    refused(Recipe("temperature = [300, 300.0000001]"), "would write fluctuation_300K.xml_flu twice");
+    refused(Recipe("", "", -60), "line 7: [emission] kinetic: has to be above 0");
+    refused(folder_.Write("empty.toml", ""), "[cluster] preset: give one of");
+    refused(folder_.Path("none.toml"), "none.toml");
+
+    const std::string picture = "[[picture]]\nfile = \"a.png\"\n";
+    refused(Recipe("", picture + picture), "line 15: [[picture]] file: another picture has the name a.png");
+    folder_.Write("flat.csv", "theta,phi,chi\n10,0,1\n20,0,1\n");
+    refused(Recipe("", "[compare]\nmeasured = \"none.csv\"\n"), "line 13: [compare] measured: Cannot read ");
+    refused(Recipe("", "[compare]\nmeasured = \"flat.csv\"\n"),
+            "line 13: [compare] measured: The modulation");
+
+    const std::string scan = "[scan]\nvalues = [1, 2]\nvary = ";
+    refused(Recipe("temperature = [100, 300]", scan + "\"thermal.temperature\"\n"), "is a list");
+    refused(Recipe("", scan + "\"compare.background\"\n"), "line 14: [scan] vary: has to name a setting of");
+    refused(Recipe("", scan + "\"thermal.debey.Cu\"\n"), "debey: there is no such key");
+}
+
+TEST_F(RunCommand, ASeriesIsSummedOrKeptApart) {
+    const std::string recipe = Recipe("temperature = [100, 300]");
+    Run(recipe, "results");
+    for (const std::string image : {"results/pattern", "results/i0"}) {
+        const auto sum = Pixels(image + "_sum.xml_img");
+        const auto cold = Pixels(image + "_100K.xml_img");
+        const auto warm = Pixels(image + "_300K.xml_img");
+        for (std::size_t i = 0; i < sum.size(); ++i)
+            ASSERT_EQ(sum[i].value, static_cast<float>(cold[i].value + warm[i].value));
+    }
+    EXPECT_TRUE(fs::exists(folder_.Path("results/pattern.png")));
+
+    folder_.Write("recipe.toml", "series = \"apart\"\n" + folder_.Read("recipe.toml"));
+    EXPECT_TRUE(IsUnchanged(Run(recipe, "results"), "images"));
+    EXPECT_TRUE(fs::exists(folder_.Path("results/pattern_100K.png")));
+}
+
+TEST_F(RunCommand, AScanFindsTheValueOfTheMeasurement) {
+    Run(Recipe("temperature = 200"), "true");
+    for (const std::string name : {"with-i0", "plain"}) {
+        std::vector<std::string> arguments = {"export", folder_.Path("true/pattern.xml_img"), "-o",
+                                              folder_.Path(name + ".csv")};
+        if (name == "with-i0") arguments.insert(arguments.end(), {"--i0", folder_.Path("true/i0.xml_img")});
+        ASSERT_EQ(RunQvre(arguments).status, 0);
+    }
+    const std::string scan =
+        "[compare]\nmeasured = \"with-i0.csv\"\ntheta = [5, 75]\ndifference = \"difference.csv\"\n"
+        "[scan]\nvary = \"thermal.temperature\"\nfrom = 100\nto = 300\nsteps = 3\n";
+    const std::string output = Run(Recipe("", scan), "results");
+    EXPECT_NE(output.find("thermal.temperature = 200 has the least R"), std::string::npos) << output;
+    std::istringstream table(folder_.Read("results/scan.csv"));
+    std::string line;
+    std::getline(table, line);
+    EXPECT_EQ(line, "thermal.temperature,R,R scaled,scale,correlation,rotation");
+    for (const double temperature : {100.0, 200.0, 300.0}) {
+        std::getline(table, line);
+        EXPECT_EQ(std::stod(line), temperature);
+        const double r = std::stod(line.substr(line.find(',') + 1));
+        EXPECT_EQ(r < 1e-9, temperature == 200.0) << line;
+    }
+    EXPECT_TRUE(fs::exists(folder_.Path("results/scan.png")));
+    EXPECT_TRUE(fs::exists(folder_.Path("results/difference_temperature_300.csv")));
+
+    // Without chi a smooth background is taken away, from both.
+    Run(folder_.Path("recipe.toml"), "results", {"--compare", folder_.Path("plain.csv")});
+    const std::string smooth = folder_.Read("results/scan.csv");
+    EXPECT_LT(std::stod(smooth.substr(smooth.find("\n200,") + 5)), 0.1) << smooth;
+}
