@@ -3,11 +3,13 @@
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <exception>
+#include <memory>
 #include <string>
 
 #include "foundation/Console.h"
 #include "foundation/ZfError.h"
 #include "front/Commands.h"
+#include "front/HelpFormatter.h"
 
 namespace {
 
@@ -48,6 +50,7 @@ int RunProgram(int argumentCount, const char* const* arguments) {
     CLI::App program("Makes the inputs of photoelectron diffraction calculations and shows their results");
     program.name("qvre");
     program.set_version_flag("--version", "qvre " QVRE_VERSION);
+    program.formatter(std::make_shared<HelpFormatter>());
     AddCommands(program);
     try {
         program.parse(argumentCount, arguments);

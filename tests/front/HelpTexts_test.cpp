@@ -37,6 +37,6 @@ TEST(HelpTexts, TheDocumentedTextsAreThoseOfTheProgram) {
     for (const std::string& command : DocumentedCommands()) {
         std::ostringstream documented;
         documented << std::ifstream(kHelpFolder / (command + ".txt")).rdbuf();
-        EXPECT_EQ(HelpOf(command), documented.str()) << command;
+        EXPECT_EQ(RunQvre({command, "--help"}).output, documented.str()) << command;
     }
 }
