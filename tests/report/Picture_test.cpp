@@ -65,6 +65,20 @@ TEST(PatternPicture, ColourBarAndAutomaticRange) {
     EXPECT_LT(Difference(png.At(layout.ColourBar(1.03)), {1.0, 1.0, 1.0}), 1e-9);
 }
 
+TEST(PatternPicture, PolarAnglesThatAreNotShownStayBlank) {
+    const TempFolder folder;
+    PlotRequest request;
+    request.images = {{Sampled(kMaps[0], 2.0, [](double, double, double z) { return z; }), ""}};
+    request.shownTheta_deg = {10.0, 70.0};
+    DrawPattern(request, folder.Path("belt.png"));
+    const PngPicture png(folder.Path("belt.png"));
+    const PatternLayout layout(request);
+    for (const double theta : {5.0, 12.0, 68.0, 75.0}) {
+        const PicturePoint point = layout.Direction(request.view, 0, theta * kDegree, 20 * kDegree);
+        EXPECT_EQ(Difference(png.At(point), {1.0, 1.0, 1.0}) < 1e-9, theta < 10.0 || theta > 70.0) << theta;
+    }
+}
+
 TEST(PatternPicture, FormatsAndFailures) {
     const TempFolder folder;
     PlotRequest request;
