@@ -17,10 +17,10 @@ constexpr const char* kExample =
     "-I0 i0.xml_img\n"
     "  qvre export pattern.xml_img -o data.csv\n"
     "in examples/cu001_small, where data.csv stands for a measurement:\n"
-    "  qvre compare pattern.xml_img --i0 i0.xml_img --measured data.csv --background 4 --theta 10 70 "
-    "--rotate "
-    "-o difference.png\n"
-    "  qvre compare pattern.xml_img pattern.xml_img --i0 i0.xml_img --background mean\n"
+    "  qvre compare pattern.xml_img --measured data.csv --background 4 --theta 10 70 --rotate -o "
+    "difference.png\n"
+    "  qvre compare pattern.xml_img pattern.xml_img --i0 i0.xml_img --i0-b i0.xml_img\n"
+    "The background of a measurement is best taken from the calculation too, without --i0.\n"
     "R = sum (chi_a - chi_b)^2 / sum (chi_a^2 + chi_b^2): 0 for equal patterns, 1 for unrelated ones.\n"
     "Definitions are in docs/export-and-compare.md.";
 
@@ -79,6 +79,10 @@ void Run(const CompareOptions& options) {
     const CompareResult result = ComparePatterns(request);
     if (!options.output.empty()) WriteDifference(result, options.output);
     Print(result, request);
+    if (!options.measured.empty() && !options.i0.empty() && request.background)
+        std::printf(
+            "note: chi of the measurement has the background taken away, that of the image its I0;\n"
+            "without --i0 both lose the same background and agree better\n");
 }
 
 }  // namespace

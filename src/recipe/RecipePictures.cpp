@@ -61,7 +61,7 @@ void CheckResultName(const RecipeTable& section, const std::string& key, const s
 
 std::vector<RecipePicture> ReadPictures(RecipeTable& recipe) {
     std::vector<RecipeTable> sections = recipe.Sections("picture");
-    if (sections.empty()) sections.emplace_back(nullptr, "[[picture]]");
+    if (sections.empty() && !recipe.Has("scan")) sections.emplace_back(nullptr, "[[picture]]");
     std::vector<RecipePicture> pictures;
     std::set<std::string> names;
     for (RecipeTable& section : sections) {

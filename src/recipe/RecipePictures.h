@@ -18,8 +18,8 @@ struct RecipePicture {
 /// Throws ZfError for the name of a picture that would not land in the result folder.
 void CheckResultName(const RecipeTable& section, const std::string& key, const std::string& name);
 
-/// The [[picture]] tables of a recipe; without any, one of the modulation, "pattern.png". Throws ZfError,
-/// also for two of the same name.
+/// The [[picture]] tables of a recipe; without any, one of the modulation, "pattern.png", but none in a scan.
+/// Throws ZfError, also for two of the same name.
 std::vector<RecipePicture> ReadPictures(RecipeTable& recipe);
 
 /// The picture of one result, by full paths.
