@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "foundation/MapKeys.h"
 #include "foundation/ZfError.h"
 #include "prepare/MuffinTin.h"
 
@@ -34,20 +35,12 @@ std::string Alternatives(const std::vector<std::string>& names);
 /// One of the names.
 CLI::Validator OneOf(const std::vector<std::string>& names);
 
-template <class Value>
-std::vector<std::string> NamesOf(const std::map<std::string, Value>& table) {
-    std::vector<std::string> names;
-    names.reserve(table.size());
-    for (const auto& entry : table) names.push_back(entry.first);
-    return names;
-}
-
 /// Turns a name of the table into its enumerator, for `transform`.
 template <class Enumeration>
 CLI::Validator Enumerator(const std::map<std::string, Enumeration>& table) {
     const auto translate = [table](std::string& text) {
         const auto found = table.find(text);
-        if (found == table.end()) return "has to be " + Alternatives(NamesOf(table)) + ", not " + text;
+        if (found == table.end()) return "has to be " + Alternatives(MapKeys(table)) + ", not " + text;
         text = std::to_string(static_cast<std::underlying_type_t<Enumeration>>(found->second));
         return std::string();
     };

@@ -27,17 +27,12 @@ std::string ReportOf(const std::vector<InputFinding>& findings) {
 
 std::string CheckRun(const ScatteringRequest& inputs, const std::string& fluctuationFile,
                      const std::string& atomicWeightFile, const std::string& reportFile) {
-    ZfCluster cluster;
-    ZfLoadCluster(cluster, inputs.clusterFile);
-    std::vector<ZfEmittedWave> waves;
-    ZfLoadEmittedWave(waves, inputs.wavesFile);
-    ZfPhaseShiftDocument phaseShifts;
-    ZfLoadPhaseShift(phaseShifts, inputs.phaseShiftFile);
+    const LoadedInputs loaded(inputs);
     ZfFluctuation fluctuation;
     ZfLoadFluctuation(fluctuation, fluctuationFile);
     const ZfDebye weights = LoadAtomicWeights(atomicWeightFile);
-    const std::vector<InputFinding> findings =
-        CheckInputs({&cluster, &waves, &phaseShifts, &fluctuation, &weights, inputs.method});
+    const std::vector<InputFinding> findings = CheckInputs(
+        {&loaded.cluster, &loaded.waves, &loaded.phaseShifts, &fluctuation, &weights, inputs.method});
     std::string report = ReportOf(findings);
     if (!FitsTogether(findings)) throw ZfError("the inputs do not fit together\n" + report);
     WriteWholeFile(reportFile, report);

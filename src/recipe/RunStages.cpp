@@ -48,21 +48,21 @@ void SaveImages(const ZfSphericalMapping& mapping, const std::string& projection
 
 }  // namespace
 
-void CalculateScattering(const ScatteringRequest& request, const std::string& outputFile) {
-    ZfCluster cluster;
+LoadedInputs::LoadedInputs(const ScatteringRequest& request) {
     ZfLoadCluster(cluster, request.clusterFile);
-    std::vector<ZfEmittedWave> waves;
     ZfLoadEmittedWave(waves, request.wavesFile);
-    ZfPhaseShiftDocument phaseShifts;
     ZfLoadPhaseShift(phaseShifts, request.phaseShiftFile);
+}
 
+void CalculateScattering(const ScatteringRequest& request, const std::string& outputFile) {
+    LoadedInputs inputs(request);
     ReplacedFile output(outputFile);
     ZfScatteringData data;
     data.Version = request.method;
     data.MultiScattering = 1;
     data.fileName = output.TemporaryPath();
     RunProgress progress("scattering", [&data] { return FractionDone(data); });
-    data.Calculate(progress, cluster, waves, phaseShifts);
+    data.Calculate(progress, inputs.cluster, inputs.waves, inputs.phaseShifts);
     InterruptRequest::ThrowIfPending();
     output.Commit();
 }

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "scattering/ZfScatteringData.h"
 
@@ -13,6 +14,15 @@ struct ScatteringRequest {
     std::string wavesFile;
     std::string phaseShiftFile;
     ZfScatteringMethod method = kMulti;
+};
+
+/// The files of a request, loaded. Throws ZfError.
+struct LoadedInputs {
+    explicit LoadedInputs(const ScatteringRequest& request);
+
+    ZfCluster cluster;
+    std::vector<ZfEmittedWave> waves;
+    ZfPhaseShiftDocument phaseShifts;
 };
 
 void CalculateScattering(const ScatteringRequest& request, const std::string& outputFile);

@@ -5,6 +5,7 @@
 #include <numbers>
 #include <utility>
 
+#include "foundation/MapKeys.h"
 #include "foundation/ZfError.h"
 #include "report/Canvas.h"
 #include "report/LinePlot.h"
@@ -21,14 +22,6 @@ const std::map<std::string, View> kViews = {{"equidistant", View::AzimuthalEquid
                                             {"orthographic", View::Orthographic}};
 const std::map<std::string, ColourMap> kColourMaps = {
     {"viridis", ColourMap::Viridis}, {"grey", ColourMap::Grey}, {"diverging", ColourMap::Diverging}};
-
-template <class Value>
-std::vector<std::string> NamesOf(const std::map<std::string, Value>& table) {
-    std::vector<std::string> names;
-    names.reserve(table.size());
-    for (const auto& entry : table) names.push_back(entry.first);
-    return names;
-}
 
 /// In the order of the experiment: the surface, the sample's domains, the analyser.
 SphereImage Measured(SphereImage image, const PatternPlot& plot) {
@@ -125,11 +118,11 @@ Span DrawImages(const PatternPlot& plot, std::vector<LoadedImage> images) {
 }  // namespace
 
 std::vector<std::string> ViewNames() {
-    return NamesOf(kViews);
+    return MapKeys(kViews);
 }
 
 std::vector<std::string> ColourMapNames() {
-    return NamesOf(kColourMaps);
+    return MapKeys(kColourMaps);
 }
 
 void CheckPatternPlot(const PatternPlot& plot) {
