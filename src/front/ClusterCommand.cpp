@@ -4,13 +4,13 @@
 #include <string>
 #include <vector>
 
+#include "files/FileSummary.h"
 #include "foundation/ProgramFile.h"
 #include "front/Commands.h"
-#include "front/FileSummary.h"
 #include "front/SharedOptions.h"
-#include "prepare/ClusterRequest.h"
-#include "prepare/ClusterWriting.h"
-#include "prepare/CrystalSources.h"
+#include "prepare/cluster/ClusterRequest.h"
+#include "prepare/cluster/ClusterWriting.h"
+#include "prepare/cluster/CrystalSources.h"
 
 namespace {
 

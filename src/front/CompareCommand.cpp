@@ -6,8 +6,8 @@
 
 #include "foundation/ZfError.h"
 #include "front/Commands.h"
-#include "report/ComparisonOutput.h"
-#include "report/PatternComparison.h"
+#include "report/compare/PatternComparison.h"
+#include "report/picture/ComparisonOutput.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <cstdio>
 
-#include "prepare/AtomicUnits.h"
+#include "prepare/atomic/AtomicUnits.h"
 #include "scattering/SphericalHarmonics.h"
 #include "scattering/ZfFreeElectron.h"
 

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "prepare/Emission.h"
+#include "prepare/emission/Emission.h"
 
 // Lines that tell of an emission, as `qvre emit` prints them.
 

@@ -7,16 +7,16 @@
 #include <string>
 #include <vector>
 
+#include "files/AnyFile.h"
+#include "files/FileSummary.h"
 #include "foundation/ProgramFile.h"
 #include "foundation/Text.h"
 #include "foundation/ZfError.h"
-#include "front/AnyFile.h"
 #include "front/Commands.h"
 #include "front/EmissionSummary.h"
-#include "front/FileSummary.h"
 #include "front/SharedOptions.h"
-#include "prepare/EmitterField.h"
-#include "prepare/PhotonEnergy.h"
+#include "prepare/emission/EmitterField.h"
+#include "prepare/emission/PhotonEnergy.h"
 
 namespace {
 

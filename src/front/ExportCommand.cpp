@@ -4,8 +4,8 @@
 #include <string>
 
 #include "front/Commands.h"
-#include "report/ImageExport.h"
-#include "report/WaveExport.h"
+#include "report/export/ImageExport.h"
+#include "report/export/WaveExport.h"
 
 namespace {
 

@@ -6,14 +6,14 @@
 #include <string>
 #include <vector>
 
+#include "files/AnyFile.h"
+#include "files/FileSummary.h"
 #include "foundation/ProgramFile.h"
 #include "foundation/ZfError.h"
-#include "front/AnyFile.h"
 #include "front/Commands.h"
-#include "front/FileSummary.h"
 #include "front/SharedOptions.h"
-#include "prepare/InputCheck.h"
-#include "prepare/Vibrations.h"
+#include "prepare/checks/InputCheck.h"
+#include "prepare/thermal/Vibrations.h"
 
 namespace {
 

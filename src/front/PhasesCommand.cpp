@@ -6,16 +6,16 @@
 #include <string>
 #include <vector>
 
+#include "files/AnyFile.h"
+#include "files/FileSummary.h"
 #include "foundation/ProgramFile.h"
 #include "foundation/ReplacedFile.h"
 #include "foundation/ZfError.h"
-#include "front/AnyFile.h"
 #include "front/Commands.h"
-#include "front/FileSummary.h"
 #include "front/SharedOptions.h"
-#include "prepare/EnergyList.h"
-#include "prepare/PhaseShiftTable.h"
-#include "prepare/PhaseShifts.h"
+#include "prepare/phases/EnergyList.h"
+#include "prepare/phases/PhaseShiftTable.h"
+#include "prepare/phases/PhaseShifts.h"
 
 namespace {
 

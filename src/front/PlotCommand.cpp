@@ -9,7 +9,7 @@
 #include "foundation/ZfError.h"
 #include "front/Commands.h"
 #include "front/SharedOptions.h"
-#include "report/PatternPlot.h"
+#include "report/picture/PatternPlot.h"
 
 namespace {
 

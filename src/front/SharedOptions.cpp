@@ -6,7 +6,7 @@
 #include <filesystem>
 #include <set>
 
-#include "prepare/StrictNumber.h"
+#include "foundation/StrictNumber.h"
 
 CLI::Validator Between(double low, double high) {
     const auto check = [low, high](const std::string& text) {

@@ -9,7 +9,7 @@
 
 #include "foundation/MapKeys.h"
 #include "foundation/ZfError.h"
-#include "prepare/MuffinTin.h"
+#include "prepare/atomic/MuffinTin.h"
 
 // What the options of several subcommands have in common.
 

@@ -7,14 +7,14 @@
 #include <string>
 #include <vector>
 
+#include "files/AnyFile.h"
+#include "files/FileSummary.h"
 #include "foundation/ProgramFile.h"
 #include "foundation/Text.h"
-#include "front/AnyFile.h"
 #include "front/Commands.h"
-#include "front/FileSummary.h"
 #include "front/SharedOptions.h"
-#include "prepare/InputChecks.h"
-#include "prepare/Vibrations.h"
+#include "prepare/checks/InputChecks.h"
+#include "prepare/thermal/Vibrations.h"
 
 namespace {
 

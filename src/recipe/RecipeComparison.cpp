@@ -5,9 +5,9 @@
 
 #include "foundation/ReplacedFile.h"
 #include "foundation/Text.h"
-#include "recipe/RunProgress.h"
-#include "report/ComparisonOutput.h"
-#include "report/LinePlot.h"
+#include "report/picture/ComparisonOutput.h"
+#include "report/picture/LinePlot.h"
+#include "run/RunProgress.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "recipe/RecipePlan.h"
-#include "recipe/RunLog.h"
+#include "run/RunLog.h"
 
 /// Compares every result of a recipe with the measured pattern and tells the reliability factors. The
 /// differences that the recipe asks for, and of a scan the table, "scan.csv", and the plot, "scan.png", go

@@ -5,8 +5,8 @@
 #include "foundation/ProgramFile.h"
 #include "foundation/Text.h"
 #include "foundation/ZfError.h"
-#include "prepare/EmitterField.h"
-#include "prepare/PhotonEnergy.h"
+#include "prepare/emission/EmitterField.h"
+#include "prepare/emission/PhotonEnergy.h"
 #include "recipe/RecipeInputs.h"
 
 // The emission of a recipe: what `qvre emit` makes of a cluster.

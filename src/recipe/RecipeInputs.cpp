@@ -10,12 +10,12 @@
 #include "foundation/ProgramFile.h"
 #include "foundation/ReplacedFile.h"
 #include "foundation/ZfError.h"
-#include "prepare/ClusterRequest.h"
-#include "prepare/ClusterWriting.h"
-#include "prepare/CrystalSources.h"
-#include "prepare/EnergyList.h"
-#include "prepare/PhaseShifts.h"
-#include "prepare/Vibrations.h"
+#include "prepare/cluster/ClusterRequest.h"
+#include "prepare/cluster/ClusterWriting.h"
+#include "prepare/cluster/CrystalSources.h"
+#include "prepare/phases/EnergyList.h"
+#include "prepare/phases/PhaseShifts.h"
+#include "prepare/thermal/Vibrations.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 #include <functional>
 #include <string>
 
-#include "prepare/PhaseShifts.h"
+#include "prepare/phases/PhaseShifts.h"
 #include "recipe/RecipeTable.h"
 
 /// Writes one file of a run and returns what the user should know of it, in lines; throws ZfError.

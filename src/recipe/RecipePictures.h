@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "recipe/RecipeTable.h"
-#include "report/PatternPlot.h"
+#include "report/picture/PatternPlot.h"
 
 /// One picture that a recipe asks for, of every result.
 struct RecipePicture {

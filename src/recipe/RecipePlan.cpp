@@ -12,9 +12,9 @@
 #include "recipe/RecipeInputs.h"
 #include "recipe/RecipePictures.h"
 #include "recipe/RecipeSettings.h"
-#include "recipe/RunChecks.h"
-#include "recipe/RunStages.h"
-#include "recipe/SummedImages.h"
+#include "run/RunChecks.h"
+#include "run/RunStages.h"
+#include "run/SummedImages.h"
 
 namespace {
 

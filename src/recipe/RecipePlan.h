@@ -5,7 +5,7 @@
 
 #include "recipe/RecipeRun.h"
 #include "recipe/RecipeSettings.h"
-#include "recipe/ResultFolder.h"
+#include "run/ResultFolder.h"
 
 /// What a recipe ends with: a pattern with the image of its direct wave, by file names in the result folder.
 struct RunResult {

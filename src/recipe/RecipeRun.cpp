@@ -6,8 +6,8 @@
 
 #include "recipe/RecipeComparison.h"
 #include "recipe/RecipePlan.h"
-#include "recipe/RunLog.h"
-#include "recipe/RunProgress.h"
+#include "run/RunLog.h"
+#include "run/RunProgress.h"
 
 namespace {
 

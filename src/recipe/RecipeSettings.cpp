@@ -3,8 +3,8 @@
 #include <vector>
 
 #include "recipe/RecipePictures.h"
-#include "report/ComparisonOutput.h"
-#include "report/MeasuredPattern.h"
+#include "report/compare/MeasuredPattern.h"
+#include "report/picture/ComparisonOutput.h"
 
 namespace {
 

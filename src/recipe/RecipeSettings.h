@@ -4,8 +4,8 @@
 
 #include "recipe/RecipeInputs.h"
 #include "recipe/RecipeTable.h"
-#include "recipe/RunStages.h"
-#include "report/PatternComparison.h"
+#include "report/compare/PatternComparison.h"
+#include "run/RunStages.h"
 
 // The sections of a recipe that make no file of the input set. Each function reads its section whole and
 // throws ZfError.

@@ -7,8 +7,8 @@
 
 #include "TempFolder.h"
 #include "front/Program.h"
-#include "report/PngPicture.h"
 #include "report/SphereFunctions.h"
+#include "report/picture/PngPicture.h"
 
 namespace {
 

@@ -9,7 +9,7 @@
 
 #include "TempFolder.h"
 #include "front/RunQvre.h"
-#include "report/SphereImage.h"
+#include "report/sphere/SphereImage.h"
 
 namespace {
 

@@ -7,7 +7,7 @@
 
 #include "image/ZfDocData.h"
 #include "pattern/ZfSphericalMapping.h"
-#include "report/SphereImage.h"
+#include "report/sphere/SphereImage.h"
 #include "xml/ZfQBarnFile.h"
 
 constexpr double kDegree = 3.141592653589793 / 180;

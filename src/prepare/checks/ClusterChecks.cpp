@@ -1,0 +1,100 @@
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+#include "foundation/Text.h"
+#include "foundation/ZfError.h"
+#include "prepare/checks/InputChecks.h"
+#include "prepare/checks/NearestNeighbours.h"
+#include "prepare/thermal/Vibrations.h"
+
+namespace {
+
+constexpr double kEmitterTolerance_A = 0.01;
+constexpr double kNearest_A = 0.5;
+
+std::string PositionText(const ZfAtom& atom) {
+    const double* p = atom.position.Data();
+    std::string text = "(";
+    text += DoubleToText(p[0] * 1e10) + ", " + DoubleToText(p[1] * 1e10) + ", ";
+    return text + DoubleToText(p[2] * 1e10) + ")";
+}
+
+void CheckEmitter(const std::vector<ZfAtom>& atoms, const std::string& where,
+                  std::vector<InputFinding>& findings) {
+    const ZfAtom& emitter = atoms[EmitterOf(atoms)];
+    if (std::sqrt(NormSquared(emitter.position)) * 1e10 < kEmitterTolerance_A) return;
+    findings.push_back({Severity::Misfit,
+                        where + "the atom nearest to the origin, " + emitter.name + " at " +
+                            PositionText(emitter) + " angstrom, would be the emitter",
+                        "move the cluster so that the emitter stands at (0, 0, 0)"});
+}
+
+void CheckDistances(const std::vector<ZfAtom>& atoms, const std::string& where,
+                    std::vector<InputFinding>& findings) {
+    if (atoms.size() == 1) {
+        findings.push_back({Severity::Note, where + "the emitter stands alone: nothing scatters",
+                            "add the atoms around it"});
+        return;
+    }
+    const std::vector<Neighbour> nearest = NearestNeighbours(atoms);
+    const auto closest =
+        std::min_element(nearest.begin(), nearest.end(),
+                         [](const Neighbour& a, const Neighbour& b) { return a.distance_A < b.distance_A; });
+    if (closest->distance_A > kNearest_A) return;
+    const ZfAtom& one = atoms[static_cast<std::size_t>(closest - nearest.begin())];
+    const ZfAtom& other = atoms[closest->atom];
+    findings.push_back({Severity::Misfit,
+                        where + "two atoms stand " + DoubleToText(closest->distance_A) + " angstrom apart, " +
+                            one.name + " at " + PositionText(one) + " and " + other.name + " at " +
+                            PositionText(other),
+                        "atoms have to be more than 0.5 angstrom apart: remove one, or look at the lattice "
+                        "constant"});
+}
+
+bool IsElement(const std::string& symbol) {
+    try {
+        return AtomicNumberOf(symbol) > 0;
+    } catch (const ZfError&) {
+        return symbol.empty();  // an atom without an element still scatters
+    }
+}
+
+void CheckElements(const ZfCluster& cluster, std::vector<InputFinding>& findings) {
+    for (const std::string& element : ElementsOf(cluster))
+        if (!IsElement(element))
+            findings.push_back(
+                {Severity::Misfit, "the cluster holds the element \"" + element + "\", unknown",
+                 "write element symbols as in Cu, case counts; a label of its own belongs into "
+                 "the name of the atom"});
+}
+
+void CheckDisplacementForm(const std::vector<ZfAtom>& atoms, const std::string& where,
+                           std::vector<InputFinding>& findings) {
+    const auto tensors =
+        std::count_if(atoms.begin(), atoms.end(), [](const ZfAtom& atom) { return atom.U.Count() > 1; });
+    if (tensors == 0) return;
+    findings.push_back({Severity::Misfit,
+                        where + "atoms with anisotropic displacements: " + std::to_string(tensors),
+                        "give isotropic ones (MSD_iso), or none"});
+}
+
+}  // namespace
+
+void CheckCluster(const InputSet& inputs, std::vector<InputFinding>& findings) {
+    const ZfCluster& cluster = *inputs.cluster;
+    if (cluster.structures.empty())
+        findings.push_back({Severity::Misfit, "the cluster holds no structure", "give one with atoms"});
+    CheckElements(cluster, findings);
+    for (std::size_t s = 0; s < cluster.structures.size(); ++s) {
+        const std::vector<ZfAtom>& atoms = cluster.structures[s].atoms;
+        const std::string where = StructurePrefix(cluster, s);
+        if (atoms.empty()) {
+            findings.push_back({Severity::Misfit, where + "there are no atoms", "remove the structure"});
+            continue;
+        }
+        CheckEmitter(atoms, where, findings);
+        CheckDistances(atoms, where, findings);
+        CheckDisplacementForm(atoms, where, findings);
+    }
+}

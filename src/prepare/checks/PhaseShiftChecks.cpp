@@ -1,0 +1,280 @@
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <map>
+#include <set>
+#include <utility>
+#include <vector>
+
+#include "foundation/Text.h"
+#include "prepare/checks/InputChecks.h"
+#include "prepare/checks/NearestNeighbours.h"
+#include "scattering/SamplingSphere.h"
+
+namespace {
+
+constexpr std::ptrdiff_t kUsableRecords = 128;  // the run keeps their places in signed bytes
+constexpr double kSmallestRadius_A = 0.3;
+constexpr double kLargestRadius_A = 3.0;
+constexpr double kOverlap = 1.1;       // radii of two neighbours over their distance, when spheres overlap
+constexpr double kGap = 0.6;           // and when MULTI overlooks atoms of a row
+constexpr double kNearSphere = 0.8;    // sampling radius over neighbour distance, when the levels climb
+constexpr double kCutPhase_deg = 5.0;  // 1 percent of the unitary limit is left in the intensity of such an l
+constexpr std::int32_t kLargestSize = 300;
+
+/// The atoms of one name.
+struct AtomKind {
+    std::string element;
+    bool scatters = false;                                       ///< one of them is not the emitter
+    double nearest_A = std::numeric_limits<double>::infinity();  ///< nearest neighbour of a scatterer
+    std::string neighbour;                                       ///< and its name
+};
+
+using AtomKinds = std::map<std::string, AtomKind>;
+
+AtomKinds KindsOf(const ZfCluster& cluster) {
+    AtomKinds kinds;
+    for (const ZfStructure& structure : cluster.structures) {
+        const std::vector<ZfAtom>& atoms = structure.atoms;
+        if (atoms.empty()) continue;
+        const std::vector<Neighbour> nearest = NearestNeighbours(atoms);
+        const std::size_t emitter = EmitterOf(atoms);
+        for (std::size_t i = 0; i < atoms.size(); ++i) {
+            AtomKind& kind = kinds[atoms[i].name];
+            kind.element = atoms[i].atom;
+            if (i == emitter) continue;
+            kind.scatters = true;
+            if (nearest[i].distance_A >= kind.nearest_A) continue;
+            kind.nearest_A = nearest[i].distance_A;
+            kind.neighbour = atoms[nearest[i].atom].name;
+        }
+    }
+    return kinds;
+}
+
+/// The first of that name and energy, as the run looks for it; null without one.
+const ZfPhaseShiftRecord* Find(const ZfPhaseShiftDocument& document, const std::string& name, double energy) {
+    for (const ZfPhaseShiftRecord& record : document.records)
+        if (record.Ek_eV == energy && record.AtomName == name) return &record;
+    return nullptr;
+}
+
+double RadiusOf(const ZfPhaseShiftRecord& record) {
+    return record.radial.LnX.empty() ? 0.0 : std::exp(record.radial.LnX.back()) * 1e10;
+}
+
+bool EqualButForCase(const std::string& a, const std::string& b) {
+    const auto letters = [](const std::string& text) {
+        std::string result;
+        for (const char c : text)
+            if (c != ' ') result += static_cast<char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c);
+        return result;
+    };
+    return letters(a) == letters(b);
+}
+
+InputFinding MissingName(const ZfPhaseShiftDocument& document, const std::string& name,
+                         const AtomKind& kind) {
+    InputFinding finding{Severity::Misfit, "there are no phase shifts for the atom name \"" + name + "\"",
+                         "make them, with this AtomName"};
+    for (const ZfPhaseShiftRecord& record : document.records) {
+        const bool spelling = EqualButForCase(record.AtomName, name);
+        if (!spelling && record.AtomElement != kind.element) continue;
+        finding.what += ", but some are named \"" + record.AtomName + "\"";
+        finding.remedy = "write the same name into the cluster and into AtomName";
+        break;
+    }
+    return finding;
+}
+
+/// Names fit, the energy does not.
+InputFinding MissingEnergy(const ZfPhaseShiftDocument& document, const std::string& name, double energy) {
+    double nearest = std::numeric_limits<double>::infinity();
+    for (const ZfPhaseShiftRecord& record : document.records)
+        if (record.AtomName == name && std::abs(record.Ek_eV - energy) < std::abs(nearest - energy))
+            nearest = record.Ek_eV;
+    const std::string wanted = ExactText(energy);
+    const std::string found = ExactText(nearest);
+    InputFinding finding{Severity::Misfit,
+                         "there are no phase shifts of \"" + name + "\" for " + wanted + " eV",
+                         "make them for " + wanted + " eV"};
+    if (std::abs(nearest - energy) > 0.01 * energy) {
+        finding.what += "; the nearest are for " + found + " eV";
+    } else {
+        finding.what += ": " + wanted + " differs from " + found;
+        finding.remedy = "energies are compared to the last bit: give the wave the Ek " + found +
+                         ", or make phase shifts for " + wanted + " eV";
+    }
+    return finding;
+}
+
+InputFinding Missing(const ZfPhaseShiftDocument& document, const std::string& name, const AtomKind& kind,
+                     double energy) {
+    const bool named = std::any_of(document.records.begin(), document.records.end(),
+                                   [&](const ZfPhaseShiftRecord& r) { return r.AtomName == name; });
+    return named ? MissingEnergy(document, name, energy) : MissingName(document, name, kind);
+}
+
+std::string NameOf(const ZfPhaseShiftRecord& record) {
+    std::string name = "the phase shifts of \"";
+    return name + record.AtomName + "\" for " + ExactText(record.Ek_eV) + " eV";
+}
+
+void CheckRadius(const ZfPhaseShiftRecord& record, std::vector<InputFinding>& findings) {
+    const std::string remedy =
+        "let LnX end at the natural logarithm of the muffin-tin radius in metres, -22.8 for 1.25 "
+        "angstrom";
+    if (record.radial.LnX.empty()) {
+        findings.push_back({Severity::Misfit,
+                            NameOf(record) + " have no LnX, from which MULTI takes the radius of the atom",
+                            remedy + ", or take the method SLOWMULTI"});
+        return;
+    }
+    const double radius_A = RadiusOf(record);
+    if (radius_A >= kSmallestRadius_A && radius_A <= kLargestRadius_A) return;
+    const double end = record.radial.LnX.back();
+    std::string what = NameOf(record) + " tell the radius " + DoubleToText(radius_A) +
+                       " angstrom (LnX ends at " + DoubleToText(end) + ")";
+    if (end > -2.0 && end < 4.0) what += ", which looks like a radius, or its logarithm, in angstrom or bohr";
+    what += radius_A > kLargestRadius_A ? ": MULTI would silently be SLOWMULTI"
+                                        : ": MULTI would overlook the atoms of a row";
+    findings.push_back({Severity::Misfit, what, remedy});
+}
+
+void CheckSpheres(const ZfPhaseShiftRecord& record, const ZfPhaseShiftRecord& neighbour, double distance_A,
+                  std::vector<InputFinding>& findings) {
+    const double own = RadiusOf(record);
+    const double other = RadiusOf(neighbour);
+    if (own == 0.0 || other == 0.0 || own > kLargestRadius_A || other > kLargestRadius_A) return;
+    const double ratio = (own + other) / distance_A;
+    if (ratio >= kGap && ratio <= kOverlap) return;
+    findings.push_back({Severity::Warning,
+                        NameOf(record) + " tell the radius " + DoubleToText(own) + " angstrom; with " +
+                            DoubleToText(other) + " angstrom of the nearest neighbour, " +
+                            DoubleToText(distance_A) + " angstrom away, the spheres " +
+                            (ratio > kOverlap ? "overlap" : "leave a wide gap"),
+                        "make phase shifts for this crystal, with touching spheres"});
+}
+
+void CheckSampling(const ZfPhaseShiftRecord& record, double nearest_A, std::vector<InputFinding>& findings) {
+    const std::int32_t size = record.PhaseShiftValue.VectorSize();
+    if (size > kLargestSize) {
+        findings.push_back({Severity::Misfit, NameOf(record) + " have the l size " + std::to_string(size),
+                            "leave out the l whose phase shift is below 0.3 degrees"});
+        return;
+    }
+    if (!(record.Ek_eV > 0.0)) return;
+    const double radius_A = LastSamplingRadius(size, record.Ek_eV) * 1e10;
+    if (radius_A < kNearSphere * nearest_A) return;
+    const bool wrong = radius_A >= nearest_A;
+    findings.push_back({wrong ? Severity::Misfit : Severity::Warning,
+                        NameOf(record) + " have l size " + std::to_string(size) + ", which is sampled at " +
+                            DoubleToText(radius_A) + " angstrom, and the nearest neighbour stands at " +
+                            DoubleToText(nearest_A) +
+                            " angstrom: " + (wrong ? "the wave would be wrong" : "the run is slow"),
+                        "leave out the highest l, or take a higher energy"});
+}
+
+/// Phase shifts in degrees, folded into -90 to 90: that is what scatters.
+double Folded(double degrees) {
+    return std::remainder(degrees, 180.0);
+}
+
+void CheckValues(const ZfPhaseShiftRecord& record, std::vector<InputFinding>& findings) {
+    const ZfLDoubleMatrix& delta = record.PhaseShiftValue;
+    const std::int32_t size = delta.VectorSize();
+    double largest = 0.0;
+    for (std::int32_t l = 0; l < size; ++l) largest = std::max(largest, std::abs(delta.VectorValueAt(l)));
+    const double last = Folded(delta.VectorValueAt(size - 1));
+    if (size > 3 && largest > 0.0 && largest < 6.2832)
+        findings.push_back(
+            {Severity::Warning,
+             NameOf(record) + " are all below " + DoubleToText(largest) + ": are they radians?",
+             "give degrees: times 57.2958"});
+    else if (std::abs(last) > kCutPhase_deg)
+        findings.push_back({Severity::Warning,
+                            NameOf(record) + " end at l = " + std::to_string(size - 1) + " with " +
+                                DoubleToText(last) + " degrees: the sum over l is cut off",
+                            "make phase shifts up to an l where they are below 0.3 degrees"});
+}
+
+void CheckElement(const ZfPhaseShiftRecord& record, const AtomKind& kind,
+                  std::vector<InputFinding>& findings) {
+    if (record.AtomElement.empty() || record.AtomElement == kind.element) return;
+    findings.push_back({Severity::Warning,
+                        NameOf(record) + " are of the element " + record.AtomElement +
+                            ", the atoms of the cluster are " + kind.element,
+                        "give the two different names, or take the phase shifts of the right element"});
+}
+
+/// What a record must hold by itself to be scattered at.
+bool CheckContent(const ZfPhaseShiftRecord& record, ZfScatteringMethod method,
+                  std::vector<InputFinding>& findings) {
+    if (record.PhaseShiftValue.VectorSize() == 0) {
+        findings.push_back(
+            {Severity::Misfit, NameOf(record) + " are empty", "give PhaseShiftValue from l = 0 on"});
+        return false;
+    }
+    CheckValues(record, findings);
+    if (method == kMulti) CheckRadius(record, findings);
+    return true;
+}
+
+void CheckPlace(const ZfPhaseShiftDocument& document, const ZfPhaseShiftRecord& record,
+                std::vector<InputFinding>& findings) {
+    const std::ptrdiff_t place = &record - document.records.data();
+    if (place < kUsableRecords) return;
+    findings.push_back({Severity::Misfit,
+                        NameOf(record) + " stand at place " + std::to_string(place + 1) +
+                            "; a run uses the first 128 of a file",
+                        "keep in the file what this run needs, or move it to the front"});
+}
+
+void CheckPair(const InputSet& inputs, const AtomKinds& kinds, const std::string& name, double energy,
+               std::vector<InputFinding>& findings) {
+    const ZfPhaseShiftDocument& document = *inputs.phaseShifts;
+    const AtomKind& kind = kinds.at(name);
+    const ZfPhaseShiftRecord* record = Find(document, name, energy);
+    if (!record) {
+        findings.push_back(Missing(document, name, kind, energy));
+        return;
+    }
+    CheckPlace(document, *record, findings);
+    CheckElement(*record, kind, findings);
+    if (!kind.scatters || !CheckContent(*record, inputs.method, findings)) return;
+    CheckSampling(*record, kind.nearest_A, findings);
+    const ZfPhaseShiftRecord* neighbour = Find(document, kind.neighbour, energy);
+    if (neighbour) CheckSpheres(*record, *neighbour, kind.nearest_A, findings);
+}
+
+void CheckList(const ZfPhaseShiftDocument& document, std::vector<InputFinding>& findings) {
+    if (document.records.empty())
+        findings.push_back({Severity::Misfit, "the phase-shift file holds no phase shifts", "make them"});
+    if (static_cast<std::ptrdiff_t>(document.records.size()) > kUsableRecords)
+        findings.push_back({Severity::Note,
+                            "the phase-shift file holds " + std::to_string(document.records.size()) +
+                                " records, of which a run uses the first 128",
+                            "split it by energy"});
+    std::set<std::pair<std::string, double>> seen;
+    for (const ZfPhaseShiftRecord& record : document.records)
+        if (!seen.emplace(record.AtomName, record.Ek_eV).second)
+            findings.push_back({Severity::Note, NameOf(record) + " stand there twice: the first count",
+                                "remove the others"});
+}
+
+}  // namespace
+
+void CheckPhaseShifts(const InputSet& inputs, std::vector<InputFinding>& findings) {
+    CheckList(*inputs.phaseShifts, findings);
+    if (!inputs.cluster || !inputs.waves) {
+        for (const ZfPhaseShiftRecord& record : inputs.phaseShifts->records)
+            CheckContent(record, inputs.method, findings);
+        return;
+    }
+    const AtomKinds kinds = KindsOf(*inputs.cluster);
+    std::set<double> energies;
+    for (const ZfEmittedWave& wave : *inputs.waves)
+        if (wave.Ek > 0.0) energies.insert(wave.Ek);
+    for (const double energy : energies)
+        for (const auto& [name, kind] : kinds) CheckPair(inputs, kinds, name, energy, findings);
+}

@@ -1,0 +1,88 @@
+#include <algorithm>
+#include <cmath>
+#include <set>
+#include <vector>
+
+#include "foundation/Text.h"
+#include "prepare/checks/InputChecks.h"
+
+namespace {
+
+constexpr double kFourPi = 12.566370614359172;
+constexpr double kDigitsOfFiles = 1e-3;  // coefficients keep 6 digits each
+
+double Strength(const ZfEmittedWave& wave) {
+    double sum = 0.0;
+    for (const auto& c : wave.coeff.block) sum += std::norm(c);
+    return sum;
+}
+
+std::string WaveText(std::size_t index) {
+    std::string text = "wave ";
+    return text + std::to_string(index);
+}
+
+void CheckWave(const ZfEmittedWave& wave, std::size_t index, std::vector<InputFinding>& findings) {
+    const std::string name = WaveText(index);
+    if (!(wave.Ek > 0.0))
+        findings.push_back({Severity::Misfit,
+                            name + " has the kinetic energy " + DoubleToText(wave.Ek) + " eV",
+                            "give Ek, the energy inside the crystal, above 0"});
+    if (wave.IsPlaneWave) {
+        findings.push_back({Severity::Note, name + " is a plane wave: its coefficients are not used",
+                            "set IsPlaneWave to false for an emitter"});
+        return;
+    }
+    if (Strength(wave) == 0.0)
+        findings.push_back({Severity::Note, name + " emits nothing: its coefficients are all 0",
+                            "remove the wave, or give its coefficients"});
+}
+
+/// The method SINGLE computes all atoms before it refuses such a wave.
+void CheckSingle(const std::vector<ZfEmittedWave>& waves, std::vector<InputFinding>& findings) {
+    const auto larger = std::find_if(waves.begin(), waves.end(), [](const ZfEmittedWave& wave) {
+        return !wave.IsPlaneWave && wave.coeff.L > 1;
+    });
+    if (larger == waves.end()) return;
+    findings.push_back({Severity::Misfit,
+                        WaveText(static_cast<std::size_t>(larger - waves.begin())) + " has l size " +
+                            std::to_string(larger->coeff.L) + "; the method SINGLE takes l size 1 only",
+                        "take the method MULTI or SLOWMULTI, or an s wave"});
+}
+
+void CheckStrength(const std::vector<ZfEmittedWave>& waves, std::vector<InputFinding>& findings) {
+    double sum = 0.0;
+    for (const ZfEmittedWave& wave : waves) {
+        if (wave.IsPlaneWave) return;
+        sum += Strength(wave);
+    }
+    if (sum == 0.0 && !waves.empty())
+        findings.push_back({Severity::Misfit, "no wave emits anything: the image would be empty",
+                            "give the coefficients of a wave"});
+    if (sum == 0.0 || std::abs(sum / kFourPi - 1.0) < kDigitsOfFiles) return;
+    findings.push_back({Severity::Note,
+                        "the sum of |A|^2 over all waves is " + DoubleToText(sum) +
+                            ", not 4 pi: I0 does not average to 1 over the sphere",
+                        "none is needed where the pattern is divided by I0"});
+}
+
+}  // namespace
+
+void CheckWaves(const InputSet& inputs, std::vector<InputFinding>& findings) {
+    const std::vector<ZfEmittedWave>& waves = *inputs.waves;
+    if (waves.empty())
+        findings.push_back(
+            {Severity::Misfit, "there is no emitted wave: the image would be empty", "give at least one"});
+    std::set<double> energies;
+    for (std::size_t i = 0; i < waves.size(); ++i) {
+        CheckWave(waves[i], i, findings);
+        energies.insert(waves[i].Ek);
+    }
+    if (energies.size() > 1)
+        findings.push_back({Severity::Note,
+                            "the waves have " + std::to_string(energies.size()) +
+                                " energies; their patterns add up in one image",
+                            "run each energy by itself for an image of each"});
+    if (inputs.method == kSingle) CheckSingle(waves, findings);
+    CheckStrength(waves, findings);
+}

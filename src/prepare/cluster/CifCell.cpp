@@ -1,0 +1,117 @@
+// The package of the library has no formatting library of its own; the standard one serves.
+#define USE_STD_SNPRINTF
+#include <algorithm>
+#include <cmath>
+#include <exception>
+#include <gemmi/cif.hpp>
+#include <gemmi/smcif.hpp>
+
+#include "foundation/ZfError.h"
+#include "prepare/cluster/CrystalSources.h"
+
+namespace {
+
+constexpr double kSamePlace_A = 0.1;
+
+std::vector<gemmi::Op> OperatorsListed(gemmi::cif::Block& block) {
+    std::vector<gemmi::Op> operators;
+    for (const char* tag : {"_space_group_symop_operation_xyz", "_symmetry_equiv_pos_as_xyz"}) {
+        for (const std::string& triplet : block.find_values(tag))
+            operators.push_back(gemmi::parse_triplet(gemmi::cif::as_string(triplet)));
+        if (!operators.empty()) break;
+    }
+    return operators;
+}
+
+const gemmi::SpaceGroup* SpaceGroupNamed(gemmi::cif::Block& block, const gemmi::SmallStructure& structure) {
+    if (const gemmi::SpaceGroup* group = structure.find_spacegroup()) return group;
+    for (const char* tag : {"_space_group_IT_number", "_symmetry_Int_Tables_number"})
+        if (const std::string* number = block.find_value(tag))
+            return gemmi::find_spacegroup_by_number(gemmi::cif::as_int(*number, 0));
+    return nullptr;
+}
+
+std::vector<gemmi::Op> Operators(gemmi::cif::Block& block, const gemmi::SmallStructure& structure) {
+    std::vector<gemmi::Op> operators = OperatorsListed(block);
+    if (!operators.empty()) return operators;
+    const gemmi::SpaceGroup* group = SpaceGroupNamed(block, structure);
+    if (group == nullptr) throw ZfError("it has neither symmetry operators nor a known space group");
+    for (const gemmi::Op op : group->operations()) operators.push_back(op);
+    return operators;
+}
+
+/// Thirds and sixths written with four digits are meant exactly; then into [0, 1).
+double Settled(double fraction) {
+    constexpr double kFourDigits = 1e-4;
+    const double sixth = std::round(fraction * 6.0) / 6.0;
+    if (std::abs(fraction - sixth) < kFourDigits) fraction = sixth;
+    fraction -= std::floor(fraction);
+    return fraction > 1.0 - 1e-9 ? 0.0 : fraction;
+}
+
+void CheckSite(const gemmi::SmallStructure::Site& site) {
+    const std::string where = "site " + site.label;
+    if (!std::isfinite(site.fract.x + site.fract.y + site.fract.z))
+        throw ZfError(where + " has no coordinates");
+    if (site.element == gemmi::El::X) throw ZfError(where + " has no element: " + site.type_symbol);
+    if (site.disorder_group != 0)
+        throw ZfError(where + " is disordered; keep one of its alternatives, with disorder group \".\"");
+    if (std::abs(site.occ - 1.0) > 1e-3)
+        throw ZfError(where + " is partly occupied (" + std::to_string(site.occ) +
+                      "); a cluster needs whole atoms: choose an ordered model");
+}
+
+double EquivalentU(const gemmi::SmallStructure& structure, const gemmi::SmallStructure::Site& site) {
+    if (site.u_iso > 0.0) return site.u_iso;
+    const double u = site.aniso.nonzero() ? structure.cell.calculate_u_eq(site.aniso) : 0.0;
+    return u > 0.0 ? u : 0.0;
+}
+
+void AddImages(CrystalCell& cell, const CellAtom& site, const std::vector<gemmi::Op>& operators) {
+    const std::size_t first = cell.atoms.size();
+    for (const gemmi::Op& op : operators) {
+        const auto& f = site.fractional;
+        const auto [x, y, z] = op.apply_to_xyz({f.x, f.y, f.z});
+        CellAtom image = site;
+        image.fractional = gemmi::Vec3(Settled(x), Settled(y), Settled(z));
+        const bool known = std::any_of(
+            cell.atoms.begin() + static_cast<std::ptrdiff_t>(first), cell.atoms.end(),
+            [&](const CellAtom& other) {
+                return cell.DistanceFromLattice(other.fractional - image.fractional) < kSamePlace_A;
+            });
+        if (!known) cell.atoms.push_back(image);
+    }
+}
+
+gemmi::cif::Block& BlockWithAtoms(gemmi::cif::Document& document) {
+    for (gemmi::cif::Block& block : document.blocks)
+        if (block.find_values("_atom_site_label")) return block;
+    throw ZfError("it has no atom sites (_atom_site_label)");
+}
+
+CrystalCell Expand(gemmi::cif::Block& block) {
+    const gemmi::SmallStructure structure = gemmi::make_small_structure_from_block(block);
+    const gemmi::UnitCell& unit = structure.cell;
+    if (!unit.is_crystal()) throw ZfError("it has no cell lengths and angles");
+    CrystalCell cell;
+    cell.axes = AxesOf({unit.a, unit.b, unit.c}, {unit.alpha, unit.beta, unit.gamma});
+    const std::vector<gemmi::Op> operators = Operators(block, structure);
+    for (const gemmi::SmallStructure::Site& site : structure.sites) {
+        CheckSite(site);
+        const std::string element = site.element == gemmi::El::D ? "H" : site.element.name();
+        const gemmi::Vec3 place(Settled(site.fract.x), Settled(site.fract.y), Settled(site.fract.z));
+        AddImages(cell, {element, place, EquivalentU(structure, site)}, operators);
+    }
+    return cell;
+}
+
+}  // namespace
+
+CrystalCell ParseCif(const std::string& text) {
+    try {
+        gemmi::cif::Document document = gemmi::cif::read_string(text);
+        return Expand(BlockWithAtoms(document));
+    } catch (const std::exception& error) {
+        throw ZfError(std::string("it is no valid CIF: ") + error.what());
+    }
+}

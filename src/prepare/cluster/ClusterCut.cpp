@@ -1,0 +1,148 @@
+#include "prepare/cluster/ClusterCut.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+#include "foundation/ZfError.h"
+
+namespace {
+
+constexpr double kSameShell_A = 1e-4;
+constexpr double kBeyondSize_A = 1e-3;
+constexpr double kSamePlane_A = 0.01;
+
+/// Exactly 0 for what rounding leaves of it.
+double Clean(double length) {
+    constexpr double kRounding_A = 1e-9;
+    return std::abs(length) < kRounding_A ? 0.0 : length;
+}
+
+double SizeOf(ClusterShape shape, const gemmi::Vec3& position, double top) {
+    if (shape == ClusterShape::Paraboloid) return position.length() + (top - position.z);
+    return (position - gemmi::Vec3(0.0, 0.0, top)).length();
+}
+
+double VolumeOf(ClusterShape shape, double size, double top) {
+    if (shape == ClusterShape::Hemisphere) return 2.0 / 3.0 * gemmi::pi() * size * size * size;
+    return size > top ? gemmi::pi() / 4.0 * (size * size - top * top) * (size + top) : 0.0;
+}
+
+double AtomsPerVolume(const CrystalCell& cell) {
+    return static_cast<double>(cell.atoms.size()) / std::abs(cell.axes.determinant());
+}
+
+/// Adds the atoms of one site, cell by cell.
+void AddSite(const HalfCrystal& half, ClusterShape shape, double size, std::size_t site,
+             std::vector<CutAtom>& atoms) {
+    const CrystalCell& cell = *half.cell;
+    const gemmi::Mat33 reciprocal = cell.Reciprocal();
+    const gemmi::Vec3 emitter = cell.Position(cell.atoms[half.emitter]);
+    const bool aroundSurface = shape == ClusterShape::Hemisphere;
+    const gemmi::Vec3 centre = emitter + half.rotation.row_copy(2) * (aroundSurface ? half.bounds.top : 0.0);
+    const CellBox box(reciprocal, reciprocal.multiply(centre) - cell.atoms[site].fractional, size);
+    for (int i = box.first[0]; i <= box.last[0]; ++i)
+        for (int j = box.first[1]; j <= box.last[1]; ++j)
+            for (int k = box.first[2]; k <= box.last[2]; ++k) {
+                const gemmi::Vec3 p =
+                    half.rotation.multiply(cell.Position(cell.atoms[site], i, j, k) - emitter);
+                if (p.z > half.bounds.top + kSamePlane_A || p.z < half.bounds.bottom - kSamePlane_A) continue;
+                const double atomSize = SizeOf(shape, p, half.bounds.top);
+                const bool isEmitter = p.length() < kSamePlane_A;
+                if (isEmitter || atomSize > size) continue;
+                atoms.push_back({site, gemmi::Vec3(Clean(p.x), Clean(p.y), Clean(p.z)), atomSize});
+            }
+}
+
+/// All atoms but the emitter of at most this size.
+std::vector<CutAtom> AtomsWithin(const HalfCrystal& half, ClusterShape shape, double size) {
+    if (VolumeOf(shape, size, half.bounds.top) * AtomsPerVolume(*half.cell) > 1.5 * kMostAtoms)
+        throw ZfError("The cluster would have more than " + std::to_string(kMostAtoms) +
+                      " atoms: ask for a smaller one");
+    std::vector<CutAtom> atoms;
+    for (std::size_t site = 0; site < half.cell->atoms.size(); ++site)
+        AddSite(half, shape, size, site, atoms);
+    return atoms;
+}
+
+struct Shell {
+    double size;  // of its last atom
+    int atoms;    // in the cluster that it completes, emitter included
+};
+
+std::vector<Shell> ShellsOf(const std::vector<CutAtom>& atoms) {
+    std::vector<double> sizes;
+    sizes.reserve(atoms.size());
+    for (const CutAtom& atom : atoms) sizes.push_back(atom.size);
+    std::sort(sizes.begin(), sizes.end());
+    std::vector<Shell> shells;
+    for (std::size_t i = 0; i < sizes.size(); ++i) {
+        const bool last = i + 1 == sizes.size() || sizes[i + 1] - sizes[i] > kSameShell_A;
+        if (last) shells.push_back({sizes[i], static_cast<int>(i) + 2});
+    }
+    return shells;
+}
+
+std::string Angstrom(double length) {
+    std::array<char, 40> text = {};
+    std::snprintf(text.data(), text.size(), "%.3f angstrom", length);
+    return text.data();
+}
+
+/// The size of the smallest shell: searched outwards, as the first atom may be far from the surface point.
+double SmallestShell(const HalfCrystal& half, ClusterShape shape) {
+    for (double size = half.bounds.top + 2.0;; size *= 1.5) {
+        const std::vector<Shell> shells = ShellsOf(AtomsWithin(half, shape, size));
+        if (!shells.empty()) return shells.front().size;
+    }
+}
+
+ClusterCut Finish(const HalfCrystal& half, std::vector<CutAtom> atoms, double size) {
+    const auto outside = [size](const CutAtom& atom) { return atom.size > size; };
+    atoms.erase(std::remove_if(atoms.begin(), atoms.end(), outside), atoms.end());
+    const auto key = [](const CutAtom& atom) {
+        const gemmi::Vec3& p = atom.position;
+        return std::nearbyint((p.x * p.x + p.y * p.y + p.z * p.z) * 1e6);
+    };
+    std::stable_sort(atoms.begin(), atoms.end(),
+                     [&](const CutAtom& a, const CutAtom& b) { return key(a) < key(b); });
+    atoms.insert(atoms.begin(), CutAtom{half.emitter, gemmi::Vec3(), 0.0});
+    if (atoms.size() > kMostAtoms)
+        throw ZfError("The cluster would have " + std::to_string(atoms.size()) + " atoms; more than " +
+                      std::to_string(kMostAtoms) + " are not made");
+    return {std::move(atoms), size};
+}
+
+}  // namespace
+
+ClusterCut CutBySize(const HalfCrystal& half, ClusterShape shape, double size) {
+    // A little further, so that the last shell is seen whole.
+    std::vector<CutAtom> atoms = AtomsWithin(half, shape, size + 2.0 * kBeyondSize_A);
+    double whole = -1.0;
+    for (const Shell& shell : ShellsOf(atoms))
+        if (shell.size <= size + kBeyondSize_A) whole = shell.size;
+    if (whole < 0.0)
+        throw ZfError("No whole shell of atoms lies within " + Angstrom(size) + ": the smallest needs " +
+                      Angstrom(SmallestShell(half, shape)));
+    return Finish(half, std::move(atoms), whole);
+}
+
+ClusterCut CutByCount(const HalfCrystal& half, ClusterShape shape, int atoms) {
+    if (atoms > kMostAtoms) throw ZfError("More than " + std::to_string(kMostAtoms) + " atoms are not made");
+    double reach = std::max(3.0, half.bounds.top);
+    const double density = AtomsPerVolume(*half.cell);
+    while (VolumeOf(shape, reach, half.bounds.top) * density < atoms) reach *= 1.02;
+    while (true) {
+        reach *= 1.05;
+        std::vector<CutAtom> all = AtomsWithin(half, shape, reach);
+        std::vector<Shell> shells = ShellsOf(all);
+        if (!shells.empty() && shells.back().size > reach - kBeyondSize_A) shells.pop_back();
+        if (shells.empty() || shells.back().atoms < atoms) continue;
+        const auto best = std::min_element(shells.begin(), shells.end(), [&](const Shell& a, const Shell& b) {
+            return std::abs(a.atoms - atoms) < std::abs(b.atoms - atoms);
+        });
+        return Finish(half, std::move(all), best->size);
+    }
+}

@@ -1,0 +1,55 @@
+#include "prepare/cluster/ClusterDisplacements.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "foundation/ZfError.h"
+#include "prepare/thermal/Vibrations.h"
+
+namespace {
+
+void CheckTemperatures(const ClusterRequest& request) {
+    if (!(request.temperature_K > 0.0 && std::isfinite(request.temperature_K)))
+        throw ZfError("The temperature has to be above 0 K");
+    const std::vector<std::string> elements = request.cell.Elements();
+    for (const auto& [element, temperature] : request.debye_K) {
+        if (!(temperature > 0.0 && std::isfinite(temperature)))
+            throw ZfError("The Debye temperature of " + element + " has to be above 0 K");
+        if (std::find(elements.begin(), elements.end(), element) == elements.end())
+            throw ZfError("A Debye temperature is given for " + element +
+                          ", which the crystal does not hold");
+    }
+}
+
+double DebyeUiso_A2(const ZfDebye& debye, const ClusterRequest& request, const std::string& element) {
+    return debye.CalcUiso(request.temperature_K, AtomicNumberOf(element), request.debye_K.at(element)) * 1e20;
+}
+
+}  // namespace
+
+bool SettleDisplacements(ClusterRequest& request) {
+    std::vector<CellAtom>& atoms = request.cell.atoms;
+    for (const CellAtom& atom : atoms)
+        if (!(atom.Uiso_A2 >= 0.0)) throw ZfError("A mean square displacement of the crystal is negative");
+    if (!request.debye_K.empty()) {
+        CheckTemperatures(request);
+        const ZfDebye debye = LoadAtomicWeights(request.weightTable);
+        for (CellAtom& atom : atoms)
+            if (request.debye_K.count(atom.element) > 0)
+                atom.Uiso_A2 = DebyeUiso_A2(debye, request, atom.element);
+    }
+    const auto without =
+        std::find_if(atoms.begin(), atoms.end(), [](const CellAtom& atom) { return atom.Uiso_A2 == 0.0; });
+    if (without != atoms.end() && !request.debye_K.empty())
+        throw ZfError("Give a Debye temperature for " + without->element +
+                      " too: its displacement is not known");
+    return without == atoms.end();
+}
+
+void SetDisplacements(const CrystalCell& cell, const ClusterCut& cut, ZfStructure& structure) {
+    for (std::size_t i = 0; i < cut.atoms.size(); ++i) {
+        ZfLDoubleMatrix u(1, 1);
+        u.At(0, 0) = cell.atoms[cut.atoms[i].site].Uiso_A2;
+        structure.atoms[i].SetUSquareAngstrom(u);
+    }
+}

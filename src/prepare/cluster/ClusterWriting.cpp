@@ -1,0 +1,68 @@
+#include "prepare/cluster/ClusterWriting.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <filesystem>
+
+#include "foundation/ReplacedFile.h"
+#include "foundation/ZfError.h"
+#include "xml/ZfBarnXml.h"
+
+namespace {
+
+std::string ExtensionOf(const std::string& path) {
+    return std::filesystem::path(path).extension().string();
+}
+
+/// Right-aligned, with room for four digits and a sign.
+void AppendNumber(std::string& text, double value, int width, int decimals) {
+    std::array<char, 400> number = {};
+    std::snprintf(number.data(), number.size(), "%*.*f", width, decimals, value);
+    text += number.data();
+}
+
+std::string AtomLine(const ZfAtom& atom, bool withUiso, int decimals) {
+    std::string line = atom.atom;
+    line.resize(std::max<std::size_t>(2, line.size()), ' ');
+    for (int i = 0; i < 3; ++i)
+        AppendNumber(line, atom.PositionAngstrom().VectorAt(i), decimals + 7, decimals);
+    if (withUiso) AppendNumber(line, atom.USquareAngstrom().At(0, 0), decimals + 5, decimals);
+    return line + "\n";
+}
+
+std::string ClusterAsXml(ZfCluster cluster) {
+    ZfBarnXml xml("w");
+    cluster.Exchange(xml, false);
+    return xml.Document();
+}
+
+}  // namespace
+
+void CheckClusterExtension(const std::string& path) {
+    const std::string extension = ExtensionOf(path);
+    if (extension != ".xml_cl" && extension != ".xyz")
+        throw ZfError("Cannot tell the format of " + path + ": a cluster is written as .xml_cl or .xyz");
+}
+
+std::string ClusterAsXyz(const ZfCluster& cluster, const XyzStyle& style) {
+    std::string text;
+    for (std::size_t i = 0; i < cluster.structures.size(); ++i) {
+        const std::vector<ZfAtom>& atoms = cluster.structures[i].atoms;
+        const bool withUiso =
+            std::all_of(atoms.begin(), atoms.end(), [](const ZfAtom& atom) { return atom.U.Count() == 1; });
+        // The reader drops blank lines, so a title may not be empty.
+        std::string title =
+            style.titles.empty() ? "cluster" : style.titles[std::min(i, style.titles.size() - 1)];
+        if (withUiso) title += R"( Properties="species:S:1:pos:R:3:Uiso:R:1")";
+        text += std::to_string(atoms.size()) + "\n" + title + "\n";
+        for (const ZfAtom& atom : atoms) text += AtomLine(atom, withUiso, style.decimals);
+    }
+    return text;
+}
+
+void WriteCluster(const ZfCluster& cluster, const std::string& path, const XyzStyle& style) {
+    CheckClusterExtension(path);
+    const bool isXyz = ExtensionOf(path) == ".xyz";
+    WriteWholeFile(path, isXyz ? ClusterAsXyz(cluster, style) : ClusterAsXml(cluster));
+}

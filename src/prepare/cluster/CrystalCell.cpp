@@ -1,0 +1,116 @@
+#include "prepare/cluster/CrystalCell.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <map>
+#include <numeric>
+
+#include "foundation/ZfError.h"
+#include "input/ZfAtomName.h"
+
+namespace {
+
+constexpr double kNearest_A = 0.5;  // what the loader of clusters refuses
+constexpr double kLargest_A = 1e4;
+
+void CheckElement(const std::string& element) {
+    try {
+        ZfAtomName().SetName(element);
+    } catch (const ZfError&) {
+        throw ZfError("\"" + element + "\" is no element symbol; write it as in the periodic table, like Fe");
+    }
+    if (element.empty()) throw ZfError("An atom of the crystal has no element symbol");
+}
+
+/// Lattice planes closer than the nearest atoms are a broken cell, and would make endless boxes of cells.
+void CheckAxes(const CrystalCell& cell) {
+    const gemmi::Mat33 reciprocal = cell.Reciprocal();
+    for (int i = 0; i < 3; ++i) {
+        const double spacing = 1.0 / reciprocal.row_copy(i).length();
+        const double length = cell.axes.column_copy(i).length();
+        if (!(spacing > kNearest_A) || !(length < kLargest_A))
+            throw ZfError("The cell has no sensible volume: check its lengths (angstrom) and angles");
+    }
+}
+
+void CheckPlace(const CellAtom& atom) {
+    constexpr double kMostCells = 1e4;
+    for (int i = 0; i < 3; ++i)
+        if (!(std::abs(atom.fractional.at(i)) < kMostCells))
+            throw ZfError("An atom (" + atom.element + ") lies far outside the cell: check its coordinates");
+}
+
+[[noreturn]] void ThrowTooClose(const CrystalCell& cell, std::size_t i, std::size_t j, double distance) {
+    std::array<char, 200> text = {};
+    std::snprintf(text.data(), text.size(),
+                  "Atoms %zu (%s) and %zu (%s) of the cell are %.3f angstrom apart, images included: "
+                  "more than %.1f is needed",
+                  i + 1, cell.atoms[i].element.c_str(), j + 1, cell.atoms[j].element.c_str(), distance,
+                  kNearest_A);
+    throw ZfError(text.data());
+}
+
+void CheckPair(const CrystalCell& cell, const gemmi::Mat33& reciprocal, std::size_t i, std::size_t j) {
+    const gemmi::Vec3 apart = cell.atoms[i].fractional - cell.atoms[j].fractional;
+    const CellBox box(reciprocal, apart, kNearest_A);
+    for (int u = box.first[0]; u <= box.last[0]; ++u)
+        for (int v = box.first[1]; v <= box.last[1]; ++v)
+            for (int w = box.first[2]; w <= box.last[2]; ++w) {
+                if (i == j && u == 0 && v == 0 && w == 0) continue;
+                const double distance = cell.axes.multiply(gemmi::Vec3(u, v, w) - apart).length();
+                if (distance <= kNearest_A) ThrowTooClose(cell, i, j, distance);
+            }
+}
+
+}  // namespace
+
+double CrystalCell::DistanceFromLattice(const gemmi::Vec3& fractional) const {
+    return axes
+        .multiply(gemmi::Vec3(fractional.x - std::round(fractional.x),
+                              fractional.y - std::round(fractional.y),
+                              fractional.z - std::round(fractional.z)))
+        .length();
+}
+
+std::vector<std::string> CrystalCell::Elements() const {
+    std::vector<std::string> elements;
+    for (const CellAtom& atom : atoms)
+        if (std::find(elements.begin(), elements.end(), atom.element) == elements.end())
+            elements.push_back(atom.element);
+    return elements;
+}
+
+std::string CrystalCell::Formula() const {
+    std::map<std::string, int> counts;
+    for (const CellAtom& atom : atoms) ++counts[atom.element];
+    int divisor = 0;
+    for (const auto& [element, count] : counts) divisor = std::gcd(divisor, count);
+    std::string formula;
+    for (const std::string& element : Elements()) {
+        const int count = counts[element] / divisor;
+        formula += element;
+        if (count > 1) formula += std::to_string(count);
+    }
+    return formula;
+}
+
+CellBox::CellBox(const gemmi::Mat33& reciprocal, const gemmi::Vec3& point, double radius) {
+    constexpr double kRounding = 1e-6;
+    for (int i = 0; i < 3; ++i) {
+        const double reach = radius * reciprocal.row_copy(i).length() + kRounding;
+        const auto axis = static_cast<std::size_t>(i);
+        first.at(axis) = static_cast<int>(std::ceil(point.at(i) - reach));
+        last.at(axis) = static_cast<int>(std::floor(point.at(i) + reach));
+    }
+}
+
+void CheckCell(const CrystalCell& cell) {
+    if (cell.atoms.empty()) throw ZfError("The crystal has no atoms");
+    for (const CellAtom& atom : cell.atoms) CheckElement(atom.element);
+    CheckAxes(cell);
+    for (const CellAtom& atom : cell.atoms) CheckPlace(atom);
+    const gemmi::Mat33 reciprocal = cell.Reciprocal();
+    for (std::size_t i = 0; i < cell.atoms.size(); ++i)
+        for (std::size_t j = i; j < cell.atoms.size(); ++j) CheckPair(cell, reciprocal, i, j);
+}

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+#include "prepare/cluster/ClusterRequest.h"
+#include "prepare/cluster/SurfaceFrame.h"
+
+/// An atom of the cell in one layer.
+struct EmitterSite {
+    std::size_t atom = 0;  ///< index in the cell
+    int layer = 1;
+    CrystalBounds bounds;
+};
+
+/// The emitters that a request asks for, by layer, then by atom. Throws ZfError, with what there is, when an
+/// element, a site or a layer does not exist.
+std::vector<EmitterSite> FindEmitters(const ClusterRequest& request, const SurfaceFrame& frame);

@@ -1,0 +1,96 @@
+#include "prepare/emission/Emission.h"
+
+#include <cmath>
+#include <complex>
+#include <cstddef>
+
+#include "foundation/ReplacedFile.h"
+#include "foundation/Text.h"
+#include "foundation/ZfError.h"
+#include "prepare/phases/PhaseShiftFile.h"
+#include "scattering/SphericalHarmonics.h"
+#include "xml/ZfBarnXml.h"
+
+namespace {
+
+void CheckEnergyAndWeight(double kinetic_eV, double weight) {
+    CheckEnergies({kinetic_eV}, 1);
+    if (!(weight > 0.0) || !std::isfinite(weight)) throw ZfError("The weight has to be above 0");
+}
+
+void CheckLevel(const EmissionRequest& request) {
+    if (IsOccupied(request.atom.atomicNumber, request.level.n, request.level.l)) return;
+    throw ZfError("The element " + request.atom.symbol + " has no electrons in the level " +
+                  request.level.Name());
+}
+
+DipoleChannels Channels(const EmissionRequest& request, const CoreOrbital& orbital) {
+    const int l0 = request.level.l;
+    ContinuumRequest continuum;
+    continuum.potential = request.potential;
+    continuum.radius = request.radius;
+    continuum.energy_eV = request.kinetic_eV;
+    continuum.lSize = l0 + 2;
+    continuum.equation = request.equation;
+    const ContinuumWave wave = SolveContinuum(continuum);
+    DipoleChannels channels;
+    channels.l0 = l0;
+    for (std::size_t i = l0 == 0 ? 1 : 0; i < 2; ++i) {
+        const int l = i == 0 ? l0 - 1 : l0 + 1;
+        channels.rho[i] = DipoleIntegral(orbital, wave, l);
+        channels.delta[i] = wave.delta[static_cast<std::size_t>(l)];
+    }
+    return channels;
+}
+
+/// Scales all waves by one real factor.
+void Normalise(std::vector<ZfEmittedWave>& waves, double weight) {
+    double sum = 0.0;
+    for (const ZfEmittedWave& wave : waves)
+        for (const std::complex<double>& a : wave.coeff.block) sum += std::norm(a);
+    const double factor = std::sqrt(4.0 * kPi * weight / sum);
+    // Adding 0 makes a plain zero of a negative one, which would be written with its sign.
+    for (ZfEmittedWave& wave : waves)
+        for (std::complex<double>& a : wave.coeff.block) a = a * factor + std::complex<double>(0.0, 0.0);
+}
+
+}  // namespace
+
+Emission CoreLevelEmission(const EmissionRequest& request) {
+    CheckEnergyAndWeight(request.kinetic_eV, request.weight);
+    CheckLevel(request);
+    const auto field = [&](double r) { return SlaterField(request.atom, r); };
+    Emission emission;
+    emission.orbital = BoundOrbital(field, request.level.n, request.level.l);
+    emission.channels = Channels(request, emission.orbital);
+    for (const LightVector& light : request.light)
+        for (int m = -request.level.l; m <= request.level.l; ++m) {
+            ZfEmittedWave& wave = emission.waves.emplace_back();
+            wave.Ek = request.kinetic_eV;
+            wave.coeff = DipoleWave(emission.channels, light, m);
+        }
+    Normalise(emission.waves, request.weight);
+    return emission;
+}
+
+std::vector<ZfEmittedWave> IsotropicEmission(double kinetic_eV, double weight) {
+    CheckEnergyAndWeight(kinetic_eV, weight);
+    std::vector<ZfEmittedWave> waves(1);
+    waves[0].Ek = kinetic_eV;
+    waves[0].coeff.SetSize(1);
+    waves[0].coeff.At(0, 0) = std::sqrt(4.0 * kPi * weight);
+    return waves;
+}
+
+double KineticEnergyInside(double photon, double binding, double fermi) {
+    const double energy = std::round(10.0 * (photon - binding + fermi)) / 10.0;
+    if (energy > 0.0) return energy;  // false for what is no number, too
+    throw ZfError("The photon energy of " + DoubleToText(photon) + " eV does not free an electron bound by " +
+                  DoubleToText(binding) + " eV");
+}
+
+void SaveEmittedWaves(std::vector<ZfEmittedWave> waves, const std::string& path) {
+    ZfBarnXml xml("w");
+    ExchangeEmittedWaves(xml, waves);
+    WriteWholeFile(path, xml.Document());
+}

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "input/ZfEmittedWave.h"
+#include "prepare/atomic/ContinuumWave.h"
+#include "prepare/atomic/CoreLevel.h"
+#include "prepare/atomic/CoreOrbital.h"
+#include "prepare/atomic/ScreenedAtom.h"
+#include "prepare/emission/DipoleEmission.h"
+
+/// A core level, the field into which its electron goes and the light that lifts it.
+struct EmissionRequest {
+    ScreenedAtom atom;  ///< the orbital is that of the free atom in Slater's field
+    CoreLevel level;
+    RadialPotential potential;  ///< of the photoelectron around the emitter
+    double radius = 0.0;        ///< bohr: the potential is 0 from here on
+    RadialEquation equation = RadialEquation::kSchroedinger;
+    double kinetic_eV = 0.0;         ///< where the potential is 0
+    std::vector<LightVector> light;  ///< incoherent parts
+    double weight = 1.0;             ///< of the intensity
+};
+
+struct Emission {
+    CoreOrbital orbital;
+    DipoleChannels channels;  ///< rho in bohr^(5/2), the continuum waves being u_l = r R_l of ContinuumWave
+    std::vector<ZfEmittedWave> waves;  ///< for each part of the light one of each m = -l .. l of the level
+};
+
+/// The emitted waves of a core level in the dipole approximation, length form. The sum of |A_lm|^2 over all
+/// waves is 4 pi times the weight: without scatterers the intensity averages to the weight over all
+/// directions. Throws ZfError for a level that the ground state of the atom leaves empty, and for an energy
+/// that no file keeps (CheckEnergies) or a weight that is not positive.
+Emission CoreLevelEmission(const EmissionRequest& request);
+
+/// One wave of l = 0, as strong in all directions: a source like an Auger transition between s levels.
+std::vector<ZfEmittedWave> IsotropicEmission(double kinetic_eV, double weight);
+
+/// Kinetic energy inside the crystal, above the muffin-tin zero, in eV and rounded to 0.1 eV, of a level that
+/// lies `binding` below the Fermi level, which lies `fermi` above the muffin-tin zero. Throws ZfError when
+/// the photon does not lift the electron above the muffin-tin zero.
+double KineticEnergyInside(double photon, double binding, double fermi);
+
+/// Writes an emitted-wave file (.xml_emt), which appears whole or not at all. Throws ZfError.
+void SaveEmittedWaves(std::vector<ZfEmittedWave> waves, const std::string& path);

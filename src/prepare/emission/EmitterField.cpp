@@ -1,0 +1,75 @@
+#include "prepare/emission/EmitterField.h"
+
+#include <algorithm>
+#include <memory>
+#include <vector>
+
+#include "foundation/ZfError.h"
+#include "prepare/atomic/AtomicUnits.h"
+
+namespace {
+
+constexpr double kFreeAtomRadius = 40.0;  // bohr; at 80 bohr beta is the same to 2e-4
+constexpr double kAtOrigin = 1e-12;       // m
+
+double SquaredDistance(const ZfAtom& atom) {
+    const double* p = atom.position.Data();
+    return p[0] * p[0] + p[1] * p[1] + p[2] * p[2];
+}
+
+const ZfAtom& EmitterOfStructure(const ZfStructure& structure) {
+    const auto nearest = std::min_element(
+        structure.atoms.begin(), structure.atoms.end(),
+        [](const ZfAtom& a, const ZfAtom& b) { return SquaredDistance(a) < SquaredDistance(b); });
+    if (nearest == structure.atoms.end() || SquaredDistance(*nearest) > kAtOrigin * kAtOrigin)
+        throw ZfError("The cluster has no atom at its origin: move the emitter there");
+    return *nearest;
+}
+
+const AtomSurroundings& SpeciesOf(const PhaseShiftRequest& crystal, const std::string& name) {
+    const auto found = std::find_if(crystal.species.begin(), crystal.species.end(),
+                                    [&](const AtomSurroundings& species) { return species.name == name; });
+    if (found == crystal.species.end()) throw ZfError("There are no atoms of the name \"" + name + "\"");
+    return *found;
+}
+
+double Zero(const PhaseShiftRequest& crystal, double kinetic_eV, const ScreeningTable& table) {
+    if (crystal.zero_eV) return *crystal.zero_eV / kHartree_eV;
+    const std::vector<MuffinTinSite> sites = MuffinTinSites(crystal, table);
+    if (sites.empty())
+        throw ZfError(
+            "The cluster is too small for a muffin-tin zero: no atom has neighbours all around it. "
+            "Take a larger cluster, or a free atom.");
+    return MuffinTinZero(sites, crystal.exchange, kinetic_eV / kHartree_eV);
+}
+
+}  // namespace
+
+ZfAtom EmitterOf(const ZfCluster& cluster) {
+    if (cluster.structures.empty()) throw ZfError("The cluster has no structure");
+    const ZfAtom& first = EmitterOfStructure(cluster.structures[0]);
+    for (const ZfStructure& structure : cluster.structures) {
+        const ZfAtom& other = EmitterOfStructure(structure);
+        if (other.name != first.name || other.atom != first.atom)
+            throw ZfError("The structures of the cluster have different emitters, " + first.name + " and " +
+                          other.name + ": make a cluster and an emitted wave of each");
+    }
+    return first;
+}
+
+double SetCrystalField(EmissionRequest& request, const PhaseShiftRequest& crystal, const std::string& name,
+                       const ScreeningTable& table) {
+    const AtomSurroundings& species = SpeciesOf(crystal, name);
+    const double zero = Zero(crystal, request.kinetic_eV, table);
+    const auto field = std::make_shared<SuperposedField>(table, species.element, species.shells);
+    const MuffinTinPotential potential{field.get(), crystal.exchange, request.kinetic_eV / kHartree_eV, zero};
+    request.potential = [field, potential](double r) { return potential(r); };
+    request.radius = MuffinTinRadius(crystal, species) / kBohr_angstrom;
+    request.equation = crystal.equation;
+    return zero * kHartree_eV;
+}
+
+void SetFreeAtomField(EmissionRequest& request) {
+    request.potential = [atom = request.atom](double r) { return SlaterField(atom, r); };
+    request.radius = kFreeAtomRadius;
+}

@@ -1,8 +1,0 @@
-#pragma once
-
-#include "report/Hdf5Document.h"
-#include "report/RunSettings.h"
-
-/// Writes the settings as the fields of an NXparameters group "settings", with their units. A "/" or "." of a
-/// name becomes "_", and a name that is there already gets a number.
-void WriteNexusSettings(const Hdf5Node& entry, const RunSettings& settings);

@@ -1,0 +1,77 @@
+#include "report/export/ImageTable.h"
+
+#include <cmath>
+#include <filesystem>
+#include <limits>
+#include <numbers>
+
+namespace {
+
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+
+std::size_t PixelIndex(const ImageTable& table, const SpherePixel& pixel) {
+    return static_cast<std::size_t>(pixel.row) * table.columns + static_cast<std::size_t>(pixel.column);
+}
+
+std::vector<double> Plane(const ImageTable& table, const SphereImage& image) {
+    std::vector<double> values(table.columns * table.rows, kNaN);
+    for (const SpherePixel& pixel : image.Pixels())
+        if (PixelIndex(table, pixel) < values.size()) values[PixelIndex(table, pixel)] = pixel.value;
+    return values;
+}
+
+void SetDirections(ImageTable& table, const SphereImage& image) {
+    constexpr double kPerRadian = 180.0 / std::numbers::pi;
+    table.theta.assign(table.columns * table.rows, kNaN);
+    table.phi = table.theta;
+    for (const SpherePixel& pixel : image.Pixels()) {
+        const std::size_t i = PixelIndex(table, pixel);
+        if (i >= table.theta.size()) continue;
+        // Rows and columns of the cylinder are exact; at the poles no direction tells the azimuth.
+        const bool cylinder = table.map == SphereMap::EquidistantCylindrical;
+        table.theta[i] = cylinder ? pixel.row * 180.0 / (image.Height() - 1) : pixel.theta * kPerRadian;
+        table.phi[i] = cylinder ? pixel.column * 360.0 / image.Width() : pixel.phi * kPerRadian;
+    }
+}
+
+/// Rows of the table; those of the upper hemisphere come first in a cylindrical map.
+std::size_t Rows(const SphereImage& image, bool hemisphere) {
+    const auto height = static_cast<std::size_t>(image.Height());
+    return hemisphere && image.Map() == SphereMap::EquidistantCylindrical ? (height - 1) / 2 + 1 : height;
+}
+
+RunSettings Settings(const ExportRequest& request, const ImageTable& table) {
+    const auto fileName = [](const std::string& path) {
+        return std::filesystem::path(path).filename().string();
+    };
+    const bool cylinder = table.map == SphereMap::EquidistantCylindrical;
+    RunSettings settings = {{"program", "qvre " QVRE_VERSION, ""},
+                            {"image_file", fileName(request.image), ""}};
+    if (!request.i0.empty()) settings.push_back({"i0_file", fileName(request.i0), ""});
+    settings.push_back({"map", cylinder ? "EquidistantCylindrical" : "AzimuthalEquidistant", ""});
+    settings.push_back({"resolution", std::vector{table.resolution}, "degrees"});
+    AddImageSettings(settings, request.image);
+    for (const std::string& path : request.runFiles) AddFileSettings(settings, path);
+    return settings;
+}
+
+}  // namespace
+
+ImageTable MakeImageTable(const ExportRequest& request) {
+    const SphereImage image = LoadSphereImage(request.image).image;
+    ImageTable table;
+    table.map = image.Map();
+    table.columns = static_cast<std::size_t>(image.Width());
+    table.rows = Rows(image, request.hemisphere);
+    table.resolution = image.Resolution_deg();
+    SetDirections(table, image);
+    table.planes.push_back({"I", "arbitrary units", Plane(table, image)});
+    if (!request.i0.empty()) {
+        const SphereImage i0 = LoadSphereImage(request.i0).image;
+        const SphereImage chi = Modulation(image, i0);
+        table.planes.push_back({"I0", "arbitrary units", Plane(table, i0)});
+        table.planes.push_back({"chi", "1", Plane(table, chi)});
+    }
+    table.settings = Settings(request, table);
+    return table;
+}

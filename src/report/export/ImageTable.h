@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "files/RunSettings.h"
+#include "report/export/ImageExport.h"
+#include "report/sphere/SphereImage.h"
+
+/// A quantity that an export writes: one value a pixel, row by row with the column fastest, NaN outside the
+/// map.
+struct ImagePlane {
+    std::string name;
+    std::string unit;
+    std::vector<double> values;
+};
+
+/// An image as the writers of every format take it.
+struct ImageTable {
+    SphereMap map = SphereMap::AzimuthalEquidistant;
+    std::size_t columns = 0;
+    std::size_t rows = 0;
+    double resolution = 0.0;         ///< degrees
+    std::vector<double> theta;       ///< degrees, as a plane
+    std::vector<double> phi;         ///< degrees, 0 to 360, as a plane
+    std::vector<ImagePlane> planes;  ///< I, or I, I0 and chi
+    RunSettings settings;            ///< the program, the files, the map, and what is known of the run
+
+    bool OnMap(std::size_t pixel) const { return theta[pixel] == theta[pixel]; }
+};
+
+ImageTable MakeImageTable(const ExportRequest& request);
+
+std::string ImageCsv(const ImageTable& table);
+void WriteImageHdf5(const ImageTable& table, const std::string& path);
+void WriteImageNumpy(const ImageTable& table, const std::string& path);

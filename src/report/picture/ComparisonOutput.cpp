@@ -1,0 +1,131 @@
+#include "report/picture/ComparisonOutput.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <filesystem>
+#include <numbers>
+
+#include "foundation/ReplacedFile.h"
+#include "foundation/ZfError.h"
+#include "report/picture/PatternPicture.h"
+
+namespace {
+
+std::string Extension(const std::string& path) {
+    return std::filesystem::path(path).extension().string();
+}
+
+/// b as it stands in the table and the picture.
+std::vector<double> ScaledB(const CompareResult& result) {
+    std::vector<double> scaled = result.chiB;
+    for (double& chi : scaled) chi *= result.agreement.scale;
+    return scaled;
+}
+
+template <class... Numbers>
+std::string Line(const char* format, Numbers... numbers) {
+    std::array<char, 256> text{};
+    std::snprintf(text.data(), text.size(), format, numbers...);
+    return text.data();
+}
+
+std::string DifferenceTable(const CompareResult& result) {
+    const Agreement& agreement = result.agreement;
+    const std::vector<double> scaledB = ScaledB(result);
+    std::string text = Line("# R = %.9g\n# scale of b = %.9g\n# R with the scale = %.9g\n", agreement.R,
+                            agreement.scale, agreement.scaledR);
+    text += Line("# correlation = %.9g\n# rotation of b = %.9g degrees\n", agreement.correlation,
+                 result.rotation);
+    text += "# chi_b is turned and scaled; angles in degrees\ntheta,phi,chi_a,chi_b,difference\n";
+    for (std::size_t i = 0; i < scaledB.size(); ++i)
+        text += Line("%.9g,%.9g,%.9g,%.9g,%.9g\n", result.theta[i], result.phi[i], result.chiA[i], scaledB[i],
+                     result.chiA[i] - scaledB[i]);
+    return text;
+}
+
+/// Degrees between neighbouring directions, if they fill the belt of polar angles that they span.
+double Spacing(const CompareResult& result) {
+    constexpr double kDegree = std::numbers::pi / 180.0;
+    const auto [low, high] = std::minmax_element(result.theta.begin(), result.theta.end());
+    const double belt = 2.0 * std::numbers::pi * (std::cos(*low * kDegree) - std::cos(*high * kDegree));
+    return std::sqrt(belt / static_cast<double>(result.theta.size())) / kDegree;
+}
+
+/// An azimuthal map of one pixel a degree. A pixel takes the mean of the directions around it, weighed with a
+/// Gaussian of the width of their spacing, and 0 where there are none near.
+SphereImage Spread(const CompareResult& result, const std::vector<double>& values) {
+    constexpr std::int32_t kSide = 181;
+    constexpr std::int32_t kCentre = 90;
+    const double sigma = std::clamp(0.6 * Spacing(result), 0.5, 5.0);
+    const auto reach = static_cast<std::int32_t>(std::ceil(2.5 * sigma));
+    std::vector<double> sums(std::size_t{kSide} * kSide);
+    std::vector<double> weights(sums.size());
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        if (result.theta[i] > 90.0) continue;
+        const double phi = result.phi[i] * std::numbers::pi / 180.0;
+        const double x = kCentre + result.theta[i] * std::cos(phi);
+        const double y = kCentre + result.theta[i] * std::sin(phi);
+        const auto column = static_cast<std::int32_t>(std::lround(x));
+        const auto row = static_cast<std::int32_t>(std::lround(y));
+        for (std::int32_t r = std::max(0, row - reach); r <= std::min(kSide - 1, row + reach); ++r) {
+            for (std::int32_t c = std::max(0, column - reach); c <= std::min(kSide - 1, column + reach);
+                 ++c) {
+                const double distance = std::hypot(c - x, r - y) / sigma;
+                const double weight = result.weight[i] * std::exp(-distance * distance / 2.0);
+                const std::size_t pixel = static_cast<std::size_t>(r) * kSide + static_cast<std::size_t>(c);
+                sums[pixel] += weight * values[i];
+                weights[pixel] += weight;
+            }
+        }
+    }
+    for (std::size_t pixel = 0; pixel < sums.size(); ++pixel)
+        sums[pixel] = weights[pixel] > 0.0 ? sums[pixel] / weights[pixel] : 0.0;
+    return {SphereMap::AzimuthalEquidistant, kSide, kSide, std::move(sums)};
+}
+
+/// The polar angles of the directions, and half a spacing beyond.
+Span ComparedBelt(const CompareResult& result) {
+    const double margin = Spacing(result) / 2.0;
+    const auto [low, high] = std::minmax_element(result.theta.begin(), result.theta.end());
+    return {*low <= 2.0 * margin ? 0.0 : *low - margin, *high + margin};
+}
+
+void DrawDifference(const CompareResult& result, const std::string& path) {
+    const std::vector<double> scaledB = ScaledB(result);
+    std::vector<double> difference(scaledB.size());
+    std::transform(result.chiA.begin(), result.chiA.end(), scaledB.begin(), difference.begin(),
+                   [](double a, double b) { return a - b; });
+    PlotRequest plot;
+    plot.images.push_back({Spread(result, result.chiA), "a: " + result.nameA});
+    plot.images.push_back({Spread(result, scaledB), "b: " + result.nameB +
+                                                        Line(", turned %.1f\u00B0, times %.3g",
+                                                             result.rotation, result.agreement.scale)});
+    plot.images.push_back(
+        {Spread(result, difference), Line("a \u2212 b, R = %.3f", result.agreement.scaledR)});
+    plot.quantity = "\u03C7";
+    plot.shownTheta_deg = ComparedBelt(result);
+    plot.colours = ColourMap::Diverging;
+    plot.symmetricRange = true;
+    DrawPattern(plot, path);
+}
+
+}  // namespace
+
+void CheckDifferenceFile(const std::string& path) {
+    constexpr std::array<const char*, 4> kKnown = {".csv", ".png", ".svg", ".pdf"};
+    const std::string extension = Extension(path);
+    if (std::none_of(kKnown.begin(), kKnown.end(), [&](const char* known) { return extension == known; }))
+        throw ZfError("A difference is written as .csv, .png, .svg or .pdf, not as " + path);
+}
+
+void WriteDifference(const CompareResult& result, const std::string& path) {
+    CheckDifferenceFile(path);
+    if (Extension(path) == ".csv")
+        WriteWholeFile(path, DifferenceTable(result));
+    else
+        DrawDifference(result, path);
+}

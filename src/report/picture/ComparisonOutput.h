@@ -1,0 +1,12 @@
+#pragma once
+
+#include <string>
+
+#include "report/compare/PatternComparison.h"
+
+/// Throws ZfError unless the extension of the path is .csv, .png, .svg or .pdf.
+void CheckDifferenceFile(const std::string& path);
+
+/// Writes both modulations, b scaled, and their difference: as a table, .csv, or as three discs on one scale
+/// of colours, .png, .svg or .pdf. Throws ZfError.
+void WriteDifference(const CompareResult& result, const std::string& path);

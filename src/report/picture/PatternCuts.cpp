@@ -1,0 +1,41 @@
+#include "report/picture/PatternCuts.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+
+#include "foundation/ZfError.h"
+
+namespace {
+
+constexpr double kDegree = std::numbers::pi / 180;
+
+/// Steps over a quarter turn, two a pixel.
+int QuarterSteps(const SphereImage& image) {
+    return std::max(180, static_cast<int>(std::ceil(180 / image.Resolution_deg() - 1e-9)));
+}
+
+}  // namespace
+
+Curve PolarCut(const SphereImage& image, double phi) {
+    const int steps = QuarterSteps(image);
+    Curve cut;
+    for (int i = -steps; i <= steps; ++i) {
+        const double angle = 90.0 * i / steps;
+        cut.x.push_back(angle);
+        cut.y.push_back(image.Value(std::abs(angle) * kDegree, angle < 0 ? phi + std::numbers::pi : phi));
+    }
+    return cut;
+}
+
+Curve AzimuthalCut(const SphereImage& image, double theta) {
+    if (!(theta >= 0.0 && theta <= std::numbers::pi / 2))
+        throw ZfError("The polar angle of an azimuthal cut has to lie between 0 and 90 degrees");
+    const int steps = 4 * QuarterSteps(image);
+    Curve cut;
+    for (int i = 0; i <= steps; ++i) {
+        cut.x.push_back(360.0 * i / steps);
+        cut.y.push_back(image.Value(theta, 360.0 * i / steps * kDegree));
+    }
+    return cut;
+}

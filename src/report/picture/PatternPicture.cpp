@@ -1,0 +1,198 @@
+#include "report/picture/PatternPicture.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <numbers>
+
+#include "foundation/ZfError.h"
+#include "report/picture/Canvas.h"
+
+namespace {
+
+constexpr double kPi = std::numbers::pi;
+constexpr double kDegree = kPi / 180;
+
+// Points. A panel and the colour bar fill a column of 85 mm.
+constexpr double kRadius = 72.0;
+constexpr double kSide = 25.5;     // for azimuth labels left and right of the disc
+constexpr double kAbove = 16.0;    // and above and below it
+constexpr double kTitle = 14.0;    // a line for the title
+constexpr double kCaption = 13.0;  // and one for the title of a panel
+constexpr double kPanelWidth = 2 * (kRadius + kSide);
+constexpr double kBarBlock = kColumnWidth - kPanelWidth;
+constexpr double kBarWidth = 9.0;
+constexpr double kLabel = 7.5;  // letters
+
+constexpr Colour kBlack;
+constexpr Colour kWhite{1.0, 1.0, 1.0};
+
+void CheckRequest(const PlotRequest& request) {
+    if (request.images.empty()) throw ZfError("There is no image to draw");
+    if (request.panelsPerRow < 1) throw ZfError("A row of pictures has to hold one at least");
+    if (!(request.ringStep_deg >= 5.0 && request.ringStep_deg <= 90.0))
+        throw ZfError("The step of the polar rings has to lie between 5 and 90 degrees");
+    if (request.range && !(std::isfinite(request.range->high - request.range->low) &&
+                           request.range->low < request.range->high))
+        throw ZfError("The range of the colours has to run from a lower to a higher number");
+}
+
+std::uint32_t Packed(const Colour& colour) {
+    const auto byte = [](double part) { return static_cast<std::uint32_t>(std::lround(255 * part)); };
+    return byte(colour.red) << 16 | byte(colour.green) << 8 | byte(colour.blue);
+}
+
+/// The square around the disc. Its pixels go a little beyond the rim, where the drawing cuts them off.
+std::vector<std::uint32_t> DiscPixels(const SphereImage& image, const PlotRequest& request, const Span& range,
+                                      std::int32_t side) {
+    const double beyondRim = 1.0 + 4.0 / side;
+    Span shown = request.shownTheta_deg;
+    if (shown.high >= 90.0) shown.high = 180.0;
+    std::vector<std::uint32_t> pixels(static_cast<std::size_t>(side) * static_cast<std::size_t>(side),
+                                      0xFFFFFF);
+    // One writer a row.
+#pragma omp parallel for schedule(static)
+    for (std::int32_t row = 0; row < side; ++row) {
+        for (std::int32_t column = 0; column < side; ++column) {
+            const double x = (2 * column + 1.0) / side - 1.0;
+            const double y = 1.0 - (2 * row + 1.0) / side;
+            const double radius = std::hypot(x, y);
+            if (radius > beyondRim) continue;
+            const double theta = PolarAngle(request.view, radius);
+            if (theta < shown.low * kDegree || theta > shown.high * kDegree) continue;
+            const double value = image.Value(theta, std::atan2(y, x));
+            const double fraction = (value - range.low) / (range.high - range.low);
+            pixels[static_cast<std::size_t>(row) * static_cast<std::size_t>(side) +
+                   static_cast<std::size_t>(column)] = Packed(ColourAt(request.colours, fraction));
+        }
+    }
+    return pixels;
+}
+
+void DrawRings(Canvas& canvas, const PlotRequest& request, const PicturePoint& centre) {
+    const double azimuth = 75 * kDegree;  // away from the low-index directions, where forward focusing is
+    for (const double theta : StepTicks({1.0, 89.0}, request.ringStep_deg).positions) {
+        const double radius = kRadius * DiscRadius(request.view, theta * kDegree);
+        canvas.SetColour(kWhite, 0.6);
+        canvas.SetLine(0.9);
+        canvas.Circle(centre.x, centre.y, radius);
+        canvas.SetColour(kBlack, 0.8);
+        canvas.SetLine(0.35);
+        canvas.Circle(centre.x, centre.y, radius);
+    }
+    for (const double theta : StepTicks({1.0, 89.0}, request.ringStep_deg).positions) {
+        const double radius = kRadius * DiscRadius(request.view, theta * kDegree);
+        canvas.Text(centre.x + radius * std::cos(azimuth), centre.y - radius * std::sin(azimuth),
+                    std::to_string(std::lround(theta)) + "°", {.size = 6.5, .halo = true});
+    }
+}
+
+void DrawAzimuths(Canvas& canvas, const PicturePoint& centre) {
+    canvas.SetColour(kBlack);
+    canvas.SetLine(0.8);
+    canvas.Circle(centre.x, centre.y, kRadius);
+    canvas.SetLine(0.6);
+    for (int phi = 0; phi < 360; phi += 30) {
+        const double c = std::cos(phi * kDegree);
+        const double s = std::sin(phi * kDegree);
+        const double end = kRadius + (phi % 90 == 0 ? 4.0 : 2.5);
+        canvas.Line(centre.x + kRadius * c, centre.y - kRadius * s, centre.x + end * c, centre.y - end * s);
+        if (phi % 90 != 0) continue;
+        canvas.Text(centre.x + (end + 2) * c, centre.y - (end + 2) * s, std::to_string(phi) + "°",
+                    {.size = kLabel, .alignX = std::round(c), .alignY = -std::round(s)});
+    }
+}
+
+void DrawColourBar(Canvas& canvas, const PlotRequest& request, const PatternLayout& layout,
+                   const Span& range) {
+    canvas.Gradient(layout.barX, layout.barTop, kBarWidth, layout.barHeight, request.colours);
+    canvas.SetColour(kBlack);
+    canvas.SetLine(0.6);
+    canvas.Rectangle(layout.barX, layout.barTop, kBarWidth, layout.barHeight);
+    const AxisTicks ticks = NiceTicks(range, 6);
+    const double right = layout.barX + kBarWidth;
+    double widest = 0.0;
+    for (std::size_t i = 0; i < ticks.positions.size(); ++i) {
+        const double fraction = (ticks.positions[i] - range.low) / (range.high - range.low);
+        const double y = layout.barTop + layout.barHeight * (1 - fraction);
+        const TextStyle style{.size = 6.5, .alignX = 1.0};
+        canvas.Line(right, y, right + 2, y);
+        canvas.Text(right + 3.5, y, ticks.labels[i], style);
+        widest = std::max(widest, canvas.TextWidth(ticks.labels[i], style));
+    }
+    if (!ticks.factor.empty())
+        canvas.Text(layout.barX, layout.barTop - 6, ticks.factor, {.size = 6.5, .alignX = 1.0});
+    canvas.Text(right + 3.5 + widest + 6, layout.barTop + layout.barHeight / 2, request.quantity,
+                {.size = kLabel, .turn = kPi / 2});
+}
+
+}  // namespace
+
+Span ColourRange(const std::vector<LoadedImage>& images, bool symmetric) {
+    constexpr double kHorizon = kPi / 2 + 1e-9;
+    Span range{std::numeric_limits<double>::infinity(), -std::numeric_limits<double>::infinity()};
+    for (const LoadedImage& loaded : images) {
+        for (const SpherePixel& p : loaded.image.Pixels()) {
+            if (p.theta > kHorizon) continue;
+            range.low = std::min(range.low, p.value);
+            range.high = std::max(range.high, p.value);
+        }
+    }
+    if (!symmetric) return Widened(range);
+    const double largest = std::max(std::abs(range.low), std::abs(range.high));
+    return largest > 0.0 ? Span{-largest, largest} : Span{-1.0, 1.0};
+}
+
+PatternLayout::PatternLayout(const PlotRequest& request) {
+    const std::size_t count = request.images.size();
+    const auto perRow = std::min(count, static_cast<std::size_t>(request.panelsPerRow));
+    const std::size_t rows = (count + perRow - 1) / perRow;
+    const double caption = count > 1 ? kCaption : 0.0;
+    const bool titled = !request.title.empty() || count == 1;
+    const double top = titled ? kTitle + 4 : 4;
+    const double panelHeight = 2 * (kRadius + kAbove) + caption;
+    for (std::size_t i = 0; i < count; ++i) {
+        const std::size_t row = i / perRow;
+        centres.push_back({(static_cast<double>(i % perRow) + 0.5) * kPanelWidth,
+                           top + static_cast<double>(row) * panelHeight + caption + kAbove + kRadius});
+    }
+    width = static_cast<double>(perRow) * kPanelWidth + kBarBlock;
+    height = top + static_cast<double>(rows) * panelHeight;
+    barX = width - kBarBlock + 3;
+    barHeight = 1.8 * kRadius;
+    barTop = (centres.front().y + centres.back().y - barHeight) / 2;
+}
+
+PicturePoint PatternLayout::Direction(View view, std::size_t panel, double theta, double phi) const {
+    const double radius = kRadius * DiscRadius(view, theta);
+    return {(centres.at(panel).x + radius * std::cos(phi)) / width,
+            (centres.at(panel).y - radius * std::sin(phi)) / height};
+}
+
+PicturePoint PatternLayout::ColourBar(double fraction) const {
+    return {(barX + kBarWidth / 2) / width, (barTop + barHeight * (1 - fraction)) / height};
+}
+
+void DrawPattern(const PlotRequest& request, const std::string& path) {
+    CheckRequest(request);
+    const PatternLayout layout(request);
+    const Span range = request.range ? *request.range : ColourRange(request.images, request.symmetricRange);
+    Canvas canvas(path, layout.width, layout.height, Canvas::Scale(path, layout.width, request.width));
+    const bool single = request.images.size() == 1;
+    const std::string title = request.title.empty() && single ? request.images.front().title : request.title;
+    canvas.FittedText(layout.width / 2, 10, layout.width - 8, title, {.size = 9.0, .bold = true});
+    const auto side = static_cast<std::int32_t>(std::ceil(2 * kRadius * canvas.PixelsPerPoint()));
+    for (std::size_t i = 0; i < request.images.size(); ++i) {
+        const PicturePoint centre = layout.centres[i];
+        canvas.DiscImage(centre.x, centre.y, kRadius,
+                         DiscPixels(request.images[i].image, request, range, side), side);
+        DrawRings(canvas, request, centre);
+        DrawAzimuths(canvas, centre);
+        if (!single)
+            canvas.FittedText(centre.x, centre.y - kRadius - kAbove - 4, kPanelWidth - 6,
+                              request.images[i].title, {.size = 8.0});
+    }
+    DrawColourBar(canvas, request, layout, range);
+    canvas.Finish();
+}

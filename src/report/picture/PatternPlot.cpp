@@ -1,0 +1,154 @@
+#include "report/picture/PatternPlot.h"
+
+#include <cstdio>
+#include <map>
+#include <numbers>
+#include <utility>
+
+#include "foundation/MapKeys.h"
+#include "foundation/ZfError.h"
+#include "report/picture/Canvas.h"
+#include "report/picture/LinePlot.h"
+#include "report/picture/PatternCuts.h"
+#include "report/picture/PatternPicture.h"
+#include "report/sphere/SphereOperations.h"
+
+namespace {
+
+constexpr double kDegree = std::numbers::pi / 180;
+
+const std::map<std::string, View> kViews = {{"equidistant", View::AzimuthalEquidistant},
+                                            {"stereographic", View::Stereographic},
+                                            {"orthographic", View::Orthographic}};
+const std::map<std::string, ColourMap> kColourMaps = {
+    {"viridis", ColourMap::Viridis}, {"grey", ColourMap::Grey}, {"diverging", ColourMap::Diverging}};
+
+/// In the order of the experiment: the surface, the sample's domains, the analyser.
+SphereImage Measured(SphereImage image, const PatternPlot& plot) {
+    if (plot.innerPotential) image = Refracted(image, plot.energy, *plot.innerPotential);
+    if (plot.fold > 1 || plot.mirror) {
+        const auto mirror =
+            plot.mirror ? std::optional<double>(*plot.mirror * kDegree) : std::optional<double>();
+        image = SymmetryAverage(image, plot.fold, mirror);
+    }
+    if (plot.acceptance > 0.0) image = AcceptanceAverage(image, plot.acceptance * kDegree);
+    return image;
+}
+
+LoadedImage Prepared(const PatternPlot& plot, std::size_t index) {
+    LoadedImage loaded = LoadSphereImage(plot.images[index]);
+    if (index < plot.captions.size()) loaded.title = plot.captions[index];
+    loaded.image = Measured(std::move(loaded.image), plot);
+    if (plot.references.empty()) return loaded;
+    const std::string& path = plot.references[plot.references.size() == 1 ? 0 : index];
+    const SphereImage reference = Measured(LoadSphereImage(path).image, plot);
+    try {
+        loaded.image = Modulation(loaded.image, reference);
+    } catch (const ZfError& error) {
+        throw ZfError(plot.images[index] + " and " + path + ": " + error.message);
+    }
+    return loaded;
+}
+
+std::string Quantity(const PatternPlot& plot) {
+    return plot.references.empty() ? "I (arb. units)" : "χ = (I − I₀)/I₀";
+}
+
+std::optional<Span> AskedRange(const PatternPlot& plot) {
+    if (plot.range.empty()) return std::nullopt;
+    return Span{plot.range[0], plot.range[1]};
+}
+
+std::string Degrees(double angle) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%g°", angle);
+    return text;
+}
+
+/// What the legend says of one cut; what is common to all lines is left to the axis.
+std::string CutLabel(const PatternPlot& plot, const LoadedImage& loaded, const char* angleName, double angle,
+                     std::size_t cuts) {
+    const std::string place = angleName + (" = " + Degrees(angle));
+    if (plot.images.size() == 1) return cuts == 1 ? "" : place;
+    return cuts == 1 ? loaded.title : loaded.title + ", " + place;
+}
+
+void DrawCuts(const PatternPlot& plot, const std::vector<LoadedImage>& images) {
+    const bool polar = !plot.polarCuts.empty();
+    const std::vector<double>& angles = polar ? plot.polarCuts : plot.azimuthalCuts;
+    std::vector<Curve> curves;
+    for (const LoadedImage& loaded : images) {
+        for (const double angle : angles) {
+            curves.push_back(polar ? PolarCut(loaded.image, angle * kDegree)
+                                   : AzimuthalCut(loaded.image, angle * kDegree));
+            curves.back().label = CutLabel(plot, loaded, polar ? "φ" : "θ", angle, angles.size());
+        }
+    }
+    LineAxes axes;
+    axes.title = plot.title.empty() && images.size() == 1 ? images.front().title : plot.title;
+    axes.xLabel = polar ? "polar angle θ (degrees)" : "azimuth φ (degrees)";
+    if (angles.size() == 1) axes.xLabel += (polar ? ", φ = " : ", θ = ") + Degrees(angles.front());
+    axes.yLabel = Quantity(plot);
+    axes.xRange = polar ? Span{-90.0, 90.0} : Span{0.0, 360.0};
+    axes.yRange = AskedRange(plot);
+    axes.xStep = polar ? 30.0 : 60.0;
+    axes.width = plot.width;
+    DrawLines(curves, axes, plot.output);
+}
+
+Span DrawImages(const PatternPlot& plot, std::vector<LoadedImage> images) {
+    const bool modulation = !plot.references.empty();
+    PlotRequest request;
+    request.images = std::move(images);
+    request.title = plot.title;
+    request.quantity = Quantity(plot);
+    request.view = kViews.at(plot.view);
+    const std::string usual = modulation ? "diverging" : "viridis";
+    request.colours = kColourMaps.at(plot.colours.empty() ? usual : plot.colours);
+    request.range = AskedRange(plot);
+    request.symmetricRange = modulation;
+    request.ringStep_deg = plot.rings;
+    request.panelsPerRow = plot.perRow;
+    request.width = plot.width;
+    const Span range = ColourRange(request.images, false);
+    DrawPattern(request, plot.output);
+    return range;
+}
+
+}  // namespace
+
+std::vector<std::string> ViewNames() {
+    return MapKeys(kViews);
+}
+
+std::vector<std::string> ColourMapNames() {
+    return MapKeys(kColourMaps);
+}
+
+void CheckPatternPlot(const PatternPlot& plot) {
+    const std::size_t count = plot.references.size();
+    if (count > 1 && count != plot.images.size())
+        throw ZfError("give one I0 image for all images, or one for each");
+    if (!Canvas::CanWrite(plot.output))
+        throw ZfError("the name of the picture has to end in .png, .svg or .pdf");
+    if (plot.captions.size() > plot.images.size()) throw ZfError("there are more captions than images");
+    if (plot.innerPotential && plot.energy == 0.0)
+        throw ZfError(
+            "the image does not tell its energy: beside the inner potential give the energy of the "
+            "calculation");
+    if (plot.energy != 0.0 && !plot.innerPotential)
+        throw ZfError("the energy is used for refraction only: give the inner potential too");
+    if (!plot.range.empty() && !(plot.range[0] < plot.range[1]))
+        throw ZfError("the first end of the range has to be the lower one");
+    if (!plot.polarCuts.empty() && !plot.azimuthalCuts.empty())
+        throw ZfError("polar and azimuthal cuts need a picture each");
+}
+
+std::optional<Span> DrawPatternPlot(const PatternPlot& plot) {
+    CheckPatternPlot(plot);
+    std::vector<LoadedImage> images;
+    for (std::size_t i = 0; i < plot.images.size(); ++i) images.push_back(Prepared(plot, i));
+    if (plot.polarCuts.empty() && plot.azimuthalCuts.empty()) return DrawImages(plot, std::move(images));
+    DrawCuts(plot, images);
+    return std::nullopt;
+}

@@ -1,0 +1,71 @@
+#include <QString>
+#include <filesystem>
+#include <utility>
+
+#include "foundation/ZfError.h"
+#include "image/ZfDocData.h"
+#include "report/sphere/SphereImage.h"
+#include "xml/ZfQBarnFile.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string InfoText(const ZfDocData& document, const char* key) {
+    const auto found = document.infoString.find(key);
+    return found == document.infoString.end() || found->second.empty() ? std::string()
+                                                                       : found->second.front();
+}
+
+std::string Title(const ZfDocData& document, const std::string& path) {
+    for (const char* const key : {"Title", "Comment"}) {
+        std::string text = InfoText(document, key);
+        if (!text.empty()) return text;
+    }
+    return fs::path(path).stem().string();
+}
+
+SphereMap MapOf(const ZfDocData& document, const ZfFloatMatrix& pixels) {
+    const std::string name = InfoText(document, "__SphereProjection.Name");
+    if (name == "AzimuthalEquidistant") return SphereMap::AzimuthalEquidistant;
+    if (name == "EquidistantCylindrical") return SphereMap::EquidistantCylindrical;
+    if (!name.empty())
+        throw ZfError("the map \"" + name +
+                      "\" is not known; AzimuthalEquidistant and EquidistantCylindrical are");
+    if (pixels.ColSize == pixels.RowSize) return SphereMap::AzimuthalEquidistant;
+    if (pixels.ColSize == 2 * (std::int64_t{pixels.RowSize} - 1)) return SphereMap::EquidistantCylindrical;
+    throw ZfError(
+        "the file names no map, and an image of " + std::to_string(pixels.ColSize) + " x " +
+        std::to_string(pixels.RowSize) +
+        " pixels is neither square (azimuthal equidistant) nor of width 2 (height - 1) (cylindrical)");
+}
+
+void Read(ZfDocData& document, const std::string& path) {
+    if (!fs::exists(path)) throw ZfError("there is no such file");
+    if (!fs::is_regular_file(path)) throw ZfError("it is not a plain file");
+    if (document.CheckType(path) < 0) throw ZfError("it is no image file (.xml_img)");
+    ZfQBarnFile file(QString::fromStdString(path), "r");
+    if (!document.SaveLoad(file)) throw ZfError("its version cannot be read");
+    if (document.imageSet.empty()) throw ZfError("it holds no image");
+}
+
+LoadedImage Load(const std::string& path) {
+    ZfDocData document;
+    Read(document, path);
+    const ZfFloatMatrix& pixels = document.imageSet.begin()->second;
+    std::vector<double> values(pixels.Data(), pixels.Data() + pixels.Count());
+    return {SphereImage(MapOf(document, pixels), pixels.ColSize, pixels.RowSize, std::move(values)),
+            Title(document, path)};
+}
+
+}  // namespace
+
+LoadedImage LoadSphereImage(const std::string& path) {
+    try {
+        return Load(path);
+    } catch (const ZfError& error) {
+        throw ZfError("Cannot take " + path + ": " + error.message);
+    } catch (const char* text) {
+        throw ZfError("Cannot take " + path + ": " + text);
+    }
+}

@@ -1,0 +1,24 @@
+#include "report/sphere/ViewProjection.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+
+namespace {
+
+constexpr double kRightAngle = std::numbers::pi / 2;
+
+}  // namespace
+
+double DiscRadius(View view, double theta) {
+    if (view == View::Stereographic) return std::tan(theta / 2);
+    if (view == View::Orthographic) return std::sin(theta);
+    return theta / kRightAngle;
+}
+
+double PolarAngle(View view, double radius) {
+    const double inside = std::min(radius, 1.0);
+    if (view == View::Stereographic) return 2 * std::atan(inside);
+    if (view == View::Orthographic) return std::asin(inside);
+    return inside * kRightAngle;
+}

@@ -1,0 +1,40 @@
+#include "run/RunChecks.h"
+
+#include <vector>
+
+#include "foundation/ReplacedFile.h"
+#include "foundation/ZfError.h"
+#include "input/ZfFluctuation.h"
+#include "prepare/checks/InputCheck.h"
+#include "prepare/thermal/Vibrations.h"
+
+namespace {
+
+std::string FindingLine(const InputFinding& finding) {
+    const char* word = finding.severity == Severity::Misfit    ? "misfit: "
+                       : finding.severity == Severity::Warning ? "warning: "
+                                                               : "note: ";
+    return word + finding.what + (finding.remedy.empty() ? "" : "; " + finding.remedy) + "\n";
+}
+
+std::string ReportOf(const std::vector<InputFinding>& findings) {
+    std::string text;
+    for (const InputFinding& finding : findings) text += FindingLine(finding);
+    return text.empty() ? "The inputs fit together.\n" : text;
+}
+
+}  // namespace
+
+std::string CheckRun(const ScatteringRequest& inputs, const std::string& fluctuationFile,
+                     const std::string& atomicWeightFile, const std::string& reportFile) {
+    const LoadedInputs loaded(inputs);
+    ZfFluctuation fluctuation;
+    ZfLoadFluctuation(fluctuation, fluctuationFile);
+    const ZfDebye weights = LoadAtomicWeights(atomicWeightFile);
+    const std::vector<InputFinding> findings = CheckInputs(
+        {&loaded.cluster, &loaded.waves, &loaded.phaseShifts, &fluctuation, &weights, inputs.method});
+    std::string report = ReportOf(findings);
+    if (!FitsTogether(findings)) throw ZfError("the inputs do not fit together\n" + report);
+    WriteWholeFile(reportFile, report);
+    return report;
+}

@@ -1,0 +1,83 @@
+#include "run/RunStages.h"
+
+#include "foundation/ReplacedFile.h"
+#include "image/PlaneImage.h"
+#include "input/ZfFluctuation.h"
+#include "pattern/ZfDocPattern.h"
+#include "prepare/thermal/Vibrations.h"
+#include "run/RunProgress.h"
+
+namespace {
+
+/// Part of the atoms that are done, over all structures and waves.
+double FractionDone(const ZfScatteringData& data) {
+    const double records = data.StCount * data.EWCount;
+    const double record = data.StIndex * data.EWCount + data.EWIndex;
+    const double atom = data.AtCount > 0 ? static_cast<double>(data.AtIndex) / data.AtCount : 0.0;
+    return records > 0.0 ? (record + atom) / records : 0.0;
+}
+
+void Calculate(ZfDocPattern& pattern, const ImageRequest& request) {
+    ZfScatteringData data;
+    ZfLoadScatteredWave(data, request.scatteredWaveFile);
+    ZfFluctuation fluctuation;
+    ZfLoadFluctuation(fluctuation, request.fluctuationFile);
+    pattern.ActivateAll(data.ListScatteringData.size());
+    pattern.clusterLimit = request.clusterLimit;
+    pattern.clusterLowerLimit = request.clusterLowerLimit;
+    pattern.meanFreePath = request.meanFreePath;
+    pattern.mfpByEmitterDistance = request.meanFreePath > 0.0;
+    RunProgress progress("images", [&pattern] {
+        return static_cast<double>(pattern.recordsDone) / static_cast<double>(pattern.activeRecordCount);
+    });
+    pattern.Calculate(progress, data, fluctuation, LoadAtomicWeights(request.atomicWeightFile));
+    InterruptRequest::ThrowIfPending();
+}
+
+void SaveImages(const ZfSphericalMapping& mapping, const std::string& projection,
+                const std::string& imageFile, const std::string& directImageFile) {
+    ZfDocData image;
+    ZfDocData::SetInfoString(image.infoString, "__SphereProjection.Name", projection);
+    ReplacedFile pattern(imageFile);
+    ReplacedFile direct(directImageFile);
+    SavePlane(image, mapping.planes[0], pattern.TemporaryPath());
+    SavePlane(image, mapping.planes[1], direct.TemporaryPath());
+    pattern.Commit();
+    direct.Commit();
+}
+
+}  // namespace
+
+LoadedInputs::LoadedInputs(const ScatteringRequest& request) {
+    ZfLoadCluster(cluster, request.clusterFile);
+    ZfLoadEmittedWave(waves, request.wavesFile);
+    ZfLoadPhaseShift(phaseShifts, request.phaseShiftFile);
+}
+
+void CalculateScattering(const ScatteringRequest& request, const std::string& outputFile) {
+    LoadedInputs inputs(request);
+    ReplacedFile output(outputFile);
+    ZfScatteringData data;
+    data.Version = request.method;
+    data.MultiScattering = 1;
+    data.fileName = output.TemporaryPath();
+    RunProgress progress("scattering", [&data] { return FractionDone(data); });
+    data.Calculate(progress, inputs.cluster, inputs.waves, inputs.phaseShifts);
+    InterruptRequest::ThrowIfPending();
+    output.Commit();
+}
+
+void CalculateImages(const ImageRequest& request, const std::string& imageFile,
+                     const std::string& directImageFile) {
+    if (request.isCylindrical) {
+        ZfDocPattern_EquidistantCylindrical pattern;
+        pattern.resolution = request.resolution;
+        Calculate(pattern, request);
+        SaveImages(pattern.mapping, "EquidistantCylindrical", imageFile, directImageFile);
+    } else {
+        ZfDocPattern_AzimuthalEquidistant pattern;
+        pattern.resolution = request.resolution;
+        Calculate(pattern, request);
+        SaveImages(pattern.mapping, "AzimuthalEquidistant", imageFile, directImageFile);
+    }
+}

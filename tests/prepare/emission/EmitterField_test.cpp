@@ -1,0 +1,111 @@
+#include "prepare/emission/EmitterField.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include "ErrorText.h"
+
+namespace {
+
+const ScreeningTable kAtoms(QVRE_DATA "/screening_dhfs.csv");
+
+/// A cubic crystal of two fcc lattices, the second shifted by a quarter of the diagonal; empty: none.
+std::vector<AtomSurroundings> Fcc(double a, const std::string& first, const std::string& second) {
+    std::vector<PlacedAtom> cell;
+    for (const auto& [x, y, z] :
+         {std::tuple{0.0, 0.0, 0.0}, {0.0, 0.5, 0.5}, {0.5, 0.0, 0.5}, {0.5, 0.5, 0.0}}) {
+        cell.push_back({first, first, {a * x, a * y, a * z}});
+        if (!second.empty())
+            cell.push_back({second, second, {a * (x + 0.25), a * (y + 0.25), a * (z + 0.25)}});
+    }
+    return SurroundingsInCrystal({{{a, 0.0, 0.0}, {0.0, a, 0.0}, {0.0, 0.0, a}}}, cell);
+}
+
+Emission EmissionInCrystal(const std::vector<AtomSurroundings>& species, const std::string& element,
+                           const std::string& level, double kinetic_eV,
+                           const std::vector<LightVector>& light) {
+    PhaseShiftRequest crystal;
+    crystal.species = species;
+    EmissionRequest request;
+    request.atom = kAtoms.Find(element);
+    request.level = ParseCoreLevel(level);
+    request.kinetic_eV = kinetic_eV;
+    request.light = light;
+    SetCrystalField(request, crystal, element, kAtoms);
+    return CoreLevelEmission(request);
+}
+
+/// The largest difference between the coefficients and those of an example.
+double DifferenceFromFile(const std::vector<ZfEmittedWave>& waves, const std::string& name) {
+    std::vector<ZfEmittedWave> example;
+    ZfLoadEmittedWave(example, QVRE_EXAMPLES "/" + name);
+    EXPECT_EQ(waves.size(), example.size()) << name;
+    double largest = 0.0;
+    for (std::size_t i = 0; i < std::min(waves.size(), example.size()); ++i) {
+        EXPECT_EQ(waves[i].Ek, example[i].Ek) << name;
+        EXPECT_EQ(waves[i].coeff.L, example[i].coeff.L) << name;
+        for (std::size_t j = 0; j < std::min(waves[i].coeff.block.size(), example[i].coeff.block.size()); ++j)
+            largest = std::max(largest, std::abs(waves[i].coeff.block[j] - example[i].coeff.block[j]));
+    }
+    return largest;
+}
+
+void ExpectChannels(const DipoleChannels& channels, const DipoleChannels& expected, double rhoDigits) {
+    constexpr double kPhase = 1e-3 * 3.141592653589793 / 180.0;
+    for (std::size_t i = 0; i < 2; ++i) {
+        EXPECT_NEAR(channels.rho[i], expected.rho[i], rhoDigits);
+        EXPECT_NEAR(channels.delta[i], expected.delta[i] * 3.141592653589793 / 180.0, kPhase);
+    }
+}
+
+ZfCluster Cluster(const std::vector<std::vector<std::pair<std::string, double>>>& structures) {
+    ZfCluster cluster;
+    for (const auto& atoms : structures) {
+        ZfStructure& structure = cluster.structures.emplace_back();
+        for (const auto& [name, x] : atoms) {
+            ZfAtom& atom = structure.atoms.emplace_back();
+            atom.name = atom.atom = name;
+            atom.SetPositionAngstrom(Vector3(x, 0.0, 0.0));
+        }
+    }
+    return cluster;
+}
+
+}  // namespace
+
+// The README of the example gives radial integrals, phases (degrees) and beta; its files hold 6 digits.
+TEST(EmitterField, Copper2pOfTheExample) {
+    const auto species = Fcc(3.61, "Cu", "");
+    const Emission emission = EmissionInCrystal(species, "Cu", "2p", 560.0, LinearLight({0.0, 0.0, 1.0}));
+    ExpectChannels(emission.channels, {1, {0.0027916, 0.012996}, {333.606, 140.434}}, 5e-7);
+    EXPECT_NEAR(emission.channels.Beta(), 1.386, 5e-4);
+    EXPECT_LT(DifferenceFromFile(emission.waves, "cu001_small/emitter.xml_emt"), 2e-5);
+    const auto ray = EmissionInCrystal(species, "Cu", "2p", 560.0, UnpolarisedLight({0.0, 0.0, 1.0})).waves;
+    EXPECT_LT(DifferenceFromFile(ray, "cu001_small/emitter_normal_incidence.xml_emt"), 2e-5);
+    EXPECT_LT(DifferenceFromFile(IsotropicEmission(560.0, 1.0), "cu001_small/emitter_s.xml_emt"), 5e-6);
+}
+
+// The smaller radial integral is the rest of a hundredfold cancellation; the example has it to 1e-3.
+TEST(EmitterField, Arsenic3dOfTheExample) {
+    const auto species = Fcc(5.653, "As", "Ga");
+    const Emission emission = EmissionInCrystal(species, "As", "3d", 1455.0, LinearLight({0.0, 0.0, 1.0}));
+    ExpectChannels(emission.channels, {2, {0.0004216, 0.0023134}, {218.540, 93.380}}, 6e-7);
+    EXPECT_NEAR(emission.channels.Beta(), 1.033, 5e-4);
+    EXPECT_LT(DifferenceFromFile(emission.waves, "gaas001/emitter.xml_emt"), 5e-4);
+}
+
+TEST(EmitterField, EmitterStandsAtTheOrigin) {
+    EXPECT_EQ(EmitterOf(Cluster({{{"Ga", 2.4}, {"As", 0.0}}, {{"As", 0.005}}})).name, "As");
+    EXPECT_EQ(ErrorText([] {
+                  EmitterOf(Cluster({{{"Ga", 2.4}, {"As", 0.02}}}));
+              }),
+              "The cluster has no atom at its origin: move the emitter there");
+    EXPECT_EQ(
+        ErrorText([] {
+            EmitterOf(Cluster({{{"Ga", 0.0}}, {{"As", 0.0}}}));
+        }),
+        "The structures of the cluster have different emitters, Ga and As: make a cluster and an emitted "
+        "wave of each");
+}

@@ -1,0 +1,142 @@
+#include "report/compare/PatternComparison.h"
+
+#include <gtest/gtest.h>
+#include <omp.h>
+
+#include <array>
+#include <cstdio>
+
+#include "ErrorText.h"
+#include "TempFolder.h"
+#include "report/SphereFunctions.h"
+
+namespace {
+
+constexpr SphereMap kMaps[] = {SphereMap::AzimuthalEquidistant, SphereMap::EquidistantCylindrical};
+constexpr double kPixel = 3.6;  // degrees
+
+/// A smooth intensity with a modulation of the given fold, turned by `turn` degrees, over an I0 that falls
+/// with theta.
+struct Model {
+    int fold = 1;
+    double turn = 0.0;
+
+    static double I0(double z) { return 2.0 + z; }
+    double Chi(double theta, double phi) const {
+        const double s = std::sin(theta);
+        return 0.4 * std::pow(s, 4) * std::cos(fold * (phi - turn * kDegree)) +
+               0.2 * s * s * std::cos(6 * theta);
+    }
+    double operator()(double x, double y, double z) const {
+        return I0(z) * (1.0 + Chi(std::acos(z), std::atan2(y, x)));
+    }
+};
+
+class PatternComparison : public testing::Test {
+protected:
+    ImageFiles Write(const std::string& name, SphereMap map, const Model& model) {
+        WriteImageFile(folder_.Path(name), Sampled(map, kPixel, model));
+        WriteImageFile(folder_.Path("i0_" + name),
+                       Sampled(map, kPixel, [](double, double, double z) { return Model::I0(z); }));
+        return {folder_.Path(name), folder_.Path("i0_" + name)};
+    }
+
+    CompareRequest Pair(const Model& a, SphereMap mapOfA, const Model& b, SphereMap mapOfB) {
+        CompareRequest request;
+        request.first = Write("a.xml_img", mapOfA, a);
+        request.second = Write("b.xml_img", mapOfB, b);
+        request.rotate = true;
+        return request;
+    }
+
+    TempFolder folder_;
+};
+
+TEST_F(PatternComparison, AnImageEqualsItself) {
+    for (const SphereMap map : kMaps) {
+        CompareRequest request = Pair({3, 10.0}, map, {3, 10.0}, map);
+        CompareResult result = ComparePatterns(request);
+        EXPECT_EQ(result.agreement.R, 0.0);
+        EXPECT_EQ(result.rotation, 0.0);
+        EXPECT_DOUBLE_EQ(result.agreement.scale, 1.0);
+        EXPECT_DOUBLE_EQ(result.agreement.correlation, 1.0);
+    }
+}
+
+// The rotation brings b over a; of the three that a three-fold pattern has it is the smallest.
+TEST_F(PatternComparison, FindsTheRotation) {
+    constexpr double kAngle = 0.02;  // degrees; interpolation between pixels
+    for (const SphereMap map : kMaps) {
+        for (const auto& [fold, turn, found] :
+             {std::tuple{1, 133.3, -133.3}, {1, -179.7, 179.7}, {3, 40.25, -40.25}, {3, 100.0, 20.0}}) {
+            const CompareResult result = ComparePatterns(Pair({fold, 0.0}, map, {fold, turn}, kMaps[0]));
+            EXPECT_NEAR(result.rotation, found, kAngle) << fold << ' ' << turn;
+            EXPECT_LT(result.agreement.R, 1e-4);
+        }
+    }
+}
+
+TEST_F(PatternComparison, SameForAnyNumberOfThreads) {
+    const CompareRequest request = Pair({1, 0.0}, kMaps[0], {1, 33.3}, kMaps[1]);
+    std::array<double, 2> rotation{};
+    const int threads = omp_get_max_threads();
+    for (const int count : {1, 3}) {
+        omp_set_num_threads(count);
+        rotation[count == 1 ? 0 : 1] = ComparePatterns(request).rotation;
+    }
+    omp_set_num_threads(threads);
+    EXPECT_EQ(rotation[0], rotation[1]);
+}
+
+// Measured counts: the model turned, under the cubic transmission of an analyser. Ring means take away the
+// part of chi that does not depend on the azimuth, so that both patterns have to lose it.
+TEST_F(PatternComparison, MeasurementWithBackground) {
+    CompareRequest request;
+    request.second = {Write("b.xml_img", kMaps[0], {3, 0.0}).image, ""};
+    std::string table = "theta,phi,counts\n";
+    const Model measured{3, -25.0};
+    for (int theta = 20; theta <= 80; theta += 3) {
+        for (int phi = 0; phi < 360; phi += 5) {
+            const double counts =
+                (9e5 - theta * theta * theta) * (1 + measured.Chi(theta * kDegree, phi * kDegree));
+            table += std::to_string(theta) + "," + std::to_string(phi) + "," + std::to_string(counts) + "\n";
+        }
+    }
+    request.measured = folder_.Write("data.csv", table);
+    request.background = ParseBackgroundModel("mean");
+    request.thetaMin = 25.0;
+    request.thetaMax = 75.0;
+    request.rotate = true;
+    const CompareResult result = ComparePatterns(request);
+    EXPECT_EQ(result.theta.size(), std::size_t{17} * 72);  // 26, 29, ... 74
+    EXPECT_NEAR(result.rotation, -25.0, 0.02);
+    EXPECT_LT(result.agreement.R, 1e-3);
+    EXPECT_GT(result.agreement.correlation, 0.999);
+}
+
+TEST_F(PatternComparison, Refusals) {
+    CompareRequest request = Pair({1, 0.0}, kMaps[0], {1, 0.0}, kMaps[1]);
+    request.thetaMax = 100.0;
+    EXPECT_EQ(ErrorText([&] { ComparePatterns(request); }),
+              request.first.image + " ends at the polar angle 90 degrees: narrow --theta");
+    request.thetaMin = 100.0;
+    EXPECT_EQ(ErrorText([&] { ComparePatterns(request); }),
+              "The polar range has to rise within 0 and 180 degrees, not from 100 to 100");
+    request = {};
+    request.second = Write("b.xml_img", kMaps[0], {1, 0.0});
+    request.measured = folder_.Write("data.csv", "80,0,5\n80,9,7\n");
+    EXPECT_EQ(ErrorText([&] { ComparePatterns(request); }),
+              request.measured + " has no column chi: give --background, as in --background 3");
+    request.background = BackgroundModel{};
+    request.thetaMax = 70.0;
+    EXPECT_EQ(ErrorText([&] { ComparePatterns(request); }),
+              request.measured + " has no points with a polar angle from 0 to 70 degrees: widen --theta");
+    request.background.reset();
+    request.measured.clear();
+    request.first = {request.second.image, ""};
+    EXPECT_EQ(ErrorText([&] { ComparePatterns(request); }),
+              "The I0 image of " + request.first.image +
+                  " is not given: add it, or take away a smooth background, as in --background 3");
+}
+
+}  // namespace

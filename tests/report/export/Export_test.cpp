@@ -1,0 +1,182 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "ErrorText.h"
+#include "TempFolder.h"
+#include "foundation/Console.h"
+#include "report/SphereFunctions.h"
+#include "report/compare/MeasuredPattern.h"
+#include "report/export/ImageExport.h"
+#include "report/export/WaveExport.h"
+#include "scattering/ZfScatteringData.h"
+#include "xml/ZfBarnFile.h"
+
+namespace {
+
+// Debian's interpreter, which sees the packages of the distribution.
+constexpr const char* kPython = "/usr/bin/python3";
+
+bool HasReaders() {
+    const std::string check = std::string(kPython) + " -c 'import h5py' 2>/dev/null";
+    return std::system(check.c_str()) == 0;  // NOLINT(cert-env33-c,concurrency-mt-unsafe)
+}
+
+class Export : public testing::Test {
+protected:
+    std::string WriteImage(const std::string& name, SphereMap map, double factor) {
+        const auto values = [factor](double x, double /*y*/, double z) { return factor * (2.0 + x + z); };
+        return WriteImageFile(
+            folder_.Path(name), Sampled(map, 10.0, values),
+            map == SphereMap::AzimuthalEquidistant ? "AzimuthalEquidistant" : "EquidistantCylindrical",
+            "a title");
+    }
+
+    ExportRequest Request(SphereMap map, const std::string& output) {
+        return {WriteImage("p.xml_img", map, 1.5),
+                WriteImage("i0.xml_img", map, 1.0),
+                {},
+                true,
+                folder_.Path(output)};
+    }
+
+    /// Two sources of l sizes 2 and 1, the first a plane wave.
+    std::string WriteWave() {
+        const ConsoleRedirection quiet(nullptr);
+        ZfScatteringData data;
+        data.Version = kMulti;
+        data.ListScatteringData.resize(1);
+        ZfScatteringRecord& record = data.ListScatteringData[0];
+        record.ListScatterer.electrons.resize(2);
+        record.ListScatterer.electrons[0].A.SetSize(2);
+        record.ListScatterer.electrons[1].A.SetSize(1);
+        record.ListScatterer.electrons[0].A.At(1, -1) = {0.1, -0.7};
+        record.ListScatterer.electrons[1].A.At(0, 0) = {3.0, 4.0};
+        record.ListScatterer.electrons[1].position = Vector3(1e-10, 0.0, -2e-10);
+        record.ListScatterer.electrons[0].IsPlaneWave = true;
+        record.ListScatterer.electrons[0].planeWaveVector = Vector3(1e10, 0.0, 2e10);
+        record.ListScatterer.SetEnergy_eV(560.0);
+        record.NextListScatterer = record.ListScatterer;
+        record.atomLabels = {"Cu", "\xC3\xA9toile"};
+        ZfBarnFile file(folder_.Path("w.xml_sf"), "w");
+        data.Exchange(file);
+        file.Save();
+        return folder_.Path("w.xml_sf");
+    }
+
+    /// Runs assertions of Python in the folder.
+    void ExpectInPython(const std::string& script) {
+        folder_.Write("check.py", "import h5py, numpy as np\n" + script);
+        const std::string command = std::string("cd ") + folder_.Path("") + " && " + kPython + " check.py";
+        EXPECT_EQ(std::system(command.c_str()), 0);  // NOLINT(cert-env33-c,concurrency-mt-unsafe)
+    }
+
+    TempFolder folder_;
+};
+
+TEST_F(Export, CsvBringsSettingsAndReadsBack) {
+    ExportRequest request = Request(SphereMap::AzimuthalEquidistant, "p.csv");
+    request.runFiles = {WriteWave()};
+    const ExportSummary summary = ExportImage(request);
+    const std::string text = folder_.Read("p.csv");
+    for (const char* line :
+         {"# image_file = p.xml_img\n", "# i0_file = i0.xml_img\n", "# resolution = 10 degrees\n",
+          "# Title = a title\n", "# method = MULTI\n", "# kinetic_energies = 560 eV\n", "# atoms = 2\n",
+          "\ntheta,phi,I,I0,chi\n90,270,3,2,0.5\n"})
+        EXPECT_NE(text.find(line), std::string::npos) << line;
+    const MeasuredPattern points = LoadMeasuredPattern(request.output);
+    EXPECT_EQ(points.theta.size(), summary.pixels);
+    EXPECT_EQ(summary.pixels, 253U);  // lattice points in a disc of radius 9
+    for (std::size_t i = 0; i < points.theta.size(); ++i) {
+        const auto linear = [](double x, double /*y*/, double z) { return 3.0 + 1.5 * (x + z); };
+        EXPECT_NEAR(points.intensity[i], At(linear, points.theta[i] * kDegree, points.phi[i] * kDegree),
+                    1e-6);
+        EXPECT_NEAR(points.chi[i], 0.5, 1e-6);
+    }
+}
+
+TEST_F(Export, AnotherReaderTakesImages) {
+    if (!HasReaders()) GTEST_SKIP() << "python3-h5py is not installed";
+    for (const char* output : {"disc.h5", "disc.npy"})
+        ExportImage(Request(SphereMap::AzimuthalEquidistant, output));
+    for (const char* output : {"grid.h5", "grid.npy"})
+        ExportImage(Request(SphereMap::EquidistantCylindrical, output));
+    ExpectInPython(R"(
+def signal(name):
+    f = h5py.File(name)
+    entry = f[f.attrs['default']]
+    data = entry[entry.attrs['default']]
+    assert entry.attrs['NX_class'] == 'NXentry' and data.attrs['NX_class'] == 'NXdata'
+    assert entry['settings/resolution'][()] == 10 and entry['settings/resolution'].attrs['units'] == 'degrees'
+    assert entry['settings/Title'][()].decode() == 'a title'
+    assert list(data.attrs['auxiliary_signals']) == ['I', 'I0']
+    return data, data[data.attrs['signal']], [data[a] for a in data.attrs['axes']]
+
+for name, shape in (('disc', (19, 19)), ('grid', (10, 36))):
+    data, chi, axes = signal(name + '.h5')
+    array = np.load(name + '.npy')
+    assert array.shape == (5,) + shape and chi.shape == shape and [len(a) for a in axes] == list(shape)
+    theta, phi, I, I0, c = array
+    rad = np.radians
+    expected = 3 + 1.5 * (np.sin(rad(theta)) * np.cos(rad(phi)) + np.cos(rad(theta)))
+    inside = theta <= 90
+    assert inside.sum() == (253 if name == 'disc' else 360)
+    assert np.allclose(I[inside], expected[inside], atol=1e-6) and np.isnan(I[~inside]).all()
+    for key, plane in (('I', I), ('I0', I0), ('chi', c)):
+        assert np.array_equal(data[key][()], plane, equal_nan=True)
+y, x = signal('disc.h5')[2]
+assert y[0] == -90 and x[-1] == 90
+array = np.load('disc.npy')
+assert np.allclose(x[12], (array[0] * np.cos(rad(array[1])))[9, 12])
+theta, phi = signal('grid.h5')[2]
+assert list(theta[:2]) == [0, 10] and phi[-1] == 350
+)");
+}
+
+TEST_F(Export, AnotherReaderTakesAWave) {
+    if (!HasReaders()) GTEST_SKIP() << "python3-h5py is not installed";
+    const WaveSummary summary = ExportScatteredWave(WriteWave(), {}, folder_.Path("w.h5"));
+    EXPECT_EQ(summary.sources, 2U);
+    ExpectInPython(R"(
+f = h5py.File('w.h5')
+r = f['entry/record_000']
+A, l, m = r['A'][()], r['l'][()], r['m'][()]
+assert A.dtype == np.complex128 and A.shape == (2, 4)
+assert A[0, (l == 1) & (m == -1)][0] == 0.1 - 0.7j and A[1, 0] == 3 + 4j and np.count_nonzero(A) == 2
+assert list(l) == [0, 1, 1, 1] and list(m) == [0, -1, 0, 1] and list(r['l_size']) == [2, 1]
+assert np.allclose(r['position'][1], [1e-10, 0, -2e-10], rtol=1e-5, atol=0) and r['position'].attrs['units'] == 'm'
+assert [n.decode() for n in r['name']] == ['Cu', 'étoile']
+assert r['kinetic_energy'][()] == 560 and abs(r['wave_number'][()] * 1e-10 - 12.1236) < 1e-4
+assert np.allclose(r['plane_wave_vector'], [1e10, 0, 2e10])
+assert f['entry/settings/method'][()] == b'MULTI'
+)");
+}
+
+TEST_F(Export, SameContentSameBytes) {
+    ExportImage(Request(SphereMap::EquidistantCylindrical, "a.h5"));
+    ExportImage(Request(SphereMap::EquidistantCylindrical, "b.h5"));
+    EXPECT_EQ(folder_.Read("a.h5"), folder_.Read("b.h5"));
+    EXPECT_GT(folder_.Read("a.h5").size(), 360 * sizeof(double));
+}
+
+TEST_F(Export, RefusalsLeaveNothingBehind) {
+    ExportRequest request = Request(SphereMap::AzimuthalEquidistant, "p.txt");
+    EXPECT_EQ(ErrorText([&] { ExportImage(request); }),
+              "An image is written as .csv, .npy, .h5, .hdf5 or .nxs, not as " + request.output);
+    request.output = folder_.Path("p.h5");
+    request.runFiles = {folder_.Write("a.txt", "")};
+    EXPECT_EQ(ErrorText([&] { ExportImage(request); }),
+              "Cannot take " + request.runFiles[0] +
+                  ": a file of a run ends in .xml_sf, .xml_cl, .xyz, .xml_emt, .xml_ph or .xml_flu");
+    EXPECT_EQ(ErrorText([&] { ExportScatteredWave(request.image, {}, request.output); }),
+              "Cannot take " + request.image + ": it is no scattered wave (.xml_sf)");
+    const std::string cut =
+        folder_.Write("cut.xml_sf",
+                      "<QVRE_ScatteringData><data><ListScatteringData><i><StIndex>0</StIndex>"
+                      "</i></ListScatteringData></data></QVRE_ScatteringData>");
+    EXPECT_EQ(ErrorText([&] { ExportScatteredWave(cut, {}, request.output); }),
+              "Cannot take " + cut + ": a record has no atoms: the file may be cut short");
+    EXPECT_FALSE(std::filesystem::exists(request.output));
+}
+
+}  // namespace

@@ -1,0 +1,196 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "ErrorText.h"
+#include "TempFolder.h"
+#include "report/SphereFunctions.h"
+#include "report/picture/Canvas.h"
+#include "report/picture/LinePlot.h"
+#include "report/picture/PatternCuts.h"
+#include "report/picture/PatternPicture.h"
+#include "report/picture/PngPicture.h"
+
+namespace {
+
+constexpr View kViews[] = {View::AzimuthalEquidistant, View::Stereographic, View::Orthographic};
+constexpr double kPixel = 0.03;  // of a colour part: half a pixel off, and 8 bits
+
+double Tilted(double x, double y, double z) {
+    return 0.4 * z + 0.3 * x + 0.2 * y;
+}
+
+TEST(PatternPicture, ShowsTheFunctionAtItsDirections) {
+    const TempFolder folder;
+    for (const View view : kViews) {
+        PlotRequest request;
+        for (const SphereMap map : kMaps) request.images.push_back({Sampled(map, 2.0, Tilted), "map"});
+        request.view = view;
+        request.colours = ColourMap::Grey;
+        request.range = Span{-0.5, 0.6};
+        DrawPattern(request, folder.Path("a.png"));
+        const PngPicture png(folder.Path("a.png"));
+        const PatternLayout layout(request);
+        for (std::size_t panel = 0; panel < 2; ++panel) {
+            for (const double theta : {0.0, 20.0, 45.0, 70.0, 81.0}) {
+                for (const double phi : {0.0, 45.0, 135.0, 179.5, 180.5, 270.0}) {
+                    const double value = At(Tilted, theta * kDegree, phi * kDegree);
+                    const Colour expected = ColourAt(ColourMap::Grey, (value + 0.5) / 1.1);
+                    const Colour seen = png.At(layout.Direction(view, panel, theta * kDegree, phi * kDegree));
+                    EXPECT_LT(Difference(seen, expected), kPixel) << theta << ' ' << phi;
+                }
+            }
+            const PicturePoint rim = layout.Direction(view, panel, 90 * kDegree, 45 * kDegree);
+            EXPECT_LT(Difference(png.At({rim.x + 0.03, rim.y - 0.03}), {1.0, 1.0, 1.0}), 1e-9);
+        }
+    }
+}
+
+TEST(PatternPicture, ColourBarAndAutomaticRange) {
+    const TempFolder folder;
+    PlotRequest request;
+    request.images = {
+        {Sampled(kMaps[1], 2.0, [](double, double, double z) { return z > -1e-9 ? z : 99.0; }), ""}};
+    const Span range = ColourRange(request.images, false);
+    EXPECT_NEAR(range.low, 0.0, 1e-12);  // the lower hemisphere does not count
+    EXPECT_NEAR(range.high, 1.0, 1e-12);
+    EXPECT_NEAR(ColourRange(request.images, true).low, -1.0, 1e-12);
+    DrawPattern(request, folder.Path("bar.png"));
+    const PngPicture png(folder.Path("bar.png"));
+    EXPECT_EQ(png.Width(), 800);
+    const PatternLayout layout(request);
+    for (const double fraction : {0.01, 0.5, 0.99})
+        EXPECT_LT(Difference(png.At(layout.ColourBar(fraction)), ColourAt(ColourMap::Viridis, fraction)),
+                  kPixel);
+    EXPECT_LT(Difference(png.At(layout.ColourBar(1.03)), {1.0, 1.0, 1.0}), 1e-9);
+}
+
+TEST(PatternPicture, PolarAnglesThatAreNotShownStayBlank) {
+    const TempFolder folder;
+    PlotRequest request;
+    request.images = {{Sampled(kMaps[0], 2.0, [](double, double, double z) { return z; }), ""}};
+    request.shownTheta_deg = {10.0, 70.0};
+    DrawPattern(request, folder.Path("belt.png"));
+    const PngPicture png(folder.Path("belt.png"));
+    const PatternLayout layout(request);
+    for (const double theta : {5.0, 12.0, 68.0, 75.0}) {
+        const PicturePoint point = layout.Direction(request.view, 0, theta * kDegree, 20 * kDegree);
+        EXPECT_EQ(Difference(png.At(point), {1.0, 1.0, 1.0}) < 1e-9, theta < 10.0 || theta > 70.0) << theta;
+    }
+}
+
+TEST(PatternPicture, FormatsAndFailures) {
+    const TempFolder folder;
+    PlotRequest request;
+    request.images = {{Sampled(kMaps[0], 5.0, Tilted), "caf\xE9 \xF0 & <b>"}};  // not UTF-8
+    DrawPattern(request, folder.Path("a.SVG"));
+    EXPECT_NE(folder.Read("a.SVG").find("width=\"240.94"), std::string::npos);  // 85 mm
+    request.width = 170;
+    DrawPattern(request, folder.Path("a.pdf"));
+    EXPECT_EQ(folder.Read("a.pdf").substr(0, 5), "%PDF-");
+    const auto failure = [&folder](const PlotRequest& bad, const std::string& name) {
+        return ErrorText([&] { DrawPattern(bad, folder.Path(name)); });
+    };
+    for (const char* const name : {"a.jpg", "missing/a.png"}) EXPECT_NE(failure(request, name), "no failure");
+    EXPECT_NE(failure({}, "a.png"), "no failure");
+    request.width = 5;
+    EXPECT_NE(failure(request, "a.png"), "no failure");
+    request.width = 0;
+    request.range = Span{1.0, 1.0};
+    EXPECT_NE(failure(request, "a.png"), "no failure");
+    EXPECT_FALSE(std::filesystem::exists(folder.Path("a.png")));
+}
+
+TEST(PatternCuts, FollowTheFunction) {
+    for (const SphereMap map : kMaps) {
+        const SphereImage image = Sampled(map, 2.0, Tilted);
+        const Curve polar = PolarCut(image, 200 * kDegree);
+        EXPECT_EQ(polar.x.front(), -90.0);
+        EXPECT_EQ(polar.x.back(), 90.0);
+        for (std::size_t i = 0; i < polar.x.size(); ++i)  // a negative angle is the other side
+            EXPECT_NEAR(polar.y[i], At(Tilted, polar.x[i] * kDegree, 200 * kDegree), 1e-4);
+        const Curve azimuthal = AzimuthalCut(image, 60 * kDegree);
+        for (std::size_t i = 0; i < azimuthal.x.size(); ++i)
+            EXPECT_NEAR(azimuthal.y[i], At(Tilted, 60 * kDegree, azimuthal.x[i] * kDegree), 1e-4);
+        EXPECT_NEAR(azimuthal.y.front(), azimuthal.y.back(), 1e-12);
+        EXPECT_NE(ErrorText([&] { AzimuthalCut(image, 2.0); }), "no failure");
+    }
+}
+
+struct Trace {
+    double row = 0.0;  ///< mean
+    int columns = 0;   ///< in which the colour occurs
+};
+
+Trace TraceOf(const PngPicture& png, const Colour& colour) {
+    Trace trace;
+    int pixels = 0;
+    for (int column = 0; column < png.Width(); ++column) {
+        const int before = pixels;
+        for (int row = 0; row < png.Height(); ++row) {
+            if (Difference(png.At(column, row), colour) > 0.02) continue;
+            trace.row += row;
+            ++pixels;
+        }
+        trace.columns += pixels > before ? 1 : 0;
+    }
+    trace.row /= pixels;
+    return trace;
+}
+
+TEST(LinePlot, CurvesLieAtTheirValues) {
+    const TempFolder folder;
+    const double nan = std::nan("");
+    LineAxes axes;
+    axes.yRange = Span{-1.0, 1.0};
+    DrawLines({{"", {0, 0.4, 0.5, 0.6, 1}, {0.7, 0.7, nan, 0.7, 0.7}},
+               {"", {0, 1}, {0.1, 0.1}},
+               {"", {0, 1}, {-0.3, -0.3}}},
+              axes, folder.Path("a.png"));
+    const PngPicture png(folder.Path("a.png"));
+    const Trace upper = TraceOf(png, {0.0, 0.447, 0.698});
+    const Trace middle = TraceOf(png, {0.835, 0.369, 0.0});
+    const Trace lower = TraceOf(png, {0.0, 0.620, 0.451});
+    EXPECT_GT(lower.row - middle.row, 40.0);
+    EXPECT_NEAR((middle.row - upper.row) / (lower.row - middle.row), 1.5, 0.02);
+    EXPECT_NEAR(upper.columns, 0.8 * middle.columns, 5);  // the gap
+    const std::vector<std::vector<Curve>> nothing = {{}, {{"", {1, 2}, {nan, nan}}}, {{"", {1, 2}, {1}}}};
+    for (const auto& curves : nothing)
+        EXPECT_NE(ErrorText([&] { DrawLines(curves, axes, folder.Path("b.png")); }), "no failure");
+    EXPECT_FALSE(std::filesystem::exists(folder.Path("b.png")));
+}
+
+TEST(AxisTicks, NiceNumbers) {
+    const auto labels = [](const Span& span) {
+        std::string text;
+        const AxisTicks ticks = NiceTicks(span, 6);
+        for (const std::string& label : ticks.labels) text += label + " ";
+        return text + ticks.factor;
+    };
+    EXPECT_EQ(labels({0.0, 1.0}), "0.0 0.2 0.4 0.6 0.8 1.0 ");
+    EXPECT_EQ(labels({-1.2, 1.3}), "−1.0 −0.5 0.0 0.5 1.0 ");
+    EXPECT_EQ(labels({0.0, 3e-5}), "0.0 0.5 1.0 1.5 2.0 2.5 3.0 ×10⁻⁵");
+    EXPECT_EQ(labels({1e12, 4e12}), "1.0 1.5 2.0 2.5 3.0 3.5 4.0 ×10¹²");
+    EXPECT_EQ(labels({99.98, 100.01}), "99.980 99.985 99.990 99.995 100.000 100.005 100.010 ");
+    EXPECT_EQ(StepTicks({-90.0, 90.0}, 30.0).labels.size(), 7U);
+}
+
+TEST(ColourMap, LightnessIsUniform) {
+    const double span =
+        Lightness(ColourAt(ColourMap::Viridis, 1.0)) - Lightness(ColourAt(ColourMap::Viridis, 0.0));
+    for (double t = 0.0; t <= 1.0; t += 0.02) {
+        EXPECT_NEAR(Lightness(ColourAt(ColourMap::Grey, t)), 100 * t, 0.1);
+        EXPECT_NEAR(Lightness(ColourAt(ColourMap::Viridis, t)),
+                    Lightness(ColourAt(ColourMap::Viridis, 0.0)) + t * span, 2.5)
+            << t;
+        EXPECT_NEAR(Lightness(ColourAt(ColourMap::Diverging, t)),
+                    Lightness(ColourAt(ColourMap::Diverging, 1 - t)), 1.0);
+    }
+    // The ends and the middle as Moreland gives them.
+    EXPECT_LT(Difference(ColourAt(ColourMap::Diverging, 0.0), {59 / 255.0, 76 / 255.0, 192 / 255.0}), 0.005);
+    EXPECT_LT(Difference(ColourAt(ColourMap::Diverging, 0.5), {221 / 255.0, 221 / 255.0, 221 / 255.0}),
+              0.005);
+    EXPECT_LT(Difference(ColourAt(ColourMap::Diverging, 1.0), {180 / 255.0, 4 / 255.0, 38 / 255.0}), 0.005);
+}
+
+}  // namespace
