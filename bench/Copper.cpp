@@ -3,6 +3,7 @@
 #include <cmath>
 #include <map>
 
+#include "foundation/Constants.h"
 #include "scattering/ScattererLists.h"
 #include "scattering/SphericalHarmonics.h"
 

@@ -4,9 +4,9 @@
 #include <cmath>
 #include <cstdlib>
 
-namespace {
+#include "foundation/Constants.h"
 
-constexpr double kPi = 3.141592653589793;
+namespace {
 
 class ZfParserPOW final : public ZfParserFunc2 {
 public:
@@ -162,14 +162,14 @@ class ZfParserRADIAN final : public ZfParserFunc1 {
 public:
     std::string Name() const override { return "radian"; }
     std::string Usage() const override { return "radian(x_degree)"; }
-    double Calculate() override { return parameters[0] * kPi / 180.0; }
+    double Calculate() override { return Radians(parameters[0]); }
 };
 
 class ZfParserDEGREE final : public ZfParserFunc1 {
 public:
     std::string Name() const override { return "degree"; }
     std::string Usage() const override { return "degree(x_radian)"; }
-    double Calculate() override { return parameters[0] * 180.0 / kPi; }
+    double Calculate() override { return Degrees(parameters[0]); }
 };
 
 class ZfParserSTEP final : public ZfParserFunc1 {

@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <cstdio>
 
-#include "prepare/atomic/AtomicUnits.h"
+#include "foundation/Constants.h"
 #include "scattering/SphericalHarmonics.h"
 #include "scattering/ZfFreeElectron.h"
 
@@ -34,9 +34,8 @@ std::string ChannelText(const Emission& emission) {
     const DipoleChannels& channels = emission.channels;
     std::string text;
     for (std::size_t i = channels.l0 == 0 ? 1 : 0; i < 2; ++i)
-        text +=
-            Line("  l = %d            radial integral %.5g bohr^(5/2), phase %.3f degrees\n",
-                 channels.l0 + 2 * static_cast<int>(i) - 1, channels.rho[i], channels.delta[i] * 180.0 / kPi);
+        text += Line("  l = %d            radial integral %.5g bohr^(5/2), phase %.3f degrees\n",
+                     channels.l0 + 2 * static_cast<int>(i) - 1, channels.rho[i], Degrees(channels.delta[i]));
     text += Line("  asymmetry        beta = %.3f\n", channels.Beta());
     return text + Line("  orbital          calculated at %.1f eV\n", emission.orbital.energy * kHartree_eV);
 }

@@ -2,13 +2,12 @@
 
 #include <QDebug>
 
+#include "foundation/Constants.h"
 #include "foundation/Text.h"
 #include "foundation/ZfError.h"
 
 namespace {
 
-constexpr double kBoltzmann = 1.380658e-23;                   // J/K (CODATA 1986)
-constexpr double kAtomicMass_kg = 1.66053873e-27;             // (CODATA 1998)
 constexpr double kThreeHbarSquared = 3.3363705433969256e-68;  // J^2 s^2
 
 /// Lines with blank ones kept; CR LF is one end, and a last line without an end needs two characters to
@@ -48,6 +47,6 @@ double ZfDebye::GetAtoicWeight(std::int32_t atomicNumber) const {
 double ZfDebye::CalcUiso(double temperature_K, std::int32_t atomicNumber, double debyeTemperature_K) const {
     if (weights.empty()) throw ZfError("Atomic weight parameter is not loaded");
     if (debyeTemperature_K <= 0.0) return 0.0;
-    return (temperature_K * kThreeHbarSquared) / (GetAtoicWeight(atomicNumber) * kAtomicMass_kg * kBoltzmann *
-                                                  debyeTemperature_K * debyeTemperature_K);
+    return (temperature_K * kThreeHbarSquared) / (GetAtoicWeight(atomicNumber) * kAtomicMass_kg *
+                                                  kBoltzmann_J_K * debyeTemperature_K * debyeTemperature_K);
 }

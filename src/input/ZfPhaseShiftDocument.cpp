@@ -3,11 +3,10 @@
 #include <algorithm>
 #include <cmath>
 
+#include "foundation/Constants.h"
 #include "xml/ZfBarnFile.h"
 
 namespace {
-
-constexpr double kPi = 3.141592653589793;
 
 ZfLDoubleMatrix MatrixOf(const std::vector<double>& list) {
     ZfLDoubleMatrix matrix(static_cast<std::int32_t>(list.size()));
@@ -91,7 +90,7 @@ void ZfPhaseShiftRecord::CalculateScatteringFactors() {
     const std::int32_t size = PhaseShiftValue.VectorSize();
     scatteringFactors.SetVectorSize(size);
     for (std::int32_t l = 0; l < size; ++l) {
-        double x = (PhaseShiftValue.VectorAt(l) * kPi) / 180.0;
+        double x = Radians(PhaseShiftValue.VectorAt(l));
         x = x + x;
         scatteringFactors.VectorAt(l) = {std::cos(x) - 1.0, std::sin(x)};
     }

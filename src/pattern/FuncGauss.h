@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "foundation/Constants.h"
 #include "foundation/ZfError.h"
 #include "scattering/SphericalHarmonics.h"
 

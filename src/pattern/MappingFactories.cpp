@@ -1,14 +1,13 @@
 #include <algorithm>
 #include <cmath>
 
+#include "foundation/Constants.h"
 #include "foundation/Truncate.h"
 #include "foundation/ZfError.h"
 #include "pattern/ZfSphericalMapping.h"
 #include "pattern/ZfSphericalMappingConvert.h"
 
 namespace {
-
-constexpr double kPi = 3.141592653589793;
 
 ZfLDoubleMatrix Filled(std::int32_t width, std::int32_t height, double value) {
     ZfLDoubleMatrix matrix(width, height);
@@ -87,7 +86,7 @@ ZfSphericalMapping CreateOneDimensionalMapping(std::int32_t planes, double resol
     const std::int32_t width = HalfTurn(resolution);
     ZfSphericalMapping mapping = EmptyMapping(planes, width, 1);
     for (std::int32_t i = 0; i < width; ++i) {
-        const double angle = i * resolution * kPi / 180;
+        const double angle = Radians(i * resolution);
         mapping.directionX.At(i, 0) = std::sin(angle);
         mapping.directionZ.At(i, 0) = std::cos(angle);
     }

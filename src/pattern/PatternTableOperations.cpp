@@ -5,6 +5,7 @@
 #include <limits>
 #include <string>
 
+#include "foundation/Constants.h"
 #include "foundation/ZfError.h"
 #include "scattering/SphericalHarmonics.h"
 

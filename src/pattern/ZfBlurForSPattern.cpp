@@ -4,6 +4,7 @@
 #include <cmath>
 #include <vector>
 
+#include "foundation/Constants.h"
 #include "foundation/Truncate.h"
 #include "foundation/ZfError.h"
 #include "pattern/FuncGauss.h"
@@ -12,10 +13,6 @@
 namespace {
 
 constexpr std::int32_t kStepsPerSigma = 20;  // at least
-
-double Radians(double degrees) {
-    return degrees * kPi / 180.0;
-}
 
 /// z of a row, and the sine of its polar angle.
 struct RowDirection {

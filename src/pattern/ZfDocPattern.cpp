@@ -5,6 +5,7 @@
 #include <complex>
 
 #include "foundation/Console.h"
+#include "foundation/Constants.h"
 #include "foundation/ZfError.h"
 #include "scattering/SphericalHarmonics.h"
 #include "scattering/ThermalModels.h"
@@ -15,10 +16,6 @@ namespace {
 constexpr double kAtEmitterSquared_m2 = 1e-22;
 constexpr std::size_t kWordBits = 32;
 constexpr std::size_t kWrittenPlanes = 4;
-
-double Radians(double degrees) {
-    return degrees * kPi / 180;
-}
 
 void TurnPhase(ZfLmComplexTable& table, double degrees) {
     const std::complex<double> phase(std::cos(Radians(degrees)), std::sin(Radians(degrees)));

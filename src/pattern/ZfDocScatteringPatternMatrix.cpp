@@ -5,6 +5,7 @@
 #include <cmath>
 #include <complex>
 
+#include "foundation/Constants.h"
 #include "foundation/ZfError.h"
 #include "pattern/PatternTableOperations.h"
 #include "pattern/ZfBlurForSPattern.h"
@@ -67,7 +68,7 @@ void ZfDocScatteringPatternMatrix::FillGrids() {
     for (std::int32_t i = 0; i < distanceCount; ++i) distances.VectorAt(i) = distanceStart + i * distanceStep;
     angleCosines.SetVectorSize(angleCount);
     for (std::int32_t j = 0; j < angleCount; ++j) {
-        angleCosines.VectorAt(j) = equalAngles != 0 ? std::cos(j * (180.0 / (angleCount - 1.0)) * kPi / 180.0)
+        angleCosines.VectorAt(j) = equalAngles != 0 ? std::cos(Radians(j * (180.0 / (angleCount - 1.0))))
                                                     : std::min(1.0, j * 2.0 / (angleCount - 1.0) - 1.0);
     }
 }

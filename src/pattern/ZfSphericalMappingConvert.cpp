@@ -3,9 +3,10 @@
 #include <algorithm>
 #include <cmath>
 
+#include "foundation/Constants.h"
+
 namespace {
 
-constexpr double kPi = 3.141592653589793;
 constexpr double kInversePi = 0.3183098861837907;
 constexpr double kPiSquared = 9.869604401089358;
 constexpr double kPiCubed = 31.006276680299816;
@@ -48,10 +49,6 @@ struct Plane {
     double scale;
 };
 
-double Radians(double degrees) {
-    return degrees * kPi / 180;
-}
-
 /// Radius of the stereographic projection, up to a factor.
 double StereographicRadius(double angle) {
     return std::sin(angle) / (std::cos(angle) + 1) * (1 - std::cos(angle)) + std::sin(angle);
@@ -78,7 +75,7 @@ bool ZfConvertAzimuthalEquidistantMap::DirectionToPixel(double& px, double& py, 
                                                         std::int32_t height, double dx, double dy,
                                                         double dz) const {
     const double c = (width - 1) / 2.0;
-    const double rho = ((width - 1) / 180.0) * (std::acos(dz) * 180 / kPi);
+    const double rho = ((width - 1) / 180.0) * Degrees(std::acos(dz));
     const double phi = Azimuth(dx, dy);
     px = std::cos(phi) * rho + c;
     py = std::sin(phi) * rho + c;
@@ -88,7 +85,7 @@ bool ZfConvertAzimuthalEquidistantMap::DirectionToPixel(double& px, double& py, 
 bool ZfConvertAzimuthalEquidistantMap::DirectionToPlane(double& x, double& y, double x0, double x1, double y0,
                                                         double y1, double dx, double dy, double dz) const {
     const Plane plane(x0, x1, y0, y1);
-    const double rho = plane.scale * kPerRightAngle * (std::acos(dz) * 180 / kPi);
+    const double rho = plane.scale * kPerRightAngle * Degrees(std::acos(dz));
     const double phi = Azimuth(dx, dy);
     x = std::cos(phi) * rho + plane.cx;
     y = std::sin(phi) * rho + plane.cy;

@@ -9,6 +9,8 @@
 #include <string_view>
 #include <utility>
 
+#include "foundation/Constants.h"
+
 namespace {
 
 struct NamedUnit {
@@ -17,21 +19,19 @@ struct NamedUnit {
     double factor;
 };
 
-constexpr double kDegreesOfRadian = 57.29577951308232;
-
 constexpr std::array<NamedUnit, 14> kUnits = {{
     {RecipeUnit::kElectronVolt, "eV", 1.0},
     {RecipeUnit::kElectronVolt, "keV", 1e3},
-    {RecipeUnit::kElectronVolt, "hartree", 27.211386245988},
+    {RecipeUnit::kElectronVolt, "hartree", kHartree_eV},
     {RecipeUnit::kAngstrom, "angstrom", 1.0},
     {RecipeUnit::kAngstrom, "A", 1.0},
     {RecipeUnit::kAngstrom, "nm", 10.0},
     {RecipeUnit::kAngstrom, "pm", 0.01},
-    {RecipeUnit::kAngstrom, "bohr", 0.529177210903},
+    {RecipeUnit::kAngstrom, "bohr", kBohr_angstrom},
     {RecipeUnit::kDegree, "deg", 1.0},
     {RecipeUnit::kDegree, "degree", 1.0},
     {RecipeUnit::kDegree, "degrees", 1.0},
-    {RecipeUnit::kDegree, "rad", kDegreesOfRadian},
+    {RecipeUnit::kDegree, "rad", kDegreesPerRadian},
     {RecipeUnit::kKelvin, "K", 1.0},
     {RecipeUnit::kKelvin, "kelvin", 1.0},
 }};

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 
+#include "foundation/Constants.h"
 #include "foundation/Truncate.h"
 #include "foundation/ZfError.h"
 #include "input/ZfAtomName.h"
@@ -13,10 +14,6 @@ namespace {
 
 constexpr double kAtOriginSquared_m2 = 1e-22;
 constexpr double kOriginKey = -10000.0;
-
-double Radians(double degrees) {
-    return degrees * kPi / 180.0;
-}
 
 double IsotropicDisplacement(const ZfLDoubleMatrix& u) {
     if (u.Count() == 0) return 0.0;

@@ -3,6 +3,8 @@
 #include <cmath>
 #include <cstdlib>
 
+#include "foundation/Constants.h"
+
 namespace {
 
 const double kPhiNorm = 1.0 / std::sqrt(kTwoPi);

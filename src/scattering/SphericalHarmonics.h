@@ -11,9 +11,6 @@
 // to 1 over sin(theta) d theta, and a phi factor exp(i m phi) / sqrt(2 pi). Angles are in radians. A table of
 // size n covers l = 0 .. n-1 and m = -l .. l. All throw ZfError for a size that no table can have.
 
-constexpr double kPi = 3.141592653589793;
-constexpr double kTwoPi = 6.283185307179586;
-
 /// N(l, m) = sqrt((2l+1)/2 (l-|m|)!/(l+|m|)!), with the factor (-1)^m on positive m.
 void LegendreNormTable(ZfLmDoubleTable& table, std::int32_t n);
 

@@ -3,13 +3,13 @@
 #include <cmath>
 #include <map>
 
+#include "foundation/Constants.h"
 #include "foundation/ZfError.h"
 #include "input/ZfAtomName.h"
 
 namespace {
 
-constexpr double kBoltzmann = 1.380658e-23;  // J/K (CODATA 1986)
-constexpr double kForceConstant = 70.0;      // N/m
+constexpr double kForceConstant = 70.0;  // N/m
 
 std::map<std::int32_t, double> DebyeTemperatures(const ZfFluctuation& fluctuation) {
     std::map<std::int32_t, double> temperatures;
@@ -25,7 +25,7 @@ std::map<std::int32_t, double> DebyeTemperatures(const ZfFluctuation& fluctuatio
 
 void SetEinsteinModel(const ZfFluctuation& fluctuation, ZfVectorFreeElectron& list,
                       const ZfDebye& /*debye*/) {
-    const double amplitude = std::sqrt(fluctuation.Temperature_K_ * kBoltzmann / kForceConstant);
+    const double amplitude = std::sqrt(fluctuation.Temperature_K_ * kBoltzmann_J_K / kForceConstant);
     for (ZfFreeElectron& electron : list.electrons) electron.Uiso = amplitude * amplitude;
 }
 

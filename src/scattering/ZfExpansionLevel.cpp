@@ -4,6 +4,7 @@
 #include <cmath>
 #include <map>
 
+#include "foundation/Constants.h"
 #include "scattering/SourceKernel.h"
 #include "scattering/SphericalHarmonics.h"
 

@@ -3,15 +3,13 @@
 #include <algorithm>
 #include <cmath>
 
+#include "foundation/Constants.h"
 #include "scattering/SphericalHarmonics.h"
 #include "scattering/ZfSphericalBessel.h"
 
 namespace {
 
-// CODATA 1986. Not to be updated: stored waves and phase shifts belong to these wave numbers.
-constexpr double kTwoElectronMass_kg = 1.82187794e-30;
-constexpr double kElementaryCharge_C = 1.60217733e-19;
-constexpr double kHbar_Js = 1.054572669125102e-34;
+constexpr double kTwoElectronMass_kg = 1.82187794e-30;  // CODATA 1986
 
 constexpr double kNearestX = 0.001;
 

@@ -10,6 +10,7 @@
 
 #include "RunQvre.h"
 #include "TempFolder.h"
+#include "foundation/Constants.h"
 #include "input/ZfEmittedWave.h"
 
 namespace {
@@ -45,7 +46,7 @@ TEST(EmitCommand, WritesTheWavesAndTellsTheEnergy) {
         EXPECT_EQ(wave.Ek, 562.9);
         for (const std::complex<double>& a : wave.coeff.block) sum += std::norm(a);
     }
-    EXPECT_NEAR(sum, 4.0 * 3.141592653589793, 1e-4);  // 6 digits
+    EXPECT_NEAR(sum, 4.0 * kPi, 1e-4);  // 6 digits
 }
 
 TEST(EmitCommand, BadInputLeavesNothing) {

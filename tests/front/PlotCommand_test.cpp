@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "TempFolder.h"
+#include "foundation/Constants.h"
 #include "front/Program.h"
 #include "report/SphereFunctions.h"
 #include "report/picture/PngPicture.h"

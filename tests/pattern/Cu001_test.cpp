@@ -4,6 +4,7 @@
 #include <cmath>
 #include <string>
 
+#include "foundation/Constants.h"
 #include "pattern/ZfDocPattern.h"
 
 namespace {
@@ -44,7 +45,7 @@ TEST(Cu001, HasTheSymmetryOfTheCrystal) {
     ASSERT_EQ(cu.data.ListScatteringData.size(), 3U);
     for (int theta = 0; theta <= 180; theta += 5) {
         // 1 + beta P2(cos theta): the direct wave of Cu 2p in light along z, whatever the azimuth.
-        const double c = std::cos(theta * std::acos(-1.0) / 180);
+        const double c = std::cos(Radians(theta));
         for (int phi = 0; phi < 90; phi += 5) {
             EXPECT_NEAR(cu.At(1, theta, phi), 1.0 + 1.386 * (1.5 * c * c - 0.5), 1e-3);
             const double value = cu.At(0, theta, phi);

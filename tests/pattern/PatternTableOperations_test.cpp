@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "ErrorText.h"
+#include "foundation/Constants.h"
 
 namespace {
 
@@ -71,7 +72,7 @@ TEST(PatternTableOperations, FirstMinimumBesideTheForwardDirection) {
     ZfLDoubleMatrix table(2, 241);
     for (int j = 0; j < 241; ++j) {
         const double z = 2.0 * j / 240 - 1;
-        table.At(0, j) = std::cos(6 * M_PI * (1 - z));
+        table.At(0, j) = std::cos(6 * kPi * (1 - z));
         table.At(1, j) = std::cos(0.1 * (1 - z));
     }
     const std::vector<double> minima = FirstMinima(table);

@@ -5,12 +5,11 @@
 #include <numeric>
 
 #include "ErrorText.h"
+#include "foundation/Constants.h"
 #include "pattern/ZfSphericalMapping.h"
 #include "pattern/ZfSphericalMappingConvert.h"
 
 namespace {
-
-constexpr double kPi = 3.141592653589793;
 
 double Area(const ZfSphericalMapping& map) {
     return std::accumulate(map.pixelWeight.Data(), map.pixelWeight.Data() + map.pixelWeight.Count(), 0.0);
@@ -99,8 +98,8 @@ TEST(SphericalMappingConvert, TellsWhatLiesOffTheMap) {
     const ZfConvertEquidistantCylindricalMap cylinder;
     // Azimuths within half a pixel below 0 stay negative; others wrap into the right half.
     EXPECT_TRUE(cylinder.DirectionToPixel(px, py, 360, 181, std::cos(0.005), -std::sin(0.005), 0));
-    EXPECT_NEAR(px, -0.005 * 180 / kPi, 1e-12);
+    EXPECT_NEAR(px, -Degrees(0.005), 1e-12);
     EXPECT_TRUE(cylinder.DirectionToPixel(px, py, 360, 181, std::cos(0.01), -std::sin(0.01), 0));
-    EXPECT_NEAR(px, 360 - 0.01 * 180 / kPi, 1e-12);
+    EXPECT_NEAR(px, 360 - Degrees(0.01), 1e-12);
     EXPECT_FALSE(ZfConvertAzimuthalEquidistantMap().DirectionToPixel(px, py, 101, 101, 0.6, 0, -0.8));
 }

@@ -6,6 +6,7 @@
 #include <functional>
 
 #include "ErrorText.h"
+#include "foundation/Constants.h"
 #include "pattern/FuncGauss.h"
 #include "scattering/SphericalHarmonics.h"
 
@@ -57,7 +58,7 @@ void ExpectMultiples(Blur blur, const std::function<double(unsigned)>& factor, d
     }
 }
 
-constexpr double kSigma = 8.0 * kPi / 180;
+constexpr double kSigma = 8.0 * kDegree;
 
 double Gaussian(double gamma) {
     return std::exp(-std::pow(std::sin(gamma), 2) / (2 * kSigma * kSigma));

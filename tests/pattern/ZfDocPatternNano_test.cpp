@@ -6,6 +6,7 @@
 #include <functional>
 
 #include "ErrorText.h"
+#include "foundation/Constants.h"
 #include "scattering/SphericalHarmonics.h"
 
 namespace {
@@ -153,7 +154,7 @@ public:
     double PhaseShift_deg(std::int32_t l) const {
         const double x = k_ * radius_;
         const std::complex<double> t = 2.0 * (Inner(l) * J(l, q_ * radius_) - J(l, x)) / H(l, x);
-        return std::arg(1.0 + t) / 2 * 180 / kPi;
+        return std::arg(1.0 + t) / 2 / kDegree;
     }
     std::complex<double> Wave(double r, double sourceDistance, double cosine) const {
         std::complex<double> sum = 0.0;

@@ -5,11 +5,10 @@
 
 #include <functional>
 
+#include "foundation/Constants.h"
 #include "scattering/Sources.h"
 
 namespace {
-
-constexpr double kDegree = 0.017453292519943295;
 
 using Plane = std::vector<double>;
 

@@ -6,6 +6,7 @@
 #include <complex>
 
 #include "ErrorText.h"
+#include "foundation/Constants.h"
 #include "pattern/PatternTableOperations.h"
 #include "pattern/ZfBlurForSPattern.h"
 #include "pattern/ZfDocPattern.h"
@@ -79,7 +80,7 @@ TEST_F(ScatteringPatternMatrix, PairOfSWaves) {
     electron.SetEnergy_eV(kEnergy_eV);
     const double k = electron.k;
     const double y00 = 1 / std::sqrt(4 * kPi);
-    const Complex t = std::polar(1.0, 100.0 * kPi / 180) - 1.0;
+    const Complex t = std::polar(1.0, 100.0 * kDegree) - 1.0;
     const Complex i(0.0, 1.0);
     for (const int equal : {0, 1}) {
         matrix.equalAngles = equal;

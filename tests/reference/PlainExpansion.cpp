@@ -6,6 +6,7 @@
 #include <exception>
 #include <vector>
 
+#include "foundation/Constants.h"
 #include "foundation/Matrices.h"
 #include "foundation/ZfError.h"
 #include "scattering/SphericalHarmonics.h"

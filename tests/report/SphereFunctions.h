@@ -10,7 +10,6 @@
 #include "report/sphere/SphereImage.h"
 #include "xml/ZfQBarnFile.h"
 
-constexpr double kDegree = 3.141592653589793 / 180;
 constexpr SphereMap kMaps[] = {SphereMap::AzimuthalEquidistant, SphereMap::EquidistantCylindrical};
 
 /// A pattern document's map filled with f(x, y, z), which is where stored images come from.

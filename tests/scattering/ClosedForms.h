@@ -3,6 +3,7 @@
 #include <cmath>
 #include <complex>
 
+#include "foundation/Constants.h"
 #include "foundation/Matrices.h"
 #include "scattering/SphericalHarmonics.h"
 

@@ -6,6 +6,7 @@
 
 #include "ClosedForms.h"
 #include "Sources.h"
+#include "foundation/Constants.h"
 
 namespace {
 

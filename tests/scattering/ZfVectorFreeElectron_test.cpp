@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "Sources.h"
+#include "foundation/Constants.h"
 #include "scattering/SphericalHarmonics.h"
 
 namespace {

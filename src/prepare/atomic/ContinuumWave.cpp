@@ -5,15 +5,14 @@
 #include <cstddef>
 #include <utility>
 
+#include "foundation/Constants.h"
 #include "foundation/ZfError.h"
-#include "prepare/atomic/AtomicUnits.h"
 #include "scattering/ZfFreeElectron.h"
 #include "scattering/ZfSphericalBessel.h"
 #include "solver/ZfLnAtomicPotentialC.h"
 
 namespace {
 
-constexpr double kPi = 3.141592653589793;
 constexpr double kBohr_m = kBohr_angstrom * 1e-10;
 constexpr double kFirstRadius = 1e-5;           // bohr
 constexpr double kBeyond = 1.05;                // the tabulated potential goes on past the sphere

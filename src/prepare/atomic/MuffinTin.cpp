@@ -2,11 +2,10 @@
 
 #include <cmath>
 
+#include "foundation/Constants.h"
 #include "foundation/ZfError.h"
 
 namespace {
-
-constexpr double kPi = 3.141592653589793;
 
 double Total(const SuperposedField& field, ExchangeKind exchange, double energy, double r) {
     const double v = field.Potential(r);

@@ -5,13 +5,13 @@
 #include <cmath>
 #include <cstddef>
 
+#include "foundation/Constants.h"
 #include "foundation/Text.h"
 #include "foundation/ZfError.h"
 #include "foundation/ZfFileQt.h"
 
 namespace {
 
-constexpr double kPi = 3.141592653589793;
 constexpr std::size_t kColumns = 7;  // Z, symbol, A1, A2, alpha1, alpha2, alpha3
 
 ScreenedAtom AtomOfLine(const std::string& line) {

@@ -4,11 +4,10 @@
 #include <cmath>
 #include <cstddef>
 
+#include "foundation/Constants.h"
 #include "foundation/ZfError.h"
 
 namespace {
-
-constexpr double kPi = 3.141592653589793;
 
 double SinhOver(double x) {
     return std::abs(x) < 1e-4 ? 1.0 + x * x / 6.0 : std::sinh(x) / x;

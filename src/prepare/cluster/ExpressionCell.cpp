@@ -6,6 +6,7 @@
 #include <sstream>
 
 #include "crystal/ZfParser.h"
+#include "foundation/Constants.h"
 #include "foundation/StrictNumber.h"
 #include "foundation/Text.h"
 #include "foundation/ZfError.h"
@@ -13,14 +14,12 @@
 
 namespace {
 
-constexpr double kPi = 3.141592653589793;
-
 /// Exact at the angles of cubic and hexagonal cells, so that equivalent atoms keep equal coordinates.
 double CosOfDegrees(double angle) {
     if (angle == 90.0) return 0.0;
     if (angle == 120.0) return -0.5;
     if (angle == 60.0) return 0.5;
-    return std::cos(angle * kPi / 180.0);
+    return std::cos(Radians(angle));
 }
 
 /// A name without brackets would read as a parameter, which is 0, and rand() differs from run to run.

@@ -5,9 +5,10 @@
 #include <complex>
 #include <tuple>
 
+#include "foundation/Constants.h"
+
 namespace {
 
-constexpr double kPi = 3.141592653589793;
 constexpr double kSamePlace_A = 0.01;
 
 using PlanePoint = std::complex<double>;  // x + iy, angstrom
@@ -115,6 +116,6 @@ PointSymmetry FindPointSymmetry(const std::vector<ZfAtom>& atoms) {
     }
     symmetry.order = RotationOrder(rings);
     const std::optional<double> mirror = SmallestMirror(rings, *smallest);
-    if (mirror) symmetry.mirror_deg = std::max(0.0, *mirror * 180.0 / kPi);
+    if (mirror) symmetry.mirror_deg = std::max(0.0, Degrees(*mirror));
     return symmetry;
 }

@@ -4,21 +4,18 @@
 #include <cstddef>
 #include <cstdlib>
 
+#include "foundation/Vec3.h"
 #include "foundation/ZfError.h"
 
 namespace {
 
-using Direction = std::array<double, 3>;
+using Direction = Vec3;
 
 Direction Unit(const Direction& d) {
     const double length = std::hypot(d[0], d[1], d[2]);
     if (!(length > 0.0) || !std::isfinite(length))
         throw ZfError("The light needs a direction other than 0,0,0");
     return {d[0] / length, d[1] / length, d[2] / length};
-}
-
-Direction Cross(const Direction& a, const Direction& b) {
-    return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
 }
 
 /// Two directions that make a right-handed frame with the unit vector n: x and y for n along z.

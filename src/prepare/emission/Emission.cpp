@@ -4,6 +4,7 @@
 #include <complex>
 #include <cstddef>
 
+#include "foundation/Constants.h"
 #include "foundation/ReplacedFile.h"
 #include "foundation/Text.h"
 #include "foundation/ZfError.h"

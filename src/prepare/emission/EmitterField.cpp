@@ -4,8 +4,8 @@
 #include <memory>
 #include <vector>
 
+#include "foundation/Constants.h"
 #include "foundation/ZfError.h"
-#include "prepare/atomic/AtomicUnits.h"
 
 namespace {
 
@@ -13,8 +13,7 @@ constexpr double kFreeAtomRadius = 40.0;  // bohr; at 80 bohr beta is the same t
 constexpr double kAtOrigin = 1e-12;       // m
 
 double SquaredDistance(const ZfAtom& atom) {
-    const double* p = atom.position.Data();
-    return p[0] * p[0] + p[1] * p[1] + p[2] * p[2];
+    return NormSquared(atom.position);
 }
 
 const ZfAtom& EmitterOfStructure(const ZfStructure& structure) {

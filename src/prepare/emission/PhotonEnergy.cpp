@@ -2,10 +2,10 @@
 
 #include <cmath>
 
+#include "foundation/Constants.h"
 #include "foundation/StrictNumber.h"
 #include "foundation/Text.h"
 #include "foundation/ZfError.h"
-#include "prepare/atomic/AtomicUnits.h"
 #include "prepare/atomic/CoreOrbital.h"
 
 double ParsePhotonEnergy(const std::string& text) {

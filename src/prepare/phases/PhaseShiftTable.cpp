@@ -8,16 +8,14 @@
 #include <cstdio>
 #include <sstream>
 
+#include "foundation/Constants.h"
 #include "foundation/StrictNumber.h"
 #include "foundation/Text.h"
 #include "foundation/ZfError.h"
 #include "foundation/ZfFileQt.h"
-#include "prepare/atomic/AtomicUnits.h"
 #include "solver/CubicSpline.h"
 
 namespace {
-
-constexpr double kDegree = 180.0 / 3.141592653589793;
 
 using Rows = std::vector<std::vector<double>>;
 
@@ -66,7 +64,7 @@ PhaseShiftTable TableOfLines(const Rows& lines, std::size_t blocks, std::size_t 
         std::vector<double> degrees;
         for (std::size_t j = 0; j < perBlock; ++j)
             for (const double radians : lines[i + 1 + block * perBlock + j])
-                degrees.push_back(radians * kDegree);
+                degrees.push_back(radians * kDegreesPerRadian);
         table.degrees.push_back(degrees);
     }
     return table;

@@ -5,12 +5,11 @@
 #include <cstddef>
 #include <cstdio>
 
+#include "foundation/Constants.h"
 #include "foundation/ZfError.h"
-#include "prepare/atomic/AtomicUnits.h"
 
 namespace {
 
-constexpr double kPi = 3.141592653589793;
 constexpr double kCompleteEnough = 0.6;
 constexpr int kMostRadialPoints = 1000;  // their distance stays above the digits of LnX in a file
 
@@ -108,7 +107,7 @@ private:
         if (request_.radialPoints > 0)
             equation.tablePoints = TablePoints(request_.radialPoints, row.list.radius_angstrom);
         ContinuumWave wave = SolveContinuum(equation);
-        for (const double delta : wave.delta) row.list.degrees.push_back(delta * 180.0 / kPi);
+        for (const double delta : wave.delta) row.list.degrees.push_back(Degrees(delta));
         row.size = LimitedSize(row.list, request_.limits, result_.warnings);
         ZfPhaseShiftRecord record = MakePhaseShiftRecord(row.list, row.size);
         if (request_.radialPoints > 0) KeepTables(record.radial, equation.tablePoints, wave, row.size);

@@ -5,15 +5,13 @@
 #include <cstddef>
 #include <tuple>
 
+#include "foundation/Constants.h"
+#include "foundation/Vec3.h"
 #include "foundation/ZfError.h"
-#include "prepare/atomic/AtomicUnits.h"
 #include "prepare/phases/VoronoiCell.h"
 
 namespace {
 
-using Vec3 = std::array<double, 3>;
-
-constexpr double kPi = 3.141592653589793;
 constexpr double kSameShell = 0.02;    // angstrom
 constexpr double kSamePlace = 0.1;     // angstrom
 constexpr double kRoom = 0.7;          // of the nearest distance: closer no atom can stand to another

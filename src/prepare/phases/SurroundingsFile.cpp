@@ -3,11 +3,11 @@
 #include <string>
 #include <vector>
 
+#include "foundation/Constants.h"
 #include "foundation/StrictNumber.h"
 #include "foundation/Text.h"
 #include "foundation/ZfError.h"
 #include "foundation/ZfFileQt.h"
-#include "prepare/atomic/AtomicUnits.h"
 #include "prepare/phases/Surroundings.h"
 
 namespace {

@@ -4,18 +4,11 @@
 #include <cmath>
 #include <cstddef>
 
+#include "foundation/Vec3.h"
+
 namespace {
 
-using Vec3 = std::array<double, 3>;
 using Polygon = std::vector<Vec3>;
-
-double Dot(const Vec3& a, const Vec3& b) {
-    return a[0] * b[0] + a[1] * b[1] + a[2] * b[2];
-}
-
-Vec3 Cross(const Vec3& a, const Vec3& b) {
-    return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
-}
 
 Vec3 Sum(const Vec3& a, double factor, const Vec3& b) {
     return {a[0] + factor * b[0], a[1] + factor * b[1], a[2] + factor * b[2]};

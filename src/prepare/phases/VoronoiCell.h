@@ -1,9 +1,10 @@
 #pragma once
 
-#include <array>
 #include <vector>
+
+#include "foundation/Vec3.h"
 
 /// Volume of the Voronoi cell of a point at the origin among the given neighbours: the part of space nearer
 /// to it than to any of them. 0 when the cell is open, or reaches beyond the farthest neighbour. Unit: that
 /// of the coordinates, cubed.
-double VoronoiVolume(std::vector<std::array<double, 3>> neighbours);
+double VoronoiVolume(std::vector<Vec3> neighbours);

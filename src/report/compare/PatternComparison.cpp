@@ -6,15 +6,14 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
-#include <numbers>
 #include <utility>
 
+#include "foundation/Constants.h"
 #include "foundation/Text.h"
 #include "foundation/ZfError.h"
 
 namespace {
 
-constexpr double kDegree = std::numbers::pi / 180.0;
 constexpr double kFinestGrid_deg = 0.5;
 
 struct Directions {

@@ -3,7 +3,8 @@
 #include <cmath>
 #include <filesystem>
 #include <limits>
-#include <numbers>
+
+#include "foundation/Constants.h"
 
 namespace {
 
@@ -21,7 +22,6 @@ std::vector<double> Plane(const ImageTable& table, const SphereImage& image) {
 }
 
 void SetDirections(ImageTable& table, const SphereImage& image) {
-    constexpr double kPerRadian = 180.0 / std::numbers::pi;
     table.theta.assign(table.columns * table.rows, kNaN);
     table.phi = table.theta;
     for (const SpherePixel& pixel : image.Pixels()) {
@@ -29,8 +29,9 @@ void SetDirections(ImageTable& table, const SphereImage& image) {
         if (i >= table.theta.size()) continue;
         // Rows and columns of the cylinder are exact; at the poles no direction tells the azimuth.
         const bool cylinder = table.map == SphereMap::EquidistantCylindrical;
-        table.theta[i] = cylinder ? pixel.row * 180.0 / (image.Height() - 1) : pixel.theta * kPerRadian;
-        table.phi[i] = cylinder ? pixel.column * 360.0 / image.Width() : pixel.phi * kPerRadian;
+        table.theta[i] =
+            cylinder ? pixel.row * 180.0 / (image.Height() - 1) : pixel.theta * kDegreesPerRadian;
+        table.phi[i] = cylinder ? pixel.column * 360.0 / image.Width() : pixel.phi * kDegreesPerRadian;
     }
 }
 

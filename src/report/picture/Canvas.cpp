@@ -9,15 +9,14 @@
 #include <cctype>
 #include <cmath>
 #include <filesystem>
-#include <numbers>
 #include <utility>
 
+#include "foundation/Constants.h"
 #include "foundation/ReplacedFile.h"
 #include "foundation/ZfError.h"
 
 namespace {
 
-constexpr double kPi = std::numbers::pi;
 constexpr double kVectorPixelsPerPoint = 4.0;  // 288 a printed inch
 constexpr double kColumnPixels = 800.0;
 constexpr int kGradientStops = 64;

@@ -4,7 +4,8 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
-#include <numbers>
+
+#include "foundation/Constants.h"
 
 namespace {
 
@@ -60,7 +61,7 @@ Colour DivergingAt(double fraction) {
     // The hue of white is chosen so that the way to it keeps to the same rate of change; it turns away from
     // purple.
     const double turn = kEndS * std::sqrt(kWhiteM * kWhiteM - kEndM * kEndM) / (kEndM * std::sin(kEndS));
-    const double whiteHue = hue > -std::numbers::pi / 3 ? hue + turn : hue - turn;
+    const double whiteHue = hue > -kPi / 3 ? hue + turn : hue - turn;
     const double t = std::abs(2 * fraction - 1);  // 0 at white, 1 at the end
     const double m = kWhiteM + t * (kEndM - kWhiteM);
     const double s = t * kEndS;

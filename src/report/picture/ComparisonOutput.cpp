@@ -7,8 +7,8 @@
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
-#include <numbers>
 
+#include "foundation/Constants.h"
 #include "foundation/ReplacedFile.h"
 #include "foundation/ZfError.h"
 #include "report/picture/PatternPicture.h"
@@ -49,9 +49,8 @@ std::string DifferenceTable(const CompareResult& result) {
 
 /// Degrees between neighbouring directions, if they fill the belt of polar angles that they span.
 double Spacing(const CompareResult& result) {
-    constexpr double kDegree = std::numbers::pi / 180.0;
     const auto [low, high] = std::minmax_element(result.theta.begin(), result.theta.end());
-    const double belt = 2.0 * std::numbers::pi * (std::cos(*low * kDegree) - std::cos(*high * kDegree));
+    const double belt = 2.0 * kPi * (std::cos(*low * kDegree) - std::cos(*high * kDegree));
     return std::sqrt(belt / static_cast<double>(result.theta.size())) / kDegree;
 }
 
@@ -66,7 +65,7 @@ SphereImage Spread(const CompareResult& result, const std::vector<double>& value
     std::vector<double> weights(sums.size());
     for (std::size_t i = 0; i < values.size(); ++i) {
         if (result.theta[i] > 90.0) continue;
-        const double phi = result.phi[i] * std::numbers::pi / 180.0;
+        const double phi = Radians(result.phi[i]);
         const double x = kCentre + result.theta[i] * std::cos(phi);
         const double y = kCentre + result.theta[i] * std::sin(phi);
         const auto column = static_cast<std::int32_t>(std::lround(x));

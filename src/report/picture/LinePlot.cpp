@@ -4,8 +4,8 @@
 #include <array>
 #include <cmath>
 #include <limits>
-#include <numbers>
 
+#include "foundation/Constants.h"
 #include "foundation/ZfError.h"
 #include "report/picture/Canvas.h"
 
@@ -166,7 +166,7 @@ void DrawFrame(Canvas& canvas, const LineAxes& axes, const Frame& frame) {
     canvas.Text(kLeft + frame.width / 2, bottom + 20, withFactor(axes.xLabel, xTicks.factor),
                 {.size = kLabel});
     canvas.Text(std::max(6.0, kLeft - 10 - widest), frame.top + kPlotHeight / 2,
-                withFactor(axes.yLabel, yTicks.factor), {.size = kLabel, .turn = std::numbers::pi / 2});
+                withFactor(axes.yLabel, yTicks.factor), {.size = kLabel, .turn = kPi / 2});
 }
 
 }  // namespace

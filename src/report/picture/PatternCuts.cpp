@@ -2,13 +2,11 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numbers>
 
+#include "foundation/Constants.h"
 #include "foundation/ZfError.h"
 
 namespace {
-
-constexpr double kDegree = std::numbers::pi / 180;
 
 /// Steps over a quarter turn, two a pixel.
 int QuarterSteps(const SphereImage& image) {
@@ -23,13 +21,13 @@ Curve PolarCut(const SphereImage& image, double phi) {
     for (int i = -steps; i <= steps; ++i) {
         const double angle = 90.0 * i / steps;
         cut.x.push_back(angle);
-        cut.y.push_back(image.Value(std::abs(angle) * kDegree, angle < 0 ? phi + std::numbers::pi : phi));
+        cut.y.push_back(image.Value(std::abs(angle) * kDegree, angle < 0 ? phi + kPi : phi));
     }
     return cut;
 }
 
 Curve AzimuthalCut(const SphereImage& image, double theta) {
-    if (!(theta >= 0.0 && theta <= std::numbers::pi / 2))
+    if (!(theta >= 0.0 && theta <= kPi / 2))
         throw ZfError("The polar angle of an azimuthal cut has to lie between 0 and 90 degrees");
     const int steps = 4 * QuarterSteps(image);
     Curve cut;

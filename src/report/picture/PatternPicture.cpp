@@ -4,15 +4,12 @@
 #include <cmath>
 #include <cstdint>
 #include <limits>
-#include <numbers>
 
+#include "foundation/Constants.h"
 #include "foundation/ZfError.h"
 #include "report/picture/Canvas.h"
 
 namespace {
-
-constexpr double kPi = std::numbers::pi;
-constexpr double kDegree = kPi / 180;
 
 // Points. A panel and the colour bar fill a column of 85 mm.
 constexpr double kRadius = 72.0;

@@ -2,9 +2,9 @@
 
 #include <cstdio>
 #include <map>
-#include <numbers>
 #include <utility>
 
+#include "foundation/Constants.h"
 #include "foundation/MapKeys.h"
 #include "foundation/ZfError.h"
 #include "report/picture/Canvas.h"
@@ -14,8 +14,6 @@
 #include "report/sphere/SphereOperations.h"
 
 namespace {
-
-constexpr double kDegree = std::numbers::pi / 180;
 
 const std::map<std::string, View> kViews = {{"equidistant", View::AzimuthalEquidistant},
                                             {"stereographic", View::Stereographic},

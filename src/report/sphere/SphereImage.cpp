@@ -5,16 +5,15 @@
 #include <cmath>
 #include <limits>
 #include <memory>
-#include <numbers>
 #include <string_view>
 #include <utility>
 
+#include "foundation/Constants.h"
 #include "foundation/ZfError.h"
 #include "pattern/ZfSphericalMappingConvert.h"
 
 namespace {
 
-constexpr double kPi = std::numbers::pi;
 constexpr std::int32_t kSmallestSide = 17;  // so that four pixels lie inside on every line of the frame
 constexpr std::int32_t kFrame = 3;          // pixels; a stencil at the rim reaches 2 sqrt(2) beyond it
 constexpr double kRimRounding = 1e-9;

@@ -1,14 +1,12 @@
 #include "report/sphere/SphereOperations.h"
 
 #include <cmath>
-#include <numbers>
 #include <vector>
 
+#include "foundation/Constants.h"
 #include "foundation/ZfError.h"
 
 namespace {
-
-constexpr double kPi = std::numbers::pi;
 
 struct Node {
     double x = 0.0;
@@ -109,7 +107,7 @@ SphereImage SymmetryAverage(const SphereImage& image, int n, std::optional<doubl
 SphereImage AcceptanceAverage(const SphereImage& image, double halfAngle) {
     if (!(halfAngle > 0.0 && halfAngle <= kPi / 4))
         throw ZfError("The half angle of the acceptance has to be above 0 and at most 45 degrees");
-    const std::vector<ConePoint> cone = ConePoints(halfAngle, image.Resolution_deg() * kPi / 180);
+    const std::vector<ConePoint> cone = ConePoints(halfAngle, Radians(image.Resolution_deg()));
     return image.Transformed(
         [&image, &cone](double theta, double phi) { return ConeMean(image, cone, theta, phi); });
 }

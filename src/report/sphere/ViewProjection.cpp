@@ -2,11 +2,12 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numbers>
+
+#include "foundation/Constants.h"
 
 namespace {
 
-constexpr double kRightAngle = std::numbers::pi / 2;
+constexpr double kRightAngle = kPi / 2;
 
 }  // namespace
 

@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "ErrorText.h"
+#include "foundation/Constants.h"
 #include "input/ZfAtomName.h"
-#include "prepare/atomic/AtomicUnits.h"
 #include "prepare/atomic/CoreOrbital.h"
 
 namespace {

@@ -4,13 +4,12 @@
 
 #include <cmath>
 
-#include "prepare/atomic/AtomicUnits.h"
+#include "foundation/Constants.h"
 #include "prepare/atomic/MuffinTin.h"
 #include "scattering/ZfSphericalBessel.h"
 
 namespace {
 
-constexpr double kDegree = 3.141592653589793 / 180.0;
 constexpr double kIntegration = 1e-3 * kDegree;  // what the header promises
 
 ContinuumRequest Request(const RadialPotential& potential, double energy_eV, double radius = 2.4) {
@@ -75,7 +74,7 @@ TEST(ContinuumWave, SquareWell) {
             EXPECT_NEAR(std::sin(delta - std::atan(tangent)), 0.0, 2e-5) << depth << " l=" << l;
             const auto j = [l](double x) { return Bessel(l, x).j; };
             const int drawn = Nodes(j, inner * radius) - Nodes(j, k * radius);
-            EXPECT_NEAR(delta / 3.141592653589793, drawn, 1.0) << depth << " l=" << l;
+            EXPECT_NEAR(delta / kPi, drawn, 1.0) << depth << " l=" << l;
         }
     }
 }

@@ -4,9 +4,9 @@
 
 #include <cmath>
 
-namespace {
+#include "foundation/Constants.h"
 
-constexpr double kDegree = 3.141592653589793 / 180.0;
+namespace {
 
 /// Atoms on a circle of 2 angstrom at the given azimuths, a lighter one on the axis.
 std::vector<ZfAtom> Circle(const std::vector<double>& azimuths_deg, const std::string& element = "Cu") {

@@ -5,12 +5,14 @@
 #include <cmath>
 
 #include "ErrorText.h"
+#include "foundation/Constants.h"
+#include "foundation/Vec3.h"
 #include "scattering/ZfVectorFreeElectron.h"
 
 namespace {
 
 constexpr double kRounding = 1e-12;
-using Direction = std::array<double, 3>;
+using Direction = Vec3;
 
 /// The emission of all sublevels into a direction, 1 on the average, by the far field of the calculation.
 double Intensity(const DipoleChannels& channels, const std::vector<LightVector>& light, const Direction& n) {
@@ -25,11 +27,11 @@ double Intensity(const DipoleChannels& channels, const std::vector<LightVector>&
             sum += std::norm(list.DirectAmplitude(std::acos(n[2]), std::atan2(n[1], n[0])));
             for (const auto& a : list.electrons[0].A.block) norm += std::norm(a);
         }
-    return 4.0 * 3.141592653589793 * sum / norm;
+    return 4.0 * kPi * sum / norm;
 }
 
 double P2(const Direction& a, const Direction& b) {
-    const double x = a[0] * b[0] + a[1] * b[1] + a[2] * b[2];
+    const double x = Dot(a, b);
     return 1.5 * x * x - 0.5;
 }
 

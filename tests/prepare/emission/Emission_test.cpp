@@ -6,7 +6,7 @@
 
 #include "ErrorText.h"
 #include "TempFolder.h"
-#include "prepare/atomic/AtomicUnits.h"
+#include "foundation/Constants.h"
 #include "prepare/emission/EmitterField.h"
 
 namespace {
@@ -82,7 +82,7 @@ TEST(Emission, WeightIsTheIntensity) {
         EXPECT_EQ(wave.Ratio, 1.0);
         for (const auto& a : wave.coeff.block) sum += std::norm(a);
     }
-    EXPECT_NEAR(sum, 3.141592653589793, 1e-12);
+    EXPECT_NEAR(sum, kPi, 1e-12);
 }
 
 TEST(Emission, RefusesWhatCannotBe) {

@@ -6,6 +6,7 @@
 #include <cmath>
 
 #include "ErrorText.h"
+#include "foundation/Constants.h"
 
 namespace {
 
@@ -53,10 +54,10 @@ double DifferenceFromFile(const std::vector<ZfEmittedWave>& waves, const std::st
 }
 
 void ExpectChannels(const DipoleChannels& channels, const DipoleChannels& expected, double rhoDigits) {
-    constexpr double kPhase = 1e-3 * 3.141592653589793 / 180.0;
+    constexpr double kPhase = 1e-3 * kDegree;
     for (std::size_t i = 0; i < 2; ++i) {
         EXPECT_NEAR(channels.rho[i], expected.rho[i], rhoDigits);
-        EXPECT_NEAR(channels.delta[i], expected.delta[i] * 3.141592653589793 / 180.0, kPhase);
+        EXPECT_NEAR(channels.delta[i], Radians(expected.delta[i]), kPhase);
     }
 }
 

@@ -6,11 +6,9 @@
 
 #include "ErrorText.h"
 #include "TempFolder.h"
-#include "prepare/atomic/AtomicUnits.h"
+#include "foundation/Constants.h"
 
 namespace {
-
-constexpr double kDegree = 180.0 / 3.141592653589793;
 
 class PhaseShiftTables : public testing::Test {
 protected:
@@ -36,9 +34,9 @@ TEST_F(PhaseShiftTables, FixedFields) {
     ASSERT_EQ(table.energies_eV.size(), 2U);
     EXPECT_NEAR(table.energies_eV[1], 2.5 * kHartree_eV / 2, 1e-9);
     ASSERT_EQ(table.degrees[1].size(), 3U);
-    EXPECT_NEAR(table.degrees[0][2], -0.1026 * kDegree, 1e-9);
-    EXPECT_NEAR(table.degrees[1][1], -0.06 * kDegree, 1e-9);
-    EXPECT_NEAR(table.degrees[1][2], 10.1 * kDegree, 1e-9);
+    EXPECT_NEAR(table.degrees[0][2], -0.1026 * kDegreesPerRadian, 1e-9);
+    EXPECT_NEAR(table.degrees[1][1], -0.06 * kDegreesPerRadian, 1e-9);
+    EXPECT_NEAR(table.degrees[1][2], 10.1 * kDegreesPerRadian, 1e-9);
 }
 
 // The last line of a block can look like an energy.
@@ -50,7 +48,7 @@ TEST_F(PhaseShiftTables, Blocks) {
     PhaseTableChoice choice{PhaseTableFormat::kBlocks, 2, ""};
     const PhaseShiftTable table = Read(text, choice);
     ASSERT_EQ(table.degrees[1].size(), 5U);
-    EXPECT_NEAR(table.degrees[1][4], 5.0 * kDegree, 1e-9);
+    EXPECT_NEAR(table.degrees[1][4], 5.0 * kDegreesPerRadian, 1e-9);
     EXPECT_NEAR(table.energies_eV[0], 0.5512 * kHartree_eV, 1e-9);
     choice.block = 3;
     EXPECT_NE(ErrorText([&] { Read(text, choice); }).find("there are 2 blocks, and no block 3"),

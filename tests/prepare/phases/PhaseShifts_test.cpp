@@ -5,12 +5,10 @@
 #include <cmath>
 
 #include "ErrorText.h"
-#include "prepare/atomic/AtomicUnits.h"
+#include "foundation/Vec3.h"
 #include "scattering/SamplingSphere.h"
 
 namespace {
-
-using Vec3 = std::array<double, 3>;
 
 const ScreeningTable& Fields() {
     static const ScreeningTable table(QVRE_DATA "/screening_dhfs.csv");

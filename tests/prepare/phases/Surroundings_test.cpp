@@ -6,7 +6,7 @@
 
 #include "ErrorText.h"
 #include "TempFolder.h"
-#include "prepare/atomic/AtomicUnits.h"
+#include "foundation/Constants.h"
 #include "prepare/phases/VoronoiCell.h"
 
 namespace {

@@ -8,6 +8,7 @@
 
 #include "ErrorText.h"
 #include "TempFolder.h"
+#include "foundation/Constants.h"
 #include "report/SphereFunctions.h"
 
 namespace {

@@ -5,6 +5,7 @@
 #include "ErrorText.h"
 #include "TempFolder.h"
 #include "foundation/Console.h"
+#include "foundation/Constants.h"
 #include "report/SphereFunctions.h"
 #include "report/compare/MeasuredPattern.h"
 #include "report/export/ImageExport.h"

@@ -4,6 +4,7 @@
 
 #include "ErrorText.h"
 #include "TempFolder.h"
+#include "foundation/Constants.h"
 #include "report/SphereFunctions.h"
 #include "report/picture/Canvas.h"
 #include "report/picture/LinePlot.h"

@@ -6,6 +6,7 @@
 
 #include "ErrorText.h"
 #include "TempFolder.h"
+#include "foundation/Constants.h"
 #include "report/SphereFunctions.h"
 
 namespace {
@@ -45,7 +46,7 @@ TEST(SphereImage, RimPolesAndSeam) {
     EXPECT_TRUE(std::isnan(upper.Value(90.1 * kDegree, 0.0)));
     const SphereImage image = Sampled(SphereMap::EquidistantCylindrical, 2.0, LowHarmonics);
     EXPECT_DOUBLE_EQ(image.Value(1.0, -1e-17), image.Value(1.0, 0.0));
-    EXPECT_NEAR(image.Value(1.0, -0.01), image.Value(1.0, 6.283185307179586 - 0.01), 1e-13);
+    EXPECT_NEAR(image.Value(1.0, -0.01), image.Value(1.0, kTwoPi - 0.01), 1e-13);
 }
 
 TEST(SphereImage, PixelsTellDirectionAndValue) {

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "ErrorText.h"
+#include "foundation/Constants.h"
 #include "report/SphereFunctions.h"
 
 namespace {
@@ -63,7 +64,7 @@ TEST(AcceptanceAverage, DampsHarmonicsByTheClosedForm) {
 // At the horizon half of the cone counts; there z = sin(a) cos(b) averages to the value below.
 TEST(AcceptanceAverage, SeesNothingBelowTheHorizon) {
     const double a = 10 * kDegree;
-    const double expected = (a - std::sin(a) * std::cos(a)) / (3.14159265 * (1 - std::cos(a)));
+    const double expected = (a - std::sin(a) * std::cos(a)) / (kPi * (1 - std::cos(a)));
     for (const SphereMap map : kMaps) {
         const auto height = [](double, double, double z) { return z; };
         const SphereImage mean = AcceptanceAverage(Sampled(map, 2.0, height), a);
