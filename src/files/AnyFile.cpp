@@ -3,13 +3,11 @@
 #include <QString>
 #include <algorithm>
 #include <cstdlib>
-#include <exception>
-#include <filesystem>
 #include <fstream>
 
+#include "foundation/FileReading.h"
 #include "foundation/Text.h"
 #include "foundation/ZfError.h"
-#include "foundation/ZfFileQt.h"
 #include "xml/ZfQBarnFile.h"
 
 namespace {
@@ -24,10 +22,8 @@ struct Ends {
 };
 
 Ends ReadEnds(const std::string& path) {
-    if (!std::filesystem::exists(path)) throw ZfError("there is no such file");
-    if (std::filesystem::is_directory(path)) throw ZfError("it is a folder");
+    RequireFile(path);
     std::ifstream file(path, std::ios::binary);
-    if (!file) throw ZfError("it cannot be opened");
     file.seekg(0, std::ios::end);
     const std::streamoff length = file.tellg();
     const auto piece = [&](std::streamoff begin) {
@@ -59,10 +55,7 @@ void RequireEnd(const Ends& ends, const std::string& root) {
 
 /// A frame that ends early and lines behind the last frame are no failure of the reader.
 void RequireWholeXyz(const std::string& path, const ZfCluster& cluster) {
-    ZfFileQt file(QString::fromStdString(path), "r");
-    std::string text;
-    file.ReadAll(text);
-    const std::vector<std::string> lines = LineSplit(text);
+    const std::vector<std::string> lines = LineSplit(ReadTextFile(path));
     std::size_t next = 0;
     for (const ZfStructure& structure : cluster.structures) {
         const std::int32_t count = TextToInt(lines[next]);
@@ -145,17 +138,7 @@ Document LoadKind(const std::string& path, const std::string& kind) {
 }  // namespace
 
 AnyFile LoadAnyFile(const std::string& path) {
-    std::string place = path;
-    place += ": ";
-    try {
-        return Load(path);
-    } catch (const ZfError& error) {
-        throw ZfError(place + error.message);
-    } catch (const char* text) {
-        throw ZfError(place + text);
-    } catch (const std::exception& error) {
-        throw ZfError(place + "it is damaged (" + error.what() + ")");
-    }
+    return Naming(path, [&] { return Load(path); });
 }
 
 ZfCluster LoadClusterFile(const std::string& path) {

@@ -7,6 +7,7 @@
 #include <set>
 #include <utility>
 
+#include "foundation/FileReading.h"
 #include "foundation/ZfError.h"
 #include "image/ZfDocData.h"
 #include "input/ZfCluster.h"
@@ -127,19 +128,6 @@ Adder AdderFor(const std::string& path) {
     throw ZfError("a file of a run ends in .xml_sf, .xml_cl, .xyz, .xml_emt, .xml_ph or .xml_flu");
 }
 
-/// Runs a reader whose failures may not say which file they speak of.
-template <class Reader>
-void ReadNamed(const std::string& path, const Reader& reader) {
-    try {
-        if (!std::filesystem::is_regular_file(path)) throw ZfError("there is no such file");
-        reader();
-    } catch (const ZfError& error) {
-        throw ZfError("Cannot take " + path + ": " + error.message);
-    } catch (const char* text) {
-        throw ZfError("Cannot take " + path + ": " + text);
-    }
-}
-
 }  // namespace
 
 std::string SettingText(const RunSetting& setting) {
@@ -157,7 +145,8 @@ std::string SettingText(const RunSetting& setting) {
 }
 
 void AddImageSettings(RunSettings& settings, const std::string& imagePath) {
-    ReadNamed(imagePath, [&] {
+    RequireFile(imagePath);
+    Naming(imagePath, [&] {
         ZfDocData document;
         ZfQBarnFile file(QString::fromStdString(imagePath), "r");
         if (!document.SaveLoad(file)) throw ZfError("it is no image file that can be read");
@@ -167,7 +156,8 @@ void AddImageSettings(RunSettings& settings, const std::string& imagePath) {
 }
 
 void AddFileSettings(RunSettings& settings, const std::string& path) {
-    ReadNamed(path, [&] { AdderFor(path)(settings, path); });
+    RequireFile(path);
+    Naming(path, [&] { AdderFor(path)(settings, path); });
 }
 
 void AddWaveSettings(RunSettings& settings, const ZfScatteringData& data) {
@@ -189,7 +179,8 @@ void AddWaveSettings(RunSettings& settings, const ZfScatteringData& data) {
 }
 
 void LoadScatteredWaveRecords(ZfScatteringData& data, const std::string& path) {
-    ReadNamed(path, [&] {
+    RequireFile(path);
+    Naming(path, [&] {
         ZfBarnFile file(path, "r");
         if (!data.Exchange(file)) throw ZfError("it is no scattered wave (.xml_sf)");
         if (data.ListScatteringData.empty()) throw ZfError("there are no records in it");

@@ -143,17 +143,6 @@ std::vector<std::string> TokenSplit(std::string_view line) {
     return Split(line, "\t\n\r ,");
 }
 
-std::vector<std::string> CommaSplit(const std::string& line) {
-    std::vector<std::string> fields;
-    std::size_t begin = 0;
-    for (std::size_t comma = line.find(','); comma != std::string::npos; comma = line.find(',', begin)) {
-        fields.push_back(line.substr(begin, comma - begin));
-        begin = comma + 1;
-    }
-    fields.push_back(line.substr(begin));
-    return fields;
-}
-
 std::vector<std::string> LineSplit(std::string_view text) {
     return Split(text, "\n\r");
 }

@@ -30,9 +30,6 @@ bool NumberSplit(std::string_view text, double& value, std::string& rest);
 /// Splits a line at runs of tab, line feed, carriage return, blank and comma.
 std::vector<std::string> TokenSplit(std::string_view line);
 
-/// Splits a line of a comma-separated table; a field may be empty.
-std::vector<std::string> CommaSplit(const std::string& line);
-
 /// Splits a text at runs of line feed and carriage return: blank lines vanish.
 std::vector<std::string> LineSplit(std::string_view text);
 

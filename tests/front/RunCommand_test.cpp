@@ -143,7 +143,7 @@ TEST_F(RunCommand, MistakesAreRefusedBeforeAFolderIsMade) {
     const std::string picture = "[[picture]]\nfile = \"a.png\"\n";
     refused(Recipe("", picture + picture), "line 15: [[picture]] file: another picture has the name a.png");
     folder_.Write("flat.csv", "theta,phi,chi\n10,0,1\n20,0,1\n");
-    refused(Recipe("", "[compare]\nmeasured = \"none.csv\"\n"), "line 13: [compare] measured: Cannot read ");
+    refused(Recipe("", "[compare]\nmeasured = \"none.csv\"\n"), "none.csv: there is no such file");
     refused(Recipe("", "[compare]\nmeasured = \"flat.csv\"\n"),
             "line 13: [compare] measured: The modulation");
 

@@ -1,30 +1,16 @@
 #include "prepare/atomic/BindingEnergies.h"
 
-#include <QString>
 #include <cstddef>
 #include <vector>
 
+#include "foundation/CommaTable.h"
 #include "foundation/Text.h"
-#include "foundation/ZfError.h"
-#include "foundation/ZfFileQt.h"
 
 BindingEnergies::BindingEnergies(const std::string& path) {
-    ZfFileQt file(QString::fromStdString(path), "r");
-    std::string text;
-    file.ReadAll(text);
-    std::vector<std::string> columns;
-    for (const std::string& line : LineSplit(text)) {
-        if (line[0] == '#') continue;
-        const std::vector<std::string> fields = CommaSplit(line);
-        if (columns.empty()) {
-            columns = fields;
-            continue;
-        }
-        if (fields.size() != columns.size())
-            throw ZfError("The table of binding energies has a line that is none: " + line);
-        for (std::size_t i = 1; i < fields.size(); ++i)
-            if (!fields[i].empty()) energies_[fields[0]][columns[i]] = TextToDouble(fields[i]);
-    }
+    const CommaTable table = CommaTable::Load(path);
+    for (const std::vector<std::string>& row : table.rows)
+        for (std::size_t i = 1; i < row.size(); ++i)
+            if (!row[i].empty()) energies_[row[0]][table.titles[i]] = TextToDouble(row[i]);
 }
 
 std::optional<double> BindingEnergies::Find(const std::string& element, const CoreLevel& level) const {

@@ -1,22 +1,19 @@
 #include "prepare/atomic/ScreenedAtom.h"
 
-#include <QString>
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
 
+#include "foundation/CommaTable.h"
 #include "foundation/Constants.h"
 #include "foundation/Text.h"
 #include "foundation/ZfError.h"
-#include "foundation/ZfFileQt.h"
 
 namespace {
 
 constexpr std::size_t kColumns = 7;  // Z, symbol, A1, A2, alpha1, alpha2, alpha3
 
-ScreenedAtom AtomOfLine(const std::string& line) {
-    const std::vector<std::string> fields = CommaSplit(line);
-    if (fields.size() != kColumns) throw ZfError("The screening table has a line that is none: " + line);
+ScreenedAtom AtomOfRow(const std::vector<std::string>& fields) {
     ScreenedAtom atom;
     atom.atomicNumber = TextToInt(fields[0]);
     atom.symbol = fields[1];
@@ -49,11 +46,9 @@ double ScreenedAtom::Density(double r) const {
 }
 
 ScreeningTable::ScreeningTable(const std::string& path) {
-    ZfFileQt file(QString::fromStdString(path), "r");
-    std::string text;
-    file.ReadAll(text);
-    for (const std::string& line : LineSplit(text))
-        if (line[0] != '#' && line[0] != 'Z') atoms_.push_back(AtomOfLine(line));
+    const CommaTable table = CommaTable::Load(path);
+    if (table.titles.size() != kColumns) throw ZfError(path + ": it is no table of screening functions");
+    for (const std::vector<std::string>& row : table.rows) atoms_.push_back(AtomOfRow(row));
 }
 
 const ScreenedAtom& ScreeningTable::Find(const std::string& symbol) const {

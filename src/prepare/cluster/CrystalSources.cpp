@@ -2,8 +2,8 @@
 
 #include <filesystem>
 
+#include "foundation/FileReading.h"
 #include "foundation/ZfError.h"
-#include "foundation/ZfFileQt.h"
 
 namespace {
 
@@ -20,14 +20,5 @@ CrystalCell LoadCell(const std::string& path) {
     if (extension != ".cif" && extension != ".cell" && extension != ".xyz" && extension != ".extxyz")
         throw ZfError("Cannot tell the format of " + path +
                       ": a crystal is a .cif, .xyz, .extxyz or .cell file");
-    if (!std::filesystem::is_regular_file(path))
-        throw ZfError("Cannot read " + path + ": there is no such file");
-    ZfFileQt file(QString::fromStdString(path), "r");
-    std::string text;
-    file.ReadAll(text);
-    try {
-        return ParseCell(extension, text);
-    } catch (const ZfError& error) {
-        throw ZfError("Cannot read the crystal " + path + ": " + error.message);
-    }
+    return Naming(path, [&] { return ParseCell(extension, ReadTextFile(path)); });
 }

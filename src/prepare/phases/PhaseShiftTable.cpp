@@ -1,18 +1,21 @@
 #include "prepare/phases/PhaseShiftTable.h"
 
-#include <QString>
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <cctype>
 #include <cmath>
 #include <cstddef>
 #include <cstdio>
-#include <sstream>
+#include <string>
+#include <vector>
 
+#include "foundation/CommaTable.h"
 #include "foundation/Constants.h"
+#include "foundation/FileReading.h"
 #include "foundation/StrictNumber.h"
 #include "foundation/Text.h"
 #include "foundation/ZfError.h"
-#include "foundation/ZfFileQt.h"
 #include "solver/CubicSpline.h"
 
 namespace {
@@ -104,71 +107,28 @@ PhaseShiftTable FixedFieldTable(const std::vector<std::string>& text, const Phas
                         kHartree_eV);
 }
 
-std::vector<std::string> CommaFields(const std::string& line) {
-    std::vector<std::string> fields;
-    std::istringstream stream(line);
-    for (std::string field; std::getline(stream, field, ',');) {
-        const auto words = TokenSplit(field);
-        fields.push_back(words.empty() ? "" : words[0]);
-    }
-    return fields;
+/// Columns d0, d1, ... of a CSV table, as many as there are.
+std::vector<std::size_t> PhaseColumns(const CommaTable& csv) {
+    std::vector<std::size_t> columns;
+    while (const auto column = csv.Find(fmt::format("d{}", columns.size()))) columns.push_back(*column);
+    return columns;
 }
 
-/// Where the columns of a CSV table stand.
-struct Columns {
-    explicit Columns(const std::vector<std::string>& title) {
-        energy = Find(title, "Ek_eV");
-        element = Find(title, "element");
-        radius = Find(title, "Rmt_angstrom");
-        for (int column = Phase(title, 0); column >= 0; column = Phase(title, phases.size()))
-            phases.push_back(column);
-        if (energy < 0 || phases.empty())
-            throw ZfError("its title line has to name the columns Ek_eV, d0, d1, ...");
-        count = title.size();
-    }
-
-    static int Find(const std::vector<std::string>& title, const std::string& name) {
-        const auto found = std::find(title.begin(), title.end(), name);
-        return found == title.end() ? -1 : static_cast<int>(found - title.begin());
-    }
-
-    static int Phase(const std::vector<std::string>& title, std::size_t l) {
-        std::string name = "d";
-        name += std::to_string(l);
-        return Find(title, name);
-    }
-
-    int energy = -1;
-    int element = -1;
-    int radius = -1;
-    std::vector<int> phases;
-    std::size_t count = 0;
-};
-
-void AddCsvLine(PhaseShiftTable& table, const Columns& columns, const std::string& line,
-                const std::string& element) {
-    const std::vector<std::string> fields = CommaFields(line);
-    if (fields.size() != columns.count) throw ZfError("a line has not as many columns as the title: " + line);
-    const auto at = [&](int column) -> const std::string& {
-        return fields[static_cast<std::size_t>(column)];
-    };
-    if (columns.element >= 0 && at(columns.element) != element) return;
-    table.energies_eV.push_back(StrictNumber(at(columns.energy), "energy"));
-    if (columns.radius >= 0) table.radius_angstrom = StrictNumber(at(columns.radius), "radius");
-    std::vector<double> degrees;
-    for (const int column : columns.phases) degrees.push_back(StrictNumber(at(column), "phase shift"));
-    table.degrees.push_back(degrees);
-}
-
-PhaseShiftTable CsvTable(const std::vector<std::string>& text, const PhaseTableChoice& choice) {
+PhaseShiftTable CsvTable(const std::string& text, const PhaseTableChoice& choice) {
+    const CommaTable csv(text);
+    const auto energy = csv.Find("Ek_eV");
+    const auto element = csv.Find("element");
+    const auto radius = csv.Find("Rmt_angstrom");
+    const std::vector<std::size_t> phases = PhaseColumns(csv);
+    if (!energy || phases.empty()) throw ZfError("its title line has to name the columns Ek_eV, d0, d1, ...");
     PhaseShiftTable table;
-    std::vector<Columns> columns;  // one, once the title has been met
-    for (const std::string& line : text) {
-        if (line[0] == '#') continue;
-        if (columns.empty())
-            columns.emplace_back(CommaFields(line));
-        else
-            AddCsvLine(table, columns[0], line, choice.element);
+    for (const std::vector<std::string>& row : csv.rows) {
+        if (element && row[*element] != choice.element) continue;
+        table.energies_eV.push_back(StrictNumber(row[*energy], "energy"));
+        if (radius) table.radius_angstrom = StrictNumber(row[*radius], "radius");
+        std::vector<double> degrees;
+        for (const std::size_t column : phases) degrees.push_back(StrictNumber(row[column], "phase shift"));
+        table.degrees.push_back(degrees);
     }
     if (table.energies_eV.empty()) throw ZfError("it holds no phase shifts of \"" + choice.element + '"');
     return table;
@@ -210,19 +170,14 @@ double Straight(const std::vector<double>& x, const std::vector<double>& y, doub
 }  // namespace
 
 PhaseShiftTable ReadPhaseShiftTable(const std::string& path, const PhaseTableChoice& choice) {
-    ZfFileQt file(QString::fromStdString(path), "r");
-    std::string text;
-    file.ReadAll(text);
-    try {
-        const std::vector<std::string> lines = LineSplit(text);
-        PhaseShiftTable table = choice.format == PhaseTableFormat::kCsv ? CsvTable(lines, choice)
-                                                                        : FixedFieldTable(lines, choice);
+    return Naming(path, [&] {
+        const std::string text = ReadTextFile(path);
+        PhaseShiftTable table = choice.format == PhaseTableFormat::kCsv
+                                    ? CsvTable(text, choice)
+                                    : FixedFieldTable(LineSplit(text), choice);
         CheckTable(table);
         return table;
-    } catch (ZfError& error) {
-        error.message = "The table " + path + " cannot be read: " + error.message;
-        throw;
-    }
+    });
 }
 
 std::vector<double> PhasesAt(const PhaseShiftTable& table, double energy_eV, bool linear) {

@@ -1,13 +1,12 @@
-#include <QString>
 #include <cmath>
 #include <string>
 #include <vector>
 
 #include "foundation/Constants.h"
+#include "foundation/FileReading.h"
 #include "foundation/StrictNumber.h"
 #include "foundation/Text.h"
 #include "foundation/ZfError.h"
-#include "foundation/ZfFileQt.h"
 #include "prepare/phases/Surroundings.h"
 
 namespace {
@@ -43,11 +42,8 @@ void ReadLine(const std::string& line, std::vector<AtomSurroundings>& list) {
 }  // namespace
 
 std::vector<AtomSurroundings> ReadSurroundings(const std::string& path) {
-    ZfFileQt file(QString::fromStdString(path), "r");
-    std::string text;
-    file.ReadAll(text);
     std::vector<AtomSurroundings> list;
-    for (const std::string& line : LineSplit(text)) {
+    for (const std::string& line : LineSplit(ReadTextFile(path))) {
         try {
             ReadLine(line, list);
         } catch (ZfError& error) {

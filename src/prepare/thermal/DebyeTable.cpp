@@ -1,23 +1,17 @@
 #include "prepare/thermal/DebyeTable.h"
 
-#include <QString>
-
-#include "foundation/Text.h"
-#include "foundation/ZfError.h"
-#include "foundation/ZfFileQt.h"
+#include "foundation/CommaTable.h"
+#include "foundation/FileReading.h"
+#include "foundation/StrictNumber.h"
 
 DebyeTable::DebyeTable(const std::string& path) {
-    ZfFileQt file(QString::fromStdString(path), "r");
-    std::string text;
-    file.ReadAll(text);
-    for (const std::string& line : LineSplit(text)) {
-        if (line[0] == '#' || line.starts_with("element")) continue;
-        const std::vector<std::string> fields = TokenSplit(line);
-        const double temperature = fields.size() == 2 ? TextToDouble(fields[1]) : 0.0;
-        if (temperature <= 0.0)
-            throw ZfError("The table of Debye temperatures has a line that is none: " + line);
-        temperatures_[fields[0]] = temperature;
-    }
+    Naming(path, [&] {
+        const CommaTable table(ReadTextFile(path));
+        const std::size_t element = table.Column("element");
+        const std::size_t temperature = table.Column("debye_K");
+        for (const std::vector<std::string>& row : table.rows)
+            temperatures_[row[element]] = StrictNumber(row[temperature], row[element]);
+    });
 }
 
 std::optional<double> DebyeTable::Find(const std::string& element) const {

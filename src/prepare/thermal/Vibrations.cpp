@@ -1,15 +1,14 @@
 #include "prepare/thermal/Vibrations.h"
 
 #include <QLoggingCategory>
-#include <QString>
 #include <algorithm>
 #include <cmath>
 #include <utility>
 
+#include "foundation/FileReading.h"
 #include "foundation/ReplacedFile.h"
 #include "foundation/Text.h"
 #include "foundation/ZfError.h"
-#include "foundation/ZfFileQt.h"
 #include "input/ZfAtomName.h"
 #include "scattering/ThermalModels.h"
 
@@ -116,12 +115,9 @@ std::int32_t AtomicNumberOf(const std::string& element) {
 }
 
 ZfDebye LoadAtomicWeights(const std::string& path) {
-    ZfFileQt file(QString::fromStdString(path), "r");
-    std::string text;
-    file.ReadAll(text);
     const QuietDebugLog quiet;
     ZfDebye weights;
-    weights.LoadAtomicWeight(text);
+    weights.LoadAtomicWeight(ReadTextFile(path));
     return weights;
 }
 

@@ -6,11 +6,11 @@
 #include <charconv>
 #include <cmath>
 #include <cstddef>
-#include <fstream>
 #include <optional>
-#include <sstream>
 #include <string_view>
 
+#include "foundation/CommaTable.h"
+#include "foundation/FileReading.h"
 #include "foundation/ZfError.h"
 
 namespace {
@@ -32,24 +32,6 @@ constexpr std::array<std::pair<std::string_view, Column>, 8> kNames = {{{"theta"
                                                                         {"intensity", kIntensity},
                                                                         {"counts", kIntensity},
                                                                         {"chi", kChi}}};
-
-/// Fields of a line. Blanks around a comma or semicolon belong to it; two of these in a row enclose an empty
-/// field.
-std::vector<std::string> Fields(std::string_view line) {
-    constexpr std::string_view kBlanks = " \t\r";
-    std::vector<std::string> fields;
-    std::size_t at = line.find_first_not_of(kBlanks);
-    while (at < line.size()) {
-        const std::size_t end = std::min(line.find_first_of(" \t\r,;", at), line.size());
-        fields.emplace_back(line.substr(at, end - at));
-        at = std::min(line.find_first_not_of(kBlanks, end), line.size());
-        if (at < line.size() && (line[at] == ',' || line[at] == ';')) {
-            at = line.find_first_not_of(kBlanks, at + 1);
-            if (at >= line.size()) fields.emplace_back();
-        }
-    }
-    return fields;
-}
 
 std::optional<double> Number(const std::string& field) {
     const char* begin = field.data() + (field.starts_with('+') ? 1 : 0);
@@ -101,9 +83,8 @@ void AddPoint(MeasuredPattern& pattern, const Layout& layout, const std::vector<
 }
 
 /// A line is a header when its first field is no number.
-void TakeLine(MeasuredPattern& pattern, std::optional<Layout>& layout, std::string_view line) {
-    const std::vector<std::string> fields = Fields(line.substr(0, line.find('#')));
-    if (fields.empty()) return;
+void TakeLine(MeasuredPattern& pattern, std::optional<Layout>& layout,
+              const std::vector<std::string>& fields) {
     if (!layout) {
         const bool named = !Number(fields.front());
         layout = named ? NamedColumns(fields) : kUnnamed;
@@ -115,33 +96,14 @@ void TakeLine(MeasuredPattern& pattern, std::optional<Layout>& layout, std::stri
 }  // namespace
 
 MeasuredPattern ParseMeasuredPattern(const std::string& text) {
-    constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";  // spreadsheets put it in front
     MeasuredPattern pattern;
     std::optional<Layout> layout;
-    std::istringstream lines(text.starts_with(kByteOrderMark) ? text.substr(kByteOrderMark.size()) : text);
-    int number = 0;
-    for (std::string line; std::getline(lines, line);) {
-        ++number;
-        try {
-            TakeLine(pattern, layout, line);
-        } catch (ZfError& error) {
-            error.message = "line " + std::to_string(number) + ": " + error.message;
-            throw;
-        }
-    }
+    ForEachTableLine(text, FieldSeparator::kAny,
+                     [&](const std::vector<std::string>& fields) { TakeLine(pattern, layout, fields); });
     if (pattern.theta.empty()) throw ZfError("there are no points in the table");
     return pattern;
 }
 
 MeasuredPattern LoadMeasuredPattern(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    std::ostringstream text;
-    text << file.rdbuf();
-    if (!file || !text) throw ZfError("Cannot read " + path);
-    try {
-        return ParseMeasuredPattern(text.str());
-    } catch (ZfError& error) {
-        error.message = path + ": " + error.message;
-        throw;
-    }
+    return Naming(path, [&] { return ParseMeasuredPattern(ReadTextFile(path)); });
 }

@@ -2,6 +2,7 @@
 #include <filesystem>
 #include <utility>
 
+#include "foundation/FileReading.h"
 #include "foundation/ZfError.h"
 #include "image/ZfDocData.h"
 #include "report/sphere/SphereImage.h"
@@ -41,7 +42,7 @@ SphereMap MapOf(const ZfDocData& document, const ZfFloatMatrix& pixels) {
 }
 
 void Read(ZfDocData& document, const std::string& path) {
-    if (!fs::exists(path)) throw ZfError("there is no such file");
+    RequireFile(path);
     if (!fs::is_regular_file(path)) throw ZfError("it is not a plain file");
     if (document.CheckType(path) < 0) throw ZfError("it is no image file (.xml_img)");
     ZfQBarnFile file(QString::fromStdString(path), "r");
@@ -61,11 +62,5 @@ LoadedImage Load(const std::string& path) {
 }  // namespace
 
 LoadedImage LoadSphereImage(const std::string& path) {
-    try {
-        return Load(path);
-    } catch (const ZfError& error) {
-        throw ZfError("Cannot take " + path + ": " + error.message);
-    } catch (const char* text) {
-        throw ZfError("Cannot take " + path + ": " + text);
-    }
+    return Naming(path, [&] { return Load(path); });
 }

@@ -91,12 +91,10 @@ TEST_F(PhaseShiftTables, SaysWhatIsWrong) {
          "its first line tells 1 energies and it has 3: is it a table of blocks (--format blocks)?"},
         {"energy,d0\n1,2\n", csv, "its title line has to name the columns Ek_eV, d0, d1, ..."},
         {"Ek_eV,d0\n1,2\n1,2\n", csv, "the energies do not rise"},
-        {"Ek_eV,d0\n1\n", csv, "a line has not as many columns as the title: 1"}};
+        {"Ek_eV,d0\n1\n", csv, "line 2: it has 1 fields and the title line 2"}};
     for (const auto& [text, choice, message] : bad) {
         const PhaseTableChoice wanted = choice;
         const std::string content = text;
-        EXPECT_EQ(ErrorText([&] { Read(content, wanted); }),
-                  "The table " + folder_.Path("table") + " cannot be read: " + message)
-            << text;
+        EXPECT_EQ(ErrorText([&] { Read(content, wanted); }), folder_.Path("table") + ": " + message) << text;
     }
 }

@@ -43,8 +43,8 @@ TEST(DebyeTable, HoldsElementsOnly) {
     EXPECT_EQ(known, 62U);  // lines of the table: each is found under a symbol
     EXPECT_EQ(table.Find("Hg"), 71.9);
     const TempFolder folder;
-    EXPECT_EQ(ErrorText([&] { DebyeTable(folder.Write("t.csv", "element,debye_K\nCu,hot\n")); }),
-              "The table of Debye temperatures has a line that is none: Cu,hot");
+    const std::string damaged = folder.Write("t.csv", "element,debye_K\nCu,hot\n");
+    EXPECT_EQ(ErrorText([&] { DebyeTable{damaged}; }), damaged + ": Cu: \"hot\" is no number");
 }
 
 TEST(MakeFluctuation, RefusesWhatARunWouldNotTake) {

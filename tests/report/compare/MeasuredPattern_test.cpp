@@ -11,7 +11,7 @@ using Numbers = std::vector<double>;
 TEST(MeasuredPattern, TakesTheUsualTables) {
     for (const char* text :
          {"10,20,300\n11.5,-20,4e2\n", "# made today\n\n10 20 300 # first\n 11.5\t-20  400\n",
-          "\xEF\xBB\xBFphi; Counts ;theta\r\n20; 300; 10\r\n-20;+400;11.5\r\n",
+          "phi; Counts ;theta\r\n20; 300; 10\r\n-20;+400;11.5\r\n",
           "Azimuth,error,POLAR,i\n20,bad,10,300\n-20,,11.5,400"}) {
         const MeasuredPattern pattern = ParseMeasuredPattern(text);
         EXPECT_EQ(pattern.theta, (Numbers{10, 11.5})) << text;
@@ -40,7 +40,7 @@ TEST(MeasuredPattern, ErrorsNameTheLine) {
     for (const auto& [text, message] : cases)
         EXPECT_EQ(ErrorText([t = text] { ParseMeasuredPattern(t); }), message) << text;
     EXPECT_EQ(ErrorText([] { LoadMeasuredPattern("/nonexistent/data.csv"); }),
-              "Cannot read /nonexistent/data.csv");
+              "/nonexistent/data.csv: there is no such file");
 }
 
 }  // namespace

@@ -98,7 +98,7 @@ TEST(SphereImageFile, RefusesWhatIsNoMap) {
     const SphereImage image = Sampled(SphereMap::EquidistantCylindrical, 3.0, Constant);
     const auto failure = [](const std::string& path) { return ErrorText([&] { LoadSphereImage(path); }); };
     const std::string path = folder.Path("a.xml_img");
-    const std::string start = "Cannot take " + path + ": ";
+    const std::string start = path + ": ";
     EXPECT_EQ(failure(path), start + "there is no such file");
     EXPECT_EQ(failure(folder.Write("a.xml_img", "54\n\nCu 0 0 0\n")),
               start + "it is no image file (.xml_img)");
