@@ -198,7 +198,7 @@ void Run(PhasesOptions& options) {
     std::optional<ReplacedFile> list;  // appears only when the other file does
     if (!options.list.empty()) {
         list.emplace(options.list);
-        WriteWholeFile(list->TemporaryPath(), listing);
+        list->WriteText(listing);
     }
     SavePhaseShifts(result.document, options.output);
     if (list) list->Commit();

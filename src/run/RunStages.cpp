@@ -6,6 +6,7 @@
 #include "pattern/ZfDocPattern.h"
 #include "prepare/thermal/Vibrations.h"
 #include "run/RunProgress.h"
+#include "xml/ZfBarnFile.h"
 
 namespace {
 
@@ -40,8 +41,8 @@ void SaveImages(const ZfSphericalMapping& mapping, const std::string& projection
     ZfDocData::SetInfoString(image.infoString, "__SphereProjection.Name", projection);
     ReplacedFile pattern(imageFile);
     ReplacedFile direct(directImageFile);
-    SavePlane(image, mapping.planes[0], pattern.TemporaryPath());
-    SavePlane(image, mapping.planes[1], direct.TemporaryPath());
+    pattern.Write([&](const std::string& path) { SavePlane(image, mapping.planes[0], path); });
+    direct.Write([&](const std::string& path) { SavePlane(image, mapping.planes[1], path); });
     pattern.Commit();
     direct.Commit();
 }
@@ -60,10 +61,14 @@ void CalculateScattering(const ScatteringRequest& request, const std::string& ou
     ZfScatteringData data;
     data.Version = request.method;
     data.MultiScattering = 1;
-    data.fileName = output.TemporaryPath();
     RunProgress progress("scattering", [&data] { return FractionDone(data); });
     data.Calculate(progress, inputs.cluster, inputs.waves, inputs.phaseShifts);
     InterruptRequest::ThrowIfPending();
+    output.Write([&data](const std::string& path) {
+        ZfBarnFile file(path, "w");
+        data.Exchange(file);
+        file.Save();
+    });
     output.Commit();
 }
 

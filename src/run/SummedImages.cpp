@@ -33,6 +33,6 @@ void SumImages(const std::vector<std::string>& imageFiles, const std::string& ou
         AddInPlace(total, FirstPlane(member, imageFiles[i]));
     }
     ReplacedFile output(outputFile);
-    SavePlane(sum, total, output.TemporaryPath());
+    output.Write([&](const std::string& path) { SavePlane(sum, total, path); });
     output.Commit();
 }
