@@ -20,7 +20,8 @@ constexpr const char* kExample =
     "  qvre compare pattern.xml_img --measured data.csv --background 4 --theta 10 70 --rotate -o "
     "difference.png\n"
     "  qvre compare pattern.xml_img pattern.xml_img --i0 i0.xml_img --i0-b i0.xml_img\n"
-    "The background of a measurement is best taken from the calculation too, without --i0.\n"
+    "The background of a measurement that goes round the normal is best taken from the calculation too,\n"
+    "without --i0.\n"
     "R = sum (chi_a - chi_b)^2 / sum (chi_a^2 + chi_b^2): 0 for equal patterns, 1 for unrelated ones.\n"
     "Definitions are in docs/export-and-compare.md.";
 
@@ -82,7 +83,7 @@ void Run(const CompareOptions& options) {
     if (!options.measured.empty() && !options.i0.empty() && request.background)
         std::printf(
             "note: chi of the measurement has the background taken away, that of the image its I0;\n"
-            "without --i0 both lose the same background and agree better\n");
+            "where the points go round the normal, both lose the same without --i0 and agree better\n");
 }
 
 }  // namespace

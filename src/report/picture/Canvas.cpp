@@ -3,6 +3,7 @@
 #include <cairo-pdf.h>
 #include <cairo-svg.h>
 #include <cairo.h>
+#include <fmt/format.h>
 
 #include <QString>
 #include <algorithm>
@@ -34,6 +35,16 @@ cairo_status_t Append(void* bytes, const unsigned char* data, unsigned int lengt
     return CAIRO_STATUS_SUCCESS;
 }
 
+constexpr double kMostPixels = 32767.0;  // along a side, of the drawing library
+
+void CheckPixels(const std::string& path, double width, double height) {
+    if (width <= kMostPixels && height <= kMostPixels) return;
+    throw ZfError(
+        fmt::format("Cannot draw {}: {:.0f} x {:.0f} pixels are too many, {:.0f} along a side are the "
+                    "most: take another number of images in a row, or a smaller width",
+                    path, width, height, kMostPixels));
+}
+
 cairo_surface_t* NewSurface(const std::string& extension, std::string& bytes, double width, double height) {
     if (extension == ".svg") return cairo_svg_surface_create_for_stream(Append, &bytes, width, height);
     if (extension == ".pdf") {
@@ -53,7 +64,9 @@ std::string OneLine(const std::string& text) {
 
 void Check(cairo_status_t status, const std::string& path) {
     if (status == CAIRO_STATUS_SUCCESS) return;
-    throw ZfError("Cannot draw " + path + ": " + cairo_status_to_string(status));
+    const std::string reason = status == CAIRO_STATUS_NO_MEMORY ? "there is not enough memory for it"
+                                                                : cairo_status_to_string(status);
+    throw ZfError(fmt::format("Cannot draw {}: {}", path, reason));
 }
 
 }  // namespace
@@ -70,6 +83,7 @@ Canvas::Canvas(std::string path, double width, double height, double scale)
     : path_(std::move(path)), scale_(scale) {
     if (!CanWrite(path_))
         throw ZfError("Cannot draw " + path_ + ": the name has to end in .png, .svg or .pdf");
+    if (IsPixelFormat(path_)) CheckPixels(path_, width * scale, height * scale);
     surface_.reset(NewSurface(Extension(path_), bytes_, width * scale, height * scale));
     context_.reset(cairo_create(surface_.get()));
     Check(cairo_status(context_.get()), path_);

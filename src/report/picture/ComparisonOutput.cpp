@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
+#include <functional>
 
 #include "foundation/Constants.h"
 #include "foundation/ReplacedFile.h"
@@ -19,12 +20,21 @@ std::string Extension(const std::string& path) {
     return std::filesystem::path(path).extension().string();
 }
 
-/// b as it stands in the table and the picture.
-std::vector<double> ScaledB(const CompareResult& result) {
-    std::vector<double> scaled = result.chiB;
-    for (double& chi : scaled) chi *= result.agreement.scale;
-    return scaled;
-}
+/// How b is shown. Where no positive scale brings it nearer to a, it is shown as it is.
+struct ShownB {
+    explicit ShownB(const CompareResult& result)
+        : isScaled(result.agreement.scale > 0.0),
+          scale(isScaled ? result.agreement.scale : 1.0),
+          R(isScaled ? result.agreement.scaledR : result.agreement.R),
+          chi(result.chiB) {
+        for (double& value : chi) value *= scale;
+    }
+
+    bool isScaled;
+    double scale;
+    double R;  ///< of a and what is shown
+    std::vector<double> chi;
+};
 
 template <class... Numbers>
 std::string Line(const char* format, Numbers... numbers) {
@@ -35,15 +45,16 @@ std::string Line(const char* format, Numbers... numbers) {
 
 std::string DifferenceTable(const CompareResult& result) {
     const Agreement& agreement = result.agreement;
-    const std::vector<double> scaledB = ScaledB(result);
+    const ShownB b(result);
     std::string text = Line("# R = %.9g\n# scale of b = %.9g\n# R with the scale = %.9g\n", agreement.R,
                             agreement.scale, agreement.scaledR);
     text += Line("# correlation = %.9g\n# rotation of b = %.9g degrees\n", agreement.correlation,
                  result.rotation);
-    text += "# chi_b is turned and scaled; angles in degrees\ntheta,phi,chi_a,chi_b,difference\n";
-    for (std::size_t i = 0; i < scaledB.size(); ++i)
-        text += Line("%.9g,%.9g,%.9g,%.9g,%.9g\n", result.theta[i], result.phi[i], result.chiA[i], scaledB[i],
-                     result.chiA[i] - scaledB[i]);
+    text += b.isScaled ? "# chi_b is turned and scaled" : "# chi_b is turned, not scaled";
+    text += "; angles in degrees\ntheta,phi,chi_a,chi_b,difference\n";
+    for (std::size_t i = 0; i < b.chi.size(); ++i)
+        text += Line("%.9g,%.9g,%.9g,%.9g,%.9g\n", result.theta[i], result.phi[i], result.chiA[i], b.chi[i],
+                     result.chiA[i] - b.chi[i]);
     return text;
 }
 
@@ -94,17 +105,15 @@ Span ComparedBelt(const CompareResult& result) {
 }
 
 void DrawDifference(const CompareResult& result, const std::string& path) {
-    const std::vector<double> scaledB = ScaledB(result);
-    std::vector<double> difference(scaledB.size());
-    std::transform(result.chiA.begin(), result.chiA.end(), scaledB.begin(), difference.begin(),
-                   [](double a, double b) { return a - b; });
+    const ShownB b(result);
+    std::vector<double> difference(b.chi.size());
+    std::transform(result.chiA.begin(), result.chiA.end(), b.chi.begin(), difference.begin(), std::minus<>());
     PlotRequest plot;
     plot.images.push_back({Spread(result, result.chiA), "a: " + result.nameA});
-    plot.images.push_back({Spread(result, scaledB), "b: " + result.nameB +
-                                                        Line(", turned %.1f\u00B0, times %.3g",
-                                                             result.rotation, result.agreement.scale)});
     plot.images.push_back(
-        {Spread(result, difference), Line("a \u2212 b, R = %.3f", result.agreement.scaledR)});
+        {Spread(result, b.chi),
+         "b: " + result.nameB + Line(", turned %.1f\u00B0, times %.3g", result.rotation, b.scale)});
+    plot.images.push_back({Spread(result, difference), Line("a \u2212 b, R = %.3f", b.R)});
     plot.quantity = "\u03C7";
     plot.shownTheta_deg = ComparedBelt(result);
     plot.colours = ColourMap::Diverging;
