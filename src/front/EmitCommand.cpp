@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdio>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -32,6 +33,7 @@ struct EmitOptions {
     bool freeAtom = false;
     ExchangeKind exchange = ExchangeKind::kFurnessMcCarthy;
     bool relativistic = false;
+    std::optional<double> zero_eV;
     std::string level;
     bool isotropic = false;
     double kinetic_eV = 0.0;
@@ -108,6 +110,7 @@ ZfAtom EmitterOfCluster(const EmitOptions& options, PhaseShiftRequest& crystal) 
 /// Name and element of the emitter; sets what surrounds it in a crystal.
 ZfAtom FindEmitter(const EmitOptions& options, PhaseShiftRequest& crystal) {
     crystal.exchange = options.exchange;
+    crystal.zero_eV = options.zero_eV;
     if (options.relativistic) crystal.equation = RadialEquation::kScalarRelativistic;
     if (!options.clusterFile.empty()) return EmitterOfCluster(options, crystal);
     if (!options.surroundingsFile.empty()) {
@@ -214,6 +217,7 @@ void AddFieldOptions(CLI::App& command, EmitOptions& options, CLI::Option& free)
         .add_flag("--relativistic", options.relativistic,
                   "Mass-velocity and Darwin terms for the photoelectron, as in the phase shifts")
         ->excludes(&free);
+    AddZero(command, options.zero_eV, "; take that of the phase shifts")->excludes(&free);
 }
 
 }  // namespace

@@ -88,12 +88,7 @@ void AddPhysicsOptions(CLI::App& command, PhasesOptions& options) {
             "of the nearest neighbour")
         ->delimiter(',')
         ->allow_extra_args(false);
-    command
-        .add_option("--zero", options.request.zero_eV,
-                    "Muffin-tin zero against the vacuum, eV; default: the average between the spheres")
-        ->check(Between(-1000.0, 1000.0))
-        ->type_name("FLOAT")
-        ->excludes(table);
+    AddZero(command, options.request.zero_eV, "")->excludes(table);
 }
 
 void AddTableOptions(CLI::App& command, PhasesOptions& options) {

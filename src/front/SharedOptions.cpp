@@ -59,6 +59,15 @@ CLI::Option* AddExchange(CLI::App& command, ExchangeKind& exchange, const std::s
         ->option_text("NAME");
 }
 
+CLI::Option* AddZero(CLI::App& command, std::optional<double>& zero_eV, const std::string& purpose) {
+    return command
+        .add_option(
+            "--zero", zero_eV,
+            "Muffin-tin zero against the vacuum, eV; default: the average between the spheres" + purpose)
+        ->check(Between(-1000.0, 1000.0))
+        ->type_name("FLOAT");
+}
+
 std::vector<std::pair<std::string, double>> NamedNumbers(const char* option,
                                                          const std::vector<std::string>& texts) {
     std::vector<std::pair<std::string, double>> pairs;

@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <map>
+#include <optional>
 #include <string>
 #include <type_traits>
 #include <utility>
@@ -49,6 +50,9 @@ CLI::Validator Enumerator(const std::map<std::string, Enumeration>& table) {
 
 /// --exchange; `purpose` goes behind the names that it takes.
 CLI::Option* AddExchange(CLI::App& command, ExchangeKind& exchange, const std::string& purpose);
+
+/// --zero, of the muffin tins; `purpose` goes behind its default.
+CLI::Option* AddZero(CLI::App& command, std::optional<double>& zero_eV, const std::string& purpose);
 
 /// Pairs such as Cu=343, in their order. A number alone has an empty name. Throws CLI::ValidationError for
 /// what is no number and for a name given twice.

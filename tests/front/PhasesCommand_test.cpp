@@ -48,7 +48,8 @@ TEST(PhasesCommand, MeetsTheShippedFiles) {
                     << a.AtomName;
             ASSERT_EQ(a.radial.LnX.size(), b.radial.LnX.size());
             EXPECT_NEAR(a.radial.LnX[1], b.radial.LnX[1], 1.1e-5);
-            EXPECT_NEAR(a.radial.LnX.back(), b.radial.LnX.back(), 1.1e-5);
+            // Those made here reach a little beyond the touching sphere.
+            EXPECT_NEAR(a.radial.LnX.back(), b.radial.LnX.back() + 1e-4, 1.1e-5);
         }
     }
 }
@@ -103,7 +104,7 @@ TEST(PhasesCommand, LeavesNothingBehindWhenItFails) {
         {{"--table", two, "--energy", "5", "-o", output}, 2, "--table needs --name"},
         {{cluster, "--energy", "560", "--radius", "Ag=1", "-o", output}, 1, "no atoms of the name \"Ag\""},
         {{cluster, "--energy", "560", "--radius", "3", "-o", output}, 1, "take a smaller radius"},
-        {{two, "--energy", "560", "-o", output}, 1, "Take a larger cluster, or give the zero (--zero)."},
+        {{two, "--energy", "560", "-o", output}, 1, "or, for a single layer of atoms, give the zero"},
         {{unknown, "--energy", "560", "-o", output}, 1, "There is no atomic field for the element"},
         {{"--energy", "560", inputs.Path("none.xml_cl"), "-o", output}, 1, "none.xml_cl"}};
     for (const auto& [words, status, message] : cases) {

@@ -20,7 +20,6 @@ constexpr std::size_t kPotentialPoints = 1201;  // spline good to 1e-8 of rV
 constexpr double kRestEnergy_eV = 510998.95;    // of the electron
 constexpr double kLongestStep = 0.004;          // in ln r: holds (2l + 1) h small
 constexpr double kPhaseOfStep = 0.04;           // radians of the local wave in a step
-constexpr std::int32_t kLargestSize = 61;
 
 /// With S = r R'/M, R = r^l p and S = r^l t the scalar-relativistic equation is
 ///     dp/dx = M t - l p,
@@ -89,9 +88,9 @@ private:
 void Check(const ContinuumRequest& request) {
     if (!(request.radius > kFirstRadius) || !(request.radius < 1000.0))
         throw ZfError("The radius of an atom has to lie between 1e-5 and 1000 bohr");
-    if (!(request.energy_eV > 0.0) || !(request.energy_eV <= 1e5))
+    if (!(request.energy_eV > 0.0) || !(request.energy_eV <= kHighestEnergy_eV))
         throw ZfError("A kinetic energy has to lie above 0 and up to 100000 eV");
-    if (request.lSize < 1 || request.lSize > kLargestSize)
+    if (request.lSize < 1 || request.lSize > kMostPartialWaves)
         throw ZfError("The number of partial waves has to lie between 1 and 61");
 }
 
@@ -141,10 +140,10 @@ public:
             KeepTable();
         }
         Advance(end);
-        if (next < points.size()) KeepTable();
         wave_.radius = request_.radius;
         wave_.k = WaveNumber(request_.energy_eV) * kBohr_m * std::sqrt(relativistic_ ? OutsideMass() : 1.0);
         Match();
+        if (next < points.size()) StepBeyond(points[next]);
         return std::move(wave_);
     }
 
@@ -172,7 +171,7 @@ private:
         RungeKutta solver(Equation());
         while (x_ < to) {
             const double local = std::sqrt(factor_ * std::abs(record_.E - plain_.V(x_))) * std::exp(x_);
-            const double step = request_.finest * std::min(kLongestStep, kPhaseOfStep / local);
+            const double step = std::min(kLongestStep, kPhaseOfStep / local);
             const double before = x_;
             const bool last = x_ + step >= to - 1e-9;
             former_ = y_;
@@ -201,6 +200,13 @@ private:
     double SlopeOfP(std::size_t l) const {
         const auto l0 = static_cast<double>(l);
         return relativistic_ ? heavy_.Mass(x_) * y_[2 * l + 1] - l0 * y_[2 * l] : y_[2 * l + 1];
+    }
+
+    /// A single short step, in which the field goes on past the sphere.
+    void StepBeyond(double to) {
+        RungeKutta(Equation()).Step(x_, to - x_, y_);
+        x_ = to;
+        KeepTable();
     }
 
     void KeepTable() {

@@ -7,6 +7,9 @@
 /// A potential around a nucleus: r in bohr, result in hartree, 0 outside the sphere.
 using RadialPotential = std::function<double(double)>;
 
+constexpr double kHighestEnergy_eV = 1e5;
+constexpr std::int32_t kMostPartialWaves = 61;
+
 enum class RadialEquation {
     kSchroedinger,
     /// Mass-velocity and Darwin terms, without the splitting by spin (D. D. Koelling, B. N. Harmon, J. Phys.
@@ -22,9 +25,9 @@ struct ContinuumRequest {
     double energy_eV = 0.0;  ///< kinetic energy where the potential is 0
     std::int32_t lSize = 0;  ///< l = 0 .. lSize - 1
     RadialEquation equation = RadialEquation::kSchroedinger;
-    /// Points of ln(r/m) at which P and L are kept, rising, within the integration; none: no tables.
+    /// Points of ln(r/m) at which P and L are kept, rising; none: no tables. The last may lie beyond the
+    /// sphere by up to a thousandth of its radius.
     std::vector<double> tablePoints;
-    double finest = 1.0;  ///< the steps are those of the default times this
 };
 
 /// The regular solutions R_l of the radial equation at one energy, normalised so that

@@ -14,11 +14,6 @@
 
 namespace {
 
-void CheckEnergyAndWeight(double kinetic_eV, double weight) {
-    CheckEnergies({kinetic_eV}, 1);
-    if (!(weight > 0.0) || !std::isfinite(weight)) throw ZfError("The weight has to be above 0");
-}
-
 void CheckLevel(const EmissionRequest& request) {
     if (IsOccupied(request.atom.atomicNumber, request.level.n, request.level.l)) return;
     throw ZfError("The element " + request.atom.symbol + " has no electrons in the level " +
@@ -57,8 +52,13 @@ void Normalise(std::vector<ZfEmittedWave>& waves, double weight) {
 
 }  // namespace
 
+void CheckSource(double kinetic_eV, double weight) {
+    CheckEnergies({kinetic_eV}, 1);
+    if (!(weight > 0.0) || !std::isfinite(weight)) throw ZfError("The weight has to be above 0");
+}
+
 Emission CoreLevelEmission(const EmissionRequest& request) {
-    CheckEnergyAndWeight(request.kinetic_eV, request.weight);
+    CheckSource(request.kinetic_eV, request.weight);
     CheckLevel(request);
     const auto field = [&](double r) { return SlaterField(request.atom, r); };
     Emission emission;
@@ -75,7 +75,7 @@ Emission CoreLevelEmission(const EmissionRequest& request) {
 }
 
 std::vector<ZfEmittedWave> IsotropicEmission(double kinetic_eV, double weight) {
-    CheckEnergyAndWeight(kinetic_eV, weight);
+    CheckSource(kinetic_eV, weight);
     std::vector<ZfEmittedWave> waves(1);
     waves[0].Ek = kinetic_eV;
     waves[0].coeff.SetSize(1);

@@ -28,10 +28,12 @@ struct Emission {
     std::vector<ZfEmittedWave> waves;  ///< for each part of the light one of each m = -l .. l of the level
 };
 
+/// Throws ZfError for an energy that no file keeps (CheckEnergies), and a weight that is not positive.
+void CheckSource(double kinetic_eV, double weight);
+
 /// The emitted waves of a core level in the dipole approximation, length form. The sum of |A_lm|^2 over all
 /// waves is 4 pi times the weight: without scatterers the intensity averages to the weight over all
-/// directions. Throws ZfError for a level that the ground state of the atom leaves empty, and for an energy
-/// that no file keeps (CheckEnergies) or a weight that is not positive.
+/// directions. Throws ZfError as CheckSource, and for a level that the ground state of the atom leaves empty.
 Emission CoreLevelEmission(const EmissionRequest& request);
 
 /// One wave of l = 0, as strong in all directions: a source like an Auger transition between s levels.

@@ -32,16 +32,6 @@ const AtomSurroundings& SpeciesOf(const PhaseShiftRequest& crystal, const std::s
     return *found;
 }
 
-double Zero(const PhaseShiftRequest& crystal, double kinetic_eV, const ScreeningTable& table) {
-    if (crystal.zero_eV) return *crystal.zero_eV / kHartree_eV;
-    const std::vector<MuffinTinSite> sites = MuffinTinSites(crystal, table);
-    if (sites.empty())
-        throw ZfError(
-            "The cluster is too small for a muffin-tin zero: no atom has neighbours all around it. "
-            "Take a larger cluster, or a free atom.");
-    return MuffinTinZero(sites, crystal.exchange, kinetic_eV / kHartree_eV);
-}
-
 }  // namespace
 
 ZfAtom EmitterOf(const ZfCluster& cluster) {
@@ -59,7 +49,7 @@ ZfAtom EmitterOf(const ZfCluster& cluster) {
 double SetCrystalField(EmissionRequest& request, const PhaseShiftRequest& crystal, const std::string& name,
                        const ScreeningTable& table) {
     const AtomSurroundings& species = SpeciesOf(crystal, name);
-    const double zero = Zero(crystal, request.kinetic_eV, table);
+    const double zero = CrystalZero(crystal, MuffinTinSites(crystal, table), request.kinetic_eV);
     const auto field = std::make_shared<SuperposedField>(table, species.element, species.shells);
     const MuffinTinPotential potential{field.get(), crystal.exchange, request.kinetic_eV / kHartree_eV, zero};
     request.potential = [field, potential](double r) { return potential(r); };

@@ -1,5 +1,7 @@
 #include "prepare/emission/PhotonEnergy.h"
 
+#include <fmt/format.h>
+
 #include <cmath>
 
 #include "foundation/Constants.h"
@@ -7,6 +9,29 @@
 #include "foundation/Text.h"
 #include "foundation/ZfError.h"
 #include "prepare/atomic/CoreOrbital.h"
+
+namespace {
+
+constexpr double kLargestFermi_eV = 1000.0;
+
+void CheckAboveZero(double energy, const char* what) {
+    if (!(energy > 0.0 && energy <= kHighestEnergy_eV))
+        throw ZfError(fmt::format("The {} has to lie above 0 and up to {:g} eV", what, kHighestEnergy_eV));
+}
+
+}  // namespace
+
+void CheckEnergy(const PhotoelectronEnergy& energy) {
+    if ((energy.kinetic_eV == 0.0) == (energy.photon_eV == 0.0))
+        throw ZfError("Either the kinetic energy or the photon energy has to be given");
+    if (energy.photon_eV == 0.0)
+        CheckAboveZero(energy.kinetic_eV, "kinetic energy");
+    else
+        CheckAboveZero(energy.photon_eV, "photon energy");
+    if (energy.binding_eV) CheckAboveZero(*energy.binding_eV, "binding energy");
+    if (!(energy.fermi_eV >= 0.0 && energy.fermi_eV <= kLargestFermi_eV))
+        throw ZfError(fmt::format("The Fermi energy has to lie between 0 and {:g} eV", kLargestFermi_eV));
+}
 
 double ParsePhotonEnergy(const std::string& text) {
     if (text == "Al") return 1486.6;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "prepare/atomic/BindingEnergies.h"
@@ -8,6 +9,17 @@
 /// Photon energy in eV: a number, or "Al", "Mg" and "Ag" for the K-alpha (silver: L-alpha) lines of X-ray
 /// tubes. Throws ZfError for anything else.
 double ParsePhotonEnergy(const std::string& text);
+
+/// The energy of a photoelectron, given as such or by the photon that frees it.
+struct PhotoelectronEnergy {
+    double kinetic_eV = 0.0;           ///< inside the crystal, above the muffin-tin zero; 0: by the photon
+    double photon_eV = 0.0;            ///< 0: the kinetic energy is given
+    std::optional<double> binding_eV;  ///< below the Fermi level; otherwise from a table
+    double fermi_eV = 10.0;            ///< Fermi level above the muffin-tin zero
+};
+
+/// Throws ZfError unless one of kinetic and photon energy is given, and all that are given are in range.
+void CheckEnergy(const PhotoelectronEnergy& energy);
 
 /// Energy in eV of the level's orbital below the vacuum, calculated in Slater's field of the free atom.
 double OrbitalBinding(const ScreenedAtom& atom, const CoreLevel& level);

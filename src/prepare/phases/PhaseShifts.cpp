@@ -1,9 +1,10 @@
 #include "prepare/phases/PhaseShifts.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <cstdio>
 
 #include "foundation/Constants.h"
 #include "foundation/ZfError.h"
@@ -11,6 +12,11 @@
 namespace {
 
 constexpr double kCompleteEnough = 0.6;
+/// Touching spheres of a crystal put atoms exactly on the cylinder about the way to another, as (1/2, 1/2, 0)
+/// of fcc on that to (1, 1/2, 1/2). The radius that a record tells is so much larger that all of them are in,
+/// whatever the last digits of a file.
+constexpr double kBeyondTouching = 1e-4;
+constexpr double kLargestZero_eV = 1000.0;
 constexpr int kMostRadialPoints = 1000;  // their distance stays above the digits of LnX in a file
 
 std::string Origin(const PhaseShiftRequest& request) {
@@ -31,27 +37,37 @@ std::string Origin(const PhaseShiftRequest& request) {
     return text;
 }
 
+/// Species whose cell the cluster does not close. Where it closes that of others, it is large enough, and the
+/// species stands at a surface.
 void WarnOfGaps(const PhaseShiftRequest& request, std::vector<std::string>& warnings) {
+    const auto isWhole = [](const AtomSurroundings& s) { return s.completeness >= kCompleteEnough; };
+    const bool atSurface = std::any_of(request.species.begin(), request.species.end(), isWhole);
     for (const AtomSurroundings& species : request.species) {
-        if (species.completeness >= kCompleteEnough) continue;
-        std::string text = species.name + ": no atom of this name has its neighbours all around it";
-        if (species.completeness > 0.0) {
-            char part[64];
-            std::snprintf(part, sizeof part, " (about %.0f%% are there)", species.completeness * 100.0);
-            text += part;
-        }
-        warnings.push_back(text +
-                           "; its field lacks those of the missing ones. Take a larger cluster, or the "
-                           "crystal.");
+        if (isWhole(species)) continue;
+        warnings.push_back(fmt::format(
+            "{}: no atom of this name has its neighbours all around it{}; its field {}", species.name,
+            species.completeness > 0.0
+                ? fmt::format(" (about {:.0f}% are there)", species.completeness * 100.0)
+                : "",
+            atSurface
+                ? "is that of those that are there, which suits an atom at the surface. For one inside, "
+                  "take a larger cluster, or the crystal."
+                : "lacks those of the missing ones. Take a larger cluster, or the crystal; a single "
+                  "layer of atoms has no others."));
     }
 }
 
+double OuterRadius(const PhaseShiftRequest& request, const AtomSurroundings& species) {
+    const double radius = MuffinTinRadius(request, species);
+    return request.radius_angstrom.contains(species.name) ? radius : radius * (1.0 + kBeyondTouching);
+}
+
 /// Points of ln(r/m) that a file of 7 digits keeps.
-std::vector<double> TablePoints(int count, double radius_angstrom) {
+std::vector<double> TablePoints(int count, double outer_angstrom) {
     std::vector<double> points;
     points.reserve(static_cast<std::size_t>(count));
     const double begin = FirstLogRadius();
-    const double end = std::log(radius_angstrom * 1e-10);
+    const double end = std::log(outer_angstrom * 1e-10);
     for (int i = 0; i < count; ++i)
         points.push_back(std::round((begin + (end - begin) * i / (count - 1)) * 1e5) / 1e5);
     return points;
@@ -69,22 +85,14 @@ public:
     PhaseShiftResult Run() {
         WarnOfGaps(request_, result_.warnings);
         std::vector<double> zeros;
-        for (const double energy : request_.energies_eV) zeros.push_back(Zero(energy));
+        for (const double energy : request_.energies_eV)
+            zeros.push_back(CrystalZero(request_, sites_, energy));
         for (std::size_t s = 0; s < request_.species.size(); ++s)
             for (std::size_t e = 0; e < zeros.size(); ++e) Add(s, request_.energies_eV[e], zeros[e]);
         return std::move(result_);
     }
 
 private:
-    double Zero(double energy_eV) const {
-        if (request_.zero_eV) return *request_.zero_eV / kHartree_eV;
-        if (sites_.empty())
-            throw ZfError(
-                "The cluster is too small for a muffin-tin zero: no atom has neighbours all around "
-                "it. Take a larger cluster, or give the zero (--zero).");
-        return MuffinTinZero(sites_, request_.exchange, energy_eV / kHartree_eV);
-    }
-
     void Add(std::size_t s, double energy_eV, double zero) {
         const AtomSurroundings& species = request_.species[s];
         PhaseShiftRow row;
@@ -94,18 +102,15 @@ private:
                     {},
                     MuffinTinRadius(request_, species),
                     species.NearestDistance() * kBohr_angstrom,
-                    Origin(request_)};
+                    Origin(request_),
+                    OuterRadius(request_, species)};
         row.zero_eV = zero * kHartree_eV;
         const MuffinTinPotential potential{&fields_[s], request_.exchange, energy_eV / kHartree_eV, zero};
-        ContinuumRequest equation{potential,
-                                  row.list.radius_angstrom / kBohr_angstrom,
-                                  energy_eV,
-                                  request_.limits.lMax + 1,
-                                  request_.equation,
-                                  {},
-                                  1.0};
+        ContinuumRequest equation{potential,         row.list.radius_angstrom / kBohr_angstrom,
+                                  energy_eV,         request_.limits.lMax + 1,
+                                  request_.equation, {}};
         if (request_.radialPoints > 0)
-            equation.tablePoints = TablePoints(request_.radialPoints, row.list.radius_angstrom);
+            equation.tablePoints = TablePoints(request_.radialPoints, row.list.outer_angstrom);
         ContinuumWave wave = SolveContinuum(equation);
         for (const double delta : wave.delta) row.list.degrees.push_back(Degrees(delta));
         row.size = LimitedSize(row.list, request_.limits, result_.warnings);
@@ -130,24 +135,17 @@ private:
     PhaseShiftResult result_;
 };
 
-void CheckRadius(const PhaseShiftRequest& request, const std::string& name, double radius) {
-    const bool known = std::any_of(request.species.begin(), request.species.end(),
-                                   [&](const AtomSurroundings& species) { return species.name == name; });
-    if (!known) throw ZfError("There are no atoms of the name \"" + name + "\" whose radius is given");
-    if (!(radius > 0.01)) throw ZfError("The radius of \"" + name + "\" has to be above 0.01 angstrom");
-}
-
+/// What depends on the species.
 void Check(const PhaseShiftRequest& request) {
     CheckEnergies(request.energies_eV, request.species.size());
-    if (request.limits.lMax < 0 || request.limits.lMax > 60)
-        throw ZfError("The largest l has to lie between 0 and 60");
-    if (request.radialPoints != 0 && (request.radialPoints < 2 || request.radialPoints > kMostRadialPoints))
-        throw ZfError("The tables of the radial wave need 2 to 1000 points");
     for (const AtomSurroundings& species : request.species)
         if (!(MuffinTinRadius(request, species) < species.NearestDistance() * kBohr_angstrom))
             throw ZfError("The radius of \"" + species.name +
                           "\" reaches the nearest neighbour: take a smaller radius");
-    for (const auto& given : request.radius_angstrom) CheckRadius(request, given.first, given.second);
+    for (const auto& [name, radius] : request.radius_angstrom)
+        if (std::none_of(request.species.begin(), request.species.end(),
+                         [&](const AtomSurroundings& species) { return species.name == name; }))
+            throw ZfError("There are no atoms of the name \"" + name + "\" whose radius is given");
 }
 
 }  // namespace
@@ -169,7 +167,30 @@ std::vector<MuffinTinSite> MuffinTinSites(const PhaseShiftRequest& request, cons
     return sites;
 }
 
+void CheckSettings(const PhaseShiftRequest& request) {
+    CheckLimits(request.limits);
+    if (!request.energies_eV.empty()) CheckEnergies(request.energies_eV, 1);
+    if (request.radialPoints != 0 && (request.radialPoints < 2 || request.radialPoints > kMostRadialPoints))
+        throw ZfError("The tables of the radial wave need 2 to 1000 points");
+    if (request.zero_eV && !(std::abs(*request.zero_eV) <= kLargestZero_eV))
+        throw ZfError("The muffin-tin zero has to lie between -1000 and 1000 eV");
+    for (const auto& [name, radius] : request.radius_angstrom)
+        if (!(radius > 0.01) || !std::isfinite(radius))
+            throw ZfError("The radius of \"" + name + "\" has to be above 0.01 angstrom");
+}
+
+double CrystalZero(const PhaseShiftRequest& request, const std::vector<MuffinTinSite>& sites,
+                   double energy_eV) {
+    if (request.zero_eV) return *request.zero_eV / kHartree_eV;
+    if (sites.empty())
+        throw ZfError(
+            "The muffin-tin zero is open: no atom of the cluster has neighbours all around it. Take a larger "
+            "cluster or, for a single layer of atoms, give the zero");
+    return MuffinTinZero(sites, request.exchange, energy_eV / kHartree_eV);
+}
+
 PhaseShiftResult CalculatePhaseShifts(const PhaseShiftRequest& request, const ScreeningTable& table) {
+    CheckSettings(request);
     Check(request);
     return Calculation(request, table).Run();
 }
@@ -177,6 +198,7 @@ PhaseShiftResult CalculatePhaseShifts(const PhaseShiftRequest& request, const Sc
 PhaseShiftResult PhaseShiftsOfTable(const PhaseShiftTable& table, const PhaseShiftList& atoms,
                                     const std::vector<double>& energies_eV, const PhaseShiftLimits& limits,
                                     bool linear) {
+    CheckLimits(limits);
     CheckEnergies(energies_eV, 1);
     PhaseShiftResult result;
     for (const double energy : energies_eV) {
@@ -194,15 +216,11 @@ std::string PhaseShiftListing(const std::vector<PhaseShiftRow>& rows) {
     std::string text =
         "# species, kinetic energy and muffin-tin zero (eV), muffin-tin radius (angstrom), number of l,\n"
         "# phase shifts of l = 0, 1, ... (degrees)\n";
-    char number[128];
     for (const PhaseShiftRow& row : rows) {
-        std::snprintf(number, sizeof number, "%-6s %7g %8.3f %7.4f %3d ", row.list.name.c_str(),
-                      row.list.energy_eV, row.zero_eV, row.list.radius_angstrom, row.size);
-        text += number;
-        for (std::int32_t l = 0; l < row.size; ++l) {
-            std::snprintf(number, sizeof number, " %8.3f", row.list.degrees[static_cast<std::size_t>(l)]);
-            text += number;
-        }
+        text += fmt::format("{:<6} {:>7g} {:8.3f} {:7.4f} {:3d} ", row.list.name, row.list.energy_eV,
+                            row.zero_eV, row.list.radius_angstrom, row.size);
+        for (std::int32_t l = 0; l < row.size; ++l)
+            text += fmt::format(" {:8.3f}", row.list.degrees[static_cast<std::size_t>(l)]);
         text += '\n';
     }
     return text;

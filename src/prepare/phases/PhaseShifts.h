@@ -43,8 +43,17 @@ double MuffinTinRadius(const PhaseShiftRequest& request, const AtomSurroundings&
 /// The sites of species whose cell is known, as far as muffin-tin zeros need them.
 std::vector<MuffinTinSite> MuffinTinSites(const PhaseShiftRequest& request, const ScreeningTable& table);
 
-/// Throws ZfError for energies or records that no document takes, elements without a field, and surroundings
-/// that leave the muffin-tin zero open.
+/// The muffin-tin zero at a kinetic energy (eV), hartree: the one asked for, or the average between the
+/// spheres of `sites`, those of the request. Throws ZfError when there is neither.
+double CrystalZero(const PhaseShiftRequest& request, const std::vector<MuffinTinSite>& sites,
+                   double energy_eV);
+
+/// Throws ZfError for what is out of range whatever the species are: limits, radii, zero, radial points, and
+/// energies where some are given.
+void CheckSettings(const PhaseShiftRequest& request);
+
+/// Throws ZfError as CheckSettings, for records that no document takes, elements without a field, and
+/// surroundings that leave the muffin-tin zero open.
 PhaseShiftResult CalculatePhaseShifts(const PhaseShiftRequest& request, const ScreeningTable& table);
 
 /// The phase shifts of a published table at energies within it, for the atoms that `atoms` names, with radius

@@ -23,12 +23,15 @@ double DebyeTemperatureOf(const std::string& element, const VibrationRequest& re
                   "=300 (in a recipe debye = { " + element + " = 300 })");
 }
 
-void RefuseStrangers(const VibrationRequest& request) {
-    for (const auto& [element, temperature] : request.debyeTemperature_K) {
-        const auto& elements = request.elements;
-        if (std::find(elements.begin(), elements.end(), element) != elements.end()) continue;
-        std::string message = "There is a Debye temperature for ";
-        throw ZfError(message + element + ", which is not among the elements: leave it out");
+void CheckDebyeTemperatures(const VibrationRequest& request) {
+    const std::vector<std::string>& elements = request.elements;
+    for (const auto& [element, temperature_K] : request.debyeTemperature_K) {
+        AtomicNumberOf(element);
+        if (!(temperature_K > 0.0) || !std::isfinite(temperature_K))
+            throw ZfError("The Debye temperature of " + element + " has to be above 0 kelvin");
+        if (!elements.empty() && std::find(elements.begin(), elements.end(), element) == elements.end())
+            throw ZfError("There is a Debye temperature for " + element +
+                          ", which is not among the elements: leave it out");
     }
 }
 
@@ -36,14 +39,10 @@ void AddDebyeTemperatures(ZfFluctuation& fluctuation, const VibrationRequest& re
                           const DebyeTable& table) {
     if (request.elements.empty())
         throw ZfError("The Debye model needs the elements: give a cluster or name them");
-    RefuseStrangers(request);
     for (const std::string& element : request.elements) {
         AtomicNumberOf(element);
-        const double temperature = DebyeTemperatureOf(element, request, table);
-        if (!(temperature > 0.0) || !std::isfinite(temperature))
-            throw ZfError("The Debye temperature of " + element + " has to be above 0 kelvin");
         fluctuation.DebyeElement_.push_back(element);
-        fluctuation.DebyeTemperature_K_.push_back(temperature);
+        fluctuation.DebyeTemperature_K_.push_back(DebyeTemperatureOf(element, request, table));
     }
 }
 
@@ -75,9 +74,14 @@ double DebyeIntegral(double x) {
 
 }  // namespace
 
-ZfFluctuation MakeFluctuation(const VibrationRequest& request, const DebyeTable& table) {
+void CheckVibrations(const VibrationRequest& request) {
     if (!(request.temperature_K >= 0.0) || !std::isfinite(request.temperature_K))
         throw ZfError("The temperature has to be 0 kelvin or above");
+    if (request.model == VibrationModel::Debye) CheckDebyeTemperatures(request);
+}
+
+ZfFluctuation MakeFluctuation(const VibrationRequest& request, const DebyeTable& table) {
+    CheckVibrations(request);
     ZfFluctuation fluctuation;
     fluctuation.Temperature_K_ = request.temperature_K;
     fluctuation.IsUseUisoInCluster_ = request.model == VibrationModel::Cluster;

@@ -21,9 +21,12 @@ struct VibrationRequest {
     std::map<std::string, double> debyeTemperature_K{};  ///< those given; the others come from the table
 };
 
-/// The document of the request. Only the Debye model lists its elements. Throws ZfError for a temperature
-/// below 0, and under the Debye model for no elements, a symbol that is none, a Debye temperature that is not
-/// above 0, one that is missing, and one for an element that is not in the list.
+/// Throws ZfError for a temperature below 0 and, under the Debye model, for Debye temperatures not above 0,
+/// of symbols that are no elements or, where elements are given, of others than those.
+void CheckVibrations(const VibrationRequest& request);
+
+/// The document of the request. Only the Debye model lists its elements. Throws ZfError as
+/// CheckVibrations, and under the Debye model for no elements, and for one without Debye temperature.
 ZfFluctuation MakeFluctuation(const VibrationRequest& request, const DebyeTable& table);
 
 /// The file appears whole or not at all. Throws ZfError.

@@ -76,7 +76,13 @@ TEST(PhaseShifts, RadialTablesJoinTheFreeWave) {
     const ZfPhaseShiftRecord& record = result.document.records[0];
     ASSERT_EQ(record.radial.P.size(), 14U);
     const double radius = std::exp(record.radial.LnX.back());
-    EXPECT_NEAR(radius * 1e10, 3.61 * std::sqrt(0.125), 1e-4);
+    EXPECT_NEAR(radius * 1e10, 3.61 * std::sqrt(0.125) * 1.0001, 2e-5);
+    // A radius that is asked for stays, and the wave goes on beyond it.
+    request.radius_angstrom = {{"Cu", 3.61 * std::sqrt(0.125)}};
+    const ZfPhaseShiftRecord at = CalculatePhaseShifts(request, Fields()).document.records[0];
+    const double further = record.radial.LnX.back() - at.radial.LnX.back();
+    EXPECT_NEAR(further, 1e-4, 1.1e-5);
+    EXPECT_NEAR(record.radial.P[2].back(), at.radial.P[2].back() + further * at.radial.L[2].back(), 1e-9);
     // q = dp/dlnr, by central differences of p on the grid.
     const std::vector<double>& x = record.radial.LnX;
     for (const std::size_t l : {0U, 2U, 13U}) {
@@ -87,7 +93,7 @@ TEST(PhaseShifts, RadialTablesJoinTheFreeWave) {
 }
 
 TEST(PhaseShiftFile, EndsAtTheLastLargePhase) {
-    PhaseShiftList list{"Cu", "Cu", 560.0, {90, 0.1, 1.0, 0.29, 0.31, 0.2}, 1.276, 2.553, ""};
+    PhaseShiftList list{"Cu", "Cu", 560.0, {90, 0.1, 1.0, 0.29, 180.31, 0.2, 180.1, 359.9}, 1.276, 2.553, ""};
     std::vector<std::string> warnings;
     EXPECT_EQ(LimitedSize(list, {}, warnings), 5);
     EXPECT_EQ(LimitedSize(list, {2, 0.3, 0.8}, warnings), 3);
@@ -118,4 +124,27 @@ TEST(PhaseShiftFile, RefusesEnergiesThatWouldNotBeFound) {
     EXPECT_EQ(ErrorText([&] { CheckEnergies(many, 2); }), "no failure");
     EXPECT_EQ(ErrorText([&] { CheckEnergies(many, 3); }),
               "192 records are more than the 128 of a document: ask for fewer energies");
+}
+
+// What no calculation takes is refused before one begins, with or without species.
+TEST(PhaseShifts, RefusesSettingsOutOfRange) {
+    const auto refusal = [](auto change) {
+        PhaseShiftRequest request;
+        change(request);
+        return ErrorText([&] { CheckSettings(request); });
+    };
+    using R = PhaseShiftRequest&;
+    EXPECT_EQ(refusal([](R) {}), "no failure");
+    EXPECT_EQ(refusal([](R r) { r.energies_eV = {560, 2e5}; }), "The energy 200000 eV is above 100000 eV");
+    EXPECT_EQ(refusal([](R r) { r.limits.lMax = 61; }), "The largest l has to lie between 0 and 60");
+    EXPECT_EQ(refusal([](R r) { r.limits.cut_deg = -1.0; }),
+              "The cut of phase shifts has to lie between 0 and 180 degrees");
+    EXPECT_EQ(refusal([](R r) { r.zero_eV = -2000.0; }),
+              "The muffin-tin zero has to lie between -1000 and 1000 eV");
+    EXPECT_EQ(refusal([](R r) {
+                  r.radius_angstrom = {{"O", 0.0}};
+              }),
+              "The radius of \"O\" has to be above 0.01 angstrom");
+    EXPECT_EQ(refusal([](R r) { r.radialPoints = 1; }),
+              "The tables of the radial wave need 2 to 1000 points");
 }

@@ -58,6 +58,10 @@ TEST(MakeFluctuation, RefusesWhatARunWouldNotTake) {
               "There is a Debye temperature for Si, which is not among the elements: leave it out");
     EXPECT_EQ(Refusal({.elements = {"Cu"}, .debyeTemperature_K = {{"Cu", 0.0}}}),
               "The Debye temperature of Cu has to be above 0 kelvin");
+    // Before the elements are known.
+    EXPECT_EQ(ErrorText([] { CheckVibrations({.debyeTemperature_K = {{"Xx", 300.0}}}); }),
+              "There is no element \"Xx\": write symbols as in Cu, case counts");
+    EXPECT_EQ(ErrorText([] { CheckVibrations({.debyeTemperature_K = {{"Si", 645.0}}}); }), "no failure");
     EXPECT_EQ(Refusal({.temperature_K = -1.0, .elements = {"Cu"}}),
               "The temperature has to be 0 kelvin or above");
 }
