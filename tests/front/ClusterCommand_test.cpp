@@ -18,7 +18,7 @@ Arguments Joined(Arguments first, const Arguments& second) {
 
 std::string Example(const std::string& name) {
     std::ostringstream text;
-    text << std::ifstream(std::string(QVRE_EXAMPLES) + "/" + name, std::ios::binary).rdbuf();
+    text << std::ifstream(QVRE_EXAMPLES "/" + name, std::ios::binary).rdbuf();
     return text.str();
 }
 

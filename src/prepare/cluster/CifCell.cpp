@@ -5,6 +5,7 @@
 #include <exception>
 #include <gemmi/cif.hpp>
 #include <gemmi/smcif.hpp>
+#include <regex>
 
 #include "foundation/ZfError.h"
 #include "prepare/cluster/CrystalSources.h"
@@ -105,6 +106,12 @@ CrystalCell Expand(gemmi::cif::Block& block) {
     return cell;
 }
 
+/// "string:150:11(3041): expected value" names a source that nobody knows.
+std::string PlaceInWords(const std::string& message) {
+    static const std::regex place("^string:([0-9]+):([0-9]+)(\\([0-9]+\\))?: *");
+    return std::regex_replace(message, place, "line $1, column $2: ");
+}
+
 }  // namespace
 
 CrystalCell ParseCif(const std::string& text) {
@@ -112,6 +119,6 @@ CrystalCell ParseCif(const std::string& text) {
         gemmi::cif::Document document = gemmi::cif::read_string(text);
         return Expand(BlockWithAtoms(document));
     } catch (const std::exception& error) {
-        throw ZfError(std::string("it is no valid CIF: ") + error.what());
+        throw ZfError("it is no valid CIF: " + PlaceInWords(error.what()));
     }
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <optional>
 #include <set>
 
 #include "foundation/ZfError.h"
@@ -15,6 +16,8 @@ namespace {
 void CheckNumbers(const ClusterRequest& request) {
     if (!std::isfinite(request.size_A) || request.size_A < 0.0)
         throw ZfError("The size of the cluster has to be above 0 angstrom");
+    if (request.size_A == 0.0 && request.atoms > kMostAtoms)
+        throw ZfError("More than " + std::to_string(kMostAtoms) + " atoms are not made");
     if (request.size_A == 0.0 && request.atoms < 2) throw ZfError("A cluster needs at least 2 atoms");
     if (!std::isfinite(request.azimuth_deg)) throw ZfError("The azimuth is no angle");
     if (request.domains_deg.empty() || request.layers.empty())
@@ -112,14 +115,36 @@ void AddStructure(const ClusterRequest& request, const SurfaceFrame& frame, cons
 
 }  // namespace
 
+namespace {
+
+/// A request whose numbers are checked, with what follows from them.
+struct Settled {
+    explicit Settled(const ClusterRequest& wanted) : request(wanted) {
+        CheckNumbers(request);
+        CheckCell(request.cell);
+        hasUiso = SettleDisplacements(request);
+        frame.emplace(request.cell, request.surface);
+        emitters = FindEmitters(request, *frame);
+    }
+
+    ClusterRequest request;  ///< with displacements
+    bool hasUiso = false;
+    std::optional<SurfaceFrame> frame;
+    std::vector<EmitterSite> emitters;
+};
+
+}  // namespace
+
+void CheckClusterRequest(const ClusterRequest& request) {
+    static_cast<void>(Settled(request));
+}
+
 MadeCluster MakeCluster(const ClusterRequest& request) {
-    CheckNumbers(request);
-    CheckCell(request.cell);
-    ClusterRequest settled = request;
+    const Settled settled(request);
     MadeCluster made;
-    made.hasUiso = SettleDisplacements(settled);
-    const SurfaceFrame frame(request.cell, request.surface);
-    for (const EmitterSite& emitter : FindEmitters(request, frame))
-        for (const double domain : request.domains_deg) AddStructure(settled, frame, emitter, domain, made);
+    made.hasUiso = settled.hasUiso;
+    for (const EmitterSite& emitter : settled.emitters)
+        for (const double domain : request.domains_deg)
+            AddStructure(settled.request, *settled.frame, emitter, domain, made);
     return made;
 }

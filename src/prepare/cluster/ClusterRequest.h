@@ -59,6 +59,10 @@ struct MadeCluster {
     bool hasUiso = false;
 };
 
+/// Throws what MakeCluster throws before it cuts: for numbers out of range, a cell that is none, emitters and
+/// layers that do not exist, and Debye temperatures without their element.
+void CheckClusterRequest(const ClusterRequest& request);
+
 /// Cuts one structure for each layer, emitter site and domain, in this order. Throws ZfError with what to
 /// change when the request cannot be met.
 MadeCluster MakeCluster(const ClusterRequest& request);

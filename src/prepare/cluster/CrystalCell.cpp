@@ -1,13 +1,15 @@
 #include "prepare/cluster/CrystalCell.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <map>
 #include <numeric>
 
 #include "foundation/ZfError.h"
 #include "input/ZfAtomName.h"
+#include "prepare/cluster/CellGrid.h"
 
 namespace {
 
@@ -29,8 +31,11 @@ void CheckAxes(const CrystalCell& cell) {
     for (int i = 0; i < 3; ++i) {
         const double spacing = 1.0 / reciprocal.row_copy(i).length();
         const double length = cell.axes.column_copy(i).length();
-        if (!(spacing > kNearest_A) || !(length < kLargest_A))
-            throw ZfError("The cell has no sensible volume: check its lengths (angstrom) and angles");
+        if (spacing > kNearest_A && length < kLargest_A) continue;
+        throw ZfError(fmt::format(
+            "The cell has no sensible volume: its axis {} is {:.4g} angstrom long and its lattice "
+            "planes along it stand {:.4g} angstrom apart; check lengths (angstrom) and angles",
+            "abc"[i], length, spacing));
     }
 }
 
@@ -42,25 +47,21 @@ void CheckPlace(const CellAtom& atom) {
 }
 
 [[noreturn]] void ThrowTooClose(const CrystalCell& cell, std::size_t i, std::size_t j, double distance) {
-    std::array<char, 200> text = {};
-    std::snprintf(text.data(), text.size(),
-                  "Atoms %zu (%s) and %zu (%s) of the cell are %.3f angstrom apart, images included: "
-                  "more than %.1f is needed",
-                  i + 1, cell.atoms[i].element.c_str(), j + 1, cell.atoms[j].element.c_str(), distance,
-                  kNearest_A);
-    throw ZfError(text.data());
+    throw ZfError(
+        fmt::format("Atoms {} ({}) and {} ({}) of the cell are {:.3f} angstrom apart, images included: more "
+                    "than {:.1f} is needed",
+                    i + 1, cell.atoms[i].element, j + 1, cell.atoms[j].element, distance, kNearest_A));
 }
 
-void CheckPair(const CrystalCell& cell, const gemmi::Mat33& reciprocal, std::size_t i, std::size_t j) {
-    const gemmi::Vec3 apart = cell.atoms[i].fractional - cell.atoms[j].fractional;
-    const CellBox box(reciprocal, apart, kNearest_A);
-    for (int u = box.first[0]; u <= box.last[0]; ++u)
-        for (int v = box.first[1]; v <= box.last[1]; ++v)
-            for (int w = box.first[2]; w <= box.last[2]; ++w) {
-                if (i == j && u == 0 && v == 0 && w == 0) continue;
-                const double distance = cell.axes.multiply(gemmi::Vec3(u, v, w) - apart).length();
-                if (distance <= kNearest_A) ThrowTooClose(cell, i, j, distance);
-            }
+void CheckDistances(const CrystalCell& cell) {
+    const CellGrid grid(cell);
+    for (std::size_t i = 0; i < cell.atoms.size(); ++i) {
+        bool itself = false;
+        for (const CellGrid::Found& found : grid.Near(cell.atoms[i].fractional, kNearest_A)) {
+            if (found.atom != i || itself) ThrowTooClose(cell, i, found.atom, found.distance);
+            itself = true;
+        }
+    }
 }
 
 }  // namespace
@@ -110,7 +111,5 @@ void CheckCell(const CrystalCell& cell) {
     for (const CellAtom& atom : cell.atoms) CheckElement(atom.element);
     CheckAxes(cell);
     for (const CellAtom& atom : cell.atoms) CheckPlace(atom);
-    const gemmi::Mat33 reciprocal = cell.Reciprocal();
-    for (std::size_t i = 0; i < cell.atoms.size(); ++i)
-        for (std::size_t j = i; j < cell.atoms.size(); ++j) CheckPair(cell, reciprocal, i, j);
+    CheckDistances(cell);
 }

@@ -20,5 +20,9 @@ CrystalCell LoadCell(const std::string& path) {
     if (extension != ".cif" && extension != ".cell" && extension != ".xyz" && extension != ".extxyz")
         throw ZfError("Cannot tell the format of " + path +
                       ": a crystal is a .cif, .xyz, .extxyz or .cell file");
-    return Naming(path, [&] { return ParseCell(extension, ReadTextFile(path)); });
+    return Naming(path, [&] {
+        const CrystalCell cell = ParseCell(extension, ReadTextFile(path));
+        CheckCell(cell);
+        return cell;
+    });
 }

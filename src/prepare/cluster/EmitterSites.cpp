@@ -1,10 +1,13 @@
 #include "prepare/cluster/EmitterSites.h"
 
 #include <algorithm>
+#include <map>
+#include <optional>
 #include <set>
 #include <string>
 
 #include "foundation/ZfError.h"
+#include "prepare/cluster/CellGrid.h"
 
 namespace {
 
@@ -21,26 +24,79 @@ bool Holds(const std::vector<std::string>& elements, const std::string& element)
     return std::find(elements.begin(), elements.end(), element) != elements.end();
 }
 
-/// Whether the translation from atom a to atom b brings the crystal to coincide with itself.
-bool IsTranslation(const CrystalCell& cell, std::size_t a, std::size_t b) {
-    const gemmi::Vec3 shift = cell.atoms[b].fractional - cell.atoms[a].fractional;
-    return std::all_of(cell.atoms.begin(), cell.atoms.end(), [&](const CellAtom& from) {
-        return std::any_of(cell.atoms.begin(), cell.atoms.end(), [&](const CellAtom& to) {
-            return from.element == to.element &&
-                   cell.DistanceFromLattice(from.fractional + shift - to.fractional) < kSamePlace_A;
+/// The sets of atoms that translations of the crystal bring to coincide.
+class TranslationClasses {
+public:
+    explicit TranslationClasses(const CrystalCell& cell) : cell_(cell), grid_(cell) {
+        for (std::size_t atom = 0; atom < cell.atoms.size(); ++atom) {
+            class_.push_back(atom);
+            order_.push_back(atom);
+        }
+        // A translation brings an atom to one of its element: those of the rarest are the ones to try.
+        const std::vector<std::size_t> rarest = RarestElement();
+        for (const std::size_t target : rarest) {
+            if (Of(target) == Of(rarest[0])) continue;  // follows from translations that are known
+            const std::vector<std::size_t> images =
+                Images(cell.atoms[target].fractional - cell.atoms[rarest[0]].fractional);
+            for (std::size_t atom = 0; atom < images.size(); ++atom) Join(atom, images[atom]);
+        }
+    }
+
+    /// The first atom of its set stands for all.
+    std::size_t Of(std::size_t atom) {
+        while (class_[atom] != atom) atom = class_[atom] = class_[class_[atom]];
+        return atom;
+    }
+
+private:
+    std::vector<std::size_t> RarestElement() const {
+        std::map<std::string, std::vector<std::size_t>> atoms;
+        for (std::size_t atom = 0; atom < cell_.atoms.size(); ++atom)
+            atoms[cell_.atoms[atom].element].push_back(atom);
+        const auto rarest = std::min_element(atoms.begin(), atoms.end(), [](const auto& a, const auto& b) {
+            return a.second.size() < b.second.size();
         });
-    });
-}
+        return rarest == atoms.end() ? std::vector<std::size_t>() : rarest->second;
+    }
+
+    /// Where a shift brings each atom; empty when one of them comes to no atom of its element. The atom that
+    /// spoils a shift is the first to be looked at for the next.
+    std::vector<std::size_t> Images(const gemmi::Vec3& shift) {
+        std::vector<std::size_t> images(order_.size());
+        for (std::size_t i = 0; i < order_.size(); ++i) {
+            const CellAtom& from = cell_.atoms[order_[i]];
+            const std::vector<CellGrid::Found> found = grid_.Near(from.fractional + shift, kSamePlace_A);
+            const auto image = std::find_if(found.begin(), found.end(), [&](const CellGrid::Found& to) {
+                return cell_.atoms[to.atom].element == from.element;
+            });
+            if (image == found.end()) {
+                std::swap(order_[0], order_[i]);
+                return {};
+            }
+            images[order_[i]] = image->atom;
+        }
+        return images;
+    }
+
+    void Join(std::size_t a, std::size_t b) {
+        const std::size_t classA = Of(a);
+        const std::size_t classB = Of(b);
+        class_[std::max(classA, classB)] = std::min(classA, classB);
+    }
+
+    const CrystalCell& cell_;
+    CellGrid grid_;
+    std::vector<std::size_t> class_;  // an atom of the same set; itself, when it is the first
+    std::vector<std::size_t> order_;  // in which atoms are looked at
+};
 
 /// Atoms of the element, one of each set that translations join.
 std::vector<std::size_t> DifferentSites(const CrystalCell& cell, const std::string& element) {
+    TranslationClasses classes(cell);
+    std::set<std::size_t> known;
     std::vector<std::size_t> sites;
-    for (std::size_t i = 0; i < cell.atoms.size(); ++i) {
-        if (cell.atoms[i].element != element) continue;
-        const bool known = std::any_of(sites.begin(), sites.end(),
-                                       [&](std::size_t site) { return IsTranslation(cell, site, i); });
-        if (!known) sites.push_back(i);
-    }
+    for (std::size_t i = 0; i < cell.atoms.size(); ++i)
+        if (cell.atoms[i].element == element && known.insert(classes.Of(i)).second) sites.push_back(i);
     return sites;
 }
 
@@ -88,14 +144,20 @@ std::vector<EmitterSite> InLayer(const ClusterRequest& request, const SurfaceFra
     return found;
 }
 
+/// The layers in which a site can emit, within one period of the planes.
+void AddLayers(const ClusterRequest& request, const SurfaceFrame& frame, std::size_t site,
+               std::set<int>& layers) {
+    const std::optional<int> slabLayer = LayerInSlab(frame, site);
+    const int first = slabLayer.value_or(1);
+    const int last = slabLayer.value_or(static_cast<int>(frame.planes.size()));
+    for (int layer = first; layer <= last; ++layer)
+        if (!layers.contains(layer) && !InLayer(request, frame, {site}, layer).empty()) layers.insert(layer);
+}
+
 [[noreturn]] void ThrowNoSuchLayer(const ClusterRequest& request, const SurfaceFrame& frame,
                                    const std::vector<std::size_t>& sites, int layer) {
     std::set<int> layers;
-    for (const std::size_t site : sites) {
-        const int most = static_cast<int>(frame.planes.size());
-        for (int other = 1; other <= most; ++other)
-            if (!InLayer(request, frame, {site}, other).empty()) layers.insert(other);
-    }
+    for (const std::size_t site : sites) AddLayers(request, frame, site, layers);
     std::vector<std::string> words;
     words.reserve(layers.size());
     for (const int other : layers) words.push_back(std::to_string(other));

@@ -51,15 +51,6 @@ std::vector<AtomicPlane> PlanesOf(const CrystalCell& cell, const gemmi::Vec3& no
     return planes;
 }
 
-std::size_t PlaneOf(const SurfaceFrame& frame, std::size_t atom) {
-    std::size_t plane = 0;
-    const auto holds = [&](const AtomicPlane& p) {
-        return std::find(p.atoms.begin(), p.atoms.end(), atom) != p.atoms.end();
-    };
-    while (!holds(frame.planes[plane])) ++plane;
-    return plane;
-}
-
 /// Height of the plane `index` counted on through the periods.
 double HeightOf(const SurfaceFrame& frame, std::size_t index) {
     const std::size_t count = frame.planes.size();
@@ -82,6 +73,9 @@ SurfaceFrame::SurfaceFrame(const CrystalCell& cell, const std::array<int, 3>& hk
     rotation = gemmi::Mat33(x.x, x.y, x.z, y.x, y.y, y.z, z.x, z.y, z.z);
     period = 1.0 / reciprocal.length();
     planes = PlanesOf(cell, z, period);
+    planeOf.resize(cell.atoms.size());
+    for (std::size_t plane = 0; plane < planes.size(); ++plane)
+        for (const std::size_t atom : planes[plane].atoms) planeOf[atom] = plane;
 }
 
 gemmi::Mat33 SurfaceFrame::RotatedBy(double angle_deg) const {
@@ -94,7 +88,7 @@ gemmi::Mat33 SurfaceFrame::RotatedBy(double angle_deg) const {
 }
 
 std::optional<int> LayerInSlab(const SurfaceFrame& frame, std::size_t atom) {
-    const std::size_t plane = PlaneOf(frame, atom);
+    const std::size_t plane = frame.planeOf[atom];
     for (std::size_t up = 0; up < frame.planes.size(); ++up)
         if (GapAbove(frame, plane + up) > kVacuum_A) return static_cast<int>(up) + 1;
     return std::nullopt;
@@ -104,7 +98,7 @@ std::optional<CrystalBounds> BoundsForLayer(const SurfaceFrame& frame, std::size
     const std::optional<int> slabLayer = LayerInSlab(frame, atom);
     if (slabLayer && *slabLayer != layer) return std::nullopt;
     const std::size_t count = frame.planes.size();
-    const std::size_t plane = PlaneOf(frame, atom);
+    const std::size_t plane = frame.planeOf[atom];
     const std::size_t topmost = plane + static_cast<std::size_t>(layer) - 1;
     const double here = HeightOf(frame, plane);
     CrystalBounds bounds;

@@ -25,9 +25,10 @@ struct SurfaceFrame {
     /// Rotates a position by an angle from x towards y, exactly for multiples of 90 degrees.
     gemmi::Mat33 RotatedBy(double angle_deg) const;
 
-    gemmi::Mat33 rotation;            ///< rows are x, y, z
-    double period = 0.0;              ///< angstrom, after which the planes repeat along z
-    std::vector<AtomicPlane> planes;  ///< by height, within one period
+    gemmi::Mat33 rotation;             ///< rows are x, y, z
+    double period = 0.0;               ///< angstrom, after which the planes repeat along z
+    std::vector<AtomicPlane> planes;   ///< by height, within one period
+    std::vector<std::size_t> planeOf;  ///< of each atom of the cell, index in `planes`
 };
 
 /// Planes that bound the crystal of one emitter; heights are angstrom above it.

@@ -134,6 +134,24 @@ TEST(Cluster, MakesOneStructureForEachEmitterAndDomain) {
     EXPECT_NE(sorted(4), sorted(6));
 }
 
+// A larger cell has more atoms, and no other sites until one of them leaves its place.
+TEST(Cluster, FindsTheDifferentSitesOfALargeCell) {
+    const CrystalCell si = PresetCell("Si", {}, {});
+    CrystalCell large = si;
+    large.atoms.clear();
+    for (auto& row : large.axes.a)
+        for (double& component : row) component *= 3.0;
+    ClusterRequest request = RequestFor(large);
+    for (int i = 0; i < 27; ++i)
+        for (const CellAtom& atom : si.atoms)
+            request.cell.atoms.push_back(
+                {atom.element, (atom.fractional + gemmi::Vec3(i / 9, i / 3 % 3, i % 3)) / 3.0});
+    request.atoms = 5;
+    EXPECT_EQ(MakeCluster(request).structures.size(), 2U);
+    request.cell.atoms[100].fractional.x += 0.003;
+    EXPECT_EQ(MakeCluster(request).structures.size(), 216U) << "no two are alike";
+}
+
 // A slab cannot be cut at another plane than its own surface.
 TEST(Cluster, KeepsTheSurfacesOfASlab) {
     const CrystalCell slab = ParseXyzCell(
@@ -178,7 +196,7 @@ TEST(Cluster, SaysWhatCannotBe) {
         ClusterRequest request = RequestFor(GaAs());
         request.emitter = "As";
         change(request);
-        return ErrorText([&] { MakeCluster(request); });
+        return ErrorText([&] { CheckClusterRequest(request); });
     };
     using R = ClusterRequest&;
     EXPECT_EQ(failure([](R r) { r.emitter.clear(); }),
@@ -191,9 +209,14 @@ TEST(Cluster, SaysWhatCannotBe) {
     EXPECT_EQ(
         failure([](R r) { r.layers = {2}, r.top = "As"; }),
         "No emitter lies in layer 2 below a surface plane of As; there are in 1, 3 and every 4 further");
-    EXPECT_EQ(failure([](R r) { r.size_A = 1.0, r.layers = {1}; }),
-              "No whole shell of atoms lies within 1.000 angstrom: the smallest needs 2.448 angstrom");
-    EXPECT_EQ(failure([](R r) { r.size_A = 1e6; }),
+    const auto cutting = [](auto change) {
+        ClusterRequest request = RequestFor(PresetCell("Cu", {}, {}));
+        change(request);
+        return ErrorText([&] { MakeCluster(request); });
+    };
+    EXPECT_EQ(cutting([](R r) { r.size_A = 1.0, r.layers = {1}; }),
+              "No whole shell of atoms lies within 1.000 angstrom: the smallest needs 2.553 angstrom");
+    EXPECT_EQ(cutting([](R r) { r.size_A = 1e6; }),
               "The cluster would have more than 200000 atoms: ask for a smaller one");
     EXPECT_EQ(
         failure([](R r) { r.cell.atoms[4].fractional = gemmi::Vec3(0.98, 0.0, 0.0); }),

@@ -106,7 +106,7 @@ TEST(CrystalSources, SayWhatIsWrong) {
     EXPECT_EQ(cif("Ga1 Ga 0 0 0 0.6 0.5\n").substr(0, 44), "site Ga1 is partly occupied (0.500000); a cl");
     EXPECT_EQ(cif("Q1 Q 0 0 0 0.6 1\n"), "site Q1 has no element: Q");
     EXPECT_EQ(cif("Ga1 Ga ? 0 0 0.6 1\n"), "site Ga1 has no coordinates");
-    EXPECT_EQ(cif("Ga1 Ga\n").substr(0, 20), "it is no valid CIF: ");
+    EXPECT_EQ(cif("Ga1 Ga\n").substr(0, 25), "it is no valid CIF: line ");
 
     const auto cell = [](const std::string& text) { return ErrorText([&] { ParseExpressionCell(text); }); };
     EXPECT_EQ(cell("atom Cu 0 0 0\n"), "a line \"lengths a b c\" is missing");
@@ -130,6 +130,11 @@ TEST(CrystalSources, SayWhatIsWrong) {
     EXPECT_EQ(xyz("1\n" + lattice + "Cu 0 0 0x\n"), "in the line \"Cu 0 0 0x\": \"0x\" is no number");
 
     const TempFolder folder;
+    const std::string flat = folder.Write("flat.cell", "lengths 3 3 0.2\natom Cu 0 0 0\n");
+    EXPECT_EQ(ErrorText([&] { LoadCell(flat); }),
+              flat +
+                  ": The cell has no sensible volume: its axis c is 0.2 angstrom long and its lattice planes "
+                  "along it stand 0.2 angstrom apart; check lengths (angstrom) and angles");
     EXPECT_EQ(ErrorText([&] { LoadCell(folder.Path("x.cif")); }),
               folder.Path("x.cif") + ": there is no such file");
     EXPECT_EQ(ErrorText([] { PresetCell("zincblende", {"Ga"}, {5.6}); }),
