@@ -80,11 +80,40 @@ AnyFile::Content LoadScatteredWaves(const std::string& path) {
     return data;
 }
 
+/// Matrices and blocks of the file whose sizes tell a single element.
+std::size_t SingleElements(const std::string& text) {
+    const std::string column = "<ColSize>";
+    const std::string row = "<RowSize>";
+    std::size_t count = 0;
+    for (std::size_t at = text.find(column); at != std::string::npos; at = text.find(column, at + 1)) {
+        const std::size_t other = text.find(row, at);
+        if (other == std::string::npos) break;
+        if (text.compare(at + column.size(), 2, "1<") == 0 && text.compare(other + row.size(), 2, "1<") == 0)
+            ++count;
+    }
+    return count;
+}
+
+template <class Set>
+std::size_t SingleElements(const Set& set) {
+    return static_cast<std::size_t>(
+        std::count_if(set.begin(), set.end(), [](const auto& entry) { return entry.second.Count() == 1; }));
+}
+
+/// A matrix whose data do not fill its sizes becomes a single 0 as it is read.
+void RequireWholeImages(const std::string& path, const ZfDocData& document) {
+    const std::size_t read = SingleElements(document.imageSet) + SingleElements(document.waveSet) +
+                             SingleElements(document.voxelSet);
+    if (read > 0 && read > SingleElements(ReadWholeFile(path)))
+        throw ZfError("it is damaged: the data of an image are too short for its sizes");
+}
+
 AnyFile::Content LoadImages(const std::string& path) {
     auto document = std::make_unique<ZfDocData>();
     ZfQBarnFile xml(QString::fromStdString(path), "r");
     if (!document->SaveLoad(xml))
         throw ZfError("it is an image file of a version that is not known; known are 0 and 2 to 6");
+    RequireWholeImages(path, *document);
     return document;
 }
 

@@ -13,7 +13,7 @@
 #include "foundation/Text.h"
 #include "front/Commands.h"
 #include "front/SharedOptions.h"
-#include "prepare/checks/InputChecks.h"
+#include "prepare/checks/PartChecks.h"
 #include "prepare/thermal/Vibrations.h"
 
 namespace {
@@ -119,7 +119,7 @@ void PrintFindings(const ZfFluctuation& fluctuation, const ZfCluster& cluster, c
     set.cluster = &cluster;
     set.fluctuation = &fluctuation;
     set.weights = &weights;
-    std::vector<InputFinding> findings;
+    InputFindings findings;
     CheckFluctuation(set, findings);
     for (const InputFinding& finding : findings)
         std::printf("  warning: %s; %s\n", finding.what.c_str(), finding.remedy.c_str());

@@ -1,5 +1,9 @@
 #include "run/RunStages.h"
 
+#include <algorithm>
+#include <complex>
+#include <cstdio>
+
 #include "foundation/ReplacedFile.h"
 #include "image/PlaneImage.h"
 #include "input/ZfFluctuation.h"
@@ -16,6 +20,28 @@ double FractionDone(const ZfScatteringData& data) {
     const double record = data.StIndex * data.EWCount + data.EWIndex;
     const double atom = data.AtCount > 0 ? static_cast<double>(data.AtIndex) / data.AtCount : 0.0;
     return records > 0.0 ? (record + atom) / records : 0.0;
+}
+
+/// Atoms that would scatter and yet send out nothing.
+std::size_t UnreachedAtoms(const ZfScatteringData& data, const ZfPhaseShiftDocument& phaseShifts) {
+    std::size_t count = 0;
+    for (const ZfScatteringRecord& record : data.ListScatteringData)
+        for (std::size_t i = 1; i < record.ListScatterer.electrons.size(); ++i) {
+            const ZfPhaseShiftRecord& phases = CheckedAt(
+                phaseShifts.records, record.phaseShiftIndex.VectorValueAt(static_cast<std::int32_t>(i)));
+            const auto isZero = [](const std::complex<double>& a) { return a == 0.0; };
+            const std::vector<std::complex<double>>& sent = record.ListScatterer.electrons[i].A.block;
+            const std::complex<double>* t = phases.scatteringFactors.Data();
+            if (std::all_of(sent.begin(), sent.end(), isZero) &&
+                !std::all_of(t, t + phases.scatteringFactors.Count(), isZero))
+                ++count;
+        }
+    return count;
+}
+
+void WarnOfUnreachedAtoms(const ZfScatteringData& data, const ZfPhaseShiftDocument& phaseShifts) {
+    if (const std::size_t count = UnreachedAtoms(data, phaseShifts); count > 0)
+        std::fprintf(stderr, "warning: no wave reaches %zu of the atoms, which scatter nothing\n", count);
 }
 
 void Calculate(ZfDocPattern& pattern, const ImageRequest& request) {
@@ -70,6 +96,7 @@ void CalculateScattering(const ScatteringRequest& request, const std::string& ou
         file.Save();
     });
     output.Commit();
+    WarnOfUnreachedAtoms(data, inputs.phaseShifts);
 }
 
 void CalculateImages(const ImageRequest& request, const std::string& imageFile,

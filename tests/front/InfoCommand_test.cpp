@@ -107,6 +107,13 @@ TEST(InfoCommand, DamagedFiles) {
             EXPECT_TRUE(result.errors.starts_with("qvre info: " + folder.Path(name) + ": ")) << result.errors;
         }
     }
+    std::string image = ReadFile(QVRE_OLD_IMAGES "/version0.xml_img");
+    const std::string rows = "<RowSize>2";
+    ASSERT_NE(image.find(rows), std::string::npos);
+    const std::string path =
+        folder.Write("short.xml_img", image.replace(image.find(rows), rows.size(), "<RowSize>9"));
+    EXPECT_EQ(RunQvre({"info", path}).errors,
+              "qvre info: " + path + ": it is damaged: the data of an image are too short for its sizes\n");
     const std::pair<const char*, const char*> cases[] = {
         {"<html><body></body></html>",
          "it is no cluster, emitted wave, phase shift, fluctuation, scattered wave or image file"},
@@ -114,7 +121,7 @@ TEST(InfoCommand, DamagedFiles) {
          "it is an image file of a version that is not known; known are 0 and 2 to 6"},
         {"<", "it is no cluster, emitted wave, phase shift, fluctuation, scattered wave or image file"}};
     for (const auto& [text, message] : cases) {
-        const std::string path = folder.Write("odd.xml", text);
-        EXPECT_EQ(RunQvre({"info", path}).errors, "qvre info: " + path + ": " + message + "\n");
+        const std::string odd = folder.Write("odd.xml", text);
+        EXPECT_EQ(RunQvre({"info", odd}).errors, "qvre info: " + odd + ": " + message + "\n");
     }
 }

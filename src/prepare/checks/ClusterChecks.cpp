@@ -4,8 +4,9 @@
 
 #include "foundation/Text.h"
 #include "foundation/ZfError.h"
-#include "prepare/checks/InputChecks.h"
+#include "prepare/checks/FindingTexts.h"
 #include "prepare/checks/NearestNeighbours.h"
+#include "prepare/checks/PartChecks.h"
 #include "prepare/thermal/Vibrations.h"
 
 namespace {
@@ -13,15 +14,7 @@ namespace {
 constexpr double kEmitterTolerance_A = 0.01;
 constexpr double kNearest_A = 0.5;
 
-std::string PositionText(const ZfAtom& atom) {
-    const double* p = atom.position.Data();
-    std::string text = "(";
-    text += DoubleToText(p[0] * 1e10) + ", " + DoubleToText(p[1] * 1e10) + ", ";
-    return text + DoubleToText(p[2] * 1e10) + ")";
-}
-
-void CheckEmitter(const std::vector<ZfAtom>& atoms, const std::string& where,
-                  std::vector<InputFinding>& findings) {
+void CheckEmitter(const std::vector<ZfAtom>& atoms, const std::string& where, InputFindings& findings) {
     const ZfAtom& emitter = atoms[EmitterOf(atoms)];
     if (std::sqrt(NormSquared(emitter.position)) * 1e10 < kEmitterTolerance_A) return;
     findings.push_back({Severity::Misfit,
@@ -30,8 +23,7 @@ void CheckEmitter(const std::vector<ZfAtom>& atoms, const std::string& where,
                         "move the cluster so that the emitter stands at (0, 0, 0)"});
 }
 
-void CheckDistances(const std::vector<ZfAtom>& atoms, const std::string& where,
-                    std::vector<InputFinding>& findings) {
+void CheckDistances(const std::vector<ZfAtom>& atoms, const std::string& where, InputFindings& findings) {
     if (atoms.size() == 1) {
         findings.push_back({Severity::Note, where + "the emitter stands alone: nothing scatters",
                             "add the atoms around it"});
@@ -60,7 +52,7 @@ bool IsElement(const std::string& symbol) {
     }
 }
 
-void CheckElements(const ZfCluster& cluster, std::vector<InputFinding>& findings) {
+void CheckElements(const ZfCluster& cluster, InputFindings& findings) {
     for (const std::string& element : ElementsOf(cluster))
         if (!IsElement(element))
             findings.push_back(
@@ -70,7 +62,7 @@ void CheckElements(const ZfCluster& cluster, std::vector<InputFinding>& findings
 }
 
 void CheckDisplacementForm(const std::vector<ZfAtom>& atoms, const std::string& where,
-                           std::vector<InputFinding>& findings) {
+                           InputFindings& findings) {
     const auto tensors =
         std::count_if(atoms.begin(), atoms.end(), [](const ZfAtom& atom) { return atom.U.Count() > 1; });
     if (tensors == 0) return;
@@ -81,7 +73,7 @@ void CheckDisplacementForm(const std::vector<ZfAtom>& atoms, const std::string& 
 
 }  // namespace
 
-void CheckCluster(const InputSet& inputs, std::vector<InputFinding>& findings) {
+void CheckCluster(const InputSet& inputs, InputFindings& findings) {
     const ZfCluster& cluster = *inputs.cluster;
     if (cluster.structures.empty())
         findings.push_back({Severity::Misfit, "the cluster holds no structure", "give one with atoms"});

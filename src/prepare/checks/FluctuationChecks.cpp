@@ -6,8 +6,8 @@
 
 #include "foundation/Text.h"
 #include "foundation/ZfError.h"
-#include "prepare/checks/InputChecks.h"
 #include "prepare/checks/NearestNeighbours.h"
+#include "prepare/checks/PartChecks.h"
 #include "prepare/thermal/Vibrations.h"
 
 namespace {
@@ -23,7 +23,7 @@ bool UsesDebye(const ZfFluctuation& f) {
     return !f.IsUseUisoInCluster_ && !f.IsUseUisoEinsteinModel_ && f.IsUseUisoDebyeModel_;
 }
 
-void CheckFlags(const ZfFluctuation& f, std::vector<InputFinding>& findings) {
+void CheckFlags(const ZfFluctuation& f, InputFindings& findings) {
     const int flags =
         int{f.IsUseUisoInCluster_} + int{f.IsUseUisoEinsteinModel_} + int{f.IsUseUisoDebyeModel_};
     if (flags == 0)
@@ -36,7 +36,7 @@ void CheckFlags(const ZfFluctuation& f, std::vector<InputFinding>& findings) {
                             "set one flag only"});
 }
 
-void CheckTemperature(const ZfFluctuation& f, std::vector<InputFinding>& findings) {
+void CheckTemperature(const ZfFluctuation& f, InputFindings& findings) {
     if (KeepsClusterU(f)) return;
     if (f.Temperature_K_ < 0.0)
         findings.push_back({Severity::Misfit, "the temperature is " + DoubleToText(f.Temperature_K_) + " K",
@@ -47,8 +47,7 @@ void CheckTemperature(const ZfFluctuation& f, std::vector<InputFinding>& finding
 }
 
 /// The first temperature of each element, as the run takes it.
-std::map<std::int32_t, double> DebyeTemperatures(const ZfFluctuation& f,
-                                                 std::vector<InputFinding>& findings) {
+std::map<std::int32_t, double> DebyeTemperatures(const ZfFluctuation& f, InputFindings& findings) {
     std::map<std::int32_t, double> temperatures;
     const std::size_t given = f.DebyeTemperature_K_.size();
     if (f.DebyeElement_.size() != given)
@@ -73,7 +72,7 @@ std::map<std::int32_t, double> DebyeTemperatures(const ZfFluctuation& f,
 }
 
 void CheckDebyeValue(const std::string& element, double theta, const InputSet& inputs,
-                     std::vector<InputFinding>& findings) {
+                     InputFindings& findings) {
     const double t = inputs.fluctuation->Temperature_K_;
     if (theta <= 0.0) {
         findings.push_back({Severity::Warning, "the Debye temperature of " + element + " is 0: its U is 0",
@@ -106,7 +105,7 @@ std::set<std::string> EmittersOf(const ZfCluster& cluster) {
     return elements;
 }
 
-void CheckDebye(const InputSet& inputs, std::vector<InputFinding>& findings) {
+void CheckDebye(const InputSet& inputs, InputFindings& findings) {
     const std::map<std::int32_t, double> temperatures = DebyeTemperatures(*inputs.fluctuation, findings);
     if (!inputs.cluster) return;
     const std::set<std::string> emitters = EmittersOf(*inputs.cluster);
@@ -155,7 +154,7 @@ ClusterU DisplacementsOf(const ZfCluster& cluster) {
     return u;
 }
 
-void CheckClusterU(const InputSet& inputs, std::vector<InputFinding>& findings) {
+void CheckClusterU(const InputSet& inputs, InputFindings& findings) {
     const ClusterU u = DisplacementsOf(*inputs.cluster);
     const std::string remedy = "give U with each atom of the cluster, or take the Debye model";
     if (u.without == u.atoms)
@@ -177,7 +176,7 @@ void CheckClusterU(const InputSet& inputs, std::vector<InputFinding>& findings) 
 
 }  // namespace
 
-void CheckFluctuation(const InputSet& inputs, std::vector<InputFinding>& findings) {
+void CheckFluctuation(const InputSet& inputs, InputFindings& findings) {
     CheckFlags(*inputs.fluctuation, findings);
     CheckTemperature(*inputs.fluctuation, findings);
     if (UsesDebye(*inputs.fluctuation)) CheckDebye(inputs, findings);

@@ -1,39 +1,9 @@
 #pragma once
 
-#include <string>
-#include <vector>
+#include "prepare/checks/InputSet.h"
 
-#include "input/ZfCluster.h"
-#include "input/ZfDebye.h"
-#include "input/ZfEmittedWave.h"
-#include "input/ZfFluctuation.h"
-#include "input/ZfPhaseShiftDocument.h"
-#include "scattering/ZfScatteringData.h"
+/// Everything in which the parts of a set do not fit together, cluster first, fluctuation last. A part that
+/// holds what is no finite number is reported and otherwise left out. Neither throws nor prints.
+InputFindings CheckInputs(const InputSet& inputs);
 
-/// The documents of one run. Parts that are null are not checked, nor is what needs them.
-struct InputSet {
-    const ZfCluster* cluster = nullptr;
-    const std::vector<ZfEmittedWave>* waves = nullptr;
-    const ZfPhaseShiftDocument* phaseShifts = nullptr;
-    const ZfFluctuation* fluctuation = nullptr;
-    const ZfDebye* weights = nullptr;
-    ZfScatteringMethod method = kMulti;
-};
-
-enum class Severity {
-    Note,     ///< worth knowing
-    Warning,  ///< the run is slow, or its result doubtful
-    Misfit    ///< the run fails, or its result is wrong without a word
-};
-
-struct InputFinding {
-    Severity severity = Severity::Note;
-    std::string what;
-    std::string remedy;
-};
-
-/// Everything in which the parts of a set do not fit together, cluster first, fluctuation last. Neither
-/// throws nor prints.
-std::vector<InputFinding> CheckInputs(const InputSet& inputs);
-
-bool FitsTogether(const std::vector<InputFinding>& findings);  ///< no misfit among them
+bool FitsTogether(const InputFindings& findings);  ///< no misfit among them

@@ -3,12 +3,14 @@
 #include <limits>
 #include <map>
 #include <set>
+#include <tuple>
 #include <utility>
 #include <vector>
 
 #include "foundation/Text.h"
-#include "prepare/checks/InputChecks.h"
+#include "prepare/checks/FindingTexts.h"
 #include "prepare/checks/NearestNeighbours.h"
+#include "prepare/checks/PartChecks.h"
 #include "scattering/SamplingSphere.h"
 
 namespace {
@@ -19,6 +21,7 @@ constexpr double kLargestRadius_A = 3.0;
 constexpr double kOverlap = 1.1;       // radii of two neighbours over their distance, when spheres overlap
 constexpr double kGap = 0.6;           // and when MULTI overlooks atoms of a row
 constexpr double kNearSphere = 0.8;    // sampling radius over neighbour distance, when the levels climb
+constexpr double kLeast = 0.3;         // of the distance: less is no sphere of an atom
 constexpr double kCutPhase_deg = 5.0;  // 1 percent of the unitary limit is left in the intensity of such an l
 constexpr std::int32_t kLargestSize = 300;
 
@@ -120,7 +123,7 @@ std::string NameOf(const ZfPhaseShiftRecord& record) {
     return name + record.AtomName + "\" for " + ExactText(record.Ek_eV) + " eV";
 }
 
-void CheckRadius(const ZfPhaseShiftRecord& record, std::vector<InputFinding>& findings) {
+void CheckRadius(const ZfPhaseShiftRecord& record, InputFindings& findings) {
     const std::string remedy =
         "let LnX end at the natural logarithm of the muffin-tin radius in metres, -22.8 for 1.25 "
         "angstrom";
@@ -141,8 +144,22 @@ void CheckRadius(const ZfPhaseShiftRecord& record, std::vector<InputFinding>& fi
     findings.push_back({Severity::Misfit, what, remedy});
 }
 
+/// Radii with which the spheres of two neighbours touch. The larger one often follows from atoms of its own
+/// kind and stays, unless it leaves nothing.
+std::string TouchingRadii(const ZfPhaseShiftRecord& a, const ZfPhaseShiftRecord& b, double distance_A) {
+    const auto entry = [](const std::string& name, double radius_A) {
+        return name + " = " + DoubleToText(std::floor(radius_A * 1000.0) / 1000.0);
+    };
+    const double half_A = distance_A / 2.0;
+    if (a.AtomName == b.AtomName) return "radius = { " + entry(a.AtomName, half_A) + " }";
+    const auto& [smaller, larger] = RadiusOf(a) < RadiusOf(b) ? std::tie(a, b) : std::tie(b, a);
+    const double left_A = distance_A - RadiusOf(larger);
+    if (left_A >= kLeast * distance_A) return "radius = { " + entry(smaller.AtomName, left_A) + " }";
+    return "radius = { " + entry(a.AtomName, half_A) + ", " + entry(b.AtomName, half_A) + " }";
+}
+
 void CheckSpheres(const ZfPhaseShiftRecord& record, const ZfPhaseShiftRecord& neighbour, double distance_A,
-                  std::vector<InputFinding>& findings) {
+                  InputFindings& findings) {
     const double own = RadiusOf(record);
     const double other = RadiusOf(neighbour);
     if (own == 0.0 || other == 0.0 || own > kLargestRadius_A || other > kLargestRadius_A) return;
@@ -153,10 +170,11 @@ void CheckSpheres(const ZfPhaseShiftRecord& record, const ZfPhaseShiftRecord& ne
                             DoubleToText(other) + " angstrom of the nearest neighbour, " +
                             DoubleToText(distance_A) + " angstrom away, the spheres " +
                             (ratio > kOverlap ? "overlap" : "leave a wide gap"),
-                        "make phase shifts for this crystal, with touching spheres"});
+                        "make phase shifts with touching spheres: in a recipe [phases] " +
+                            TouchingRadii(record, neighbour, distance_A) + ", on the command line --radius"});
 }
 
-void CheckSampling(const ZfPhaseShiftRecord& record, double nearest_A, std::vector<InputFinding>& findings) {
+void CheckSampling(const ZfPhaseShiftRecord& record, double nearest_A, InputFindings& findings) {
     const std::int32_t size = record.PhaseShiftValue.VectorSize();
     if (size > kLargestSize) {
         findings.push_back({Severity::Misfit, NameOf(record) + " have the l size " + std::to_string(size),
@@ -170,9 +188,17 @@ void CheckSampling(const ZfPhaseShiftRecord& record, double nearest_A, std::vect
     findings.push_back({wrong ? Severity::Misfit : Severity::Warning,
                         NameOf(record) + " have l size " + std::to_string(size) + ", which is sampled at " +
                             DoubleToText(radius_A) + " angstrom, and the nearest neighbour stands at " +
-                            DoubleToText(nearest_A) +
-                            " angstrom: " + (wrong ? "the wave would be wrong" : "the run is slow"),
+                            DoubleToText(nearest_A) + " angstrom: " +
+                            (wrong ? "the expansion of its wave does not converge, or to something wrong"
+                                   : "the run is slow"),
                         "leave out the highest l, or take a higher energy"});
+}
+
+/// Without a cluster the spheres are taken to touch.
+void CheckSampling(const ZfPhaseShiftRecord& record, InputFindings& findings) {
+    const double radius_A = RadiusOf(record);
+    if (radius_A < kSmallestRadius_A || radius_A > kLargestRadius_A) return;
+    CheckSampling(record, 2.0 * radius_A, findings);
 }
 
 /// Phase shifts in degrees, folded into -90 to 90: that is what scatters.
@@ -180,7 +206,7 @@ double Folded(double degrees) {
     return std::remainder(degrees, 180.0);
 }
 
-void CheckValues(const ZfPhaseShiftRecord& record, std::vector<InputFinding>& findings) {
+void CheckValues(const ZfPhaseShiftRecord& record, InputFindings& findings) {
     const ZfLDoubleMatrix& delta = record.PhaseShiftValue;
     const std::int32_t size = delta.VectorSize();
     double largest = 0.0;
@@ -198,8 +224,7 @@ void CheckValues(const ZfPhaseShiftRecord& record, std::vector<InputFinding>& fi
                             "make phase shifts up to an l where they are below 0.3 degrees"});
 }
 
-void CheckElement(const ZfPhaseShiftRecord& record, const AtomKind& kind,
-                  std::vector<InputFinding>& findings) {
+void CheckElement(const ZfPhaseShiftRecord& record, const AtomKind& kind, InputFindings& findings) {
     if (record.AtomElement.empty() || record.AtomElement == kind.element) return;
     findings.push_back({Severity::Warning,
                         NameOf(record) + " are of the element " + record.AtomElement +
@@ -208,8 +233,7 @@ void CheckElement(const ZfPhaseShiftRecord& record, const AtomKind& kind,
 }
 
 /// What a record must hold by itself to be scattered at.
-bool CheckContent(const ZfPhaseShiftRecord& record, ZfScatteringMethod method,
-                  std::vector<InputFinding>& findings) {
+bool CheckContent(const ZfPhaseShiftRecord& record, ZfScatteringMethod method, InputFindings& findings) {
     if (record.PhaseShiftValue.VectorSize() == 0) {
         findings.push_back(
             {Severity::Misfit, NameOf(record) + " are empty", "give PhaseShiftValue from l = 0 on"});
@@ -221,7 +245,7 @@ bool CheckContent(const ZfPhaseShiftRecord& record, ZfScatteringMethod method,
 }
 
 void CheckPlace(const ZfPhaseShiftDocument& document, const ZfPhaseShiftRecord& record,
-                std::vector<InputFinding>& findings) {
+                InputFindings& findings) {
     const std::ptrdiff_t place = &record - document.records.data();
     if (place < kUsableRecords) return;
     findings.push_back({Severity::Misfit,
@@ -231,7 +255,7 @@ void CheckPlace(const ZfPhaseShiftDocument& document, const ZfPhaseShiftRecord& 
 }
 
 void CheckPair(const InputSet& inputs, const AtomKinds& kinds, const std::string& name, double energy,
-               std::vector<InputFinding>& findings) {
+               InputFindings& findings) {
     const ZfPhaseShiftDocument& document = *inputs.phaseShifts;
     const AtomKind& kind = kinds.at(name);
     const ZfPhaseShiftRecord* record = Find(document, name, energy);
@@ -247,7 +271,7 @@ void CheckPair(const InputSet& inputs, const AtomKinds& kinds, const std::string
     if (neighbour) CheckSpheres(*record, *neighbour, kind.nearest_A, findings);
 }
 
-void CheckList(const ZfPhaseShiftDocument& document, std::vector<InputFinding>& findings) {
+void CheckList(const ZfPhaseShiftDocument& document, InputFindings& findings) {
     if (document.records.empty())
         findings.push_back({Severity::Misfit, "the phase-shift file holds no phase shifts", "make them"});
     if (static_cast<std::ptrdiff_t>(document.records.size()) > kUsableRecords)
@@ -264,14 +288,20 @@ void CheckList(const ZfPhaseShiftDocument& document, std::vector<InputFinding>& 
 
 }  // namespace
 
-void CheckPhaseShifts(const InputSet& inputs, std::vector<InputFinding>& findings) {
+void CheckPhaseShifts(const InputSet& inputs, InputFindings& findings) {
     CheckList(*inputs.phaseShifts, findings);
+    const AtomKinds kinds = inputs.cluster ? KindsOf(*inputs.cluster) : AtomKinds();
     if (!inputs.cluster || !inputs.waves) {
-        for (const ZfPhaseShiftRecord& record : inputs.phaseShifts->records)
-            CheckContent(record, inputs.method, findings);
+        for (const ZfPhaseShiftRecord& record : inputs.phaseShifts->records) {
+            if (!CheckContent(record, inputs.method, findings)) continue;
+            const auto kind = kinds.find(record.AtomName);
+            if (kind != kinds.end())
+                CheckSampling(record, kind->second.nearest_A, findings);
+            else
+                CheckSampling(record, findings);
+        }
         return;
     }
-    const AtomKinds kinds = KindsOf(*inputs.cluster);
     std::set<double> energies;
     for (const ZfEmittedWave& wave : *inputs.waves)
         if (wave.Ek > 0.0) energies.insert(wave.Ek);

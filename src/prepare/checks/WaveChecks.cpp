@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "foundation/Text.h"
-#include "prepare/checks/InputChecks.h"
+#include "prepare/checks/PartChecks.h"
 
 namespace {
 
@@ -22,7 +22,7 @@ std::string WaveText(std::size_t index) {
     return text + std::to_string(index);
 }
 
-void CheckWave(const ZfEmittedWave& wave, std::size_t index, std::vector<InputFinding>& findings) {
+void CheckWave(const ZfEmittedWave& wave, std::size_t index, InputFindings& findings) {
     const std::string name = WaveText(index);
     if (!(wave.Ek > 0.0))
         findings.push_back({Severity::Misfit,
@@ -39,7 +39,7 @@ void CheckWave(const ZfEmittedWave& wave, std::size_t index, std::vector<InputFi
 }
 
 /// The method SINGLE computes all atoms before it refuses such a wave.
-void CheckSingle(const std::vector<ZfEmittedWave>& waves, std::vector<InputFinding>& findings) {
+void CheckSingle(const std::vector<ZfEmittedWave>& waves, InputFindings& findings) {
     const auto larger = std::find_if(waves.begin(), waves.end(), [](const ZfEmittedWave& wave) {
         return !wave.IsPlaneWave && wave.coeff.L > 1;
     });
@@ -50,7 +50,7 @@ void CheckSingle(const std::vector<ZfEmittedWave>& waves, std::vector<InputFindi
                         "take the method MULTI or SLOWMULTI, or an s wave"});
 }
 
-void CheckStrength(const std::vector<ZfEmittedWave>& waves, std::vector<InputFinding>& findings) {
+void CheckStrength(const std::vector<ZfEmittedWave>& waves, InputFindings& findings) {
     double sum = 0.0;
     for (const ZfEmittedWave& wave : waves) {
         if (wave.IsPlaneWave) return;
@@ -68,7 +68,7 @@ void CheckStrength(const std::vector<ZfEmittedWave>& waves, std::vector<InputFin
 
 }  // namespace
 
-void CheckWaves(const InputSet& inputs, std::vector<InputFinding>& findings) {
+void CheckWaves(const InputSet& inputs, InputFindings& findings) {
     const std::vector<ZfEmittedWave>& waves = *inputs.waves;
     if (waves.empty())
         findings.push_back(

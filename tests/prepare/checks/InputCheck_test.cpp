@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <functional>
+#include <limits>
 
 #include "foundation/Console.h"
 #include "prepare/thermal/Vibrations.h"
@@ -80,7 +81,9 @@ TEST(InputCheck, Cluster) {
           "misfit: two atoms stand 0.4 angstrom apart, Cu at (0, 0, 0) and Cu at (0, 0, 0.4)\n"
           "misfit: the phase shifts of \"Cu\" for 560 eV have l size 14, which is sampled at 0.983204 "
           "angstrom, "
-          "and the nearest neighbour stands at 0.4 angstrom: the wave would be wrong\n"
+          "and the nearest neighbour stands at 0.4 angstrom: the expansion of its wave does not converge, or "
+          "to "
+          "something wrong\n"
           "warning: the phase shifts of \"Cu\" for 560 eV tell the radius 1.27633 angstrom; with 1.27633 "
           "angstrom of the nearest neighbour, 0.4 angstrom away, the spheres overlap\n"},
          {[](Example& e) { e.Atoms()[3].atom = "cu"; },
@@ -195,4 +198,75 @@ TEST(InputCheck, Fluctuation) {
          {[](Example& e) { e.fluctuation.Temperature_K_ = 36; },
           "warning: U of As is 2.66 times too small: 36 K is low against its Debye temperature of 360 K\n"
           "warning: U of Ga is 2.66 times too small: 36 K is low against its Debye temperature of 360 K\n"}});
+}
+
+// A single number that is none spreads over the whole image.
+TEST(InputCheck, NumbersThatAreNone) {
+    constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
+    constexpr double kInfinite = std::numeric_limits<double>::infinity();
+    ExpectFindings(
+        "gaas001",
+        {{[](Example& e) { *e.Atoms()[4].position.Data() = kNan; },
+          "misfit: atom 4 (Ga) has a position, displacement or valency that is not a number, or infinite\n"},
+         {[](Example& e) { e.Atoms()[4].U = Isotropic(kInfinite); },
+          "misfit: atom 4 (Ga) has a position, displacement or valency that is not a number, or infinite\n"},
+         {[](Example& e) {
+              e.waves[1].coeff.At(1, 0) = {0.0, kNan};
+          },
+          "misfit: wave 1 has an energy, angle, weight or coefficient that is not a number, or infinite\n"},
+         {[](Example& e) { e.waves[0].Ratio = kInfinite; },
+          "misfit: wave 0 has an energy, angle, weight or coefficient that is not a number, or infinite\n"},
+         {[](Example& e) { e.phaseShifts.records[1].PhaseShiftValue.VectorAt(3) = kNan; },
+          "misfit: phase-shift record 1 (Ga) has an energy, phase shift or radial table that is not a "
+          "number, or infinite\n"},
+         {[](Example& e) {
+              e.Record().radial.P = {{1.0}, {kInfinite}};
+          },
+          "misfit: phase-shift record 0 (As) has an energy, phase shift or radial table that is not a "
+          "number, or infinite\n"},
+         {[](Example& e) { e.fluctuation.DebyeTemperature_K_[1] = kNan; },
+          "misfit: the fluctuation file has a temperature that is not a number, or infinite\n"}});
+}
+
+// In fcc the atom (1/2, 1/2, 0) stands half a neighbour distance beside the way to (1, 1/2, 1/2).
+TEST(InputCheck, AtomsOnTheEdgeOfACylinder) {
+    const double touching = std::log(3.61e-10 * std::sqrt(0.125));
+    const char* tie =
+        "warning: 24 times an atom stands its radius beside the line to another, to a millionth, as Cu at "
+        "(-1.805, 0, 1.805) with 1.27633 angstrom beside that to Cu at (-3.61, -1.805, 1.805): rounding "
+        "decides whether MULTI takes it, and the symmetry may be lost\n";
+    ExpectFindings("cu001_small", {{[=](Example& e) { e.Record().radial.LnX.back() = touching; }, tie},
+                                   {[=](Example& e) { e.Record().radial.LnX.back() = touching + 1e-5; }, ""},
+                                   {[=](Example& e) {
+                                        e.method = kSlowMulti;
+                                        e.Record().radial.LnX.back() = touching;
+                                    },
+                                    ""}});
+}
+
+TEST(InputCheck, TellsTheRadiiOfTouchingSpheres) {
+    const auto remedy = [](double as_A, double ga_A) {
+        Example e("gaas001");
+        e.phaseShifts.records[0].radial.LnX.back() = std::log(as_A * 1e-10);
+        e.phaseShifts.records[1].radial.LnX.back() = std::log(ga_A * 1e-10);
+        const InputFindings findings = CheckInputs({&e.cluster, &e.waves, &e.phaseShifts});
+        return findings.empty() ? "" : findings[0].remedy;
+    };
+    const std::string before = "make phase shifts with touching spheres: in a recipe [phases] radius = { ";
+    const std::string behind = " }, on the command line --radius";
+    EXPECT_EQ(remedy(1.2, 1.2478), "");
+    EXPECT_EQ(remedy(1.2, 1.6), before + "As = 0.847" + behind);
+    EXPECT_EQ(remedy(1.6, 1.2), before + "Ga = 0.847" + behind);
+    EXPECT_EQ(remedy(2.2, 1.2), before + "As = 1.223, Ga = 1.223" + behind);
+}
+
+// A file of phase shifts alone tells by its radii where neighbours stand.
+TEST(InputCheck, SamplingOfPhaseShiftsAlone) {
+    Example e("cu001_small");
+    e.Record().Ek_eV = 20.0;
+    const InputFindings findings = CheckInputs({nullptr, nullptr, &e.phaseShifts});
+    ASSERT_EQ(findings.size(), 1U);
+    EXPECT_NE(findings[0].what.find("l size 14, which is sampled at 5.20"), std::string::npos)
+        << findings[0].what;
+    EXPECT_EQ(findings[0].severity, Severity::Misfit);
 }
