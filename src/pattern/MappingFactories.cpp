@@ -32,8 +32,6 @@ ZfSphericalMapping Project(const ZfSphericalMappingConvert& converter, std::int3
     double* const directionY = mapping.directionY.Data();
     double* const directionZ = mapping.directionZ.Data();
     double* const pixelWeight = mapping.pixelWeight.Data();
-    // Each thread writes the pixels of its own rows.
-#pragma omp parallel for schedule(static)
     for (std::int32_t y = 0; y < height; ++y) {
         for (std::int32_t x = 0; x < width; ++x) {
             const std::int64_t i = std::int64_t{y} * width + x;

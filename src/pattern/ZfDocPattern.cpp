@@ -17,6 +17,9 @@ constexpr double kAtEmitterSquared_m2 = 1e-22;
 constexpr std::size_t kWordBits = 32;
 constexpr std::size_t kWrittenPlanes = 4;
 
+/// Sources times directions, some 50 ms of work, above which further threads are worth their start.
+constexpr std::size_t kWorthThreads = 10'000'000;
+
 void TurnPhase(ZfLmComplexTable& table, double degrees) {
     const std::complex<double> phase(std::cos(Radians(degrees)), std::sin(Radians(degrees)));
     for (std::complex<double>& a : table.block) a *= phase;
@@ -32,6 +35,14 @@ void ZfDocPattern::ActivateAll(std::size_t records) {
 bool ZfDocPattern::IsActive(std::int64_t record) const {
     const auto bit = static_cast<std::size_t>(record);
     return (CheckedAt(activeRecords, bit / kWordBits) >> (bit % kWordBits) & 1U) != 0;
+}
+
+void ZfDocPattern::RenewMapping(const MappingParameters& parameters,
+                                const std::function<ZfSphericalMapping()>& create) {
+    if (mappingIsNew_ && parameters == mappingParameters_) return;
+    mapping = create();
+    mappingParameters_ = parameters;
+    mappingIsNew_ = true;
 }
 
 void ZfDocPattern::PrepareCalculation(ZfScatteringData& data, const ZfFluctuation& fluctuation,
@@ -100,42 +111,59 @@ void ZfDocPattern::AddPixel(std::size_t pixel, std::complex<double> direct, std:
         std::norm(std::complex<double>(-direct.imag(), direct.real()) + scattered);
 }
 
+std::vector<ZfVectorFreeElectron> ZfDocPattern::WavesFrom(const ZfScatteringData& data, std::int64_t record) {
+    SetUpRecord(data, record);
+    std::vector<ZfVectorFreeElectron> waves{scatteredWave};
+    const auto stored = static_cast<std::int64_t>(data.ListScatteringData.size());
+    const std::int64_t end = std::min(activeRecordCount, stored);
+    if (!ZfFarField::Serves(scatteredWave)) return waves;
+    while (waves.size() < ZfFarField::kMostWaves && ++record < end && IsActive(record)) {
+        SetUpRecord(data, record);
+        if (!ZfFarField::Serves(scatteredWave) || !ZfFarField::CanShare(waves.front(), scatteredWave)) break;
+        waves.push_back(scatteredWave);
+    }
+    return waves;
+}
+
 // In both forms a pixel belongs to one thread, and its sum has one order: the same bits for any number of
 // threads.
 
-void ZfDocPattern::AddRecord(ZfNotifyTerminate& notifier, const ZfFarFieldDirections& directions) {
-    if (lOverride > 0 || !ZfFarField::Serves(scatteredWave)) {
-        AddRecordPixelByPixel(notifier, directions);
+void ZfDocPattern::AddWaves(ZfNotifyTerminate& notifier, const ZfFarFieldDirections& directions,
+                            std::span<const ZfVectorFreeElectron> waves) {
+    if (!ZfFarField::Serves(waves.front())) {
+        AddWavePixelByPixel(notifier, directions, waves.front());
         return;
     }
-    const ZfFarField farField(scatteredWave);
+    const ZfFarField farField(waves);
     const auto tasks = static_cast<std::int64_t>(directions.tasks.size());
+    const std::size_t sources = waves.size() * waves.front().electrons.size();
 
-#pragma omp parallel if (tasks > 1)
+#pragma omp parallel if (sources * directions.directions.size() > kWorthThreads)
     {
         std::vector<double> scratch;
-        ZfFarField::Amplitudes direct;
-        ZfFarField::Amplitudes scattered;
+        std::vector<ZfFarField::Amplitudes> amplitudes;
 #pragma omp for schedule(dynamic)
         for (std::int64_t t = 0; t < tasks; ++t) {
             if (notifier.IsTerminated()) continue;
             const ZfFarFieldDirections::Task& task = directions.tasks[static_cast<std::size_t>(t)];
             try {
-                farField.Calculate(directions, task, scratch, direct, scattered);
+                farField.Calculate(directions, task, scratch, amplitudes);
             } catch (...) {  // NOLINT(bugprone-empty-catch): the pixels keep the sums they had
                 continue;
             }
             const std::size_t first = directions.FirstDirection(task);
             for (std::size_t i = first; i < directions.EndDirection(task); ++i)
-                AddPixel(directions.directions[i].index, direct[i - first], scattered[i - first]);
+                for (const ZfFarField::Amplitudes& wave : amplitudes)
+                    AddPixel(directions.directions[i].index, wave.direct[i - first],
+                             wave.scattered[i - first]);
         }
     }
 }
 
 /// For tables and clusters beyond what the vector kernels take.
-void ZfDocPattern::AddRecordPixelByPixel(ZfNotifyTerminate& notifier,
-                                         const ZfFarFieldDirections& directions) {
-    scatteredWave.PrepareNorms();
+void ZfDocPattern::AddWavePixelByPixel(ZfNotifyTerminate& notifier, const ZfFarFieldDirections& directions,
+                                       const ZfVectorFreeElectron& wave) {
+    wave.PrepareNorms();
     const auto pixels = static_cast<std::int64_t>(directions.directions.size());
 #pragma omp parallel for schedule(static)
     for (std::int64_t i = 0; i < pixels; ++i) {
@@ -144,8 +172,8 @@ void ZfDocPattern::AddRecordPixelByPixel(ZfNotifyTerminate& notifier,
         try {
             const double theta = std::acos(u.z);
             const double phi = u.x == 0.0 && u.y == 0.0 ? 0.0 : std::atan2(u.y, u.x);
-            const std::complex<double> scattered = scatteredWave.ScatteredAmplitude(theta, phi, lOverride);
-            AddPixel(u.index, scatteredWave.DirectAmplitude(theta, phi), scattered);
+            const std::complex<double> scattered = wave.ScatteredAmplitude(theta, phi, lOverride);
+            AddPixel(u.index, wave.DirectAmplitude(theta, phi), scattered);
         } catch (...) {  // NOLINT(bugprone-empty-catch): the pixel keeps the sum it had
         }
     }
@@ -156,13 +184,18 @@ void ZfDocPattern::Calculate(ZfNotifyTerminate& notifier, ZfScatteringData& data
     PrepareCalculation(data, fluctuation, debye);
     if (mapping.planes.size() < kWrittenPlanes) throw ZfError("Error: A pattern needs four planes");
     const ZfFarFieldDirections directions = Directions();
+    mappingIsNew_ = false;
     recordsDone = 0;
+    std::int64_t added = 0;  // records before this one are in the planes
     for (std::int64_t s = 0; s < activeRecordCount; ++s) {
         if (notifier.IsTerminated()) break;
         ConsoleLine("START: STRUCTURE LOOP=" + std::to_string(s) + "/" + std::to_string(activeRecordCount));
         if (!IsActive(s)) continue;
-        SetUpRecord(data, s);
-        AddRecord(notifier, directions);
+        if (s >= added) {
+            const std::vector<ZfVectorFreeElectron> waves = WavesFrom(data, s);
+            AddWaves(notifier, directions, waves);
+            added = s + static_cast<std::int64_t>(waves.size());
+        }
         ++recordsDone;
         ConsoleLine("END: STRUCTURE LOOP=" + std::to_string(s));
     }

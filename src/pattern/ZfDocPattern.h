@@ -3,6 +3,8 @@
 #include <array>
 #include <complex>
 #include <cstdint>
+#include <functional>
+#include <span>
 #include <vector>
 
 #include "foundation/ZfNotifyTerminate.h"
@@ -65,22 +67,40 @@ protected:
     /// Makes the wave lists of a record: the filtered one keeps the order of the entries.
     void SetUpRecord(const ZfScatteringData& data, std::int64_t record);
 
+    using MappingParameters = std::array<double, 2>;
+    /// Leaves a map as it is that was built with the same parameters and has had nothing added: a run asks
+    /// for one before it announces itself, and once more in each preparation.
+    void RenewMapping(const MappingParameters& parameters, const std::function<ZfSphericalMapping()>& create);
+
 private:
     /// Of the pixels inside the map, in the frame of the cluster; the index is the place in a plane.
     ZfFarFieldDirections Directions() const;
-    void AddRecord(ZfNotifyTerminate& notifier, const ZfFarFieldDirections& directions);
-    void AddRecordPixelByPixel(ZfNotifyTerminate& notifier, const ZfFarFieldDirections& directions);
+    /// The record's filtered list and those of the active records behind it that share its far field.
+    std::vector<ZfVectorFreeElectron> WavesFrom(const ZfScatteringData& data, std::int64_t record);
+    void AddWaves(ZfNotifyTerminate& notifier, const ZfFarFieldDirections& directions,
+                  std::span<const ZfVectorFreeElectron> waves);
+    void AddWavePixelByPixel(ZfNotifyTerminate& notifier, const ZfFarFieldDirections& directions,
+                             const ZfVectorFreeElectron& wave);
     void AddPixel(std::size_t pixel, std::complex<double> direct, std::complex<double> scattered);
+
+    bool mappingIsNew_ = false;
+    MappingParameters mappingParameters_{};
 };
 
 struct ZfDocPattern_AzimuthalEquidistant final : ZfDocPattern {
-    void BuildMapping() override { mapping = CreateAzimuthalEquidistantMapping(planeCount, resolution); }
+    void BuildMapping() override {
+        RenewMapping({static_cast<double>(planeCount), resolution},
+                     [this] { return CreateAzimuthalEquidistantMapping(planeCount, resolution); });
+    }
 
     double resolution = 1.0;  ///< degrees
 };
 
 struct ZfDocPattern_EquidistantCylindrical final : ZfDocPattern {
-    void BuildMapping() override { mapping = CreateEquidistantCylindricalMapping(planeCount, resolution); }
+    void BuildMapping() override {
+        RenewMapping({static_cast<double>(planeCount), resolution},
+                     [this] { return CreateEquidistantCylindricalMapping(planeCount, resolution); });
+    }
 
     double resolution = 1.0;  ///< degrees
 };

@@ -66,8 +66,12 @@ bool ZfConvertAzimuthalEquidistantMap::PixelToDirection(double& dx, double& dy, 
     const double degrees = d / ((width - 1) / 180.0);
     if (degrees > 90) return false;
     const double theta = Radians(degrees);
-    Direction(dx, dy, dz, theta, Azimuth(x, y));
-    weight = d > 0 ? std::sin(theta) * kPi / (2 * d * c) : kPiSquared / (4 * c * c);
+    const double sine = std::sin(theta);
+    // Cosine and sine of the azimuth without the angle.
+    dx = d > 0 ? x / d * sine : 0.0;
+    dy = d > 0 ? y / d * sine : 0.0;
+    dz = std::cos(theta);
+    weight = d > 0 ? sine * kPi / (2 * d * c) : kPiSquared / (4 * c * c);
     return true;
 }
 

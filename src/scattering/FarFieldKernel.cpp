@@ -12,9 +12,8 @@ HWY_BEFORE_NAMESPACE();
 namespace zf::HWY_NAMESPACE {
 
 constexpr std::size_t kPack = kFarFieldPack;
-constexpr std::size_t kValues = 4;    // Re C, Im C, Re D, Im D
-constexpr std::size_t kGeometry = 5;  // kx, ky, kz, damping, slope
-constexpr std::size_t kRings = 4;     // rings that share the loads of a coefficient
+constexpr std::size_t kValues = kFarFieldValues;
+constexpr std::size_t kRings = 4;  // rings that share the loads of a coefficient
 
 /// Sums over l for up to kRings rings and one m: G = sum of C p, H = sum of D p. Returns the coefficients
 /// behind.
@@ -38,31 +37,39 @@ HWY_INLINE const double* SumOverDegrees(Tag d, std::size_t degrees, const double
     return coefficient;
 }
 
-/// Adds the waves of a pack in one direction to `sum`, kPack real parts and kPack imaginary parts.
+/// Phase factors of a pack in the directions of a task, damped if need be: by direction, kPack cosines and
+/// kPack sines of kd.
 template <bool kDamped>
-HWY_INLINE void AddDirection(Tag d, V re, V im, const double* HWY_RESTRICT geometry,
-                             const ZfFarFieldDirections::Direction& u, double* HWY_RESTRICT sum) {
-    V kd = hn::Mul(hn::LoadU(d, geometry), hn::Set(d, u.x));
-    kd = hn::MulAdd(hn::LoadU(d, geometry + kPack), hn::Set(d, u.y), kd);
-    kd = hn::MulAdd(hn::LoadU(d, geometry + 2 * kPack), hn::Set(d, u.z), kd);
-    V s;
-    V c;
-    SinCos(d, kd, s, c);
-    if constexpr (kDamped) {
-        const V damping = hn::Exp(
-            d, hn::MulAdd(hn::LoadU(d, geometry + 4 * kPack), kd, hn::LoadU(d, geometry + 3 * kPack)));
-        s = hn::Mul(s, damping);
-        c = hn::Mul(c, damping);
+HWY_INLINE void PhasesOfPack(const double* HWY_RESTRICT geometry, const ZfFarFieldDirections::Direction* u,
+                             std::size_t count, double* HWY_RESTRICT phases) {
+    const Tag d;
+    for (std::size_t part = 0; part < kPack; part += hn::Lanes(d)) {
+        const double* const g = geometry + part;
+        for (std::size_t i = 0; i < count; ++i) {
+            V kd = hn::Mul(hn::LoadU(d, g), hn::Set(d, u[i].x));
+            kd = hn::MulAdd(hn::LoadU(d, g + kPack), hn::Set(d, u[i].y), kd);
+            kd = hn::MulAdd(hn::LoadU(d, g + 2 * kPack), hn::Set(d, u[i].z), kd);
+            V s;
+            V c;
+            SinCos(d, kd, s, c);
+            if constexpr (kDamped) {
+                const V damping =
+                    hn::Exp(d, hn::MulAdd(hn::LoadU(d, g + 4 * kPack), kd, hn::LoadU(d, g + 3 * kPack)));
+                s = hn::Mul(s, damping);
+                c = hn::Mul(c, damping);
+            }
+            hn::StoreU(c, d, phases + i * 2 * kPack + part);
+            hn::StoreU(s, d, phases + i * 2 * kPack + kPack + part);
+        }
     }
-    hn::StoreU(hn::MulAdd(re, c, hn::MulAdd(im, s, hn::LoadU(d, sum))), d, sum);
-    hn::StoreU(hn::NegMulAdd(re, s, hn::MulAdd(im, c, hn::LoadU(d, sum + kPack))), d, sum + kPack);
 }
 
 /// Sums over m for kCount groups of one ring, which share the loads of the orders. With w = |x| + i |y|, the
 /// power m of the mirror images is w^m, its conjugate, and (-1)^m times both.
-template <bool kDamped, std::size_t kCount>
+/// `phases` and `sums` begin at the first direction of the first group.
+template <bool kDisplaced, std::size_t kCount>
 HWY_INLINE void AddGroups(Tag d, std::size_t n, const double* HWY_RESTRICT orders,
-                          const double* HWY_RESTRICT powers, const double* HWY_RESTRICT geometry,
+                          const double* HWY_RESTRICT powers, const double* HWY_RESTRICT phases,
                           const ZfFarFieldDirections& all, std::size_t group, double* HWY_RESTRICT sums) {
     // [parity of m][group]: sums of G Re w^m and of H Im w^m.
     V gRe[2][kCount];
@@ -107,37 +114,46 @@ HWY_INLINE void AddGroups(Tag d, std::size_t n, const double* HWY_RESTRICT order
         const V hReMinus = hn::Sub(hRe[0][i], hRe[1][i]);
         const V hImMinus = hn::Sub(hIm[0][i], hIm[1][i]);
         const ZfFarFieldDirections::Group& members = all.groups[group + i];
-        for (std::size_t k = 0; k < members.count; ++k, sums += 2 * kPack) {
+        for (std::size_t k = 0; k < members.count; ++k, sums += 2 * kPack, phases += 2 * kPack) {
             const ZfFarFieldDirections::Direction& u = all.directions[members.first + k];
             const bool left = u.x < 0.0;
             const bool turned = left != (u.y < 0.0);
             const V sign = hn::Set(d, turned ? -1.0 : 1.0);
             const V re = hn::MulAdd(sign, left ? hReMinus : hRePlus, left ? gReMinus : gRePlus);
             const V im = hn::MulAdd(sign, left ? hImMinus : hImPlus, left ? gImMinus : gImPlus);
-            AddDirection<kDamped>(d, re, im, geometry, u, sums);
+            const V sumRe = hn::LoadU(d, sums);
+            const V sumIm = hn::LoadU(d, sums + kPack);
+            if constexpr (kDisplaced) {
+                const V c = hn::LoadU(d, phases);
+                const V s = hn::LoadU(d, phases + kPack);
+                hn::StoreU(hn::MulAdd(re, c, hn::MulAdd(im, s, sumRe)), d, sums);
+                hn::StoreU(hn::NegMulAdd(re, s, hn::MulAdd(im, c, sumIm)), d, sums + kPack);
+            } else {
+                hn::StoreU(hn::Add(sumRe, re), d, sums);
+                hn::StoreU(hn::Add(sumIm, im), d, sums + kPack);
+            }
         }
     }
 }
 
-template <bool kDamped>
-HWY_INLINE void AddPack(const FarFieldSources& sources, std::size_t pack, const FarFieldTables& tables,
-                        double* orders, double* sums) {
+/// One wave of one pack.
+template <bool kDisplaced>
+HWY_INLINE void AddPack(std::size_t n, const double* HWY_RESTRICT coefficients, const FarFieldTables& tables,
+                        const double* phases, double* orders, double* sums) {
     const Tag d;
     const ZfFarFieldDirections& all = tables.all;
-    const auto n = static_cast<std::size_t>(sources.L);
     const std::size_t pairs = n * (n + 1) / 2;
     const std::size_t ringStride = n * kValues * kPack;
     const std::size_t firstGroup = all.segments[tables.task.firstSegment].firstGroup;
     const std::size_t firstDirection = all.groups[firstGroup].first;
     // A pack may be wider than a vector: its parts are independent.
     for (std::size_t part = 0; part < kPack; part += hn::Lanes(d)) {
-        const double* const geometry = sources.geometry.data() + pack * kGeometry * kPack + part;
         for (std::size_t first = tables.task.firstSegment; first < tables.task.endSegment; first += kRings) {
             const std::size_t rings = std::min(kRings, tables.task.endSegment - first);
             const double* theta[kRings];
             for (std::size_t r = 0; r < kRings; ++r)
                 theta[r] = tables.theta + (first - tables.task.firstSegment + std::min(r, rings - 1)) * pairs;
-            const double* coefficient = sources.coefficients.data() + pack * pairs * kValues * kPack + part;
+            const double* coefficient = coefficients + part;
             for (std::size_t m = 0; m < n; ++m) {
                 coefficient = SumOverDegrees(d, n - m, coefficient, theta,
                                              orders + m * kValues * kPack + part, ringStride);
@@ -148,23 +164,39 @@ HWY_INLINE void AddPack(const FarFieldSources& sources, std::size_t pack, const 
                 const std::size_t end = all.segments[first + r].endGroup;
                 std::size_t g = all.segments[first + r].firstGroup;
                 const auto powers = [&] { return tables.powers + (g - firstGroup) * 2 * n; };
-                const auto sum = [&] {
-                    return sums + (all.groups[g].first - firstDirection) * 2 * kPack + part;
-                };
+                const auto place = [&] { return (all.groups[g].first - firstDirection) * 2 * kPack + part; };
                 for (; g + 2 <= end; g += 2)
-                    AddGroups<kDamped, 2>(d, n, ring, powers(), geometry, all, g, sum());
-                if (g < end) AddGroups<kDamped, 1>(d, n, ring, powers(), geometry, all, g, sum());
+                    AddGroups<kDisplaced, 2>(d, n, ring, powers(), phases + place(), all, g, sums + place());
+                if (g < end)
+                    AddGroups<kDisplaced, 1>(d, n, ring, powers(), phases + place(), all, g, sums + place());
             }
         }
     }
 }
 
-void AddPacks(const FarFieldSources& sources, const FarFieldTables& tables, double* orders, double* sums) {
+void AddPacks(const FarFieldSources& sources, const FarFieldTables& tables, double* scratch, double* sums) {
+    const auto n = static_cast<std::size_t>(sources.L);
+    const std::size_t packSize = n * (n + 1) / 2 * kValues * kPack;
+    const std::size_t first = tables.all.FirstDirection(tables.task);
+    const std::size_t directions = tables.all.EndDirection(tables.task) - first;
+    double* const phases = scratch;
+    double* const orders = phases + directions * 2 * kPack;
     for (std::size_t pack = 0; pack < sources.packs; ++pack) {
+        const double* const geometry = sources.geometry.data() + pack * kFarFieldGeometry * kPack;
+        const ZfFarFieldDirections::Direction* const u = tables.all.directions.data() + first;
         if (sources.damped)
-            AddPack<true>(sources, pack, tables, orders, sums);
-        else
-            AddPack<false>(sources, pack, tables, orders, sums);
+            PhasesOfPack<true>(geometry, u, directions, phases);
+        else if (sources.displaced)
+            PhasesOfPack<false>(geometry, u, directions, phases);
+        for (std::size_t wave = 0; wave < sources.waves; ++wave) {
+            const double* const coefficients =
+                sources.coefficients.data() + (wave * sources.packs + pack) * packSize;
+            double* const waveSums = sums + wave * directions * 2 * kPack;
+            if (sources.displaced)
+                AddPack<true>(n, coefficients, tables, phases, orders, waveSums);
+            else
+                AddPack<false>(n, coefficients, tables, phases, orders, waveSums);
+        }
     }
 }
 
@@ -177,14 +209,15 @@ namespace zf {
 HWY_EXPORT(AddPacks);
 }  // namespace zf
 
-void AddFarField(const FarFieldSources& sources, const FarFieldTables& tables, double* orders, double* sums) {
+void AddFarField(const FarFieldSources& sources, const FarFieldTables& tables, double* scratch,
+                 double* sums) {
     using namespace zf;
-    HWY_DYNAMIC_DISPATCH(AddPacks)(sources, tables, orders, sums);
+    HWY_DYNAMIC_DISPATCH(AddPacks)(sources, tables, scratch, sums);
 }
 
-std::size_t FarFieldOrdersSize(std::int32_t L) {
+std::size_t FarFieldScratchSize(std::int32_t L, std::size_t directions) {
     constexpr std::size_t kRings = zf::HWY_NAMESPACE::kRings;
-    return kRings * static_cast<std::size_t>(L) * zf::HWY_NAMESPACE::kValues * kFarFieldPack;
+    return (directions * 2 + kRings * static_cast<std::size_t>(L) * kFarFieldValues) * kFarFieldPack;
 }
 
 #endif  // HWY_ONCE

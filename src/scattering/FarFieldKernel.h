@@ -10,18 +10,22 @@
 // machine's family, and the best one is taken at run time. The sum of a direction has one order, whatever the
 // instruction set.
 
-constexpr std::size_t kFarFieldPack = 8;  ///< sources side by side
+constexpr std::size_t kFarFieldPack = 8;      ///< sources side by side
+constexpr std::size_t kFarFieldValues = 4;    ///< of a coefficient: Re C, Im C, Re D, Im D
+constexpr std::size_t kFarFieldGeometry = 5;  ///< of a source: kx, ky, kz, damping, slope
 
-/// Sources of one table size, in packs filled up with zeros.
+/// Sources of one table size, in packs filled up with zeros. Several waves may leave the same sources.
 struct FarFieldSources {
     std::int32_t L = 0;
-    /// By pack and (m, l), m outermost: kFarFieldPack values each of Re C, Im C, Re D, Im D.
-    std::vector<double> coefficients;
-    /// By pack: kFarFieldPack values each of kx, ky, kz, damping, slope: with kd = kx x + ky y + kz z, the
-    /// wave of a source is multiplied by exp(-i kd) exp(damping + slope kd).
-    std::vector<double> geometry;
+    std::size_t waves = 0;
     std::size_t packs = 0;
+    /// By wave, pack and (m, l), m outermost: kFarFieldPack of each value.
+    std::vector<double> coefficients;
+    /// By pack: kFarFieldPack of each value. With kd = kx x + ky y + kz z, the waves of a source are
+    /// multiplied by exp(-i kd) exp(damping + slope kd).
+    std::vector<double> geometry;
     bool damped = false;
+    bool displaced = false;  ///< whether any source stands off the origin
 };
 
 /// A task and the tables of its directions alone.
@@ -32,8 +36,8 @@ struct FarFieldTables {
     const double* powers;  ///< real and imaginary part of (|x| + i |y|)^m, of each group
 };
 
-/// Adds the waves of all sources in the directions of a task: for each direction, kFarFieldPack real parts
-/// and as many imaginary parts in `sums`, one a place in the packs. `orders` is scratch for
-/// FarFieldOrdersSize(L) numbers.
-void AddFarField(const FarFieldSources& sources, const FarFieldTables& tables, double* orders, double* sums);
-std::size_t FarFieldOrdersSize(std::int32_t L);
+/// Adds the waves of all sources in the directions of a task. By wave and direction, `sums` holds
+/// kFarFieldPack real parts and as many imaginary parts, one a place in the packs. `scratch` is for
+/// FarFieldScratchSize numbers.
+void AddFarField(const FarFieldSources& sources, const FarFieldTables& tables, double* scratch, double* sums);
+std::size_t FarFieldScratchSize(std::int32_t L, std::size_t directions);

@@ -42,7 +42,7 @@ void FillPowers(std::size_t n, const Direction& u, double* out) {
 void PutCoefficients(const ZfFreeElectron& electron, std::int32_t size, double factor, double* out) {
     const std::vector<HarmonicPair> pairs = HarmonicPairs(electron.A);
     for (std::int32_t m = 0; m < size; ++m) {
-        for (std::int32_t l = m; l < size; ++l, out += 4 * kFarFieldPack) {
+        for (std::int32_t l = m; l < size; ++l, out += kFarFieldValues * kFarFieldPack) {
             if (l >= electron.A.L) continue;
             const HarmonicPair& pair = pairs[HarmonicIndex(l, m)];
             const std::complex<double> c = factor * IPower(l + 1) * pair.c;
@@ -62,8 +62,8 @@ bool PutGeometry(const ZfFreeElectron& electron, const ZfFreeElectron& emitter, 
     const double rho = std::sqrt(NormSquared(electron.position));
     const double u = electron.Uiso + emitter.Uiso;
     const bool damped = u > 0.0 && rho > 0.0;
-    const double values[] = {k * p[0], k * p[1], k * p[2], damped ? -k * k * u : 0.0,
-                             damped ? k * u / rho : 0.0};
+    const double values[kFarFieldGeometry] = {k * p[0], k * p[1], k * p[2], damped ? -k * k * u : 0.0,
+                                              damped ? k * u / rho : 0.0};
     for (const double value : values) {
         *out = value;
         out += kFarFieldPack;
@@ -71,47 +71,85 @@ bool PutGeometry(const ZfFreeElectron& electron, const ZfFreeElectron& emitter, 
     return damped;
 }
 
-FarFieldSources PackSources(std::span<const ZfFreeElectron> electrons, const ZfFreeElectron& emitter,
-                            double dampingPerMetre) {
+/// Room for sources in places 0 to `places` - 1 of each wave, all zero.
+FarFieldSources Empty(std::int32_t L, std::size_t waves, std::size_t places) {
     FarFieldSources sources;
-    for (const ZfFreeElectron& electron : electrons) sources.L = std::max(sources.L, electron.A.L);
-    sources.packs = (electrons.size() + kFarFieldPack - 1) / kFarFieldPack;
-    const std::size_t packCoefficients = HarmonicIndex(sources.L, 0) * 4 * kFarFieldPack;
-    sources.coefficients.assign(sources.packs * packCoefficients, 0.0);
-    sources.geometry.assign(sources.packs * 5 * kFarFieldPack, 0.0);
-    for (std::size_t e = 0; e < electrons.size(); ++e) {
-        const double rho = std::sqrt(NormSquared(electrons[e].position));
-        PutCoefficients(
-            electrons[e], sources.L, std::exp(-rho * dampingPerMetre),
-            sources.coefficients.data() + e / kFarFieldPack * packCoefficients + e % kFarFieldPack);
-        const bool damped =
-            PutGeometry(electrons[e], emitter,
-                        sources.geometry.data() + e / kFarFieldPack * 5 * kFarFieldPack + e % kFarFieldPack);
-        sources.damped = sources.damped || damped;
+    sources.L = L;
+    sources.waves = waves;
+    sources.packs = (places + kFarFieldPack - 1) / kFarFieldPack;
+    sources.coefficients.resize(waves * sources.packs * HarmonicIndex(L, 0) * kFarFieldValues *
+                                kFarFieldPack);
+    sources.geometry.resize(sources.packs * kFarFieldGeometry * kFarFieldPack);
+    return sources;
+}
+
+double* CoefficientsAt(FarFieldSources& sources, std::size_t wave, std::size_t place) {
+    const std::size_t pack = wave * sources.packs + place / kFarFieldPack;
+    return sources.coefficients.data() +
+           pack * HarmonicIndex(sources.L, 0) * kFarFieldValues * kFarFieldPack + place % kFarFieldPack;
+}
+
+void Place(FarFieldSources& sources, std::size_t place, const ZfFreeElectron& electron,
+           const ZfFreeElectron& emitter) {
+    const std::size_t pack = place / kFarFieldPack * kFarFieldGeometry * kFarFieldPack;
+    const bool damped = PutGeometry(electron, emitter, &sources.geometry[pack + place % kFarFieldPack]);
+    sources.damped = sources.damped || damped;
+    sources.displaced = sources.displaced || NormSquared(electron.position) != 0.0;
+}
+
+/// The emitters of the waves, which share their place, fill one pack side by side.
+FarFieldSources PackEmitters(std::span<const ZfVectorFreeElectron> waves) {
+    std::int32_t L = 0;
+    for (const ZfVectorFreeElectron& wave : waves) L = std::max(L, wave.electrons.front().A.L);
+    FarFieldSources sources = Empty(L, 1, waves.size());
+    const ZfFreeElectron& emitter = waves.front().electrons.front();
+    for (std::size_t w = 0; w < waves.size(); ++w) {
+        Place(sources, w, emitter, emitter);
+        PutCoefficients(waves[w].electrons.front(), L, 1.0, CoefficientsAt(sources, 0, w));
     }
     return sources;
 }
 
-/// Amplitudes of the directions of a task from one set of sources.
-void Sum(const FarFieldSources& sources, const ZfFarFieldDirections& all,
-         const ZfFarFieldDirections::Task& task, std::vector<double>& scratch,
-         ZfFarField::Amplitudes& result) {
+FarFieldSources PackScatterers(std::span<const ZfVectorFreeElectron> waves) {
+    std::int32_t L = 0;
+    for (const ZfVectorFreeElectron& wave : waves)
+        for (const ZfFreeElectron& electron : std::span(wave.electrons).subspan(1))
+            L = std::max(L, electron.A.L);
+    const std::span<const ZfFreeElectron> first = waves.front().electrons;
+    FarFieldSources sources = Empty(L, waves.size(), first.size() - 1);
+    for (std::size_t place = 0; place + 1 < first.size(); ++place)
+        Place(sources, place, first[place + 1], first.front());
+    for (std::size_t w = 0; w < waves.size(); ++w) {
+        const double damping = waves[w].meanFreePath > 0.0 ? 2.0 / waves[w].meanFreePath : 0.0;
+        for (std::size_t place = 0; place + 1 < first.size(); ++place) {
+            const ZfFreeElectron& electron = waves[w].electrons[place + 1];
+            PutCoefficients(electron, L, std::exp(-std::sqrt(NormSquared(electron.position)) * damping),
+                            CoefficientsAt(sources, w, place));
+        }
+    }
+    return sources;
+}
+
+/// Fills the tables of a task's directions for one table size, and lets the kernel add up. Returns the sums,
+/// which stand in `scratch`.
+const double* Sum(const FarFieldSources& sources, const ZfFarFieldDirections& all,
+                  const ZfFarFieldDirections::Task& task, std::vector<double>& scratch) {
     const auto n = static_cast<std::size_t>(sources.L);
-    const std::size_t first = all.FirstDirection(task);
-    const std::size_t count = all.EndDirection(task) - first;
+    const std::size_t count = all.EndDirection(task) - all.FirstDirection(task);
     const std::size_t segments = task.endSegment - task.firstSegment;
     const std::size_t firstGroup = all.segments[task.firstSegment].firstGroup;
     const std::size_t endGroup = all.segments[task.endSegment - 1].endGroup;
 
     const std::size_t thetaSize = segments * HarmonicIndex(sources.L, 0);
     const std::size_t powersSize = (endGroup - firstGroup) * 2 * n;
-    const std::size_t ordersSize = FarFieldOrdersSize(sources.L);
-    const std::size_t sumsSize = count * 2 * kFarFieldPack;
-    scratch.assign(thetaSize + powersSize + ordersSize + sumsSize, 0.0);
+    const std::size_t kernelSize = FarFieldScratchSize(sources.L, count);
+    const std::size_t sumsSize = sources.waves * count * 2 * kFarFieldPack;
+    const std::size_t size = thetaSize + powersSize + kernelSize + sumsSize;
+    if (scratch.size() < size) scratch.resize(size);
     double* const theta = scratch.data();
     double* const powers = theta + thetaSize;
-    double* const orders = powers + powersSize;
-    double* const sums = orders + ordersSize;
+    double* const kernel = powers + powersSize;
+    double* const sums = kernel + kernelSize;
 
     const auto front = [&all](std::size_t group) -> const Direction& {
         return all.directions[all.groups[group].first];
@@ -121,17 +159,13 @@ void Sum(const FarFieldSources& sources, const ZfFarFieldDirections& all,
                          theta + s * HarmonicIndex(sources.L, 0));
     for (std::size_t g = firstGroup; g < endGroup; ++g)
         FillPowers(n, front(g), powers + (g - firstGroup) * 2 * n);
-    const FarFieldTables tables = {all, task, theta, powers};
-    AddFarField(sources, tables, orders, sums);
-    for (std::size_t i = 0; i < count; ++i) {
-        double re = 0.0;
-        double im = 0.0;
-        for (std::size_t lane = 0; lane < kFarFieldPack; ++lane) {
-            re += sums[i * 2 * kFarFieldPack + lane];
-            im += sums[i * 2 * kFarFieldPack + kFarFieldPack + lane];
-        }
-        result[i] = {re, im};
-    }
+    std::fill(sums, sums + sumsSize, 0.0);
+    AddFarField(sources, {all, task, theta, powers}, kernel, sums);
+    return sums;
+}
+
+bool HasSameGeometry(const ZfFreeElectron& a, const ZfFreeElectron& b) {
+    return std::equal(a.position.Data(), a.position.Data() + 3, b.position.Data()) && a.Uiso == b.Uiso;
 }
 
 }  // namespace
@@ -144,16 +178,35 @@ bool ZfFarField::Serves(const ZfVectorFreeElectron& list) {
     });
 }
 
-ZfFarField::ZfFarField(const ZfVectorFreeElectron& list) {
-    const std::span<const ZfFreeElectron> electrons = list.electrons;
-    const ZfFreeElectron& emitter = electrons.front();
-    direct_ = PackSources(electrons.first(1), emitter, 0.0);
-    scattered_ =
-        PackSources(electrons.subspan(1), emitter, list.meanFreePath > 0.0 ? 2.0 / list.meanFreePath : 0.0);
+bool ZfFarField::CanShare(const ZfVectorFreeElectron& a, const ZfVectorFreeElectron& b) {
+    return std::equal(a.electrons.begin(), a.electrons.end(), b.electrons.begin(), b.electrons.end(),
+                      HasSameGeometry) &&
+           a.electrons.front().k == b.electrons.front().k;
 }
 
+ZfFarField::ZfFarField(std::span<const ZfVectorFreeElectron> waves)
+    : waves_(waves.size()), direct_(PackEmitters(waves)), scattered_(PackScatterers(waves)) {}
+
 void ZfFarField::Calculate(const ZfFarFieldDirections& all, const ZfFarFieldDirections::Task& task,
-                           std::vector<double>& scratch, Amplitudes& direct, Amplitudes& scattered) const {
-    Sum(direct_, all, task, scratch, direct);
-    Sum(scattered_, all, task, scratch, scattered);
+                           std::vector<double>& scratch, std::vector<Amplitudes>& result) const {
+    const std::size_t count = all.EndDirection(task) - all.FirstDirection(task);
+    constexpr std::size_t kDirection = 2 * kFarFieldPack;
+    result.resize(waves_);
+    const double* const direct = Sum(direct_, all, task, scratch);
+    for (std::size_t w = 0; w < waves_; ++w) {
+        for (std::size_t i = 0; i < count; ++i)
+            result[w].direct[i] = {direct[i * kDirection + w], direct[i * kDirection + kFarFieldPack + w]};
+    }
+    const double* sums = Sum(scattered_, all, task, scratch);
+    for (std::size_t w = 0; w < waves_; ++w) {
+        for (std::size_t i = 0; i < count; ++i, sums += kDirection) {
+            double re = 0.0;
+            double im = 0.0;
+            for (std::size_t place = 0; place < kFarFieldPack; ++place) {
+                re += sums[place];
+                im += sums[kFarFieldPack + place];
+            }
+            result[w].scattered[i] = {re, im};
+        }
+    }
 }

@@ -2,29 +2,44 @@
 
 #include <array>
 #include <complex>
+#include <span>
 #include <vector>
 
 #include "scattering/FarFieldKernel.h"
 #include "scattering/ZfVectorFreeElectron.h"
 
-/// The direct and the scattered far field of a list, as ZfVectorFreeElectron::DirectAmplitude and
-/// ScatteredAmplitude define them, in many directions at once. The kernels run over packs of sources; the sum
-/// of a direction has one order, whatever the task or the instruction set.
+/// The direct and the scattered far fields of the waves of one structure, as
+/// ZfVectorFreeElectron::DirectAmplitude and ScatteredAmplitude define them, in many directions at once.
+/// Phases and damping belong to the atoms and are calculated once for all waves. The sum of a direction has
+/// one order, whatever the task, the instruction set or the other waves.
 class ZfFarField {
 public:
-    explicit ZfFarField(const ZfVectorFreeElectron& list);
+    static constexpr std::size_t kMostWaves = kFarFieldPack;
+
+    /// Up to kMostWaves lists that Serves, any two of which CanShare.
+    explicit ZfFarField(std::span<const ZfVectorFreeElectron> waves);
 
     /// Whether the tables and distances of a list are within what the kernels take.
     static bool Serves(const ZfVectorFreeElectron& list);
 
-    using Amplitudes = std::array<std::complex<double>, ZfFarFieldDirections::kTaskDirections>;
+    /// Whether the sources of two lists, the first of them not empty, stand at the same places with the same
+    /// displacements, and have one wave number.
+    static bool CanShare(const ZfVectorFreeElectron& a, const ZfVectorFreeElectron& b);
 
-    /// Amplitudes in the directions of a task, in their order. `scratch` is the caller's, one a thread, sized
+    /// Of one wave in the directions of a task, in their order.
+    struct Amplitudes {
+        using Values = std::array<std::complex<double>, ZfFarFieldDirections::kTaskDirections>;
+        Values direct;
+        Values scattered;
+    };
+
+    /// The amplitudes of each wave. `scratch` and `result` are the caller's, one of each a thread, sized
     /// here.
     void Calculate(const ZfFarFieldDirections& all, const ZfFarFieldDirections::Task& task,
-                   std::vector<double>& scratch, Amplitudes& direct, Amplitudes& scattered) const;
+                   std::vector<double>& scratch, std::vector<Amplitudes>& result) const;
 
 private:
+    std::size_t waves_;
     FarFieldSources direct_;
     FarFieldSources scattered_;
 };

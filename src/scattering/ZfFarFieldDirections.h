@@ -32,7 +32,7 @@ public:
         std::size_t firstSegment;
         std::size_t endSegment;
     };
-    static constexpr std::size_t kTaskDirections = 128;  ///< most directions of a task
+    static constexpr std::size_t kTaskDirections = 256;  ///< most directions of a task
 
     std::size_t FirstDirection(const Task& task) const {
         return groups[segments[task.firstSegment].firstGroup].first;

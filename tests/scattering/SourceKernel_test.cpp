@@ -108,21 +108,21 @@ TEST_P(Kernels, AgreeWithTheLiteralFarField) {
 
         const Directions directions;
         std::vector<double> scratch;
-        ZfFarField::Amplitudes directs;
-        ZfFarField::Amplitudes scattereds;
+        std::vector<ZfFarField::Amplitudes> amplitudes;
         ZfFarFieldDirections rings;
         for (std::size_t i = 0; i < directions.count; ++i)
             rings.Add(i, directions.x[i], directions.y[i], directions.z[i]);
         rings.Order();
         ASSERT_EQ(rings.tasks.size(), 1U);
-        ZfFarField(list).Calculate(rings, rings.tasks[0], scratch, directs, scattereds);
+        ZfFarField({&list, 1}).Calculate(rings, rings.tasks[0], scratch, amplitudes);
         for (std::size_t n = 0; n < directions.count; ++n) {
             const std::size_t i = rings.directions[n].index;
             const std::complex<double> direct = list.DirectAmplitude(directions.theta[i], directions.phi[i]);
             const std::complex<double> scattered =
                 list.ScatteredAmplitude(directions.theta[i], directions.phi[i], 0);
-            EXPECT_LE(std::abs(directs[n] - direct), 1e-12) << "L " << l << ", direction " << i;
-            EXPECT_LE(std::abs(scattereds[n] - scattered), 1e-11) << "L " << l << ", direction " << i;
+            EXPECT_LE(std::abs(amplitudes[0].direct[n] - direct), 1e-12) << "L " << l << ", direction " << i;
+            EXPECT_LE(std::abs(amplitudes[0].scattered[n] - scattered), 1e-11)
+                << "L " << l << ", direction " << i;
         }
     }
     EXPECT_FALSE(ZfFarField::Serves(ListOf({FullSource(2, 0.0, 0.0, 0.0), FullSource(2, 2e-6, 0.0, 0.0)})));
