@@ -71,8 +71,9 @@ ZfLevelPoints GridPoints(std::int32_t level) {
     return points;
 }
 
-ZfExpansionLevel::ZfExpansionLevel(std::int32_t level, std::int32_t lSize, ZfLmDoubleTable& norm)
+ZfExpansionLevel::ZfExpansionLevel(std::int32_t level, std::int32_t lSize)
     : stride((static_cast<std::size_t>(lSize) + 7) / 8 * 8) {
+    ZfLmDoubleTable norm;
     std::map<std::vector<double>, std::size_t> setOf;
     for (const auto& [parameter, phis] : RowsOf(GridPoints(level))) {
         const auto [set, isNew] = setOf.emplace(phis, phiSets.size());
