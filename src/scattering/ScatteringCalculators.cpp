@@ -122,6 +122,7 @@ void ZfScatteringData::Calculate(ZfNotifyTerminate& notifier, ZfCluster& cluster
             }
         }
     }
+    structure_.reset();
     if (fileName.empty()) return;
     ZfBarnFile file(fileName, "w");
     Exchange(file);

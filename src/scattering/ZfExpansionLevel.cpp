@@ -83,8 +83,6 @@ ZfExpansionLevel::ZfExpansionLevel(std::int32_t level, std::int32_t lSize)
         rowLength = phis.size();
         points += rowLength;
         for (const double t : phis) {
-            theta.push_back(rowTheta);
-            phi.push_back(kTwoPi * t);
             x.push_back(std::sin(rowTheta) * std::cos(kTwoPi * t));
             y.push_back(std::sin(rowTheta) * std::sin(kTwoPi * t));
             z.push_back(std::cos(rowTheta));

@@ -39,5 +39,4 @@ struct ZfExpansionLevel {
     std::vector<Row> rows;
     std::vector<PhiSet> phiSets;
     std::vector<double> x, y, z;  ///< unit vectors, padded
-    std::vector<double> theta, phi;
 };

@@ -36,10 +36,8 @@ void ZfSphereExpansion::SampleRows(const Task& task, std::vector<double>& scratc
     double* const azimuth = im + padded;
     const AzimuthalSums a = {azimuth, azimuth + lattice.stride, azimuth + 2 * lattice.stride,
                              azimuth + 3 * lattice.stride};
-    const ZfSampleDirections directions = {
-        {lattice.x.data() + first, lattice.y.data() + first, lattice.z.data() + first, count},
-        lattice.theta.data() + first,
-        lattice.phi.data() + first};
+    const KernelDirections directions = {lattice.x.data() + first, lattice.y.data() + first,
+                                         lattice.z.data() + first, count};
     const auto middle = static_cast<std::size_t>(lSize) - 1;
 
     for (std::size_t g = 0; g < groups; ++g) {
