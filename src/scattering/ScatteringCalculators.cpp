@@ -9,8 +9,6 @@
 
 namespace {
 
-constexpr double kExpansionRadius_m = 2e-10;
-
 void RefuseLaterPasses(std::int32_t muIndex) {
     if (muIndex != 0) throw ZfError("This is not support full multi-scattering calc.");
 }
@@ -43,6 +41,44 @@ void PrintLoop(const char* name, std::int32_t index, std::int32_t count) {
     ConsoleLine(name + std::to_string(index) + "/" + std::to_string(count));
 }
 
+/// The sources that target `at` sees by a method, those excepted that stand exactly where it does.
+SeenSources SourcesOf(std::int32_t method, const ZfScatteringRecord& record,
+                      const ZfPhaseShiftDocument& phaseShifts, std::int32_t at) {
+    const std::vector<ZfFreeElectron>& atoms = record.NextListScatterer.electrons;
+    const ZfLDoubleMatrix& target = atoms[static_cast<std::size_t>(at)].position;
+    const double targetSquared = NormSquared(target);
+    SeenSources seen = {0};
+    for (std::int32_t i = 1; i < at && method != kSingle; ++i) {
+        const ZfLDoubleMatrix& atom = atoms[static_cast<std::size_t>(i)].position;
+        if (method == kSlowMulti ||
+            StandsNearLine(atom, target, targetSquared, PhaseShiftOf(record, phaseShifts, i)))
+            seen.push_back(i);
+    }
+    std::erase_if(seen, [&](std::int32_t i) {
+        return std::equal(target.Data(), target.Data() + 3,
+                          atoms[static_cast<std::size_t>(i)].position.Data());
+    });
+    return seen;
+}
+
+/// By atom, up to the first that cannot be computed: whoever comes to that one meets the failure.
+std::vector<SeenSources> SourcesOfAll(std::int32_t method, const ZfScatteringRecord& record,
+                                      const ZfPhaseShiftDocument& phaseShifts) {
+    std::vector<SeenSources> all = {{}};
+    if (!(record.ListScatterer.Ek_eV > 0.0)) return all;
+    try {
+        for (std::int32_t at = 1; at < std::ssize(record.atomLabels); ++at) {
+            SeenSources seen = SourcesOf(method, record, phaseShifts, at);
+            if (seen.empty() || PhaseShiftOf(record, phaseShifts, at).scatteringFactors.VectorSize() <= 0)
+                break;
+            all.push_back(std::move(seen));
+        }
+    } catch (const ZfError&) {
+        // told when its turn comes
+    }
+    return all;
+}
+
 /// Puts the emitted wave back on entry 0 and takes over the waves of this pass.
 void FinishPass(ZfScatteringRecord& record) {
     const ZfLmComplexTable& emitted = record.ListScatterer.electrons.front().A;
@@ -70,6 +106,7 @@ void ZfScatteringData::Calculate(ZfNotifyTerminate& notifier, ZfCluster& cluster
                 AddScatteringRecord(*this, cluster, StIndex, waves, EWIndex, phaseShifts);
             AtCount = static_cast<std::int32_t>(record.atomLabels.size());
             ConsoleLine("EXIT add scattering data");
+            if (EWIndex == 0) PlanStructure(cluster, waves, phaseShifts);
             for (MuIndex = 0; MuIndex < MuCount; ++MuIndex) {
                 PrintLoop("MulIndex:", MuIndex, MuCount);
                 for (AtIndex = 0; AtIndex < AtCount; ++AtIndex) {
@@ -85,10 +122,37 @@ void ZfScatteringData::Calculate(ZfNotifyTerminate& notifier, ZfCluster& cluster
             }
         }
     }
+    structure_.reset();
     if (fileName.empty()) return;
     ZfBarnFile file(fileName, "w");
     Exchange(file);
     file.Save();
+}
+
+/// Makes ready to compute all waves of the structure at hand together, from the records as they will come.
+void ZfScatteringData::PlanStructure(ZfCluster& cluster, const std::vector<ZfEmittedWave>& waves,
+                                     const ZfPhaseShiftDocument& phaseShifts) {
+    structure_.reset();
+    if (Version != kSingle && Version != kSlowMulti && Version != kMulti) return;
+    std::vector<ZfScatteringRecord> records = {ListScatteringData.back()};
+    std::vector<std::vector<SeenSources>> seen;
+    try {
+        ZfScatteringData rest;
+        rest.atomOrder = atomOrder;
+        for (std::int32_t w = 1; w < EWCount; ++w)
+            records.push_back(std::move(AddScatteringRecord(rest, cluster, StIndex, waves, w, phaseShifts)));
+    } catch (const ZfError&) {
+        // told when its turn comes
+    }
+    for (const ZfScatteringRecord& record : records)
+        seen.push_back(SourcesOfAll(Version, record, phaseShifts));
+    settings_.tolerance = EPS;
+    settings_.nearTie = nearTie;
+    structure_ =
+        std::make_unique<StructureScattering>(std::move(records), std::move(seen), phaseShifts,
+                                              Version == kSlowMulti ? StructureScattering::Order::Successive
+                                                                    : StructureScattering::Order::Independent,
+                                              settings_);
 }
 
 void ZfScatteringData::CalculateSingle(ZfScatteringRecord& record, const ZfPhaseShiftDocument& phaseShifts,
@@ -99,25 +163,17 @@ void ZfScatteringData::CalculateSingle(ZfScatteringRecord& record, const ZfPhase
         ClearTable(record.NextListScatterer.electrons.front(), 1);
         return;
     }
-    const std::vector<ZfFreeElectron>& now = record.ListScatterer.electrons;
-    ZfVectorFreeElectron local;
-    local.electrons = {now.front(), now[static_cast<std::size_t>(atIndex)]};
-    ScatterLast(local, record, phaseShifts, atIndex);
+    ScatterFrom(SourcesOf(kSingle, record, phaseShifts, atIndex), record, phaseShifts, atIndex);
 }
 
 void ZfScatteringData::CalculateSlowMulti(ZfScatteringRecord& record, const ZfPhaseShiftDocument& phaseShifts,
                                           std::int32_t muIndex, std::int32_t atIndex) {
     RefuseLaterPasses(muIndex);
-    const std::vector<ZfFreeElectron>& now = record.ListScatterer.electrons;
-    std::vector<ZfFreeElectron>& next = record.NextListScatterer.electrons;
     if (atIndex == 0) {
-        ClearTable(next.front(), now.front().A.L);
+        ClearTable(record.NextListScatterer.electrons.front(), record.ListScatterer.electrons.front().A.L);
         return;
     }
-    ZfVectorFreeElectron local;
-    local.electrons.push_back(now.front());
-    local.electrons.insert(local.electrons.end(), next.begin() + 1, next.begin() + atIndex + 1);
-    ScatterLast(local, record, phaseShifts, atIndex);
+    ScatterFrom(SourcesOf(kSlowMulti, record, phaseShifts, atIndex), record, phaseShifts, atIndex);
 }
 
 void ZfScatteringData::OneCalculateVer2(ZfScatteringRecord& record, const ZfPhaseShiftDocument& phaseShifts,
@@ -126,36 +182,51 @@ void ZfScatteringData::OneCalculateVer2(ZfScatteringRecord& record, const ZfPhas
     RefuseLaterPasses(muIndex);
     targetEnergy = record.ListScatterer.Ek_eV;
     const std::vector<ZfFreeElectron>& now = record.ListScatterer.electrons;
-    std::vector<ZfFreeElectron>& next = record.NextListScatterer.electrons;
     if (atIndex == 0) {
-        next.front() = now.front();
-        next.front().A.Zero();
+        ZfFreeElectron& emitter = record.NextListScatterer.electrons.front();
+        emitter = now.front();
+        emitter.A.Zero();
         return;
     }
     const ZfLDoubleMatrix& target = now[static_cast<std::size_t>(atIndex)].position;
-    const double targetSquared = NormSquared(target);
-    ConsolePrint("Target atom positoin(r2)(x,y,z)=(%g)(%g,%g,%g)\n", targetSquared, target.Data()[0],
+    ConsolePrint("Target atom positoin(r2)(x,y,z)=(%g)(%g,%g,%g)\n", NormSquared(target), target.Data()[0],
                  target.Data()[1], target.Data()[2]);
-    ZfVectorFreeElectron local;
-    local.electrons.push_back(now.front());
-    for (std::int32_t i = 1; i < atIndex; ++i) {
-        const ZfFreeElectron& candidate = next[static_cast<std::size_t>(i)];
-        if (StandsNearLine(candidate.position, target, targetSquared, PhaseShiftOf(record, phaseShifts, i)))
-            local.electrons.push_back(candidate);
-    }
-    local.electrons.push_back(next[static_cast<std::size_t>(atIndex)]);
-    ScatterLast(local, record, phaseShifts, atIndex);
+    ScatterFrom(SourcesOf(kMulti, record, phaseShifts, atIndex), record, phaseShifts, atIndex);
 }
 
-/// Scatters at the last entry of `local` the waves of the others.
-void ZfScatteringData::ScatterLast(ZfVectorFreeElectron& local, ZfScatteringRecord& record,
+/// Scatters the waves of some entries at an atom: as computed together with the other atoms of the structure,
+/// or this one alone.
+void ZfScatteringData::ScatterFrom(const SeenSources& sources, ZfScatteringRecord& record,
                                    const ZfPhaseShiftDocument& phaseShifts, std::int32_t atIndex) {
+    const ZfPhaseShiftRecord& phaseShift = PhaseShiftOf(record, phaseShifts, atIndex);
+    ZfFreeElectron& target = record.NextListScatterer.electrons[static_cast<std::size_t>(atIndex)];
+    const ScatteredWave* const wave = structure_ ? structure_->Wave(static_cast<std::size_t>(record.EWIndex),
+                                                                    static_cast<std::size_t>(atIndex))
+                                                 : nullptr;
+    if (wave) {
+        TellEmitters(sources.size());
+        CurrSize_l_ = wave->table.L;
+        lastLevel = wave->level;
+        const double k = record.ListScatterer.electrons.front().k;
+        firstGroupKr = k * (settings_.Tables(CurrSize_l_)->grid.groupKr.front() / k);
+        target.A = wave->table;
+        return;
+    }
+    ZfVectorFreeElectron local;
+    for (const std::int32_t i : sources)
+        local.electrons.push_back(i == 0 ? record.ListScatterer.electrons.front()
+                                         : record.NextListScatterer.electrons[static_cast<std::size_t>(i)]);
+    local.electrons.push_back(target);
     local.SetEnergy_eV(record.ListScatterer.Ek_eV);
     ZfVectorFreeElectron seen;
     local.ShiftOrigin(seen, static_cast<std::int32_t>(local.electrons.size()) - 1);
     seen.SetEnergy_eV(record.ListScatterer.Ek_eV);
-    ScatterAtAtom(record.NextListScatterer.electrons[static_cast<std::size_t>(atIndex)], seen,
-                  PhaseShiftOf(record, phaseShifts, atIndex));
+    ScatterAtAtom(target, seen, phaseShift);
+}
+
+void ZfScatteringData::TellEmitters(std::size_t count) {
+    currentEmitters = static_cast<std::int32_t>(count);
+    ConsolePrint("Current N Emitter=%d\n", currentEmitters);
 }
 
 void ZfScatteringData::ScatterAtAtom(ZfFreeElectron& target, const ZfVectorFreeElectron& seen,
@@ -168,36 +239,26 @@ void ZfScatteringData::ScatterAtAtom(ZfFreeElectron& target, const ZfVectorFreeE
 void ZfScatteringData::ExpandAroundOrigin(ZfFreeElectron& temporary, const ZfVectorFreeElectron& seen,
                                           const ZfPhaseShiftRecord& phaseShift) {
     const ZfWaveVectorFreeElectron wave(&seen);
-    currentEmitters = static_cast<std::int32_t>(seen.electrons.size());
-    ConsolePrint("Current N Emitter=%d\n", currentEmitters);
+    TellEmitters(seen.electrons.size());
     CurrSize_l_ = phaseShift.scatteringFactors.VectorSize();
     if (CurrSize_l_ <= 0) throw ZfError("Please set CurrSize_l_");
     if (wave.WaveNumber() == 0.0) throw ZfError("A wave of zero energy cannot be scattered");
 
-    ZfSphereExpansion& expansion = expansions_[CurrSize_l_];
-    expansion.tolerance = EPS;
-    expansion.lSize = CurrSize_l_;
-    ZfLmComplexTable table;
-    expansion.Expand(table, wave, kExpansionRadius_m);
-    for (std::complex<double>& c : table.block) c *= 0.5;
+    settings_.tolerance = EPS;
+    settings_.nearTie = nearTie;
+    ExpandedWave expanded = ExpandWave(seen, CurrSize_l_, settings_);
+    for (std::complex<double>& c : expanded.table.block) c *= 0.5;
 
     temporary.SetEnergy_eV(wave.KineticEnergy());
     temporary.position = Vector3(0.0, 0.0, 0.0);
-    temporary.A = table;
-    temporary.B = table;
-    lastLevel = expansion.level;
-    firstGroupKr = seen.electrons.front().k * expansion.grid.groupRadius.front();
+    temporary.A = expanded.table;
+    temporary.B = expanded.table;
+    lastLevel = expanded.level;
+    const double k = seen.electrons.front().k;
+    firstGroupKr = k * (settings_.Tables(CurrSize_l_)->grid.groupKr.front() / k);
 }
 
 void ZfScatteringData::ApplyPhaseShift(ZfFreeElectron& target, const ZfFreeElectron& temporary,
                                        const ZfPhaseShiftRecord& phaseShift) const {
-    ClearTable(target, CurrSize_l_);
-    for (std::int32_t l = 0; l < CurrSize_l_; ++l) {
-        const std::complex<double> t = phaseShift.scatteringFactors.VectorValueAt(l);
-        for (std::int32_t m = -l; m <= l; ++m) {
-            const std::complex<double> a = temporary.A.At(l, m);
-            target.A.At(l, m) = {t.real() * a.real() - t.imag() * a.imag(),
-                                 t.imag() * a.real() + t.real() * a.imag()};
-        }
-    }
+    target.A = Scattered(temporary.A, phaseShift);
 }

@@ -9,54 +9,10 @@
 #define HWY_TARGET_INCLUDE "scattering/WaveTranslation.cpp"
 #include <hwy/foreach_target.h>
 // Behind foreach_target.h, which includes this file once for every instruction set.
-#include "scattering/VectorMath-inl.h"
+#include "scattering/PackVectors-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace zf::HWY_NAMESPACE {
-
-static_assert(sizeof(PackedComplex) == 2 * kTranslationPack * sizeof(double));
-
-struct VC {
-    V re;
-    V im;
-};
-
-/// A part of a pack: as many of its pairs as a vector holds.
-struct Part {
-    Tag d;
-    std::size_t first;
-
-    VC Load(const PackedComplex& z) const { return {hn::Load(d, z.re + first), hn::Load(d, z.im + first)}; }
-    void Store(const VC& v, PackedComplex& z) const {
-        hn::Store(v.re, d, z.re + first);
-        hn::Store(v.im, d, z.im + first);
-    }
-    VC Zero() const { return {hn::Zero(d), hn::Zero(d)}; }
-};
-
-HWY_INLINE VC Add(VC a, VC b) {
-    return {hn::Add(a.re, b.re), hn::Add(a.im, b.im)};
-}
-HWY_INLINE VC Sub(VC a, VC b) {
-    return {hn::Sub(a.re, b.re), hn::Sub(a.im, b.im)};
-}
-HWY_INLINE VC Scale(VC a, V s) {
-    return {hn::Mul(a.re, s), hn::Mul(a.im, s)};
-}
-HWY_INLINE VC Mul(VC a, VC b) {
-    return {hn::NegMulAdd(a.im, b.im, hn::Mul(a.re, b.re)), hn::MulAdd(a.re, b.im, hn::Mul(a.im, b.re))};
-}
-HWY_INLINE VC MulConj(VC a, VC b) {  // a conj(b)
-    return {hn::MulAdd(a.im, b.im, hn::Mul(a.re, b.re)), hn::NegMulAdd(a.re, b.im, hn::Mul(a.im, b.re))};
-}
-/// c s + a, s real.
-HWY_INLINE VC MulAdd(VC c, V s, VC a) {
-    return {hn::MulAdd(c.re, s, a.re), hn::MulAdd(c.im, s, a.im)};
-}
-HWY_INLINE VC MulAdd(VC a, VC b, VC c) {
-    return {hn::NegMulAdd(a.im, b.im, hn::MulAdd(a.re, b.re, c.re)),
-            hn::MulAdd(a.im, b.re, hn::MulAdd(a.re, b.im, c.im))};
-}
 
 /// Multiplies with d(pi/2): calls use(mu, E, O) for mu = 0 .. l, with E and O the sums of D_mum over the even
 /// and the odd m >= 0 below `count`. The element at mu is E + O, that at -mu (-1)^l (E - O); the transposed
@@ -324,6 +280,11 @@ void TranslationGeometry::Set(std::size_t lane, const double* displacement, std:
     inverse.Set(lane, 1.0 / (k * R));
     alpha.Set(lane, rho > 0.0 ? std::complex<double>(-y / rho, x / rho) : std::complex<double>(0.0, 1.0));
     beta.Set(lane, {z / R, rho / R});
+}
+
+void TranslationGeometry::Remove(std::size_t lane) {
+    for (PackedComplex* const value : {&kR, &inverse, &alpha, &beta}) value->Set(lane, 0.0);
+    for (PackedComplex& f : radial) f.Set(lane, 0.0);
 }
 
 void TranslationGeometry::CalculateRadial(RadialKind kind, std::int32_t count) {

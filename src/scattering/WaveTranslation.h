@@ -61,6 +61,7 @@ struct TranslationGeometry {
     void Clear();
     /// Displacement in metres from the target to the source, not zero; k in 1/m.
     void Set(std::size_t lane, const double* displacement, std::complex<double> k);
+    void Remove(std::size_t lane);
     /// f_L(kR) kOrderScale^L for L = 0 .. count - 1: h1 by its upward recurrence, j by the downward one
     /// (Miller; DLMF 3.6(iii)).
     void CalculateRadial(RadialKind kind, std::int32_t count);

@@ -72,8 +72,9 @@ ZfLevelPoints GridPoints(std::int32_t level) {
     return points;
 }
 
-ZfExpansionLevel::ZfExpansionLevel(std::int32_t level, std::int32_t lSize, ZfLmDoubleTable& norm)
+ZfExpansionLevel::ZfExpansionLevel(std::int32_t level, std::int32_t lSize)
     : stride((static_cast<std::size_t>(lSize) + 7) / 8 * 8) {
+    ZfLmDoubleTable norm;
     std::map<std::vector<double>, std::size_t> setOf;
     for (const auto& [parameter, phis] : RowsOf(GridPoints(level))) {
         const auto [set, isNew] = setOf.emplace(phis, phiSets.size());
@@ -83,8 +84,6 @@ ZfExpansionLevel::ZfExpansionLevel(std::int32_t level, std::int32_t lSize, ZfLmD
         rowLength = phis.size();
         points += rowLength;
         for (const double t : phis) {
-            theta.push_back(rowTheta);
-            phi.push_back(kTwoPi * t);
             x.push_back(std::sin(rowTheta) * std::cos(kTwoPi * t));
             y.push_back(std::sin(rowTheta) * std::sin(kTwoPi * t));
             z.push_back(std::cos(rowTheta));

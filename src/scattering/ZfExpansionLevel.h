@@ -31,7 +31,7 @@ struct ZfExpansionLevel {
         std::vector<double> sines;
     };
 
-    ZfExpansionLevel(std::int32_t level, std::int32_t lSize, ZfLmDoubleTable& norm);
+    ZfExpansionLevel(std::int32_t level, std::int32_t lSize);
 
     std::size_t points = 0;
     std::size_t rowLength = 0;
@@ -39,5 +39,4 @@ struct ZfExpansionLevel {
     std::vector<Row> rows;
     std::vector<PhiSet> phiSets;
     std::vector<double> x, y, z;  ///< unit vectors, padded
-    std::vector<double> theta, phi;
 };

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <cstdint>
-#include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -9,8 +9,8 @@
 #include "input/ZfCluster.h"
 #include "input/ZfEmittedWave.h"
 #include "input/ZfPhaseShiftDocument.h"
+#include "scattering/StructureScattering.h"
 #include "scattering/ZfScatteringRecord.h"
-#include "scattering/ZfSphereExpansion.h"
 #include "xml/ZfBarnXml.h"
 
 /// The method by which an atom gathers the sources it sees; the values of the command line and of files.
@@ -71,17 +71,23 @@ public:
     double firstGroupKr = 0.0;         ///< k times the first radius of the last expansion
     bool runFlag = false;
     double EPS = 0.01;  ///< convergence tolerance of the expansions
+    /// How near the tolerance an error has to be for its wave to be sampled instead of translated; infinite:
+    /// always.
+    double nearTie = kNearTie;
     std::string fileName;
     std::int32_t MultiScattering = 0;  ///< number of passes
     std::int32_t atomOrder = 0;        ///< 0 by distance, 1 by depth, other: as in the cluster
     std::vector<ZfScatteringRecord> ListScatteringData;
 
 private:
-    void ScatterLast(ZfVectorFreeElectron& local, ZfScatteringRecord& record,
+    void PlanStructure(ZfCluster& cluster, const std::vector<ZfEmittedWave>& waves,
+                       const ZfPhaseShiftDocument& phaseShifts);
+    void ScatterFrom(const SeenSources& sources, ZfScatteringRecord& record,
                      const ZfPhaseShiftDocument& phaseShifts, std::int32_t atIndex);
+    void TellEmitters(std::size_t count);
 
-    std::map<std::int32_t, ZfSphereExpansion>
-        expansions_;  ///< by l size: grids and lattices, built once a run
+    ExpansionSettings settings_;
+    std::unique_ptr<StructureScattering> structure_;  ///< all waves of the structure at hand, during a run
 };
 
 /// Reads a scattered-wave file; one without the root leaves the data as it is.

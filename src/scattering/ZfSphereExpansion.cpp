@@ -3,14 +3,16 @@
 #include <algorithm>
 #include <cmath>
 #include <exception>
+#include <utility>
 
-#include "foundation/ZfError.h"
+#include "scattering/LevelRefinement.h"
 #include "scattering/SourceKernel.h"
 
 namespace {
 
 constexpr double kParameterArea = 19.739208802178716;  // 2 pi^2: (0, pi) by (0, 2 pi)
-constexpr std::int32_t kFirstComparedLevel = 5;
+/// However low the last level, one comparison is made.
+constexpr std::int32_t kFewestLevels = 5;
 
 /// Waves of use need this level at least, so all levels up to it are sampled in one parallel region.
 constexpr std::int32_t kLevelsAtOnce = 11;
@@ -18,26 +20,11 @@ constexpr std::int32_t kLevelsAtOnce = 11;
 /// Points of a task: enough to pay for its start, few enough to stay in the nearest cache.
 constexpr std::size_t kTaskPoints = 128;
 
-/// Squared norms of a table and of its change against another.
-struct Change {
-    double size = 0.0;
-    double difference = 0.0;
-};
-
-Change Compare(const ZfLmComplexTable& before, const ZfLmComplexTable& now) {
-    Change change;
-    for (std::size_t i = 0; i < before.block.size(); ++i) {
-        change.size += std::norm(before.block[i]);
-        change.difference += std::norm(now.block[i] - before.block[i]);
-    }
-    return change;
-}
-
 }  // namespace
 
 /// Sums over phi of the samples of some rows. The result of a row depends on nothing but the row.
 void ZfSphereExpansion::SampleRows(const Task& task, std::vector<double>& scratch) {
-    const ZfExpansionLevel& lattice = lattice_[static_cast<std::size_t>(task.level)];
+    const ZfExpansionLevel& lattice = tables_->Level(task.level);
     RowSums& sums = sampled_[static_cast<std::size_t>(task.level)];
     const auto groups = static_cast<std::size_t>(grid.Groups());
     const std::size_t first = lattice.rows[task.firstRow].firstPoint;
@@ -49,10 +36,8 @@ void ZfSphereExpansion::SampleRows(const Task& task, std::vector<double>& scratc
     double* const azimuth = im + padded;
     const AzimuthalSums a = {azimuth, azimuth + lattice.stride, azimuth + 2 * lattice.stride,
                              azimuth + 3 * lattice.stride};
-    const ZfSampleDirections directions = {
-        {lattice.x.data() + first, lattice.y.data() + first, lattice.z.data() + first, count},
-        lattice.theta.data() + first,
-        lattice.phi.data() + first};
+    const KernelDirections directions = {lattice.x.data() + first, lattice.y.data() + first,
+                                         lattice.z.data() + first, count};
     const auto middle = static_cast<std::size_t>(lSize) - 1;
 
     for (std::size_t g = 0; g < groups; ++g) {
@@ -79,8 +64,7 @@ void ZfSphereExpansion::SampleLevels(std::int32_t first, std::int32_t last) {
     std::vector<Task> tasks;
     for (std::int32_t n = first; n <= last; ++n) {
         const auto index = static_cast<std::size_t>(n);
-        if (lattice_.size() <= index) lattice_.emplace_back(n, lSize, legendreNorm);
-        const ZfExpansionLevel& lattice = lattice_[index];
+        const ZfExpansionLevel& lattice = tables_->Level(n);
         if (sampled_.size() <= index) sampled_.emplace_back();
         const std::size_t size = lattice.rows.size() * static_cast<std::size_t>(grid.Groups()) * Orders();
         sampled_[index].re.resize(size);
@@ -131,65 +115,51 @@ void ZfSphereExpansion::AddRows(const ZfExpansionLevel& lattice, const RowSums& 
 }
 
 void ZfSphereExpansion::LevelIntegral(ZfLmComplexTable& result) {
-    if (level == 0) SampleLevels(0, std::clamp(maxLevel - 1, kFirstComparedLevel, kLevelsAtOnce));
+    if (level == 0) SampleLevels(0, std::clamp(maxLevel - 1, kFewestLevels, kLevelsAtOnce));
     if (level > kLevelsAtOnce) SampleLevels(level, level);
     const auto index = static_cast<std::size_t>(level);
-    AddRows(lattice_[index], sampled_[index]);
-    points += static_cast<std::int32_t>(lattice_[index].points);
+    const ZfExpansionLevel& lattice = tables_->Level(level);
+    AddRows(lattice, sampled_[index]);
+    points += static_cast<std::int32_t>(lattice.points);
     result.SetSize(lSize);
     for (std::size_t i = 0; i < sum.block.size(); ++i)
         result.block[i] = sum.block[i] / static_cast<double>(points) * kParameterArea;
 }
 
-void ZfSphereExpansion::Reset() {
+void ZfSphereExpansion::Begin(const ZfWaveFunction& source) {
+    wave = &source;
     sum.SetSize(lSize);  // refuses a size that no table can have, before anything is built for it
     sum.Zero();
-    if (grid.lSize != lSize) {
-        grid.lSize = lSize;
-        grid.rebuild = true;
-    }
-    if (latticeSize_ != lSize) {
-        latticeSize_ = lSize;
-        lattice_.clear();
-    }
-    grid.BuildGrid();
+    if (!tables_ || tables_->lSize != lSize) Use(std::make_shared<const ExpansionTables>(lSize));
     level = 0;
     points = 0;
     lastError = -1.0;
+    grid.SetWaveNumber(source.WaveNumber());
+}
+
+void ZfSphereExpansion::Use(std::shared_ptr<const ExpansionTables> tables) {
+    tables_ = std::move(tables);
+    lSize = tables_->lSize;
+    grid = tables_->grid;
+}
+
+void ZfSphereExpansion::End() {
+    wave = nullptr;
 }
 
 void ZfSphereExpansion::Expand(ZfLmComplexTable& result, const ZfWaveFunction& source, double radius) {
-    wave = &source;
     if (radius == 0.0) throw "r value is illigal";
-    Reset();
-    grid.SetWaveNumber(source.WaveNumber());
-
-    ZfLmComplexTable rawBefore;
+    struct Release {
+        ~Release() { expansion.End(); }
+        ZfSphereExpansion& expansion;
+    } const release{*this};
+    Begin(source);
+    LevelRefinement refinement(grid, tolerance, maxLevel);
     ZfLmComplexTable raw;
-    ZfLmComplexTable refined;
-    while (true) {
-        rawBefore = raw;
-        result = refined;
+    do {
+        level = refinement.level + 1;
         LevelIntegral(raw);
-        refined = raw;
-        if (level >= kFirstComparedLevel) {
-            for (std::size_t i = 0; i < raw.block.size(); ++i) {
-                const auto l = static_cast<std::size_t>(grid.lOfIndex.block[i]);
-                refined.block[i] = (4.0 * raw.block[i] - rawBefore.block[i]) / 3.0 / grid.besselAtGroup[l];
-            }
-            // The first comparison sets this level against the raw one before it, which is not divided by
-            // j_l: it rarely stops the loop.
-            const Change change = Compare(result, refined);
-            if (!std::isfinite(change.size) || !std::isfinite(change.difference))
-                throw ZfError("The wave around an atom is not finite");
-            if (change.size == 0.0 && change.difference == 0.0) break;  // no source reaches this atom
-            if (change.size != 0.0) {
-                lastError = std::sqrt(change.difference / change.size);
-                if (tolerance > lastError) break;
-            }
-            if (level >= maxLevel - 1) break;
-        }
-        ++level;
-    }
-    result = refined;
+    } while (!refinement.Add(raw));
+    lastError = refinement.lastError;
+    result = std::move(refinement.result);
 }

@@ -5,8 +5,7 @@
 #include <vector>
 
 #include "input/ZfLmTable.h"
-#include "scattering/ZfExpansionGrid.h"
-#include "scattering/ZfExpansionLevel.h"
+#include "scattering/ExpansionTables.h"
 #include "scattering/ZfWaveFunction.h"
 
 /// Expands a wave that is regular around the origin,
@@ -15,18 +14,23 @@
 /// grid that doubles its points a level, with a Richardson step from level to level, until two results agree.
 /// The table of c(l,m) is good as long as every source stands outside the spheres.
 ///
-/// An object keeps its grid and lattice: one that serves many targets of one l size builds them once.
+/// An object keeps the tables of its l size: one that serves many targets builds them once. It serves one
+/// thread.
 class ZfSphereExpansion {
 public:
     /// The level loop. The radius must not be 0, else the bare text "r value is illigal"; it has no other
     /// effect. Throws ZfError if the wave is not finite.
     void Expand(ZfLmComplexTable& result, const ZfWaveFunction& source, double radius);
 
+    /// One level after the other by hand, on tables that are shared; the caller counts `level` up from 0.
+    void Use(std::shared_ptr<const ExpansionTables> tables);
+    void Begin(const ZfWaveFunction& source);
+    void End();  ///< forgets the wave
+
     /// Adds the points of the current level and gives the integral over all points so far, not divided by
     /// j_l.
     void LevelIntegral(ZfLmComplexTable& result);
 
-    ZfLmDoubleTable legendreNorm;
     std::int32_t level = 0;
     std::int32_t points = 0;  ///< added up so far
     ZfLmComplexTable sum;     ///< over all of them
@@ -34,7 +38,7 @@ public:
     double lastError = -1.0;  ///< last relative change; negative before the first
     std::int32_t maxLevel = 40;
     std::int32_t lSize = 1;
-    const ZfWaveFunction* wave = nullptr;
+    const ZfWaveFunction* wave = nullptr;  ///< while it is being expanded
     ZfExpansionGrid grid;
 
 private:
@@ -50,13 +54,11 @@ private:
         std::size_t endRow;
     };
 
-    void Reset();
     void SampleLevels(std::int32_t first, std::int32_t last);
     void SampleRows(const Task& task, std::vector<double>& scratch);
     void AddRows(const ZfExpansionLevel& lattice, const RowSums& sums);
     std::size_t Orders() const { return 2 * static_cast<std::size_t>(lSize) - 1; }
 
-    std::int32_t latticeSize_ = 0;           ///< l size of the lattice
-    std::vector<ZfExpansionLevel> lattice_;  ///< by level
-    std::vector<RowSums> sampled_;           ///< by level, of the wave at hand
+    std::shared_ptr<const ExpansionTables> tables_;
+    std::vector<RowSums> sampled_;  ///< by level, of the wave at hand
 };

@@ -6,13 +6,6 @@
 #include "scattering/SourceKernel.h"
 #include "scattering/ZfVectorFreeElectron.h"
 
-/// Directions of sample points; angles in radians. Padded as the kernels need it.
-struct ZfSampleDirections {
-    KernelDirections unit;
-    const double* theta;
-    const double* phi;
-};
-
 /// A wave around its own origin, as the spherical expansion samples it.
 class ZfWaveFunction {
 public:
@@ -27,7 +20,7 @@ public:
 
     /// The wave at many points of one radius; `re` and `im` are padded as the kernels need it. Called from
     /// several threads at once.
-    virtual void Sample(const ZfSampleDirections& directions, double radius, double* re, double* im) const;
+    virtual void Sample(const KernelDirections& directions, double radius, double* re, double* im) const = 0;
 };
 
 /// A list of sources seen as a wave; the list is not owned and must stay as it is meanwhile. All operations
@@ -43,7 +36,7 @@ public:
         return CheckedAt(List().electrons, 0).k;
     }  ///< out-of-range without entries
     double KineticEnergy() const override { return List().Ek_eV; }
-    void Sample(const ZfSampleDirections& directions, double radius, double* re, double* im) const override;
+    void Sample(const KernelDirections& directions, double radius, double* re, double* im) const override;
 
     const ZfVectorFreeElectron* list;
 

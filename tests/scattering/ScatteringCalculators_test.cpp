@@ -88,7 +88,7 @@ TEST(ScatteringCalculators, FailWhereTheMethodNeedsMore) {
     run.waves[0].coeff.SetSize(2);  // refused after all atoms
     run.waves[0].coeff.At(1, 0) = 1.0;
     EXPECT_EQ(ErrorText([&] { run.Run(); }), "Illegal l value");
-    EXPECT_NE(run.data.ListScatteringData[0].NextListScatterer.electrons[2].A.At(0, 0), 0.0);
+    EXPECT_NE(run.data.ListScatteringData[0].NextListScatterer.electrons[2].A.At(1, 0), 0.0);
     run.data.MultiScattering = 2;
     run.waves = {EmittedSWave()};
     EXPECT_EQ(ErrorText([&] { run.Run(); }), "This is not support full multi-scattering calc.");

@@ -45,8 +45,7 @@ void ExpectSamplesOf(const ZfVectorFreeElectron& list, double radius, const char
     const ZfWaveVectorFreeElectron wave(&list);
     std::vector<double> re(directions.count + kKernelPadding, 99.0);
     std::vector<double> im = re;
-    wave.Sample({directions.Unit(), directions.theta.data(), directions.phi.data()}, radius, re.data(),
-                im.data());
+    wave.Sample(directions.Unit(), radius, re.data(), im.data());
     std::vector<std::complex<double>> plain(directions.count);
     double largest = 0.0;
     for (std::size_t i = 0; i < directions.count; ++i) {

@@ -1,0 +1,244 @@
+#include "scattering/ExpansionPack.h"
+
+#include <algorithm>
+#include <cmath>
+#include <optional>
+#include <utility>
+
+#include "scattering/LevelRefinement.h"
+
+namespace {
+
+constexpr double kExpansionRadius_m = 2e-10;  ///< any but 0
+
+/// Sources nearer to the largest sphere than this, as a ratio of radii, would need too many orders.
+constexpr double kNearestRatio = 1.02;
+/// Beyond, the phase of the source would lose digits.
+constexpr double kLargestKR = 1e4;
+/// Part of a source's wave that may be cut off.
+constexpr double kOrderTolerance = 1e-16;
+
+/// Orders tried first; a source that needs more has them computed then.
+constexpr std::int32_t kUsualOrder = 128;
+
+/// Root of the summed squares over m of each l.
+std::vector<double> DegreeNorms(const ZfLmComplexTable& table) {
+    std::vector<double> norms;
+    std::size_t i = 0;
+    for (std::int32_t l = 0; l < table.L; ++l) {
+        double sum = 0.0;
+        for (std::int32_t m = -l; m <= l; ++m) sum += std::norm(table.block[i++]);
+        norms.push_back(std::sqrt(sum));
+    }
+    return norms;
+}
+
+/// Bounds for what an order L of a translated wave brings on a sphere: |S^m_Ll| <= sqrt((2L+1) (2l+1))
+/// |h_(L+l)|.
+struct OrderBound {
+    /// (2L+1) |j_L| sum of sqrt(2l+1) |A_l| |h_(L+l)|
+    double operator()(std::int32_t L) const {
+        double sum = 0.0;
+        for (std::size_t l = 0; l < weights.size(); ++l) {
+            const PackedComplex& h = (*radial)[static_cast<std::size_t>(L) + l];
+            sum += weights[l] * (std::abs(h.re[lane]) + std::abs(h.im[lane]));
+        }
+        return (2.0 * L + 1.0) * std::abs((*bessel)[static_cast<std::size_t>(L)]) * sum;
+    }
+
+    std::vector<double> weights;  ///< sqrt(2l+1) |A_l| kOrderScale^-l
+    const std::vector<PackedComplex>* radial;
+    const std::vector<double>* bessel;
+    std::size_t lane;
+};
+
+/// First L from `first` on at which the bound is below the limit; `end` if none is. The bound falls with L
+/// there.
+std::int32_t FirstBelow(const OrderBound& bound, double limit, std::int32_t first, std::int32_t end) {
+    std::int32_t above = first - 1;
+    std::int32_t below = end;
+    while (below - above > 1) {
+        const std::int32_t middle = (above + below) / 2;
+        (bound(middle) <= limit ? below : above) = middle;
+    }
+    return below;
+}
+
+}  // namespace
+
+ZfSphereExpansion& ExpansionScratch::Direct(const std::shared_ptr<const ExpansionTables>& tables) {
+    ZfSphereExpansion& expansion = direct[tables->lSize];
+    expansion.Use(tables);
+    return expansion;
+}
+
+ExpandedWave SampleWave(const ZfVectorFreeElectron& seen,
+                        const std::shared_ptr<const ExpansionTables>& tables, double tolerance,
+                        ExpansionScratch& scratch) {
+    ZfSphereExpansion& expansion = scratch.Direct(tables);
+    expansion.tolerance = tolerance;
+    ExpandedWave wave;
+    expansion.Expand(wave.table, ZfWaveVectorFreeElectron(&seen), kExpansionRadius_m);
+    wave.level = expansion.level;
+    wave.lastError = expansion.lastError;
+    return wave;
+}
+
+ExpansionPack::ExpansionPack(std::shared_ptr<const ExpansionTables> tables, double tolerance, double nearTie)
+    : tables_(std::move(tables)),
+      tolerance_(tolerance),
+      nearTie_(nearTie),
+      orders_(static_cast<std::size_t>(tables_->grid.Groups()), 1) {}
+
+/// The orders by group that a source needs, whose geometry is in place; none if it needs too many.
+std::vector<std::int32_t> ExpansionPack::OrdersOf(std::size_t lane, const ZfFreeElectron& source,
+                                                  const ExpansionScratch& scratch) const {
+    const std::vector<double>& groupKr = tables_->grid.groupKr;
+    const double kR = scratch.geometry.kR.re[lane];
+    OrderBound bound;
+    bound.weights = DegreeNorms(source.A);
+    bound.radial = &scratch.geometry.radial;
+    bound.lane = lane;
+    const double limit = kOrderTolerance * *std::max_element(bound.weights.begin(), bound.weights.end()) /
+                         (kR + *std::max_element(groupKr.begin(), groupKr.end()));
+    double power = 1.0;
+    for (std::size_t l = 0; l < bound.weights.size(); ++l, power /= kOrderScale)
+        bound.weights[l] *= std::sqrt(2.0 * static_cast<double>(l) + 1.0) * power;
+    const auto computed = static_cast<std::int32_t>(scratch.geometry.radial.size()) - source.A.L + 1;
+    const std::int32_t end = std::min(computed, kLargestOrder);
+    std::vector<std::int32_t> orders;
+    for (std::size_t g = 0; g < groupKr.size(); ++g) {
+        bound.bessel = &tables_->Bessel()[g];
+        orders.push_back(FirstBelow(bound, limit, static_cast<std::int32_t>(groupKr[g]) + 1, end));
+        if (orders.back() >= end) return {};
+    }
+    return orders;
+}
+
+void ExpansionPack::Add(const Row& row, ExpansionScratch& scratch) {
+    const std::vector<double>& groupKr = tables_->grid.groupKr;
+    const double largestX = *std::max_element(groupKr.begin(), groupKr.end());
+    const auto tooNear = [&](std::size_t lane) {
+        sampled_[lane].push_back(row[lane]);
+        scratch.geometry.Remove(lane);
+    };
+    std::array<bool, kTranslationPack> taken{};
+    std::int32_t lSize = 0;
+    scratch.geometry.Clear();
+    for (std::size_t lane = 0; lane < kTranslationPack; ++lane) {
+        if (!row[lane].source) continue;
+        const ZfFreeElectron& source = *row[lane].source;
+        if (!source.IsPlaneWave && source.A.L == 0 && source.B.L == 0) continue;
+        scratch.geometry.Set(lane, row[lane].displacement.data(), source.k);
+        const double kR = scratch.geometry.kR.re[lane];
+        if (source.IsPlaneWave || source.B.L > 0 || source.A.L > kLargestTranslatedL ||
+            !(kR > kNearestRatio * largestX && kR < kLargestKR)) {
+            tooNear(lane);
+            continue;
+        }
+        taken[lane] = true;
+        lSize = std::max(lSize, source.A.L);
+    }
+    if (lSize == 0) return;
+
+    scratch.geometry.CalculateRadial(RadialKind::Outgoing, kUsualOrder + lSize);
+    std::int32_t order = 0;
+    for (std::size_t lane = 0; lane < kTranslationPack; ++lane) {
+        if (!taken[lane]) continue;
+        const ZfFreeElectron& source = *row[lane].source;
+        std::vector<std::int32_t> orders = OrdersOf(lane, source, scratch);
+        const auto all = static_cast<std::size_t>(kLargestOrder + lSize);
+        if (orders.empty() && scratch.geometry.radial.size() < all) {
+            scratch.geometry.CalculateRadial(RadialKind::Outgoing, kLargestOrder + lSize);
+            orders = OrdersOf(lane, source, scratch);
+        }
+        if (orders.empty()) {
+            taken[lane] = false;
+            tooNear(lane);
+        }
+        for (std::size_t g = 0; g < orders.size(); ++g) {
+            orders_[g] = std::max(orders_[g], orders[g]);
+            order = std::max(order, orders[g]);
+        }
+    }
+    if (order == 0) return;
+
+    const auto elements = static_cast<std::size_t>(lSize) * static_cast<std::size_t>(lSize);
+    scratch.sources.assign(elements, PackedComplex());
+    for (std::size_t lane = 0; lane < kTranslationPack; ++lane) {
+        if (!taken[lane]) continue;
+        translated_[lane] = true;
+        const ZfLmComplexTable& table = row[lane].source->A;
+        for (std::size_t i = 0; i < table.block.size(); ++i) scratch.sources[i].Set(lane, table.block[i]);
+    }
+    const auto size = static_cast<std::size_t>(order) * static_cast<std::size_t>(order);
+    if (waves_.size() < size) waves_.resize(size);
+    AddTranslated(scratch.sources, lSize, scratch.geometry, order, waves_, scratch.translation);
+}
+
+/// Adds the integrals of the sampled sources of a target, level by level.
+class ExpansionPack::SampledPart {
+public:
+    SampledPart(const std::vector<Seen>& sources, const std::shared_ptr<const ExpansionTables>& tables,
+                ExpansionScratch& scratch)
+        : list_(ListOf(sources)), wave_(&list_), expansion_(scratch.Direct(tables)) {
+        expansion_.Begin(wave_);
+    }
+    SampledPart(const SampledPart&) = delete;
+    SampledPart& operator=(const SampledPart&) = delete;
+    ~SampledPart() { expansion_.End(); }
+
+    void AddTo(ZfLmComplexTable& raw, std::int32_t level) {
+        while (next_ <= level) {
+            expansion_.level = next_++;
+            expansion_.LevelIntegral(integral_);
+        }
+        for (std::size_t i = 0; i < raw.block.size(); ++i) raw.block[i] += integral_.block[i];
+    }
+
+private:
+    static ZfVectorFreeElectron ListOf(const std::vector<Seen>& sources) {
+        ZfVectorFreeElectron list;
+        list.Ek_eV = sources.front().source->Ek_eV;
+        for (const Seen& seen : sources) {
+            ZfFreeElectron& source = list.electrons.emplace_back(*seen.source);
+            source.position = Vector3(seen.displacement[0], seen.displacement[1], seen.displacement[2]);
+        }
+        return list;
+    }
+
+    ZfVectorFreeElectron list_;
+    ZfWaveVectorFreeElectron wave_;
+    ZfSphereExpansion& expansion_;
+    ZfLmComplexTable integral_;
+    std::int32_t next_ = 0;
+};
+
+std::array<bool, kTranslationPack> ExpansionPack::Expand(const std::array<bool, kTranslationPack>& chosen,
+                                                         std::array<ExpandedWave, kTranslationPack>& waves,
+                                                         ExpansionScratch& scratch) {
+    std::array<bool, kTranslationPack> done{};
+    if (waves_.empty()) waves_.resize(1);
+    scratch.synthesis.Start(*tables_, waves_, orders_);
+    for (std::size_t lane = 0; lane < kTranslationPack; ++lane)
+        if (chosen[lane] && (translated_[lane] || sampled_[lane].empty()))
+            done[lane] = ExpandLane(lane, waves[lane], scratch);
+    return done;
+}
+
+bool ExpansionPack::ExpandLane(std::size_t lane, ExpandedWave& wave, ExpansionScratch& scratch) {
+    std::optional<SampledPart> sampled;
+    if (!sampled_[lane].empty()) sampled.emplace(sampled_[lane], tables_, scratch);
+    LevelRefinement refinement(tables_->grid, tolerance_, kLastSynthesisedLevel + 2);
+    refinement.level = kFirstSynthesisedLevel - 1;
+    ZfLmComplexTable raw(tables_->lSize);
+    for (std::int32_t level = kFirstSynthesisedLevel; scratch.synthesis.Serves(level); ++level) {
+        const PackedTable& integrals = scratch.synthesis.Level(level);
+        for (std::size_t i = 0; i < raw.block.size(); ++i) raw.block[i] = integrals[i].Get(lane);
+        if (sampled) sampled->AddTo(raw, level);
+        if (!refinement.Add(raw)) continue;
+        wave = {std::move(refinement.result), level, refinement.lastError};
+        return refinement.nearestTie >= nearTie_;
+    }
+    return false;
+}
