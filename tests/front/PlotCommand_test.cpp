@@ -64,9 +64,9 @@ public:
     }
 
     /// How far the colour at a direction (degrees) is from that of chi.
-    double Off(double chi, double theta, double phi, View view = View::AzimuthalEquidistant) const {
+    double Off(double chi, double theta, double phi, View view = View::kAzimuthalEquidistant) const {
         const PicturePoint point = PatternLayout(request_).Direction(view, 0, theta * kDegree, phi * kDegree);
-        return Difference(png_.At(point), ColourAt(ColourMap::Diverging, 0.5 + 0.5 * chi));
+        return Difference(png_.At(point), ColourAt(ColourMap::kDiverging, 0.5 + 0.5 * chi));
     }
 
 private:
@@ -99,7 +99,7 @@ TEST(PlotCommand, OperationsActOnBothImages) {
     const ChiPicture refracted(files,
                                {"--energy", "50", "--inner-potential", "10", "--view", "orthographic"});
     const double outside = std::asin(std::sqrt(0.5 * 50 / 40)) / kDegree;
-    EXPECT_LT(refracted.Off(1.0, outside, 0.0, View::Orthographic), kPixel);
+    EXPECT_LT(refracted.Off(1.0, outside, 0.0, View::kOrthographic), kPixel);
     EXPECT_LT(ChiPicture(files, {"--fold", "8"}).Off(0.5, 45.0, 45.0),
               kPixel);  // eight spots of half the height
     // The mean of exp((cos - 1)/w) over a cone is w (1 - exp(-(1 - c)/w))/(1 - c).

@@ -116,7 +116,7 @@ void DrawDifference(const CompareResult& result, const std::string& path) {
     plot.images.push_back({Spread(result, difference), Line("a \u2212 b, R = %.3f", b.R)});
     plot.quantity = "\u03C7";
     plot.shownTheta_deg = ComparedBelt(result);
-    plot.colours = ColourMap::Diverging;
+    plot.colours = ColourMap::kDiverging;
     plot.symmetricRange = true;
     DrawPattern(plot, path);
 }

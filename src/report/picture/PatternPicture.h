@@ -14,8 +14,8 @@ struct PlotRequest {
     std::vector<LoadedImage> images;  ///< with their titles
     std::string title;                ///< over all; empty: none
     std::string quantity = "I (arb. units)";
-    View view = View::AzimuthalEquidistant;
-    ColourMap colours = ColourMap::Viridis;
+    View view = View::kAzimuthalEquidistant;
+    ColourMap colours = ColourMap::kViridis;
     std::optional<Span> range;       ///< of the colours; unset: ColourRange
     bool symmetricRange = false;     ///< ends of equal size, for a modulation
     Span shownTheta_deg{0.0, 90.0};  ///< polar angles beyond stay blank

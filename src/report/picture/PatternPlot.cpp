@@ -1,11 +1,9 @@
 #include "report/picture/PatternPlot.h"
 
 #include <cstdio>
-#include <map>
 #include <utility>
 
 #include "foundation/Constants.h"
-#include "foundation/MapKeys.h"
 #include "foundation/ZfError.h"
 #include "report/picture/Canvas.h"
 #include "report/picture/LinePlot.h"
@@ -14,12 +12,6 @@
 #include "report/sphere/SphereOperations.h"
 
 namespace {
-
-const std::map<std::string, View> kViews = {{"equidistant", View::AzimuthalEquidistant},
-                                            {"stereographic", View::Stereographic},
-                                            {"orthographic", View::Orthographic}};
-const std::map<std::string, ColourMap> kColourMaps = {
-    {"viridis", ColourMap::Viridis}, {"grey", ColourMap::Grey}, {"diverging", ColourMap::Diverging}};
 
 /// In the order of the experiment: the surface, the sample's domains, the analyser.
 SphereImage Measured(SphereImage image, const PatternPlot& plot) {
@@ -100,9 +92,9 @@ Span DrawImages(const PatternPlot& plot, std::vector<LoadedImage> images) {
     request.images = std::move(images);
     request.title = plot.title;
     request.quantity = Quantity(plot);
-    request.view = kViews.at(plot.view);
-    const std::string usual = modulation ? "diverging" : "viridis";
-    request.colours = kColourMaps.at(plot.colours.empty() ? usual : plot.colours);
+    request.view = ValueOf(kViewWords, plot.view);
+    const ColourMap usual = modulation ? ColourMap::kDiverging : ColourMap::kViridis;
+    request.colours = plot.colours.empty() ? usual : ValueOf(kColourMapWords, plot.colours);
     request.range = AskedRange(plot);
     request.symmetricRange = modulation;
     request.ringStep_deg = plot.rings;
@@ -116,11 +108,11 @@ Span DrawImages(const PatternPlot& plot, std::vector<LoadedImage> images) {
 }  // namespace
 
 std::vector<std::string> ViewNames() {
-    return MapKeys(kViews);
+    return WordsOf(kViewWords);
 }
 
 std::vector<std::string> ColourMapNames() {
-    return MapKeys(kColourMaps);
+    return WordsOf(kColourMapWords);
 }
 
 void CheckPatternPlot(const PatternPlot& plot) {

@@ -1,10 +1,23 @@
 #pragma once
 
+#include <array>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "foundation/Words.h"
 #include "report/picture/AxisTicks.h"
+
+/// What of a result is drawn.
+enum class PlottedQuantity {
+    kModulation,  ///< chi = (I - I0)/I0
+    kIntensity,   ///< I
+    kDirect,      ///< I0
+};
+
+inline constexpr std::array kQuantityWords = {Word{"chi", PlottedQuantity::kModulation},
+                                              Word{"intensity", PlottedQuantity::kIntensity},
+                                              Word{"direct", PlottedQuantity::kDirect}};
 
 /// One picture of stored patterns, from the files to the file. Angles in degrees.
 struct PatternPlot {

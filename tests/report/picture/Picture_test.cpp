@@ -14,7 +14,7 @@
 
 namespace {
 
-constexpr View kViews[] = {View::AzimuthalEquidistant, View::Stereographic, View::Orthographic};
+constexpr View kViews[] = {View::kAzimuthalEquidistant, View::kStereographic, View::kOrthographic};
 constexpr double kPixel = 0.03;  // of a colour part: half a pixel off, and 8 bits
 
 double Tilted(double x, double y, double z) {
@@ -27,7 +27,7 @@ TEST(PatternPicture, ShowsTheFunctionAtItsDirections) {
         PlotRequest request;
         for (const SphereMap map : kMaps) request.images.push_back({Sampled(map, 2.0, Tilted), "map"});
         request.view = view;
-        request.colours = ColourMap::Grey;
+        request.colours = ColourMap::kGrey;
         request.range = Span{-0.5, 0.6};
         DrawPattern(request, folder.Path("a.png"));
         const PngPicture png(folder.Path("a.png"));
@@ -36,7 +36,7 @@ TEST(PatternPicture, ShowsTheFunctionAtItsDirections) {
             for (const double theta : {0.0, 20.0, 45.0, 70.0, 81.0}) {
                 for (const double phi : {0.0, 45.0, 135.0, 179.5, 180.5, 270.0}) {
                     const double value = At(Tilted, theta * kDegree, phi * kDegree);
-                    const Colour expected = ColourAt(ColourMap::Grey, (value + 0.5) / 1.1);
+                    const Colour expected = ColourAt(ColourMap::kGrey, (value + 0.5) / 1.1);
                     const Colour seen = png.At(layout.Direction(view, panel, theta * kDegree, phi * kDegree));
                     EXPECT_LT(Difference(seen, expected), kPixel) << theta << ' ' << phi;
                 }
@@ -61,7 +61,7 @@ TEST(PatternPicture, ColourBarAndAutomaticRange) {
     EXPECT_EQ(png.Width(), 800);
     const PatternLayout layout(request);
     for (const double fraction : {0.01, 0.5, 0.99})
-        EXPECT_LT(Difference(png.At(layout.ColourBar(fraction)), ColourAt(ColourMap::Viridis, fraction)),
+        EXPECT_LT(Difference(png.At(layout.ColourBar(fraction)), ColourAt(ColourMap::kViridis, fraction)),
                   kPixel);
     EXPECT_LT(Difference(png.At(layout.ColourBar(1.03)), {1.0, 1.0, 1.0}), 1e-9);
 }
@@ -178,20 +178,20 @@ TEST(AxisTicks, NiceNumbers) {
 
 TEST(ColourMap, LightnessIsUniform) {
     const double span =
-        Lightness(ColourAt(ColourMap::Viridis, 1.0)) - Lightness(ColourAt(ColourMap::Viridis, 0.0));
+        Lightness(ColourAt(ColourMap::kViridis, 1.0)) - Lightness(ColourAt(ColourMap::kViridis, 0.0));
     for (double t = 0.0; t <= 1.0; t += 0.02) {
-        EXPECT_NEAR(Lightness(ColourAt(ColourMap::Grey, t)), 100 * t, 0.1);
-        EXPECT_NEAR(Lightness(ColourAt(ColourMap::Viridis, t)),
-                    Lightness(ColourAt(ColourMap::Viridis, 0.0)) + t * span, 2.5)
+        EXPECT_NEAR(Lightness(ColourAt(ColourMap::kGrey, t)), 100 * t, 0.1);
+        EXPECT_NEAR(Lightness(ColourAt(ColourMap::kViridis, t)),
+                    Lightness(ColourAt(ColourMap::kViridis, 0.0)) + t * span, 2.5)
             << t;
-        EXPECT_NEAR(Lightness(ColourAt(ColourMap::Diverging, t)),
-                    Lightness(ColourAt(ColourMap::Diverging, 1 - t)), 1.0);
+        EXPECT_NEAR(Lightness(ColourAt(ColourMap::kDiverging, t)),
+                    Lightness(ColourAt(ColourMap::kDiverging, 1 - t)), 1.0);
     }
     // The ends and the middle as Moreland gives them.
-    EXPECT_LT(Difference(ColourAt(ColourMap::Diverging, 0.0), {59 / 255.0, 76 / 255.0, 192 / 255.0}), 0.005);
-    EXPECT_LT(Difference(ColourAt(ColourMap::Diverging, 0.5), {221 / 255.0, 221 / 255.0, 221 / 255.0}),
+    EXPECT_LT(Difference(ColourAt(ColourMap::kDiverging, 0.0), {59 / 255.0, 76 / 255.0, 192 / 255.0}), 0.005);
+    EXPECT_LT(Difference(ColourAt(ColourMap::kDiverging, 0.5), {221 / 255.0, 221 / 255.0, 221 / 255.0}),
               0.005);
-    EXPECT_LT(Difference(ColourAt(ColourMap::Diverging, 1.0), {180 / 255.0, 4 / 255.0, 38 / 255.0}), 0.005);
+    EXPECT_LT(Difference(ColourAt(ColourMap::kDiverging, 1.0), {180 / 255.0, 4 / 255.0, 38 / 255.0}), 0.005);
 }
 
 }  // namespace
