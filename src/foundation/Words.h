@@ -1,46 +1,44 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
+#include <iterator>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "foundation/ZfError.h"
-
-/// A word that a user writes, on the command line and in recipes alike, and the value that it stands for. A
-/// setting has a table of them, an array in the order in which they are offered.
-template <class Value>
+/// A value of an enumeration with the name that options, recipes and files have for it.
+template <class Enumeration>
 struct Word {
-    std::string_view text;
-    Value value;
+    std::string_view name;
+    Enumeration value;
 };
 
-template <class Value>
-Word(const char*, Value) -> Word<Value>;
+/// The words of an enumeration, in the order in which users see them. They stand beside the enumeration:
+///     template <>
+///     inline constexpr auto kWords<Axis> = std::to_array<Word<Axis>>({{"x", Axis::kX}, {"y", Axis::kY}});
+template <class Enumeration>
+inline constexpr std::array<Word<Enumeration>, 0> kWords = {};
 
-template <class Table>
-std::vector<std::string> WordsOf(const Table& table) {
-    std::vector<std::string> words;
-    words.reserve(table.size());
-    for (const auto& word : table) words.emplace_back(word.text);
-    return words;
+template <class Enumeration>
+std::vector<std::string> WordsOf() {
+    std::vector<std::string> names;
+    for (const Word<Enumeration>& word : kWords<Enumeration>) names.emplace_back(word.name);
+    return names;
 }
 
-/// Throws ZfError that lists the words.
-template <class Table>
-auto ValueOf(const Table& table, std::string_view text) {
-    const auto found =
-        std::find_if(table.begin(), table.end(), [text](const auto& word) { return word.text == text; });
-    if (found != table.end()) return found->value;
-    std::string words;
-    for (const auto& word : table) words.append(words.empty() ? "" : ", ").append(word.text);
-    throw ZfError("\"" + std::string(text) + "\" is none of " + words);
+template <class Enumeration>
+std::optional<Enumeration> ValueOfWord(std::string_view name) {
+    for (const Word<Enumeration>& word : kWords<Enumeration>)
+        if (word.name == name) return word.value;
+    return std::nullopt;
 }
 
-/// The word for a value, which has to be in the table.
-template <class Table, class Value>
-std::string WordOf(const Table& table, const Value& value) {
-    return std::string(std::find_if(table.begin(), table.end(), [&value](const auto& word) {
-                           return word.value == value;
-                       })->text);
+/// The value has a word.
+template <class Enumeration>
+std::string WordFor(Enumeration value) {
+    const auto found = std::find_if(std::begin(kWords<Enumeration>), std::end(kWords<Enumeration>),
+                                    [value](const Word<Enumeration>& word) { return word.value == value; });
+    return std::string(found->name);
 }

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <array>
-
 #include "foundation/Words.h"
 
 /// Red, green and blue of the sRGB colour space (IEC 61966-2-1), each from 0 to 1.
@@ -17,9 +15,9 @@ enum class ColourMap {
     kDiverging,  ///< blue over white to red, of equal lightness on both sides
 };
 
-inline constexpr std::array kColourMapWords = {Word{"viridis", ColourMap::kViridis},
-                                               Word{"grey", ColourMap::kGrey},
-                                               Word{"diverging", ColourMap::kDiverging}};
+template <>
+inline constexpr auto kWords<ColourMap> = std::to_array<Word<ColourMap>>(
+    {{"viridis", ColourMap::kViridis}, {"grey", ColourMap::kGrey}, {"diverging", ColourMap::kDiverging}});
 
 /// Colour of a fraction of the range; beyond [0, 1] that of the nearer end.
 ///

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <array>
-
 #include "foundation/Words.h"
 
 /// How the upper hemisphere is drawn on the unit disc: its centre is the surface normal, its rim theta = 90
@@ -13,9 +11,10 @@ enum class View {
     kOrthographic           ///< radius sin(theta), the parallel momentum
 };
 
-inline constexpr std::array kViewWords = {Word{"equidistant", View::kAzimuthalEquidistant},
-                                          Word{"stereographic", View::kStereographic},
-                                          Word{"orthographic", View::kOrthographic}};
+template <>
+inline constexpr auto kWords<View> = std::to_array<Word<View>>({{"equidistant", View::kAzimuthalEquidistant},
+                                                                {"stereographic", View::kStereographic},
+                                                                {"orthographic", View::kOrthographic}});
 
 // Angles in radians. Beyond the rim the polar angle is that of the rim.
 double DiscRadius(View view, double theta);
