@@ -86,34 +86,42 @@ void Run(const CompareOptions& options) {
             "where the points go round the normal, both lose the same without --i0 and agree better\n");
 }
 
-}  // namespace
-
-void AddCompareCommand(CLI::App& program) {
-    auto options = std::make_shared<CompareOptions>();
-    CLI::App& command = *program.add_subcommand(
-        "compare", "R-factor and correlation of two patterns, or of a pattern and a measurement");
-    command.add_option("IMAGE", options->image, "Image a (.xml_img); with --measured, b")->required();
-    command.add_option("SECOND", options->second, "Image b, without --measured");
-    command.add_option("--i0", options->i0,
+void AddPatterns(CLI::App& command, CompareOptions& options) {
+    command.add_option("IMAGE", options.image, "Image a (.xml_img); with --measured, b")->required();
+    command.add_option("SECOND", options.second, "Image b, without --measured");
+    command.add_option("--i0", options.i0,
                        "I0 of the first or only image, for chi = (I - I0)/I0. Default none");
-    command.add_option("--i0-b", options->i0OfSecond, "I0 of the second image. Default none");
-    command.add_option("--measured", options->measured,
+    command.add_option("--i0-b", options.i0OfSecond, "I0 of the second image. Default none");
+    command.add_option("--measured", options.measured,
                        "Table of measured points in place of image a: theta, phi in degrees, intensity");
+}
+
+void AddTreatment(CLI::App& command, CompareOptions& options) {
     command
-        .add_option("--theta", options->theta,
+        .add_option("--theta", options.theta,
                     "Least and greatest polar angle that take part, degrees. Default 0 90")
         ->expected(2);
     command.add_option(
-        "--background", options->background,
+        "--background", options.background,
         "For what has no I0: chi = (I - B)/B with the background B(theta), a polynomial of this "
         "degree (0 to 12) through the means over the azimuth, or the means themselves: mean. "
         "Default none");
-    command.add_flag("--rotate", options->rotate,
+    command.add_flag("--rotate", options.rotate,
                      "Find the azimuthal rotation of b with the best agreement. Default no rotation");
     command.add_option(
-        "-o,--output", options->output,
+        "-o,--output", options.output,
         "Difference: a picture (.png, .svg, .pdf) or a table of theta, phi, both chi and their "
         "difference (.csv). Default none");
+}
+
+}  // namespace
+
+void AddCompareCommand(CLI::App& program) {
+    const auto options = std::make_shared<CompareOptions>();
+    CLI::App& command = *program.add_subcommand(
+        "compare", "R-factor and correlation of two patterns, or of a pattern and a measurement");
+    AddPatterns(command, *options);
+    AddTreatment(command, *options);
     command.footer(kExample);
     command.callback([options] { Run(*options); });
 }

@@ -41,7 +41,7 @@ void Plot(const PatternPlot& plot) {
     std::printf("%s written\n", plot.output.c_str());
 }
 
-void AddDataOptions(CLI::App& command, PatternPlot& options) {
+void AddFiles(CLI::App& command, PatternPlot& options) {
     command.add_option("IMAGE", options.images, "Images (.xml_img), drawn side by side on one scale")
         ->required()
         ->type_name("FILE");
@@ -54,6 +54,9 @@ void AddDataOptions(CLI::App& command, PatternPlot& options) {
     command.add_option("-o,--output", options.output, "Picture: .png, .svg or .pdf")
         ->required()
         ->type_name("FILE");
+}
+
+void AddAverages(CLI::App& command, PatternPlot& options) {
     command
         .add_option("--fold", options.fold, "Average over an N-fold rotation axis along the surface normal")
         ->check(CLI::Range(1, 360))
@@ -68,6 +71,9 @@ void AddDataOptions(CLI::App& command, PatternPlot& options) {
         ->type_name("ANGLE")
         ->check(Between(0.0, 45.0))
         ->capture_default_str();
+}
+
+void AddRefraction(CLI::App& command, PatternPlot& options) {
     command
         .add_option(
             "--inner-potential", options.innerPotential,
@@ -81,24 +87,26 @@ void AddDataOptions(CLI::App& command, PatternPlot& options) {
         ->check(Between(1e-3, kHighestEnergy));
 }
 
-void AddPictureOptions(CLI::App& command, PatternPlot& options) {
+void AddScales(CLI::App& command, PatternPlot& options) {
     command
         .add_option("--view", options.view,
                     "equidistant (azimuthal equidistant), stereographic or orthographic")
-        ->check(OneOf(ViewNames()))
-        ->type_name("NAME")
-        ->capture_default_str();
+        ->transform(WordOf<View>())
+        ->option_text("NAME=" + WordFor(options.view));
     command
         .add_option("--colours", options.colours,
                     "viridis (default for I), grey or diverging (default for chi)")
-        ->check(OneOf(ColourMapNames()))
-        ->type_name("NAME");
+        ->transform(WordOf<ColourMap>())
+        ->option_text("NAME");
     command
         .add_option("--range", options.range,
                     "Ends of the colours or of the axis of cuts; default: all values")
         ->expected(2)
         ->check(Between(-kLargestNumber, kLargestNumber))
         ->type_name("LOW HIGH");
+}
+
+void AddLayout(CLI::App& command, PatternPlot& options) {
     command.add_option("--title", options.title, "Title; default: that of the file")->type_name("TEXT");
     command
         .add_option("--caption", options.captions,
@@ -117,6 +125,9 @@ void AddPictureOptions(CLI::App& command, PatternPlot& options) {
         .add_option("--width", options.width,
                     "Width of the picture: pixels for PNG (800 for one image), mm for SVG and PDF (85)")
         ->type_name("SIZE");
+}
+
+void AddCuts(CLI::App& command, PatternPlot& options) {
     command
         .add_option("--polar-cut", options.polarCuts,
                     "Line plot against the polar angle, -90 to 90 degrees, along this azimuth, degrees; any "
@@ -138,8 +149,8 @@ void AddPictureOptions(CLI::App& command, PatternPlot& options) {
 void AddPlotCommand(CLI::App& program) {
     CLI::App* const command = program.add_subcommand("plot", "Draw patterns as PNG, SVG or PDF");
     const auto options = std::make_shared<PatternPlot>();
-    AddDataOptions(*command, *options);
-    AddPictureOptions(*command, *options);
+    for (const auto add : {AddFiles, AddAverages, AddRefraction, AddScales, AddLayout, AddCuts})
+        add(*command, *options);
     command->footer(kExamples);
     command->callback([options] { Plot(*options); });
 }

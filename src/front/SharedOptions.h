@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "foundation/MapKeys.h"
+#include "foundation/Words.h"
 #include "foundation/ZfError.h"
 #include "prepare/atomic/MuffinTin.h"
 
@@ -43,6 +44,18 @@ CLI::Validator Enumerator(const std::map<std::string, Enumeration>& table) {
         const auto found = table.find(text);
         if (found == table.end()) return "has to be " + Alternatives(MapKeys(table)) + ", not " + text;
         text = std::to_string(static_cast<std::underlying_type_t<Enumeration>>(found->second));
+        return std::string();
+    };
+    return {translate, ""};
+}
+
+/// Turns a word of an enumeration into its enumerator, for `transform`.
+template <class Enumeration>
+CLI::Validator WordOf() {
+    const auto translate = [](std::string& text) {
+        const std::optional<Enumeration> value = ValueOfWord<Enumeration>(text);
+        if (!value) return "has to be " + Alternatives(WordsOf<Enumeration>()) + ", not " + text;
+        text = std::to_string(static_cast<std::underlying_type_t<Enumeration>>(*value));
         return std::string();
     };
     return {translate, ""};

@@ -34,9 +34,8 @@ RecipePicture ReadPicture(RecipeTable& section) {
     CheckResultName(section, "file", plot.output);
     picture.quantity = ReadQuantity(section);
     plot.images = {"image"};  // the checks ask for one
-    const std::string view = WordOrNone(section, "view", ViewNames());
-    if (!view.empty()) plot.view = view;
-    plot.colours = WordOrNone(section, "colours", ColourMapNames());
+    plot.view = ValueOfWord<View>(WordOrNone(section, "view", WordsOf<View>())).value_or(plot.view);
+    plot.colours = ValueOfWord<ColourMap>(WordOrNone(section, "colours", WordsOf<ColourMap>()));
     plot.range = section.Numbers("range", RecipeUnit::kNone);
     if (!plot.range.empty() && plot.range.size() != 2)
         section.Fail("range", "has to be a list of two numbers");

@@ -64,9 +64,9 @@ public:
     }
 
     /// How far the colour at a direction (degrees) is from that of chi.
-    double Off(double chi, double theta, double phi, View view = View::AzimuthalEquidistant) const {
-        const PicturePoint point = PatternLayout(request_).Direction(view, 0, theta * kDegree, phi * kDegree);
-        return Difference(png_.At(point), ColourAt(ColourMap::Diverging, 0.5 + 0.5 * chi));
+    double Off(double chi, double theta, double phi, View view = View::kAzimuthalEquidistant) const {
+        const PicturePoint point = DiscLayout(request_).Direction(view, 0, theta * kDegree, phi * kDegree);
+        return Difference(png_.At(point), ColourAt(ColourMap::kDiverging, 0.5 + 0.5 * chi));
     }
 
 private:
@@ -78,7 +78,7 @@ private:
     }
 
     PngPicture png_;
-    PlotRequest request_;
+    DiscPicture request_;
 };
 
 constexpr double kPixel = 0.05;  // of a colour part, half a pixel off
@@ -99,9 +99,10 @@ TEST(PlotCommand, OperationsActOnBothImages) {
     const ChiPicture refracted(files,
                                {"--energy", "50", "--inner-potential", "10", "--view", "orthographic"});
     const double outside = std::asin(std::sqrt(0.5 * 50 / 40)) / kDegree;
-    EXPECT_LT(refracted.Off(1.0, outside, 0.0, View::Orthographic), kPixel);
+    EXPECT_LT(refracted.Off(1.0, outside, 0.0, View::kOrthographic), kPixel);
     EXPECT_LT(ChiPicture(files, {"--fold", "8"}).Off(0.5, 45.0, 45.0),
               kPixel);  // eight spots of half the height
+    EXPECT_LT(ChiPicture(files, {"--mirror", "22.5"}).Off(0.5, 45.0, 45.0), kPixel);
     // The mean of exp((cos - 1)/w) over a cone is w (1 - exp(-(1 - c)/w))/(1 - c).
     const double cap = (1 - std::cos(10 * kDegree)) / 0.01;
     EXPECT_LT(ChiPicture(files, {"--acceptance", "10"}).Off((1 - std::exp(-cap)) / cap, 0.0, 0.0), kPixel);
@@ -135,7 +136,7 @@ TEST(PlotCommand, ExitCodesAndNothingLeftBehind) {
     EXPECT_EQ(Plot({"--help"}).status, 0);
     const std::pair<std::vector<std::string>, const char*> failures[] = {
         {{files.folder.Path("no.xml_img")}, "there is no such file"},
-        {{"--i0", other.reference}, "the same -M"},
+        {{"--i0", other.reference}, "calculate both on the same"},
         {{"--energy", "100", "--inner-potential", "200"}, "below the kinetic energy"}};
     for (const auto& [options, reason] : failures) {
         const Outcome failed = outcome(options);

@@ -1,5 +1,7 @@
 #include "report/compare/MeasuredPattern.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <array>
 #include <cctype>
@@ -70,16 +72,16 @@ double Value(const std::string& field) {
 
 void AddPoint(MeasuredPattern& pattern, const Layout& layout, const std::vector<std::string>& fields) {
     if (fields.size() != layout.fields)
-        throw ZfError("there are " + std::to_string(fields.size()) + " fields instead of " +
-                      std::to_string(layout.fields) + "; a decimal sign is a point");
+        throw ZfError(fmt::format("there are {} fields instead of {}; a decimal sign is a point",
+                                  fields.size(), layout.fields));
     const std::array<std::vector<double>*, kColumns> lists = {&pattern.theta, &pattern.phi,
                                                               &pattern.intensity, &pattern.chi};
     for (std::size_t column = 0; column < kColumns; ++column)
         if (layout.place[column]) lists[column]->push_back(Value(fields[*layout.place[column]]));
     const double theta = pattern.theta.back();
     if (theta < 0.0 || theta > 90.0)
-        throw ZfError("the polar angle " + fields[*layout.place[kTheta]] +
-                      " does not lie between 0 and 90 degrees");
+        throw ZfError(fmt::format("the polar angle {} does not lie between 0 and 90 degrees",
+                                  fields[*layout.place[kTheta]]));
 }
 
 /// A line is a header when its first field is no number.

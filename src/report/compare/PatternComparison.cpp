@@ -1,5 +1,7 @@
 #include "report/compare/PatternComparison.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -9,7 +11,6 @@
 #include <utility>
 
 #include "foundation/Constants.h"
-#include "foundation/Text.h"
 #include "foundation/ZfError.h"
 
 namespace {
@@ -31,8 +32,8 @@ struct Sampled {
 
 void CheckRange(const CompareRequest& request) {
     if (request.thetaMin >= 0.0 && request.thetaMin < request.thetaMax && request.thetaMax <= 180.0) return;
-    throw ZfError("The polar range has to rise within 0 and 180 degrees, not from " +
-                  DoubleToText(request.thetaMin) + " to " + DoubleToText(request.thetaMax));
+    throw ZfError(fmt::format("The polar range has to rise within 0 and 180 degrees, not from {:g} to {:g}",
+                              request.thetaMin, request.thetaMax));
 }
 
 /// Centres of cells that divide the range, each ring with the same azimuths.
@@ -62,8 +63,9 @@ std::vector<double> MeasuredModulation(const CompareRequest& request, Directions
     const std::vector<double>& values = request.background ? measured.intensity : measured.chi;
     if (values.empty())
         throw ZfError(request.measured +
-                      (request.background ? " has no column of intensities: leave out --background"
-                                          : " has no column chi: give --background, as in --background 3"));
+                      (request.background
+                           ? " has no column of intensities: compare it without a background"
+                           : " has no column chi: name a background, such as 3 for a cubic polynomial"));
     std::vector<double> chi;
     for (std::size_t i = 0; i < values.size(); ++i) {
         if (measured.theta[i] < request.thetaMin || measured.theta[i] > request.thetaMax) continue;
@@ -73,9 +75,10 @@ std::vector<double> MeasuredModulation(const CompareRequest& request, Directions
     }
     directions.weight.assign(chi.size(), 1.0);
     if (chi.empty())
-        throw ZfError(request.measured + " has no points with a polar angle from " +
-                      DoubleToText(request.thetaMin) + " to " + DoubleToText(request.thetaMax) +
-                      " degrees: widen --theta");
+        throw ZfError(
+            fmt::format("{} has no points with a polar angle from {:g} to {:g} degrees: widen the polar "
+                        "range",
+                        request.measured, request.thetaMin, request.thetaMax));
     if (!request.background) return chi;
     const PolarBackground background(*request.background, directions.theta, chi);
     for (std::size_t i = 0; i < chi.size(); ++i) chi[i] = background.Modulation(directions.theta[i], chi[i]);
@@ -85,12 +88,14 @@ std::vector<double> MeasuredModulation(const CompareRequest& request, Directions
 SphereImage Load(const ImageFiles& files, const CompareRequest& request) {
     SphereImage image = LoadSphereImage(files.image).image;
     if (request.thetaMax * kDegree > image.MaxTheta() + 1e-9)
-        throw ZfError(files.image + " ends at the polar angle " + DoubleToText(image.MaxTheta() / kDegree) +
-                      " degrees: narrow --theta");
+        throw ZfError(fmt::format("{} ends at the polar angle {:g} degrees: narrow the polar range",
+                                  files.image, Degrees(image.MaxTheta())));
     if (!files.i0.empty()) return Modulation(image, LoadSphereImage(files.i0).image);
     if (!request.background)
-        throw ZfError("The I0 image of " + files.image +
-                      " is not given: add it, or take away a smooth background, as in --background 3");
+        throw ZfError(
+            fmt::format("The I0 image of {} is not given: add it, or name a background to be taken "
+                        "away, such as 3 for a cubic polynomial",
+                        files.image));
     return image;
 }
 

@@ -1,11 +1,12 @@
 #include "report/compare/PolarBackground.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <charconv>
 #include <cstddef>
 #include <numeric>
 
-#include "foundation/Text.h"
 #include "foundation/ZfError.h"
 
 namespace {
@@ -21,8 +22,9 @@ BackgroundModel ParseBackgroundModel(const std::string& text) {
     const char* end = text.data() + text.size();
     const auto [stop, status] = std::from_chars(text.data(), end, degree);
     if (status != std::errc() || stop != end || degree < 0 || degree > kLargestDegree)
-        throw ZfError("A background is the degree of a polynomial from 0 to 12, or mean, not \"" + text +
-                      "\"");
+        throw ZfError(
+            fmt::format("A background is the degree of a polynomial from 0 to {}, or mean, not \"{}\"",
+                        kLargestDegree, text));
     return {degree};
 }
 
@@ -31,9 +33,10 @@ PolarBackground::PolarBackground(const BackgroundModel& model, const std::vector
     : rings_(Rings(theta, intensity)) {
     const int degree = model.degree.value_or(0);
     if (rings_.size() <= static_cast<std::size_t>(degree))
-        throw ZfError("A background of degree " + std::to_string(degree) +
-                      " needs more polar angles than the " + std::to_string(rings_.size()) +
-                      " of the pattern: lower --background or widen --theta");
+        throw ZfError(
+            fmt::format("A background of degree {} needs more polar angles than the {} of the pattern: "
+                        "lower the degree or widen the polar range",
+                        degree, rings_.size()));
     if (model.degree) Fit(degree);
 }
 
@@ -113,6 +116,8 @@ double PolarBackground::At(double theta) const {
 double PolarBackground::Modulation(double theta, double intensity) const {
     const double background = At(theta);
     if (background > 0.0) return (intensity - background) / background;
-    throw ZfError("The background is not positive at the polar angle " + DoubleToText(theta) +
-                  " degrees: choose another --background or another --theta range");
+    throw ZfError(
+        fmt::format("The background is not positive at the polar angle {:g} degrees: choose another "
+                    "background or another polar range",
+                    theta));
 }

@@ -50,7 +50,7 @@ double ReliabilityFactor(const std::vector<double>& w, const std::vector<double>
 Agreement CompareModulations(const std::vector<double>& a, const std::vector<double>& b,
                              const std::vector<double>& weight) {
     if (weight.size() < 2)
-        throw ZfError("The patterns have fewer than 2 directions in common: widen --theta");
+        throw ZfError("The patterns have fewer than 2 directions in common: widen the polar range");
     RefuseConstant(a, "a");
     RefuseConstant(b, "b");
     const double meanA = Mean(weight, a);

@@ -1,17 +1,8 @@
 #pragma once
 
 #include <cstddef>
-#include <string>
-#include <vector>
 
-/// What an image is written as, beside which settings of its run.
-struct ExportRequest {
-    std::string image;                  ///< .xml_img
-    std::string i0;                     ///< its I0 image, of the same map and size; empty: none
-    std::vector<std::string> runFiles;  ///< files of the run that tell settings: see AddFileSettings
-    bool hemisphere = false;            ///< of a cylindrical map the rows up to 90 degrees alone
-    std::string output;                 ///< .csv, .npy, .h5, .hdf5 or .nxs
-};
+#include "report/export/ExportRequest.h"
 
 struct ExportSummary {
     std::size_t columns = 0;

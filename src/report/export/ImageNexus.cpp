@@ -1,7 +1,7 @@
 #include <algorithm>
 
 #include "report/export/Hdf5Document.h"
-#include "report/export/ImageTable.h"
+#include "report/export/ImageWriters.h"
 #include "report/export/NexusSettings.h"
 
 // An image as a NeXus file: M. Könnecke et al., J. Appl. Cryst. 48, 301 (2015); the rules of the axes are

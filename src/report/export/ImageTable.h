@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "files/RunSettings.h"
-#include "report/export/ImageExport.h"
+#include "report/export/ExportRequest.h"
 #include "report/sphere/SphereImage.h"
 
 /// A quantity that an export writes: one value a pixel, row by row with the column fastest, NaN outside the
@@ -30,8 +30,5 @@ struct ImageTable {
     bool OnMap(std::size_t pixel) const { return theta[pixel] == theta[pixel]; }
 };
 
+/// Throws ZfError for files that cannot be read and images that do not fit together.
 ImageTable MakeImageTable(const ExportRequest& request);
-
-std::string ImageCsv(const ImageTable& table);
-void WriteImageHdf5(const ImageTable& table, const std::string& path);
-void WriteImageNumpy(const ImageTable& table, const std::string& path);

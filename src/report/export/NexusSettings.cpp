@@ -1,5 +1,7 @@
 #include "report/export/NexusSettings.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <set>
 
@@ -10,7 +12,7 @@ std::string FieldName(const std::string& name, std::set<std::string>& used) {
     std::replace_if(
         field.begin(), field.end(), [](char c) { return c == '/' || c == '.' || c == '\0'; }, '_');
     const std::string stem = field;
-    for (int number = 2; !used.insert(field).second; ++number) field = stem + "_" + std::to_string(number);
+    for (int number = 2; !used.insert(field).second; ++number) field = fmt::format("{}_{}", stem, number);
     return field;
 }
 

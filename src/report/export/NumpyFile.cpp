@@ -1,5 +1,7 @@
 #include "report/export/NumpyFile.h"
 
+#include <fmt/format.h>
+
 #include <bit>
 #include <cstdint>
 #include <functional>
@@ -14,10 +16,7 @@ namespace {
 
 /// A tuple as Python prints it: "(5, 181, 181)", and "(7, )" for one number.
 std::string Tuple(const std::vector<std::size_t>& shape) {
-    std::string text = "(";
-    for (const std::size_t size : shape) text.append(std::to_string(size)).append(", ");
-    if (shape.size() > 1) text.resize(text.size() - 2);
-    return text.append(")");
+    return fmt::format("({}{})", fmt::join(shape, ", "), shape.size() == 1 ? ", " : "");
 }
 
 /// Magic, version, length, and the description, filled with blanks so that the data starts at a multiple
@@ -25,8 +24,8 @@ std::string Tuple(const std::vector<std::size_t>& shape) {
 std::string Header(const std::vector<std::size_t>& shape) {
     constexpr std::size_t kPreamble = 10;
     constexpr std::size_t kAlignment = 64;
-    std::string description = "{'descr': '<f8', 'fortran_order': False, 'shape': ";
-    description += Tuple(shape) + ", }";
+    std::string description =
+        fmt::format("{{'descr': '<f8', 'fortran_order': False, 'shape': {}, }}", Tuple(shape));
     while ((kPreamble + description.size() + 1) % kAlignment != 0) description += ' ';
     description += '\n';
     const std::size_t length = description.size();

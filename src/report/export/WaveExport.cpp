@@ -1,8 +1,9 @@
 #include "report/export/WaveExport.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <cstdint>
-#include <cstdio>
 #include <filesystem>
 
 #include "foundation/ZfError.h"
@@ -76,9 +77,7 @@ void WritePlaneWave(const Hdf5Node& group, const std::vector<ZfFreeElectron>& so
 }
 
 void WriteRecord(const Hdf5Node& entry, std::size_t number, const ZfScatteringRecord& record) {
-    std::string name = std::to_string(number);
-    name.insert(0, name.size() < 3 ? 3 - name.size() : 0, '0');
-    const Hdf5Node group = entry.Group("record_" + name, "NXcollection");
+    const Hdf5Node group = entry.Group(fmt::format("record_{:03}", number), "NXcollection");
     const ZfVectorFreeElectron& list = record.ListScatterer;
     group.Dataset("structure_index", {}, std::vector{record.StIndex});
     group.Dataset("wave_index", {}, std::vector{record.EWIndex});

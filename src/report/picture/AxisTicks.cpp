@@ -1,10 +1,11 @@
 #include "report/picture/AxisTicks.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdint>
-#include <cstdio>
 
 namespace {
 
@@ -21,10 +22,7 @@ double NiceStep(double roughStep) {
 
 /// With a true minus sign, which has the width of a plus.
 std::string NumberText(double value, int decimals) {
-    std::array<char, 64> text{};
-    std::snprintf(text.data(), text.size(), "%.*f", decimals, std::abs(value));
-    std::string result = value < 0 ? "\u2212" : "";
-    return result += text.data();
+    return fmt::format("{}{:.{}f}", value < 0 ? "\u2212" : "", std::abs(value), decimals);
 }
 
 std::string PowerOfTen(int exponent) {

@@ -73,8 +73,8 @@ Colour DivergingAt(double fraction) {
 
 Colour ColourAt(ColourMap map, double fraction) {
     const double inside = std::clamp(fraction, 0.0, 1.0);
-    if (map == ColourMap::Diverging) return DivergingAt(inside);
-    if (map == ColourMap::Grey) return FromLab(100 * inside, 0.0, 0.0);
+    if (map == ColourMap::kDiverging) return DivergingAt(inside);
+    if (map == ColourMap::kGrey) return FromLab(100 * inside, 0.0, 0.0);
     return ViridisAt(inside);
 }
 

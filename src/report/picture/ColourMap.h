@@ -1,5 +1,7 @@
 #pragma once
 
+#include "foundation/Words.h"
+
 /// Red, green and blue of the sRGB colour space (IEC 61966-2-1), each from 0 to 1.
 struct Colour {
     double red = 0.0;
@@ -8,10 +10,14 @@ struct Colour {
 };
 
 enum class ColourMap {
-    Viridis,    ///< perceptually uniform, dark to bright
-    Grey,       ///< from black to white in equal steps of the CIE lightness
-    Diverging,  ///< blue over white to red, of equal lightness on both sides
+    kViridis,    ///< perceptually uniform, dark to bright
+    kGrey,       ///< from black to white in equal steps of the CIE lightness
+    kDiverging,  ///< blue over white to red, of equal lightness on both sides
 };
+
+template <>
+inline constexpr auto kWords<ColourMap> = std::to_array<Word<ColourMap>>(
+    {{"viridis", ColourMap::kViridis}, {"grey", ColourMap::kGrey}, {"diverging", ColourMap::kDiverging}});
 
 /// Colour of a fraction of the range; beyond [0, 1] that of the nearer end.
 ///

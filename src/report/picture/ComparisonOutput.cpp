@@ -1,18 +1,20 @@
 #include "report/picture/ComparisonOutput.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
 #include <filesystem>
 #include <functional>
+#include <iterator>
 
 #include "foundation/Constants.h"
 #include "foundation/ReplacedFile.h"
 #include "foundation/ZfError.h"
-#include "report/picture/PatternPicture.h"
+#include "report/picture/DiscPicture.h"
 
 namespace {
 
@@ -36,25 +38,22 @@ struct ShownB {
     std::vector<double> chi;
 };
 
-template <class... Numbers>
-std::string Line(const char* format, Numbers... numbers) {
-    std::array<char, 256> text{};
-    std::snprintf(text.data(), text.size(), format, numbers...);
-    return text.data();
-}
-
 std::string DifferenceTable(const CompareResult& result) {
     const Agreement& agreement = result.agreement;
     const ShownB b(result);
-    std::string text = Line("# R = %.9g\n# scale of b = %.9g\n# R with the scale = %.9g\n", agreement.R,
-                            agreement.scale, agreement.scaledR);
-    text += Line("# correlation = %.9g\n# rotation of b = %.9g degrees\n", agreement.correlation,
-                 result.rotation);
-    text += b.isScaled ? "# chi_b is turned and scaled" : "# chi_b is turned, not scaled";
-    text += "; angles in degrees\ntheta,phi,chi_a,chi_b,difference\n";
+    std::string text = fmt::format(
+        "# R = {:.9g}\n"
+        "# scale of b = {:.9g}\n"
+        "# R with the scale = {:.9g}\n"
+        "# correlation = {:.9g}\n"
+        "# rotation of b = {:.9g} degrees\n"
+        "# chi_b is turned{}; angles in degrees\n"
+        "theta,phi,chi_a,chi_b,difference\n",
+        agreement.R, agreement.scale, agreement.scaledR, agreement.correlation, result.rotation,
+        b.isScaled ? " and scaled" : ", not scaled");
     for (std::size_t i = 0; i < b.chi.size(); ++i)
-        text += Line("%.9g,%.9g,%.9g,%.9g,%.9g\n", result.theta[i], result.phi[i], result.chiA[i], b.chi[i],
-                     result.chiA[i] - b.chi[i]);
+        fmt::format_to(std::back_inserter(text), "{:.9g},{:.9g},{:.9g},{:.9g},{:.9g}\n", result.theta[i],
+                       result.phi[i], result.chiA[i], b.chi[i], result.chiA[i] - b.chi[i]);
     return text;
 }
 
@@ -108,17 +107,16 @@ void DrawDifference(const CompareResult& result, const std::string& path) {
     const ShownB b(result);
     std::vector<double> difference(b.chi.size());
     std::transform(result.chiA.begin(), result.chiA.end(), b.chi.begin(), difference.begin(), std::minus<>());
-    PlotRequest plot;
+    DiscPicture plot;
     plot.images.push_back({Spread(result, result.chiA), "a: " + result.nameA});
-    plot.images.push_back(
-        {Spread(result, b.chi),
-         "b: " + result.nameB + Line(", turned %.1f\u00B0, times %.3g", result.rotation, b.scale)});
-    plot.images.push_back({Spread(result, difference), Line("a \u2212 b, R = %.3f", b.R)});
+    plot.images.push_back({Spread(result, b.chi), fmt::format("b: {}, turned {:.1f}\u00B0, times {:.3g}",
+                                                              result.nameB, result.rotation, b.scale)});
+    plot.images.push_back({Spread(result, difference), fmt::format("a \u2212 b, R = {:.3f}", b.R)});
     plot.quantity = "\u03C7";
     plot.shownTheta_deg = ComparedBelt(result);
-    plot.colours = ColourMap::Diverging;
+    plot.colours = ColourMap::kDiverging;
     plot.symmetricRange = true;
-    DrawPattern(plot, path);
+    DrawDiscs(plot, path);
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 #include "report/picture/LinePlot.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -50,8 +52,8 @@ void CheckCurves(const std::vector<Curve>& curves) {
     bool anything = false;
     for (const Curve& curve : curves) {
         if (curve.x.size() != curve.y.size())
-            throw ZfError("The line \"" + curve.label + "\" has " + std::to_string(curve.x.size()) +
-                          " abscissas for " + std::to_string(curve.y.size()) + " values");
+            throw ZfError(fmt::format("The line \"{}\" has {} abscissas for {} values", curve.label,
+                                      curve.x.size(), curve.y.size()));
         for (std::size_t i = 0; i < curve.x.size(); ++i)
             anything = anything || (std::isfinite(curve.x[i]) && std::isfinite(curve.y[i]));
     }

@@ -1,25 +1,18 @@
 #include "report/picture/PatternPlot.h"
 
-#include <cstdio>
-#include <map>
+#include <fmt/format.h>
+
 #include <utility>
 
 #include "foundation/Constants.h"
-#include "foundation/MapKeys.h"
 #include "foundation/ZfError.h"
 #include "report/picture/Canvas.h"
+#include "report/picture/DiscPicture.h"
 #include "report/picture/LinePlot.h"
 #include "report/picture/PatternCuts.h"
-#include "report/picture/PatternPicture.h"
 #include "report/sphere/SphereOperations.h"
 
 namespace {
-
-const std::map<std::string, View> kViews = {{"equidistant", View::AzimuthalEquidistant},
-                                            {"stereographic", View::Stereographic},
-                                            {"orthographic", View::Orthographic}};
-const std::map<std::string, ColourMap> kColourMaps = {
-    {"viridis", ColourMap::Viridis}, {"grey", ColourMap::Grey}, {"diverging", ColourMap::Diverging}};
 
 /// In the order of the experiment: the surface, the sample's domains, the analyser.
 SphereImage Measured(SphereImage image, const PatternPlot& plot) {
@@ -43,7 +36,7 @@ LoadedImage Prepared(const PatternPlot& plot, std::size_t index) {
     try {
         loaded.image = Modulation(loaded.image, reference);
     } catch (const ZfError& error) {
-        throw ZfError(plot.images[index] + " and " + path + ": " + error.message);
+        throw ZfError(fmt::format("{} and {}: {}", plot.images[index], path, error.message));
     }
     return loaded;
 }
@@ -57,16 +50,10 @@ std::optional<Span> AskedRange(const PatternPlot& plot) {
     return Span{plot.range[0], plot.range[1]};
 }
 
-std::string Degrees(double angle) {
-    char text[32];
-    std::snprintf(text, sizeof text, "%g°", angle);
-    return text;
-}
-
 /// What the legend says of one cut; what is common to all lines is left to the axis.
 std::string CutLabel(const PatternPlot& plot, const LoadedImage& loaded, const char* angleName, double angle,
                      std::size_t cuts) {
-    const std::string place = angleName + (" = " + Degrees(angle));
+    const std::string place = fmt::format("{} = {:g}°", angleName, angle);
     if (plot.images.size() == 1) return cuts == 1 ? "" : place;
     return cuts == 1 ? loaded.title : loaded.title + ", " + place;
 }
@@ -85,7 +72,7 @@ void DrawCuts(const PatternPlot& plot, const std::vector<LoadedImage>& images) {
     LineAxes axes;
     axes.title = plot.title.empty() && images.size() == 1 ? images.front().title : plot.title;
     axes.xLabel = polar ? "polar angle θ (degrees)" : "azimuth φ (degrees)";
-    if (angles.size() == 1) axes.xLabel += (polar ? ", φ = " : ", θ = ") + Degrees(angles.front());
+    if (angles.size() == 1) axes.xLabel += fmt::format(", {} = {:g}°", polar ? "φ" : "θ", angles.front());
     axes.yLabel = Quantity(plot);
     axes.xRange = polar ? Span{-90.0, 90.0} : Span{0.0, 360.0};
     axes.yRange = AskedRange(plot);
@@ -96,32 +83,23 @@ void DrawCuts(const PatternPlot& plot, const std::vector<LoadedImage>& images) {
 
 Span DrawImages(const PatternPlot& plot, std::vector<LoadedImage> images) {
     const bool modulation = !plot.references.empty();
-    PlotRequest request;
-    request.images = std::move(images);
-    request.title = plot.title;
-    request.quantity = Quantity(plot);
-    request.view = kViews.at(plot.view);
-    const std::string usual = modulation ? "diverging" : "viridis";
-    request.colours = kColourMaps.at(plot.colours.empty() ? usual : plot.colours);
-    request.range = AskedRange(plot);
-    request.symmetricRange = modulation;
-    request.ringStep_deg = plot.rings;
-    request.panelsPerRow = plot.perRow;
-    request.width = plot.width;
-    const Span range = ColourRange(request.images, false);
-    DrawPattern(request, plot.output);
+    DiscPicture discs;
+    discs.images = std::move(images);
+    discs.title = plot.title;
+    discs.quantity = Quantity(plot);
+    discs.view = plot.view;
+    discs.colours = plot.colours.value_or(modulation ? ColourMap::kDiverging : ColourMap::kViridis);
+    discs.range = AskedRange(plot);
+    discs.symmetricRange = modulation;
+    discs.ringStep_deg = plot.rings;
+    discs.panelsPerRow = plot.perRow;
+    discs.width = plot.width;
+    const Span range = ColourRange(discs.images, false);
+    DrawDiscs(discs, plot.output);
     return range;
 }
 
 }  // namespace
-
-std::vector<std::string> ViewNames() {
-    return MapKeys(kViews);
-}
-
-std::vector<std::string> ColourMapNames() {
-    return MapKeys(kColourMaps);
-}
 
 void CheckPatternPlot(const PatternPlot& plot) {
     const std::size_t count = plot.references.size();

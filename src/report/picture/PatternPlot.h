@@ -5,19 +5,21 @@
 #include <vector>
 
 #include "report/picture/AxisTicks.h"
+#include "report/picture/ColourMap.h"
+#include "report/sphere/ViewProjection.h"
 
 /// One picture of stored patterns, from the files to the file. Angles in degrees.
 struct PatternPlot {
     std::vector<std::string> images;      ///< .xml_img, drawn side by side on one scale
     std::vector<std::string> references;  ///< I0, one for all or one each: draws chi = (I - I0)/I0; empty: I
     std::string output;                   ///< .png, .svg or .pdf
-    std::string view = "equidistant";     ///< one of ViewNames
-    std::string colours;                  ///< one of ColourMapNames; empty: by the quantity
-    std::vector<double> range;            ///< ends of the colours, or of the axis of cuts; empty: all values
-    std::string title;                    ///< empty: that of the file
-    std::vector<std::string> captions;    ///< of the images, in place of those of the files
-    double rings = 30.0;                  ///< step of the polar rings
-    double width = 0.0;                   ///< pixels for PNG, mm for SVG and PDF; 0: the usual one
+    View view = View::kAzimuthalEquidistant;
+    std::optional<ColourMap> colours;   ///< unset: viridis for I, diverging for chi
+    std::vector<double> range;          ///< ends of the colours, or of the axis of cuts; empty: all values
+    std::string title;                  ///< empty: that of the file
+    std::vector<std::string> captions;  ///< of the images, in place of those of the files
+    double rings = 30.0;                ///< step of the polar rings
+    double width = 0.0;                 ///< pixels for PNG, mm for SVG and PDF; 0: the usual one
     int perRow = 3;
     int fold = 1;                          ///< order of the rotation axis to average over
     std::optional<double> mirror;          ///< azimuth of a mirror plane to average over
@@ -27,9 +29,6 @@ struct PatternPlot {
     std::vector<double> polarCuts;         ///< azimuths: line plots instead of a picture
     std::vector<double> azimuthalCuts;     ///< polar angles
 };
-
-std::vector<std::string> ViewNames();
-std::vector<std::string> ColourMapNames();
 
 /// Throws ZfError for settings that contradict each other.
 void CheckPatternPlot(const PatternPlot& plot);

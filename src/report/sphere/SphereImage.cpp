@@ -1,5 +1,7 @@
 #include "report/sphere/SphereImage.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -19,7 +21,7 @@ constexpr std::int32_t kFrame = 3;          // pixels; a stencil at the rim reac
 constexpr double kRimRounding = 1e-9;
 
 std::string SizeText(const SphereImage& image) {
-    return std::to_string(image.Width()) + " x " + std::to_string(image.Height());
+    return fmt::format("{} x {}", image.Width(), image.Height());
 }
 
 const char* MapName(SphereMap map) {
@@ -32,14 +34,14 @@ std::unique_ptr<ZfSphericalMappingConvert> Converter(SphereMap map) {
 }
 
 void CheckShape(SphereMap map, std::int32_t width, std::int32_t height, std::size_t count) {
-    const std::string size = std::to_string(width) + " x " + std::to_string(height);
+    const std::string start = fmt::format("The image of {} x {} pixels ", width, height);
     if (width < kSmallestSide || height < kSmallestSide)
-        throw ZfError("The image of " + size +
-                      " pixels is too small for a map of the sphere: 17 x 17 are the least");
+        throw ZfError(fmt::format("{}is too small for a map of the sphere: {} x {} are the least", start,
+                                  kSmallestSide, kSmallestSide));
     if (!Converter(map)->IsValidSize(width, height))
-        throw ZfError("The image of " + size + " pixels is not square, as an azimuthal map has to be");
+        throw ZfError(start + "is not square, as an azimuthal map has to be");
     if (count != static_cast<std::size_t>(width) * static_cast<std::size_t>(height))
-        throw ZfError("The image of " + size + " pixels holds " + std::to_string(count) + " values");
+        throw ZfError(fmt::format("{}holds {} values", start, count));
 }
 
 /// Weights of the four points -1, 0, 1, 2 at t in [0, 1].
@@ -70,8 +72,8 @@ SphereImage::SphereImage(SphereMap map, std::int32_t width, std::int32_t height,
     CheckShape(map, width, height, pixels_.size());
     for (const SpherePixel& p : Pixels()) {
         if (!std::isfinite(p.value))
-            throw ZfError("The pixel at column " + std::to_string(p.column) + ", row " +
-                          std::to_string(p.row) + " is not a finite number");
+            throw ZfError(
+                fmt::format("The pixel at column {}, row {} is not a finite number", p.column, p.row));
     }
     if (map_ == SphereMap::AzimuthalEquidistant) ContinueBeyondRim();
 }
@@ -194,14 +196,14 @@ void SphereImage::ContinueBeyondRim() {
 }
 
 void CheckSameGrid(const SphereImage& a, const SphereImage& b) {
-    if (a.Map() != b.Map()) {
-        std::string text = "The images are on different maps, ";
-        throw ZfError(text + MapName(a.Map()) + " and " + MapName(b.Map()) +
-                      ": calculate both with the same -M");
-    }
+    if (a.Map() != b.Map())
+        throw ZfError(fmt::format("The images are on different maps, {} and {}: calculate both on the same",
+                                  MapName(a.Map()), MapName(b.Map())));
     if (a.Width() != b.Width() || a.Height() != b.Height())
-        throw ZfError("The images have different sizes, " + SizeText(a) + " and " + SizeText(b) +
-                      " pixels: calculate both with the same -R");
+        throw ZfError(
+            fmt::format("The images have different sizes, {} and {} pixels: calculate both with the "
+                        "same resolution",
+                        SizeText(a), SizeText(b)));
 }
 
 SphereImage Modulation(const SphereImage& intensity, const SphereImage& reference) {
@@ -215,8 +217,10 @@ SphereImage Modulation(const SphereImage& intensity, const SphereImage& referenc
         const double difference = above[i].value - i0;
         if (i0 == 0.0 && difference == 0.0) continue;
         if (i0 == 0.0)
-            throw ZfError("I0 is 0 at column " + std::to_string(below[i].column) + ", row " +
-                          std::to_string(below[i].row) + " but I is not: take the I0 image of the same run");
+            throw ZfError(
+                fmt::format("I0 is 0 at column {}, row {} but I is not: take the I0 image of the same "
+                            "run",
+                            below[i].column, below[i].row));
         chi[static_cast<std::size_t>(above[i].row) * static_cast<std::size_t>(intensity.Width()) +
             static_cast<std::size_t>(above[i].column)] = difference / i0;
     }

@@ -1,3 +1,5 @@
+#include <fmt/format.h>
+
 #include <QString>
 #include <filesystem>
 #include <utility>
@@ -36,9 +38,9 @@ SphereMap MapOf(const ZfDocData& document, const ZfFloatMatrix& pixels) {
     if (pixels.ColSize == pixels.RowSize) return SphereMap::AzimuthalEquidistant;
     if (pixels.ColSize == 2 * (std::int64_t{pixels.RowSize} - 1)) return SphereMap::EquidistantCylindrical;
     throw ZfError(
-        "the file names no map, and an image of " + std::to_string(pixels.ColSize) + " x " +
-        std::to_string(pixels.RowSize) +
-        " pixels is neither square (azimuthal equidistant) nor of width 2 (height - 1) (cylindrical)");
+        fmt::format("the file names no map, and an image of {} x {} pixels is neither square (azimuthal "
+                    "equidistant) nor of width 2 (height - 1) (cylindrical)",
+                    pixels.ColSize, pixels.RowSize));
 }
 
 void Read(ZfDocData& document, const std::string& path) {

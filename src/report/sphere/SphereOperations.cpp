@@ -1,5 +1,7 @@
 #include "report/sphere/SphereOperations.h"
 
+#include <fmt/format.h>
+
 #include <cmath>
 #include <vector>
 
@@ -91,8 +93,7 @@ double ConeMean(const SphereImage& image, const std::vector<ConePoint>& cone, do
 }  // namespace
 
 SphereImage SymmetryAverage(const SphereImage& image, int n, std::optional<double> mirror) {
-    if (n < 1)
-        throw ZfError("A rotation axis has to be 1-fold or higher, not " + std::to_string(n) + "-fold");
+    if (n < 1) throw ZfError(fmt::format("A rotation axis has to be 1-fold or higher, not {}-fold", n));
     return image.Transformed([&image, n, mirror](double theta, double phi) {
         double sum = 0.0;
         for (int k = 0; k < n; ++k) {

@@ -43,19 +43,24 @@ TEST(PolarBackground, MeansAreJoinedByLines) {
     EXPECT_DOUBLE_EQ(background.At(20.075), 4.0);
     EXPECT_EQ(background.At(0.0), 2.0);
     EXPECT_EQ(background.At(90.0), 6.0);
+    // A ring ends a quarter of a degree above its lowest angle.
+    const PolarBackground split(ParseBackgroundModel("mean"), {10.0, 10.2, 10.24, 10.26},
+                                {1.0, 1.0, 4.0, 8.0});
+    EXPECT_EQ(split.At(10.0), 2.0);
+    EXPECT_EQ(split.At(10.26), 8.0);
 }
 
 TEST(PolarBackground, Refusals) {
     const Rings rings(3);
     EXPECT_EQ(
         ErrorText([&] { PolarBackground(ParseBackgroundModel("3"), rings.theta, rings.intensity); }),
-        "A background of degree 3 needs more polar angles than the 3 of the pattern: lower --background or "
-        "widen --theta");
+        "A background of degree 3 needs more polar angles than the 3 of the pattern: lower the degree or "
+        "widen the polar range");
     EXPECT_EQ(ErrorText([] {
                   PolarBackground({0}, {10.0, 20.0}, {1.0, -2.0}).Modulation(10.0, 1.0);
               }),
-              "The background is not positive at the polar angle 10 degrees: choose another --background or "
-              "another --theta range");
+              "The background is not positive at the polar angle 10 degrees: choose another background or "
+              "another polar range");
     for (const char* text : {"", "13", "-1", "2.5", "3 ", "median"})
         EXPECT_EQ(ErrorText([&] { ParseBackgroundModel(text); }),
                   "A background is the degree of a polynomial from 0 to 12, or mean, not \"" +

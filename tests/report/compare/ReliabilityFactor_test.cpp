@@ -55,7 +55,7 @@ TEST(ReliabilityFactor, RefusesWhatHasNoShape) {
               }),
               "The modulation of pattern b is constant over the range: nothing to compare");
     EXPECT_EQ(ErrorText([] { CompareModulations({1}, {2}, {1}); }),
-              "The patterns have fewer than 2 directions in common: widen --theta");
+              "The patterns have fewer than 2 directions in common: widen the polar range");
 }
 
 }  // namespace

@@ -56,6 +56,12 @@ protected:
         record.ListScatterer.electrons[1].position = Vector3(1e-10, 0.0, -2e-10);
         record.ListScatterer.electrons[0].IsPlaneWave = true;
         record.ListScatterer.electrons[0].planeWaveVector = Vector3(1e10, 0.0, 2e10);
+        record.ListScatterer.electrons[0].atomicNumber = 29;
+        record.ListScatterer.electrons[1].atomicNumber = 8;
+        record.ListScatterer.electrons[1].Uiso = 2e-22;
+        record.StIndex = 1;
+        record.EWIndex = 4;
+        record.Ratio = 0.25;
         record.ListScatterer.SetEnergy_eV(560.0);
         record.NextListScatterer = record.ListScatterer;
         record.atomLabels = {"Cu", "\xC3\xA9toile"};
@@ -96,6 +102,22 @@ TEST_F(Export, CsvBringsSettingsAndReadsBack) {
     }
 }
 
+TEST_F(Export, TellsTheSettingsOfEveryFileOfARun) {
+    ExportRequest request = Request(SphereMap::EquidistantCylindrical, "p.csv");
+    for (const char* file : {"cluster.xml_cl", "emitter.xml_emt", "phaseshift.xml_ph", "fluctuation.xml_flu"})
+        request.runFiles.push_back(std::string(QVRE_EXAMPLES) + "/cu001_small/" + file);
+    ExportImage(request);
+    const std::string text = folder_.Read("p.csv");
+    for (const char* line :
+         {"# map = EquidistantCylindrical\n", "# cluster_file = cluster.xml_cl\n", "# cluster_atoms = 54\n",
+          "# cluster_elements = Cu\n", "# emitted_wave_file = emitter.xml_emt\n",
+          "# emitted_wave_energies = 560 560 560 eV\n", "# phase_shift_file = phaseshift.xml_ph\n",
+          "# phase_shift_atoms = Cu\n", "# phase_shift_energies = 560 eV\n",
+          "# fluctuation_file = fluctuation.xml_flu\n", "# thermal_model = Debye model\n",
+          "# temperature = 300 K\n", "# debye_elements = Cu\n", "# debye_temperatures = 343 K\n"})
+        EXPECT_NE(text.find(line), std::string::npos) << line << text.substr(0, 2000);
+}
+
 TEST_F(Export, AnotherReaderTakesImages) {
     if (!HasReaders()) GTEST_SKIP() << "python3-h5py is not installed";
     for (const char* output : {"disc.h5", "disc.npy"})
@@ -110,8 +132,15 @@ def signal(name):
     assert entry.attrs['NX_class'] == 'NXentry' and data.attrs['NX_class'] == 'NXdata'
     assert entry['settings/resolution'][()] == 10 and entry['settings/resolution'].attrs['units'] == 'degrees'
     assert entry['settings/Title'][()].decode() == 'a title'
+    assert entry['settings/map'][()].decode() == ('AzimuthalEquidistant' if 'disc' in name else 'EquidistantCylindrical')
     assert list(data.attrs['auxiliary_signals']) == ['I', 'I0']
     return data, data[data.attrs['signal']], [data[a] for a in data.attrs['axes']]
+
+def indices(name):
+    return {k[:-8]: list(v) for k, v in signal(name)[0].attrs.items() if k.endswith('_indices')}
+
+assert indices('disc.h5') == {'y': [0], 'x': [1], 'theta': [0, 1], 'phi': [0, 1]}
+assert indices('grid.h5') == {'theta': [0], 'phi': [1]}
 
 for name, shape in (('disc', (19, 19)), ('grid', (10, 36))):
     data, chi, axes = signal(name + '.h5')
@@ -149,7 +178,9 @@ assert np.allclose(r['position'][1], [1e-10, 0, -2e-10], rtol=1e-5, atol=0) and 
 assert [n.decode() for n in r['name']] == ['Cu', 'étoile']
 assert r['kinetic_energy'][()] == 560 and abs(r['wave_number'][()] * 1e-10 - 12.1236) < 1e-4
 assert np.allclose(r['plane_wave_vector'], [1e10, 0, 2e10])
-assert f['entry/settings/method'][()] == b'MULTI'
+assert f['entry/settings/method'][()] == b'MULTI' and f['entry/settings/largest_l_size'][()] == 2
+assert r['structure_index'][()] == 1 and r['wave_index'][()] == 4 and r['ratio'][()] == 0.25
+assert list(r['atomic_number']) == [29, 8] and list(r['Uiso']) == [0, 2e-22]
 )");
 }
 

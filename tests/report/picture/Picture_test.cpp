@@ -7,36 +7,36 @@
 #include "foundation/Constants.h"
 #include "report/SphereFunctions.h"
 #include "report/picture/Canvas.h"
+#include "report/picture/DiscPicture.h"
 #include "report/picture/LinePlot.h"
 #include "report/picture/PatternCuts.h"
-#include "report/picture/PatternPicture.h"
 #include "report/picture/PngPicture.h"
 
 namespace {
 
-constexpr View kViews[] = {View::AzimuthalEquidistant, View::Stereographic, View::Orthographic};
+constexpr View kViews[] = {View::kAzimuthalEquidistant, View::kStereographic, View::kOrthographic};
 constexpr double kPixel = 0.03;  // of a colour part: half a pixel off, and 8 bits
 
 double Tilted(double x, double y, double z) {
     return 0.4 * z + 0.3 * x + 0.2 * y;
 }
 
-TEST(PatternPicture, ShowsTheFunctionAtItsDirections) {
+TEST(DiscPicture, ShowsTheFunctionAtItsDirections) {
     const TempFolder folder;
     for (const View view : kViews) {
-        PlotRequest request;
+        DiscPicture request;
         for (const SphereMap map : kMaps) request.images.push_back({Sampled(map, 2.0, Tilted), "map"});
         request.view = view;
-        request.colours = ColourMap::Grey;
+        request.colours = ColourMap::kGrey;
         request.range = Span{-0.5, 0.6};
-        DrawPattern(request, folder.Path("a.png"));
+        DrawDiscs(request, folder.Path("a.png"));
         const PngPicture png(folder.Path("a.png"));
-        const PatternLayout layout(request);
+        const DiscLayout layout(request);
         for (std::size_t panel = 0; panel < 2; ++panel) {
             for (const double theta : {0.0, 20.0, 45.0, 70.0, 81.0}) {
                 for (const double phi : {0.0, 45.0, 135.0, 179.5, 180.5, 270.0}) {
                     const double value = At(Tilted, theta * kDegree, phi * kDegree);
-                    const Colour expected = ColourAt(ColourMap::Grey, (value + 0.5) / 1.1);
+                    const Colour expected = ColourAt(ColourMap::kGrey, (value + 0.5) / 1.1);
                     const Colour seen = png.At(layout.Direction(view, panel, theta * kDegree, phi * kDegree));
                     EXPECT_LT(Difference(seen, expected), kPixel) << theta << ' ' << phi;
                 }
@@ -47,50 +47,50 @@ TEST(PatternPicture, ShowsTheFunctionAtItsDirections) {
     }
 }
 
-TEST(PatternPicture, ColourBarAndAutomaticRange) {
+TEST(DiscPicture, ColourBarAndAutomaticRange) {
     const TempFolder folder;
-    PlotRequest request;
+    DiscPicture request;
     request.images = {
         {Sampled(kMaps[1], 2.0, [](double, double, double z) { return z > -1e-9 ? z : 99.0; }), ""}};
     const Span range = ColourRange(request.images, false);
     EXPECT_NEAR(range.low, 0.0, 1e-12);  // the lower hemisphere does not count
     EXPECT_NEAR(range.high, 1.0, 1e-12);
     EXPECT_NEAR(ColourRange(request.images, true).low, -1.0, 1e-12);
-    DrawPattern(request, folder.Path("bar.png"));
+    DrawDiscs(request, folder.Path("bar.png"));
     const PngPicture png(folder.Path("bar.png"));
     EXPECT_EQ(png.Width(), 800);
-    const PatternLayout layout(request);
+    const DiscLayout layout(request);
     for (const double fraction : {0.01, 0.5, 0.99})
-        EXPECT_LT(Difference(png.At(layout.ColourBar(fraction)), ColourAt(ColourMap::Viridis, fraction)),
+        EXPECT_LT(Difference(png.At(layout.ColourBar(fraction)), ColourAt(ColourMap::kViridis, fraction)),
                   kPixel);
     EXPECT_LT(Difference(png.At(layout.ColourBar(1.03)), {1.0, 1.0, 1.0}), 1e-9);
 }
 
-TEST(PatternPicture, PolarAnglesThatAreNotShownStayBlank) {
+TEST(DiscPicture, PolarAnglesThatAreNotShownStayBlank) {
     const TempFolder folder;
-    PlotRequest request;
+    DiscPicture request;
     request.images = {{Sampled(kMaps[0], 2.0, [](double, double, double z) { return z; }), ""}};
     request.shownTheta_deg = {10.0, 70.0};
-    DrawPattern(request, folder.Path("belt.png"));
+    DrawDiscs(request, folder.Path("belt.png"));
     const PngPicture png(folder.Path("belt.png"));
-    const PatternLayout layout(request);
+    const DiscLayout layout(request);
     for (const double theta : {5.0, 12.0, 68.0, 75.0}) {
         const PicturePoint point = layout.Direction(request.view, 0, theta * kDegree, 20 * kDegree);
         EXPECT_EQ(Difference(png.At(point), {1.0, 1.0, 1.0}) < 1e-9, theta < 10.0 || theta > 70.0) << theta;
     }
 }
 
-TEST(PatternPicture, FormatsAndFailures) {
+TEST(DiscPicture, FormatsAndFailures) {
     const TempFolder folder;
-    PlotRequest request;
+    DiscPicture request;
     request.images = {{Sampled(kMaps[0], 5.0, Tilted), "caf\xE9 \xF0 & <b>"}};  // not UTF-8
-    DrawPattern(request, folder.Path("a.SVG"));
+    DrawDiscs(request, folder.Path("a.SVG"));
     EXPECT_NE(folder.Read("a.SVG").find("width=\"240.94"), std::string::npos);  // 85 mm
     request.width = 170;
-    DrawPattern(request, folder.Path("a.pdf"));
+    DrawDiscs(request, folder.Path("a.pdf"));
     EXPECT_EQ(folder.Read("a.pdf").substr(0, 5), "%PDF-");
-    const auto failure = [&folder](const PlotRequest& bad, const std::string& name) {
-        return ErrorText([&] { DrawPattern(bad, folder.Path(name)); });
+    const auto failure = [&folder](const DiscPicture& bad, const std::string& name) {
+        return ErrorText([&] { DrawDiscs(bad, folder.Path(name)); });
     };
     for (const char* const name : {"a.jpg", "missing/a.png"}) EXPECT_NE(failure(request, name), "no failure");
     EXPECT_NE(failure({}, "a.png"), "no failure");
@@ -178,20 +178,20 @@ TEST(AxisTicks, NiceNumbers) {
 
 TEST(ColourMap, LightnessIsUniform) {
     const double span =
-        Lightness(ColourAt(ColourMap::Viridis, 1.0)) - Lightness(ColourAt(ColourMap::Viridis, 0.0));
+        Lightness(ColourAt(ColourMap::kViridis, 1.0)) - Lightness(ColourAt(ColourMap::kViridis, 0.0));
     for (double t = 0.0; t <= 1.0; t += 0.02) {
-        EXPECT_NEAR(Lightness(ColourAt(ColourMap::Grey, t)), 100 * t, 0.1);
-        EXPECT_NEAR(Lightness(ColourAt(ColourMap::Viridis, t)),
-                    Lightness(ColourAt(ColourMap::Viridis, 0.0)) + t * span, 2.5)
+        EXPECT_NEAR(Lightness(ColourAt(ColourMap::kGrey, t)), 100 * t, 0.1);
+        EXPECT_NEAR(Lightness(ColourAt(ColourMap::kViridis, t)),
+                    Lightness(ColourAt(ColourMap::kViridis, 0.0)) + t * span, 2.5)
             << t;
-        EXPECT_NEAR(Lightness(ColourAt(ColourMap::Diverging, t)),
-                    Lightness(ColourAt(ColourMap::Diverging, 1 - t)), 1.0);
+        EXPECT_NEAR(Lightness(ColourAt(ColourMap::kDiverging, t)),
+                    Lightness(ColourAt(ColourMap::kDiverging, 1 - t)), 1.0);
     }
     // The ends and the middle as Moreland gives them.
-    EXPECT_LT(Difference(ColourAt(ColourMap::Diverging, 0.0), {59 / 255.0, 76 / 255.0, 192 / 255.0}), 0.005);
-    EXPECT_LT(Difference(ColourAt(ColourMap::Diverging, 0.5), {221 / 255.0, 221 / 255.0, 221 / 255.0}),
+    EXPECT_LT(Difference(ColourAt(ColourMap::kDiverging, 0.0), {59 / 255.0, 76 / 255.0, 192 / 255.0}), 0.005);
+    EXPECT_LT(Difference(ColourAt(ColourMap::kDiverging, 0.5), {221 / 255.0, 221 / 255.0, 221 / 255.0}),
               0.005);
-    EXPECT_LT(Difference(ColourAt(ColourMap::Diverging, 1.0), {180 / 255.0, 4 / 255.0, 38 / 255.0}), 0.005);
+    EXPECT_LT(Difference(ColourAt(ColourMap::kDiverging, 1.0), {180 / 255.0, 4 / 255.0, 38 / 255.0}), 0.005);
 }
 
 }  // namespace

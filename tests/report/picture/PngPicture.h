@@ -9,7 +9,7 @@
 #include <string>
 
 #include "report/picture/ColourMap.h"
-#include "report/picture/PatternPicture.h"
+#include "report/picture/DiscPicture.h"
 
 /// A PNG file as pixels.
 class PngPicture {

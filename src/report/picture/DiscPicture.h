@@ -10,12 +10,12 @@
 #include "report/sphere/ViewProjection.h"
 
 /// Pictures of one or more patterns side by side, on one scale of colours.
-struct PlotRequest {
+struct DiscPicture {
     std::vector<LoadedImage> images;  ///< with their titles
     std::string title;                ///< over all; empty: none
     std::string quantity = "I (arb. units)";
-    View view = View::AzimuthalEquidistant;
-    ColourMap colours = ColourMap::Viridis;
+    View view = View::kAzimuthalEquidistant;
+    ColourMap colours = ColourMap::kViridis;
     std::optional<Span> range;       ///< of the colours; unset: ColourRange
     bool symmetricRange = false;     ///< ends of equal size, for a modulation
     Span shownTheta_deg{0.0, 90.0};  ///< polar angles beyond stay blank
@@ -35,8 +35,8 @@ struct PicturePoint {
 };
 
 /// Where the parts of a picture are; lengths in points, y downwards.
-struct PatternLayout {
-    explicit PatternLayout(const PlotRequest& request);
+struct DiscLayout {
+    explicit DiscLayout(const DiscPicture& picture);
 
     PicturePoint Direction(View view, std::size_t panel, double theta, double phi) const;  ///< in fractions
     PicturePoint ColourBar(double fraction) const;  ///< middle of the bar; fraction 0 is the low end
@@ -51,4 +51,4 @@ struct PatternLayout {
 
 /// Draws to a file whose extension tells the format: .png, .svg or .pdf. Throws ZfError when there is no
 /// image, an option is out of its range, or the file cannot be written; nothing is left behind then.
-void DrawPattern(const PlotRequest& request, const std::string& path);
+void DrawDiscs(const DiscPicture& picture, const std::string& path);

@@ -1,4 +1,6 @@
-#include "report/picture/PatternPicture.h"
+#include "report/picture/DiscPicture.h"
+
+#include <fmt/format.h>
 
 #include <algorithm>
 #include <cmath>
@@ -25,13 +27,13 @@ constexpr double kLabel = 7.5;  // letters
 constexpr Colour kBlack;
 constexpr Colour kWhite{1.0, 1.0, 1.0};
 
-void CheckRequest(const PlotRequest& request) {
-    if (request.images.empty()) throw ZfError("There is no image to draw");
-    if (request.panelsPerRow < 1) throw ZfError("A row of pictures has to hold one at least");
-    if (!(request.ringStep_deg >= 5.0 && request.ringStep_deg <= 90.0))
+void Check(const DiscPicture& picture) {
+    if (picture.images.empty()) throw ZfError("There is no image to draw");
+    if (picture.panelsPerRow < 1) throw ZfError("A row of pictures has to hold one at least");
+    if (!(picture.ringStep_deg >= 5.0 && picture.ringStep_deg <= 90.0))
         throw ZfError("The step of the polar rings has to lie between 5 and 90 degrees");
-    if (request.range && !(std::isfinite(request.range->high - request.range->low) &&
-                           request.range->low < request.range->high))
+    if (picture.range && !(std::isfinite(picture.range->high - picture.range->low) &&
+                           picture.range->low < picture.range->high))
         throw ZfError("The range of the colours has to run from a lower to a higher number");
 }
 
@@ -41,10 +43,10 @@ std::uint32_t Packed(const Colour& colour) {
 }
 
 /// The square around the disc. Its pixels go a little beyond the rim, where the drawing cuts them off.
-std::vector<std::uint32_t> DiscPixels(const SphereImage& image, const PlotRequest& request, const Span& range,
+std::vector<std::uint32_t> DiscPixels(const SphereImage& image, const DiscPicture& picture, const Span& range,
                                       std::int32_t side) {
     const double beyondRim = 1.0 + 4.0 / side;
-    Span shown = request.shownTheta_deg;
+    Span shown = picture.shownTheta_deg;
     if (shown.high >= 90.0) shown.high = 180.0;
     std::vector<std::uint32_t> pixels(static_cast<std::size_t>(side) * static_cast<std::size_t>(side),
                                       0xFFFFFF);
@@ -56,21 +58,21 @@ std::vector<std::uint32_t> DiscPixels(const SphereImage& image, const PlotReques
             const double y = 1.0 - (2 * row + 1.0) / side;
             const double radius = std::hypot(x, y);
             if (radius > beyondRim) continue;
-            const double theta = PolarAngle(request.view, radius);
+            const double theta = PolarAngle(picture.view, radius);
             if (theta < shown.low * kDegree || theta > shown.high * kDegree) continue;
             const double value = image.Value(theta, std::atan2(y, x));
             const double fraction = (value - range.low) / (range.high - range.low);
             pixels[static_cast<std::size_t>(row) * static_cast<std::size_t>(side) +
-                   static_cast<std::size_t>(column)] = Packed(ColourAt(request.colours, fraction));
+                   static_cast<std::size_t>(column)] = Packed(ColourAt(picture.colours, fraction));
         }
     }
     return pixels;
 }
 
-void DrawRings(Canvas& canvas, const PlotRequest& request, const PicturePoint& centre) {
+void DrawRings(Canvas& canvas, const DiscPicture& picture, const PicturePoint& centre) {
     const double azimuth = 75 * kDegree;  // away from the low-index directions, where forward focusing is
-    for (const double theta : StepTicks({1.0, 89.0}, request.ringStep_deg).positions) {
-        const double radius = kRadius * DiscRadius(request.view, theta * kDegree);
+    for (const double theta : StepTicks({1.0, 89.0}, picture.ringStep_deg).positions) {
+        const double radius = kRadius * DiscRadius(picture.view, theta * kDegree);
         canvas.SetColour(kWhite, 0.6);
         canvas.SetLine(0.9);
         canvas.Circle(centre.x, centre.y, radius);
@@ -78,10 +80,10 @@ void DrawRings(Canvas& canvas, const PlotRequest& request, const PicturePoint& c
         canvas.SetLine(0.35);
         canvas.Circle(centre.x, centre.y, radius);
     }
-    for (const double theta : StepTicks({1.0, 89.0}, request.ringStep_deg).positions) {
-        const double radius = kRadius * DiscRadius(request.view, theta * kDegree);
+    for (const double theta : StepTicks({1.0, 89.0}, picture.ringStep_deg).positions) {
+        const double radius = kRadius * DiscRadius(picture.view, theta * kDegree);
         canvas.Text(centre.x + radius * std::cos(azimuth), centre.y - radius * std::sin(azimuth),
-                    std::to_string(std::lround(theta)) + "°", {.size = 6.5, .halo = true});
+                    fmt::format("{:.0f}°", theta), {.size = 6.5, .halo = true});
     }
 }
 
@@ -96,14 +98,13 @@ void DrawAzimuths(Canvas& canvas, const PicturePoint& centre) {
         const double end = kRadius + (phi % 90 == 0 ? 4.0 : 2.5);
         canvas.Line(centre.x + kRadius * c, centre.y - kRadius * s, centre.x + end * c, centre.y - end * s);
         if (phi % 90 != 0) continue;
-        canvas.Text(centre.x + (end + 2) * c, centre.y - (end + 2) * s, std::to_string(phi) + "°",
+        canvas.Text(centre.x + (end + 2) * c, centre.y - (end + 2) * s, fmt::format("{}°", phi),
                     {.size = kLabel, .alignX = std::round(c), .alignY = -std::round(s)});
     }
 }
 
-void DrawColourBar(Canvas& canvas, const PlotRequest& request, const PatternLayout& layout,
-                   const Span& range) {
-    canvas.Gradient(layout.barX, layout.barTop, kBarWidth, layout.barHeight, request.colours);
+void DrawColourBar(Canvas& canvas, const DiscPicture& picture, const DiscLayout& layout, const Span& range) {
+    canvas.Gradient(layout.barX, layout.barTop, kBarWidth, layout.barHeight, picture.colours);
     canvas.SetColour(kBlack);
     canvas.SetLine(0.6);
     canvas.Rectangle(layout.barX, layout.barTop, kBarWidth, layout.barHeight);
@@ -120,7 +121,7 @@ void DrawColourBar(Canvas& canvas, const PlotRequest& request, const PatternLayo
     }
     if (!ticks.factor.empty())
         canvas.Text(layout.barX, layout.barTop - 6, ticks.factor, {.size = 6.5, .alignX = 1.0});
-    canvas.Text(right + 3.5 + widest + 6, layout.barTop + layout.barHeight / 2, request.quantity,
+    canvas.Text(right + 3.5 + widest + 6, layout.barTop + layout.barHeight / 2, picture.quantity,
                 {.size = kLabel, .turn = kPi / 2});
 }
 
@@ -141,12 +142,12 @@ Span ColourRange(const std::vector<LoadedImage>& images, bool symmetric) {
     return largest > 0.0 ? Span{-largest, largest} : Span{-1.0, 1.0};
 }
 
-PatternLayout::PatternLayout(const PlotRequest& request) {
-    const std::size_t count = request.images.size();
-    const auto perRow = std::min(count, static_cast<std::size_t>(request.panelsPerRow));
+DiscLayout::DiscLayout(const DiscPicture& picture) {
+    const std::size_t count = picture.images.size();
+    const auto perRow = std::min(count, static_cast<std::size_t>(picture.panelsPerRow));
     const std::size_t rows = (count + perRow - 1) / perRow;
     const double caption = count > 1 ? kCaption : 0.0;
-    const bool titled = !request.title.empty() || count == 1;
+    const bool titled = !picture.title.empty() || count == 1;
     const double top = titled ? kTitle + 4 : 4;
     const double panelHeight = 2 * (kRadius + kAbove) + caption;
     for (std::size_t i = 0; i < count; ++i) {
@@ -161,35 +162,35 @@ PatternLayout::PatternLayout(const PlotRequest& request) {
     barTop = (centres.front().y + centres.back().y - barHeight) / 2;
 }
 
-PicturePoint PatternLayout::Direction(View view, std::size_t panel, double theta, double phi) const {
+PicturePoint DiscLayout::Direction(View view, std::size_t panel, double theta, double phi) const {
     const double radius = kRadius * DiscRadius(view, theta);
     return {(centres.at(panel).x + radius * std::cos(phi)) / width,
             (centres.at(panel).y - radius * std::sin(phi)) / height};
 }
 
-PicturePoint PatternLayout::ColourBar(double fraction) const {
+PicturePoint DiscLayout::ColourBar(double fraction) const {
     return {(barX + kBarWidth / 2) / width, (barTop + barHeight * (1 - fraction)) / height};
 }
 
-void DrawPattern(const PlotRequest& request, const std::string& path) {
-    CheckRequest(request);
-    const PatternLayout layout(request);
-    const Span range = request.range ? *request.range : ColourRange(request.images, request.symmetricRange);
-    Canvas canvas(path, layout.width, layout.height, Canvas::Scale(path, layout.width, request.width));
-    const bool single = request.images.size() == 1;
-    const std::string title = request.title.empty() && single ? request.images.front().title : request.title;
+void DrawDiscs(const DiscPicture& picture, const std::string& path) {
+    Check(picture);
+    const DiscLayout layout(picture);
+    const Span range = picture.range ? *picture.range : ColourRange(picture.images, picture.symmetricRange);
+    Canvas canvas(path, layout.width, layout.height, Canvas::Scale(path, layout.width, picture.width));
+    const bool single = picture.images.size() == 1;
+    const std::string title = picture.title.empty() && single ? picture.images.front().title : picture.title;
     canvas.FittedText(layout.width / 2, 10, layout.width - 8, title, {.size = 9.0, .bold = true});
     const auto side = static_cast<std::int32_t>(std::ceil(2 * kRadius * canvas.PixelsPerPoint()));
-    for (std::size_t i = 0; i < request.images.size(); ++i) {
+    for (std::size_t i = 0; i < picture.images.size(); ++i) {
         const PicturePoint centre = layout.centres[i];
         canvas.DiscImage(centre.x, centre.y, kRadius,
-                         DiscPixels(request.images[i].image, request, range, side), side);
-        DrawRings(canvas, request, centre);
+                         DiscPixels(picture.images[i].image, picture, range, side), side);
+        DrawRings(canvas, picture, centre);
         DrawAzimuths(canvas, centre);
         if (!single)
             canvas.FittedText(centre.x, centre.y - kRadius - kAbove - 4, kPanelWidth - 6,
-                              request.images[i].title, {.size = 8.0});
+                              picture.images[i].title, {.size = 8.0});
     }
-    DrawColourBar(canvas, request, layout, range);
+    DrawColourBar(canvas, picture, layout, range);
     canvas.Finish();
 }

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <iterator>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// A value of an enumeration with the name that options, recipes and files have for it.
+template <class Enumeration>
+struct Word {
+    std::string_view name;
+    Enumeration value;
+};
+
+/// The words of an enumeration, in the order in which users see them. They stand beside the enumeration:
+///     template <>
+///     inline constexpr auto kWords<Axis> = std::to_array<Word<Axis>>({{"x", Axis::kX}, {"y", Axis::kY}});
+template <class Enumeration>
+inline constexpr std::array<Word<Enumeration>, 0> kWords = {};
+
+template <class Enumeration>
+std::vector<std::string> WordsOf() {
+    std::vector<std::string> names;
+    for (const Word<Enumeration>& word : kWords<Enumeration>) names.emplace_back(word.name);
+    return names;
+}
+
+template <class Enumeration>
+std::optional<Enumeration> ValueOfWord(std::string_view name) {
+    for (const Word<Enumeration>& word : kWords<Enumeration>)
+        if (word.name == name) return word.value;
+    return std::nullopt;
+}
+
+/// The value has a word.
+template <class Enumeration>
+std::string WordFor(Enumeration value) {
+    const auto found = std::find_if(std::begin(kWords<Enumeration>), std::end(kWords<Enumeration>),
+                                    [value](const Word<Enumeration>& word) { return word.value == value; });
+    return std::string(found->name);
+}
