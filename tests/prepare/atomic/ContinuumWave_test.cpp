@@ -13,7 +13,7 @@ namespace {
 constexpr double kIntegration = 1e-3 * kDegree;  // what the header promises
 
 ContinuumRequest Request(const RadialPotential& potential, double energy_eV, double radius = 2.4) {
-    return {potential, radius, energy_eV, 12, RadialEquation::kSchroedinger, {}, 1.0};
+    return {potential, radius, energy_eV, 12, RadialEquation::kSchroedinger, {}};
 }
 
 struct Bessel {
