@@ -5,7 +5,8 @@
 
 #include "foundation/Matrices.h"
 #include "foundation/ZfFile.h"
-#include "xml/ZfBarnXml.h"
+
+class ZfBarnXml;
 
 /// One atom of a structure. Lengths are metres in memory and angstrom in files.
 struct ZfAtom {
