@@ -6,6 +6,7 @@
 
 #include "files/FileSummary.h"
 #include "foundation/Text.h"
+#include "foundation/ZfFloatMatrix3D.h"
 
 // Summaries of what a run makes: the scattered waves and the images.
 

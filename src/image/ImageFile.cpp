@@ -3,6 +3,7 @@
 
 #include "image/OldImageVersions.h"
 #include "image/ZfDocData.h"
+#include "xml/ZfBarnXml.h"
 
 // The image file in its present form, version 5, and its neighbours: version 4 with one image, and version 6,
 // which differs in the binary form of its matrices alone. That form has a tag of its own, so one routine

@@ -6,6 +6,7 @@
 #include "foundation/ZfError.h"
 #include "image/ZfCRMsg.h"
 #include "image/ZfRegion.h"
+#include "xml/ZfBarnXml.h"
 
 namespace {
 

@@ -3,6 +3,7 @@
 #include <string_view>
 
 #include "foundation/Text.h"
+#include "xml/ZfBarnXml.h"
 
 namespace {
 

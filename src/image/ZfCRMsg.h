@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "xml/ZfBarnXml.h"
+class ZfBarnXml;
 
 /// One message of the dialogue between an acquisition program and its instrument, as old image files keep it.
 /// Fields are joined with "/":

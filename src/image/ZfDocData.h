@@ -7,7 +7,8 @@
 
 #include "foundation/Matrices.h"
 #include "foundation/ZfFloatMatrix3D.h"
-#include "xml/ZfBarnXml.h"
+
+class ZfBarnXml;
 
 /// The document of an image file (.xml_img): images, waves and voxel blocks, each under a number of its own,
 /// and two tables of free information. Elements are 32-bit floats without a unit of their own.

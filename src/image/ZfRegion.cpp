@@ -1,5 +1,7 @@
 #include "image/ZfRegion.h"
 
+#include "xml/ZfBarnXml.h"
+
 bool ZfRegion::Point::Exchange(ZfBarnXml& xml, const std::string& tag) {
     if (!xml.OpenRack(tag)) return false;
     xml.Float("x", x, 0.0F);

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "xml/ZfBarnXml.h"
+class ZfBarnXml;
 
 /// A rectangle, or a polygon, of an image; in pixels.
 struct ZfRegion {

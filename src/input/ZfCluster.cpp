@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "foundation/ZfError.h"
+#include "xml/ZfBarnXml.h"
 
 namespace {
 

@@ -4,8 +4,9 @@
 #include <vector>
 
 #include "foundation/Matrices.h"
-#include "foundation/ZfFile.h"
-#include "xml/ZfBarnXml.h"
+
+class ZfBarnXml;
+class ZfFile;
 
 /// One atom of a structure. Lengths are metres in memory and angstrom in files.
 struct ZfAtom {

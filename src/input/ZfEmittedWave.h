@@ -4,7 +4,8 @@
 #include <vector>
 
 #include "input/ZfLmTable.h"
-#include "xml/ZfBarnXml.h"
+
+class ZfBarnXml;
 
 /// What leaves the emitter: an outgoing wave by its coefficients, or a plane wave. Several waves of one file
 /// are the incoherent parts of one emission: their intensities add.

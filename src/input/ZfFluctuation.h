@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "xml/ZfBarnXml.h"
+class ZfBarnXml;
 
 /// How the atoms vibrate: a temperature, a table of Debye temperatures by element, and the choice of the
 /// model.

@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "xml/ZfBarnXml.h"
 #include "xml/ZfBinaryDataToText.h"
 
 namespace {

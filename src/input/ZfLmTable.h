@@ -7,7 +7,8 @@
 #include <vector>
 
 #include "foundation/ZfError.h"
-#include "xml/ZfBarnXml.h"
+
+class ZfBarnXml;
 
 /// Index failures; kept out of line so that no text is built on a good path.
 [[noreturn]] void ThrowIllegalL();

@@ -4,7 +4,8 @@
 #include <vector>
 
 #include "foundation/Matrices.h"
-#include "xml/ZfBarnXml.h"
+
+class ZfBarnXml;
 
 /// Tables of the radial solution from which phase shifts were derived, carried along with them. In a file
 /// each list of lists is a matrix with one row an outer list.

@@ -11,7 +11,8 @@
 #include "input/ZfPhaseShiftDocument.h"
 #include "scattering/StructureScattering.h"
 #include "scattering/ZfScatteringRecord.h"
-#include "xml/ZfBarnXml.h"
+
+class ZfBarnXml;
 
 /// The method by which an atom gathers the sources it sees; the values of the command line and of files.
 enum ZfScatteringMethod : std::int32_t { kSingle = 0, kSlowMulti = 1, kMulti = 2 };

@@ -8,7 +8,8 @@
 #include "input/ZfDebye.h"
 #include "input/ZfFluctuation.h"
 #include "scattering/ZfVectorFreeElectron.h"
-#include "xml/ZfBarnXml.h"
+
+class ZfBarnXml;
 
 /// One structure under one emitted wave. Entry i of the lists, labels and phase-shift indices speaks of the
 /// same atom; entry 0 is the emitter.

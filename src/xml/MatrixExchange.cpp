@@ -5,6 +5,7 @@
 
 #include "foundation/Text.h"
 #include "foundation/ZfError.h"
+#include "foundation/ZfFloatMatrix3D.h"
 #include "xml/ZfBarnXml.h"
 #include "xml/ZfBinaryDataToText.h"
 

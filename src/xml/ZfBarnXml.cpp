@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "foundation/Text.h"
+#include "foundation/ZfADateTime.h"
 #include "foundation/ZfError.h"
 
 namespace {

@@ -7,9 +7,10 @@
 #include <vector>
 
 #include "foundation/Matrices.h"
-#include "foundation/ZfADateTime.h"
-#include "foundation/ZfFloatMatrix3D.h"
 #include "xml/ZfBarnXmlRack.h"
+
+class ZfADateTime;
+class ZfFloatMatrix3D;
 
 /// A document in the system's small XML dialect: elements and text values, no attributes, comments or checks.
 ///

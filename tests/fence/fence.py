@@ -21,7 +21,7 @@ LIBRARIES = {
     "CLI11::CLI11": r"CLI/",
     "PkgConfig::CAIRO": r"cairo",
     "PkgConfig::HDF5": r"hdf5",
-    "PkgConfig::HWY": r"hwy/",
+    "${HWY_INCLUDE_DIRS}": r"hwy/",
     "Qt5::Core": r"Q[A-Z]",
     "benchmark::benchmark_main": r"benchmark/",
     "fmt::fmt": r"fmt/",
@@ -63,7 +63,7 @@ def read_targets(root):
                     elif command == "zf_add_fuzzers":
                         targets[here] = Target(here, [])
                         links.append((here, ["PRIVATE", *words]))
-                    elif command == "target_link_libraries":
+                    elif command in ("target_link_libraries", "target_include_directories"):
                         links.append((words[0], words[1:]))
     for name, words in links:
         scope = "PUBLIC"

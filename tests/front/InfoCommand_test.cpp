@@ -1,6 +1,7 @@
 #include "RunQvre.h"
 #include "TempFolder.h"
 #include "scattering/ZfScatteringData.h"
+#include "xml/ZfBarnXml.h"
 
 namespace {
 

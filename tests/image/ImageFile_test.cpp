@@ -7,6 +7,7 @@
 #include "ErrorText.h"
 #include "Samples.h"
 #include "TempFolder.h"
+#include "foundation/ZfFloatMatrix3D.h"
 #include "image/OldImageVersions.h"
 #include "xml/ZfQBarnFile.h"
 

@@ -1,4 +1,5 @@
 #include "xml/ZfBarnXml.h"
+#include "foundation/ZfADateTime.h"
 
 #include <gtest/gtest.h>
 

@@ -11,6 +11,7 @@
 #include "foundation/ZfError.h"
 #include "input/ZfAtomName.h"
 #include "scattering/ThermalModels.h"
+#include "xml/ZfBarnXml.h"
 
 namespace {
 

@@ -1,0 +1,324 @@
+#include "Targets.h"
+
+#include <unistd.h>
+
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <stdexcept>
+
+#include "crystal/ZfParser.h"
+#include "files/AnyFile.h"
+#include "files/FileSummary.h"
+#include "files/RunSettings.h"
+#include "foundation/Console.h"
+#include "foundation/Text.h"
+#include "foundation/ZfADateTime.h"
+#include "foundation/ZfError.h"
+#include "foundation/ZfFloatMatrix3D.h"
+#include "image/ZfDocData.h"
+#include "input/ZfCluster.h"
+#include "input/ZfDebye.h"
+#include "input/ZfEmittedWave.h"
+#include "input/ZfFluctuation.h"
+#include "input/ZfPhaseShiftDocument.h"
+#include "prepare/cluster/CrystalSources.h"
+#include "prepare/phases/PhaseShiftTable.h"
+#include "recipe/RecipePlan.h"
+#include "recipe/RecipeTable.h"
+#include "report/compare/MeasuredPattern.h"
+#include "scattering/ZfScatteringData.h"
+#include "xml/ZfBarnXml.h"
+#include "xml/ZfBinaryDataToText.h"
+#include "xml/ZfQBarnFile.h"
+
+namespace {
+
+/// `read` may throw ZfError and nothing else.
+template <class Reader>
+void Refusing(const Reader& read) {
+    try {
+        read();
+    } catch (const ZfError&) {
+    }
+}
+
+/// What `cmd_qvre` reads may also end in a bare text or in the failure of an access out of range.
+template <class Reader>
+void RefusingAny(const Reader& read) {
+    try {
+        read();
+    } catch (const ZfError&) {
+    } catch (const char*) {
+    } catch (const std::out_of_range&) {
+    }
+}
+
+/// The input as a file of that name, in a folder of this process.
+class InputFile {
+public:
+    InputFile(const std::string& name, std::string_view bytes) {
+        static const Folder folder;
+        path_ = folder.path / name;
+        std::ofstream(path_, std::ios::binary) << bytes;
+    }
+    std::string Path() const { return path_.string(); }
+
+private:
+    struct Folder {
+        Folder() : path(std::filesystem::temp_directory_path() / ("qvre-fuzz-" + std::to_string(getpid()))) {
+            std::filesystem::create_directories(path);
+        }
+        Folder(const Folder&) = delete;
+        Folder& operator=(const Folder&) = delete;
+        ~Folder() {
+            std::error_code ignored;
+            std::filesystem::remove_all(path, ignored);
+        }
+
+        std::filesystem::path path;
+    };
+
+    std::filesystem::path path_;
+};
+
+/// As `cmd_qvre` loads a file, and as `qvre` loads it and tells what it holds.
+template <class Loader>
+void ReadBothWays(const std::string& name, std::string_view input, const Loader& load) {
+    const InputFile file(name, input);
+    RefusingAny([&] { load(file.Path()); });
+    Refusing([&] { FileSummary(LoadAnyFile(file.Path())); });
+    Refusing([&] {
+        RunSettings settings;
+        AddFileSettings(settings, file.Path());
+    });
+}
+
+void ReadXml(std::string_view input) {
+    RefusingAny([&] {
+        ZfBarnXml xml("r");
+        xml.Parse(std::string(input));
+        xml.Document();
+        while (xml.OpenRack("a")) {
+            std::string text;
+            bool flag = false;
+            std::int32_t integer = 0;
+            float small = 0.0F;
+            double number = 0.0;
+            ZfADateTime date;
+            std::vector<double> numbers;
+            std::vector<std::string> texts;
+            xml.RawValue("raw", text, "");
+            xml.Text("text", text, "");
+            xml.Bool("flag", flag, false);
+            xml.Int32("integer", integer, 0);
+            xml.Float("float", small, 0.0F);
+            xml.Double("double", number, 0.0);
+            xml.DoubleList("numbers", numbers);
+            xml.StringList("texts", texts);
+            xml.DateTime("date", date);
+            xml.CloseRack("a");
+        }
+    });
+}
+
+void ReadMatrix(std::string_view input) {
+    const std::string text(input);
+    const auto read = [&text](auto matrix) {
+        RefusingAny([&] {
+            ZfBarnXml xml("r");
+            xml.Parse(text);
+            while (xml.Matrix("m", matrix, "b")) {
+            }
+        });
+    };
+    read(ZfDoubleMatrix());
+    read(ZfFloatMatrix());
+    read(ZfLDoubleMatrix());
+    RefusingAny([&] {
+        ZfBarnXml xml("r");
+        xml.Parse(text);
+        ZfFloatMatrix3D voxels;
+        while (xml.OpenRack("m")) {
+            xml.Matrix3D(voxels, "b");
+            xml.CloseRack();
+        }
+    });
+}
+
+/// The first byte chooses the form. What was decoded comes back from its own text.
+void ReadBinaryText(std::string_view input) {
+    if (input.empty()) return;
+    const bool alphabetB = (input[0] & 1) != 0;
+    const bool standard = (input[0] & 2) != 0;
+    const ZfBinaryDataToText codec;
+    RefusingAny([&] {
+        const auto bytes = codec.Decode(input.substr(1), alphabetB, standard);
+        std::string text;
+        codec.Encode(bytes.data(), static_cast<std::int64_t>(bytes.size()), text, alphabetB, standard);
+        if (codec.Decode(text, alphabetB, standard) != bytes) std::abort();
+    });
+}
+
+void ReadClusterXml(std::string_view input) {
+    ReadBothWays("cluster.xml_cl", input, [](const std::string& path) {
+        ZfCluster cluster;
+        ZfLoadCluster(cluster, path);
+    });
+}
+
+void ReadClusterXyz(std::string_view input) {
+    ReadBothWays("cluster.xyz", input, [](const std::string& path) {
+        ZfCluster cluster;
+        ZfLoadCluster(cluster, path);
+    });
+}
+
+void ReadWaves(std::string_view input) {
+    ReadBothWays("emitter.xml_emt", input, [](const std::string& path) {
+        std::vector<ZfEmittedWave> waves;
+        ZfLoadEmittedWave(waves, path);
+    });
+}
+
+void ReadPhaseShifts(std::string_view input) {
+    ReadBothWays("phaseshift.xml_ph", input, [](const std::string& path) {
+        ZfPhaseShiftDocument document;
+        ZfLoadPhaseShift(document, path);
+    });
+}
+
+void ReadFluctuation(std::string_view input) {
+    ReadBothWays("fluctuation.xml_flu", input, [](const std::string& path) {
+        ZfFluctuation fluctuation;
+        ZfLoadFluctuation(fluctuation, path);
+    });
+}
+
+void ReadScatteredWave(std::string_view input) {
+    ReadBothWays("scatteredwave.xml_sf", input, [](const std::string& path) {
+        ZfScatteringData data;
+        ZfLoadScatteredWave(data, path);
+    });
+}
+
+void ReadImage(std::string_view input) {
+    ReadBothWays("pattern.xml_img", input, [](const std::string& path) {
+        ZfDocData image;
+        image.CheckType(path);
+        ZfQBarnFile xml(QString::fromStdString(path), "r");
+        image.SaveLoad(xml);
+    });
+}
+
+void ReadExpression(std::string_view input) {
+    RefusingAny([&] { ZfParser().Calculate(std::string(input)); });
+}
+
+void ReadWeights(std::string_view input) {
+    Refusing([&] { ZfDebye().LoadAtomicWeight(input); });
+}
+
+void ReadDate(std::string_view input) {
+    Refusing([&] {
+        ZfADateTime date;
+        date.FromText(std::string(input));
+        ZfADateTime again;
+        again.FromText(date.ToText());
+    });
+}
+
+void ReadTexts(std::string_view input) {
+    double value = 0.0;
+    std::string rest;
+    NumberSplit(input, value, rest);
+    TextToInt(input);
+    TextToUnsigned(input);
+    TextToFloat(input);
+    ScanDouble(input);
+    TokenSplit(input);
+    LineSplit(input);
+    for (const RecipeUnit unit : {RecipeUnit::kNone, RecipeUnit::kElectronVolt, RecipeUnit::kAngstrom})
+        Refusing([&] { ParseQuantity(std::string(input), unit); });
+}
+
+void ReadCif(std::string_view input) {
+    Refusing([&] { ParseCif(std::string(input)); });
+}
+
+void ReadXyzCell(std::string_view input) {
+    Refusing([&] { ParseXyzCell(std::string(input)); });
+}
+
+void ReadExpressionCell(std::string_view input) {
+    Refusing([&] { ParseExpressionCell(std::string(input)); });
+}
+
+/// Read and planned; nothing is calculated or written.
+void ReadRecipe(std::string_view input) {
+    const InputFile file("recipe.toml", input);
+    Refusing([&] {
+        RecipeRunOptions options;
+        options.folder = file.Path() + "-results";
+        PlanRecipe(file.Path(), options);
+    });
+}
+
+void ReadMeasured(std::string_view input) {
+    Refusing([&] { ParseMeasuredPattern(std::string(input)); });
+}
+
+void ReadPhaseTable(std::string_view input, PhaseTableFormat format) {
+    const InputFile file("table", input);
+    Refusing([&] {
+        PhaseTableChoice choice;
+        choice.format = format;
+        if (format == PhaseTableFormat::kCsv) choice.element = "Cu";
+        const PhaseShiftTable table = ReadPhaseShiftTable(file.Path(), choice);
+        PhasesAt(table, 0.5 * (table.energies_eV.front() + table.energies_eV.back()), false);
+    });
+}
+
+void ReadLeedTable(std::string_view input) { ReadPhaseTable(input, PhaseTableFormat::kLeed); }
+void ReadBlockTable(std::string_view input) { ReadPhaseTable(input, PhaseTableFormat::kBlocks); }
+void ReadCsvTable(std::string_view input) { ReadPhaseTable(input, PhaseTableFormat::kCsv); }
+
+}  // namespace
+
+const std::vector<FuzzTarget>& FuzzTargets() {
+    static const std::vector<FuzzTarget> targets = {
+        {"binary_text", &ReadBinaryText},
+        {"cif", &ReadCif},
+        {"cluster_xml", &ReadClusterXml},
+        {"cluster_xyz", &ReadClusterXyz},
+        {"date", &ReadDate},
+        {"expression", &ReadExpression},
+        {"expression_cell", &ReadExpressionCell},
+        {"fluctuation", &ReadFluctuation},
+        {"image", &ReadImage},
+        {"matrix", &ReadMatrix},
+        {"measured", &ReadMeasured},
+        {"phase_shifts", &ReadPhaseShifts},
+        {"phase_table_blocks", &ReadBlockTable},
+        {"phase_table_csv", &ReadCsvTable},
+        {"phase_table_leed", &ReadLeedTable},
+        {"recipe", &ReadRecipe},
+        {"scattered_wave", &ReadScatteredWave},
+        {"texts", &ReadTexts},
+        {"waves", &ReadWaves},
+        {"weights", &ReadWeights},
+        {"xml", &ReadXml},
+        {"xyz_cell", &ReadXyzCell},
+    };
+    return targets;
+}
+
+const FuzzTarget& FindFuzzTarget(std::string_view name) {
+    for (const FuzzTarget& target : FuzzTargets())
+        if (target.name == name) return target;
+    std::fprintf(stderr, "No such target. There are:\n");
+    for (const FuzzTarget& target : FuzzTargets()) std::fprintf(stderr, "%s\n", target.name.c_str());
+    std::exit(2);
+}
