@@ -1,6 +1,5 @@
 #include "app/RunDriver.h"
 
-#include <QString>
 #include <filesystem>
 #include <string>
 #include <system_error>
@@ -37,7 +36,7 @@ std::string WeightTablePath(const std::string& program) {
 }
 
 void LoadAtomicWeights(const std::string& program) {
-    ZfFileQt file(QString::fromStdString(WeightTablePath(program)), "r");
+    ZfFileQt file(WeightTablePath(program), "r");
     std::string text;
     file.ReadAll(text);
     ZfCalcDocument::Instance().debye.LoadAtomicWeight(text);

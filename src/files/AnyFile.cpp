@@ -1,6 +1,5 @@
 #include "files/AnyFile.h"
 
-#include <QString>
 #include <algorithm>
 #include <cstdlib>
 #include <fstream>
@@ -110,7 +109,7 @@ void RequireWholeImages(const std::string& path, const ZfDocData& document) {
 
 AnyFile::Content LoadImages(const std::string& path) {
     auto document = std::make_unique<ZfDocData>();
-    ZfQBarnFile xml(QString::fromStdString(path), "r");
+    ZfQBarnFile xml(path, "r");
     if (!document->SaveLoad(xml))
         throw ZfError("it is an image file of a version that is not known; known are 0 and 2 to 6");
     RequireWholeImages(path, *document);

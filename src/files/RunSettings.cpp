@@ -1,6 +1,5 @@
 #include "files/RunSettings.h"
 
-#include <QString>
 #include <array>
 #include <cstdio>
 #include <filesystem>
@@ -148,7 +147,7 @@ void AddImageSettings(RunSettings& settings, const std::string& imagePath) {
     RequireFile(imagePath);
     Naming(imagePath, [&] {
         ZfDocData document;
-        ZfQBarnFile file(QString::fromStdString(imagePath), "r");
+        ZfQBarnFile file(imagePath, "r");
         if (!document.SaveLoad(file)) throw ZfError("it is no image file that can be read");
         for (const auto& [key, texts] : document.infoString) settings.push_back({key, Joined(texts), ""});
         for (const auto& [key, numbers] : document.infoValue) settings.push_back({key, numbers, ""});

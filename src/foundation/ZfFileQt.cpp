@@ -2,12 +2,13 @@
 
 #include <QByteArray>
 
+#include "foundation/FileBytes.h"
 #include "foundation/ZfError.h"
 
-ZfFileQt::ZfFileQt(const QString& name, const std::string& mode) : file_(name) {
+ZfFileQt::ZfFileQt(const std::string& name, const std::string& mode) {
     if (mode != "r" && mode != "w") throw ZfError("ZfFileQt::Undefined mode");
-    if (!file_.open(mode == "w" ? QIODevice::WriteOnly : QIODevice::ReadOnly))
-        throw ZfError("FILE CANNOT OPEN:" + name.toStdString());
+    if (!OpenFile(file_, name, mode == "w" ? QIODevice::WriteOnly : QIODevice::ReadOnly))
+        throw ZfError("FILE CANNOT OPEN:" + name);
     stream_.setDevice(&file_);
     stream_.setCodec("UTF-8");
 }

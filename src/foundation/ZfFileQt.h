@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QFile>
-#include <QString>
 #include <QTextStream>
 
 #include "foundation/ZfFile.h"
@@ -10,7 +9,7 @@
 class ZfFileQt final : public ZfFile {
 public:
     /// Mode "r" or "w". Throws ZfError if the mode is another or the file cannot be opened.
-    ZfFileQt(const QString& name, const std::string& mode);
+    ZfFileQt(const std::string& name, const std::string& mode);
 
     void ReadLine(std::string& line) override;
     bool AtEnd() override;

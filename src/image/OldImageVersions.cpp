@@ -141,7 +141,7 @@ void LoadVersion2(ZfBarnXml& xml, ZfDocData& data) {
     xml.OpenRack(kInformations);
     LoadAcquisition(xml, data);
     LoadDate(xml, data, "BeginTime");
-    // The end time takes the place of the image format: users of old files know them so.
+    // Files of this version tell no image format of their own; its key holds the end time.
     ZfDocData::SetInfoString(data.infoString, "ImageFormat", LoadDate(xml, data, "EndTime"));
     LoadSurvey(xml, data);
     xml.CloseRack();

@@ -1,12 +1,11 @@
 #include "image/PlaneImage.h"
 
-#include <QString>
 #include <utility>
 
 #include "xml/ZfQBarnFile.h"
 
 void SavePlane(ZfDocData& image, const ZfLDoubleMatrix& plane, const std::string& fileName) {
-    ZfQBarnFile file(QString::fromStdString(fileName), "w");
+    ZfQBarnFile file(fileName, "w");
     ZfFloatMatrix pixels;
     pixels.Convert(plane);
     image.imageSet[image.currentChannel] = std::move(pixels);

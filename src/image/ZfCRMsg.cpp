@@ -1,5 +1,6 @@
 #include "image/ZfCRMsg.h"
 
+#include <algorithm>
 #include <string_view>
 
 #include "foundation/Text.h"
@@ -70,7 +71,11 @@ const std::string& ZfCRMsg::GetDetail() const {
 }
 
 bool ZfCRMsg::GetNumericValue(double& number, std::string& unit) const {
-    return NumberSplit(value, number, unit);
+    if (!NumberSplit(value, number, unit)) return false;
+    // Read anew without the unit, into which the splitter's number can reach: "E=700eV" is no exponent.
+    const std::string_view head = std::string_view(value).substr(0, value.size() - unit.size());
+    number = TextToDouble(head.substr(std::min(head.find_first_of("+-0123456789."), head.size())));
+    return true;
 }
 
 bool ZfCRMsgPair::Exchange(ZfBarnXml& xml, const std::string& tag) {

@@ -1,4 +1,3 @@
-#include <QString>
 #include <string>
 
 #include "foundation/Console.h"
@@ -72,7 +71,7 @@ void ZfLoadCluster(ZfCluster& cluster, const std::string& path) {
         ZfBarnFile file(path, "r");
         cluster.Exchange(file, true);
     } else if (extension == "xyz") {
-        ZfFileQt file(QString::fromStdString(path), "r");
+        ZfFileQt file(path, "r");
         cluster.ReadXyz(file);
     } else {
         throw ZfError("Cannot load cluster file. Please use .xyz or .xml_cl");

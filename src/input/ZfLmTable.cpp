@@ -1,6 +1,7 @@
 #include "input/ZfLmTable.h"
 
 #include <cstring>
+#include <utility>
 
 #include "xml/ZfBarnXml.h"
 #include "xml/ZfBinaryDataToText.h"
@@ -17,19 +18,21 @@ void ExchangeElement(ZfBarnXml& xml, std::complex<double>& element) {
 
 /// One "l" an order with one "m" an element; they are taken in order, and a missing one fails at its closing.
 void ExchangeText(ZfBarnXml& xml, ZfLmComplexTable& table) {
+    std::vector<std::complex<double>> elements;  // grows with the text, whatever size it announces
     for (std::int32_t l = 0; l < table.L; ++l) {
         xml.OpenRack("l");
         for (std::int32_t m = -l; m <= l; ++m) {
             xml.OpenRack("m");
-            ExchangeElement(xml, table.At(l, m));
+            ExchangeElement(xml, elements.emplace_back(std::as_const(table).At(l, m)));
             xml.CloseRack("m");
         }
         xml.CloseRack("l");
     }
+    table.block.swap(elements);
 }
 
 std::size_t Bytes(const ZfLmComplexTable& table) {
-    return table.block.size() * sizeof(std::complex<double>);
+    return table.Count() * sizeof(std::complex<double>);
 }
 
 bool ReadBinary(const std::string& text, ZfLmComplexTable& table) {
@@ -39,6 +42,7 @@ bool ReadBinary(const std::string& text, ZfLmComplexTable& table) {
         table.Zero();
         return false;
     }
+    table.Fill();
     if (!bytes.empty()) std::memcpy(static_cast<void*>(table.block.data()), bytes.data(), bytes.size());
     return true;
 }
@@ -50,6 +54,7 @@ void Write(ZfBarnXml& xml, ZfLmComplexTable& table, const std::string& format) {
         xml.CloseRack("Value");
     } else if (format == "b") {
         std::string text;
+        table.Fill();
         ZfBinaryDataToText().Encode(table.block.data(), static_cast<std::int64_t>(Bytes(table)), text, true,
                                     false);
         xml.RawValue("base64", text, "");
@@ -87,8 +92,7 @@ bool ExchangeCoefficients(ZfBarnXml& xml, const std::string& tag, ZfLmComplexTab
     if (xml.IsWriting()) {
         Write(xml, table, format);
     } else {
-        table.SetSize(size);
-        table.Zero();
+        table.SetZero(size);
         if (!Read(xml, table)) return false;
     }
     xml.CloseRack(tag);

@@ -17,6 +17,8 @@ class ZfBarnXml;
 /// A square table over (l, m): l from 0 to L - 1, m from -l to l, in the order (0,0) (1,-1) (1,0) (1,1)
 /// (2,-2) ..., so the place of an element does not depend on L. New elements are zero.
 ///
+/// A table that SetZero has made holds no block until an element is written: a size alone takes no memory.
+///
 /// A table with `transferable` set is a temporary whose block the one who assigns from it takes over; the
 /// flag itself does not travel.
 template <class Element>
@@ -46,12 +48,25 @@ public:
 
     /// Contents stay when the size does. Throws ZfError for a negative size or one that no memory can hold.
     void SetSize(std::int32_t size) {
-        if (size < 0) throw ZfError("Error");
         if (size == L) return;
+        SetZero(size);
+        Fill();
+    }
+
+    /// As SetSize, but all elements are zero, and no memory is taken.
+    void SetZero(std::int32_t size) {
+        if (size < 0) throw ZfError("Error");
         if (size > kLargestSize) throw ZfError("Cannot allocate memory");
-        block.assign(static_cast<std::size_t>(size) * static_cast<std::size_t>(size), Element{});
+        std::vector<Element>().swap(block);
         L = size;
     }
+
+    /// Gives a table without a block one of zeros.
+    void Fill() {
+        if (block.empty()) block.resize(Count());
+    }
+
+    std::size_t Count() const { return static_cast<std::size_t>(L) * static_cast<std::size_t>(L); }
 
     void Zero() { block.assign(block.size(), Element{}); }
 
@@ -62,9 +77,14 @@ public:
         return (l + 1) * l + m;
     }
 
-    Element& At(std::int32_t l, std::int32_t m) { return block[static_cast<std::size_t>(lmIndex(l, m))]; }
+    Element& At(std::int32_t l, std::int32_t m) {
+        const auto index = static_cast<std::size_t>(lmIndex(l, m));
+        Fill();
+        return block[index];
+    }
     const Element& At(std::int32_t l, std::int32_t m) const {
-        return block[static_cast<std::size_t>(lmIndex(l, m))];
+        const auto index = static_cast<std::size_t>(lmIndex(l, m));
+        return block.empty() ? kZero : block[index];
     }
 
     mutable std::vector<Element> block;
@@ -72,6 +92,8 @@ public:
     mutable std::int32_t L = 0;  ///< the "Size_l" of files
 
 private:
+    inline static const Element kZero{};
+
     /// Far beyond any wave (l size is about k times the radius of an atom); a larger size comes from a bad
     /// file.
     static constexpr std::int32_t kLargestSize = 4096;

@@ -1,7 +1,5 @@
 #include "run/SummedImages.h"
 
-#include <QString>
-
 #include "foundation/ReplacedFile.h"
 #include "foundation/ZfError.h"
 #include "image/PlaneImage.h"
@@ -10,7 +8,7 @@
 namespace {
 
 void Load(ZfDocData& document, const std::string& path) {
-    ZfQBarnFile file(QString::fromStdString(path), "r");
+    ZfQBarnFile file(path, "r");
     if (!document.SaveLoad(file)) throw ZfError(path + " is no image file");
 }
 

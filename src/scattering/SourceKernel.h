@@ -13,7 +13,7 @@
 /// count.
 constexpr std::size_t kKernelPadding = 32;
 
-/// Arguments up to which the vector sine and cosine are exact to rounding.
+/// Arguments up to which the vector sine and cosine keep their errors: VectorMath-inl.h.
 constexpr double kLargestKernelPhase = 39000.0;
 
 /// Directions from the origin, as unit vectors.

@@ -17,8 +17,9 @@ namespace hn = hwy::HWY_NAMESPACE;
 using Tag = hn::CappedTag<double, 8>;
 using V = hn::Vec<Tag>;
 
-/// Sine and cosine at once, to rounding for |x| up to kLargestKernelPhase. The argument is reduced to a
-/// quarter turn with pi/2 in two parts (W. J. Cody, W. Waite, Software Manual for the Elementary Functions,
+/// Sine and cosine at once, for |x| up to kLargestKernelPhase. With fused multiply-adds the error is 1.3e-16;
+/// without, the argument loses another 1.1e-16 of itself. The argument is reduced to a quarter turn with pi/2
+/// in two parts (W. J. Cody, W. Waite, Software Manual for the Elementary Functions,
 /// Prentice-Hall 1980); the polynomials are the Taylor series, to the order that double precision needs on
 /// (-pi/4, pi/4).
 HWY_INLINE void SinCos(Tag d, V x, V& sine, V& cosine) {

@@ -28,6 +28,7 @@ enum class Kind { Outgoing, Incoming };
 std::complex<double> SumOf(const ZfLmComplexTable& c, const ZfLmComplexTable& y,
                            const ZfSphericalBessel& bessel, Kind kind) {
     std::complex<double> sum = 0.0;
+    if (c.block.empty()) return sum;
     std::size_t i = 0;
     for (std::int32_t l = 0; l < c.L; ++l) {
         const std::complex<double> h(bessel.J(l), kind == Kind::Outgoing ? bessel.Y(l) : -bessel.Y(l));

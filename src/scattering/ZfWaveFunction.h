@@ -18,7 +18,7 @@ public:
     virtual double WaveNumber() const = 0;     ///< 1/m
     virtual double KineticEnergy() const = 0;  ///< eV
 
-    /// The wave at many points of one radius; `re` and `im` are padded as the kernels need it. Called from
+    /// The wave at many points of one radius; `re` and `im` are padded by kKernelPadding. Called from
     /// several threads at once.
     virtual void Sample(const KernelDirections& directions, double radius, double* re, double* im) const = 0;
 };

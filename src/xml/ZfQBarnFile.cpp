@@ -4,9 +4,10 @@
 #include <QTextStream>
 #include <utility>
 
+#include "foundation/FileBytes.h"
 #include "foundation/ZfError.h"
 
-ZfQBarnFile::ZfQBarnFile(QString path, const QString& mode) : ZfQBarnXml(mode), path_(std::move(path)) {
+ZfQBarnFile::ZfQBarnFile(std::string path, const QString& mode) : ZfQBarnXml(mode), path_(std::move(path)) {
     if (IsWriting()) return;
     statusText = "Loading....";
     status = kLoading;
@@ -26,8 +27,8 @@ ZfQBarnFile::~ZfQBarnFile() {
 }
 
 std::string ZfQBarnFile::ReadText() {
-    QFile file(path_);
-    if (!file.open(QIODevice::ReadOnly)) throw ZfError("Cannot open:" + path_.toStdString());
+    QFile file;
+    if (!OpenFile(file, path_, QIODevice::ReadOnly)) throw ZfError("Cannot open:" + path_);
     QTextStream stream(&file);
     stream.setCodec("UTF-8");
     std::string text;
@@ -38,12 +39,11 @@ std::string ZfQBarnFile::ReadText() {
 
 void ZfQBarnFile::Save() {
     written_ = true;
-    QFile file(path_);
-    if (!file.open(QIODevice::WriteOnly)) throw ZfError("FILE CANNOT WRITE:" + path_.toStdString());
+    QFile file;
+    if (!OpenFile(file, path_, QIODevice::WriteOnly)) throw ZfError("FILE CANNOT WRITE:" + path_);
     QTextStream stream(&file);
     stream.setCodec("UTF-8");
     stream << QString::fromStdString(Document());
     stream.flush();
-    if (stream.status() != QTextStream::Ok || !file.flush())
-        throw ZfError("FILE CANNOT WRITE:" + path_.toStdString());
+    if (stream.status() != QTextStream::Ok || !file.flush()) throw ZfError("FILE CANNOT WRITE:" + path_);
 }

@@ -14,7 +14,7 @@ public:
 /// Mode "w" touches no file until it is saved.
 class ZfQBarnFile final : public ZfQBarnXml {
 public:
-    ZfQBarnFile(QString path, const QString& mode);
+    ZfQBarnFile(std::string path, const QString& mode);
     ZfQBarnFile(const ZfQBarnFile&) = delete;
     ZfQBarnFile& operator=(const ZfQBarnFile&) = delete;
     /// Saves unless that was done; a failure is not reported.
@@ -26,6 +26,6 @@ public:
 private:
     std::string ReadText();
 
-    QString path_;
+    std::string path_;
     bool written_ = false;
 };

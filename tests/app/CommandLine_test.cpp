@@ -87,6 +87,15 @@ TEST_F(CommandLine, EmptiesItsOutputsBeforeItCalculates) {
     ExpectRun("-C c.xyz -W no/w.xml_sf", "Error: File Cannot Write no/w.xml_sf\n", 255);
 }
 
+TEST_F(CommandLine, TakesNamesByTheirBytesAndNeedsNoStandardStreams) {
+    Run(kScatter + "-I i.xml_img -R 90");
+    std::filesystem::copy(folder.Path("c.xyz"), folder.Path("c\xFF.xyz"));  // no UTF-8, as the names below
+    const std::string scatter = "-C 'c\xFF.xyz' -F e.xml_emt -P p.xml_ph -W 'w\xFF.xml_sf' ";
+    EXPECT_EQ(Run(scatter + "-I 'i\xC3.xml_img' -R 90 <&- >&-").status, 0);
+    EXPECT_EQ(folder.Read("w\xFF.xml_sf"), folder.Read("w.xml_sf"));
+    EXPECT_EQ(folder.Read("i\xC3.xml_img"), folder.Read("i.xml_img"));
+}
+
 TEST_F(CommandLine, FailsWithATextOrInSilence) {
     // Three atoms: the middle one has no radius, which is an out-of-range failure.
     folder.Write("c.xyz", "3\nrow\nCu 0 0 0\nCu 0 0 2.5\nCu 0 0 5\n");

@@ -47,9 +47,10 @@ TEST(ZfParser, FunctionObjectsDescribeThemselves) {
     ZfParser parser;
     EXPECT_EQ(parser.functions.size(), 23u);
     EXPECT_EQ(parser.functions.at("pow")->Usage(), "pow(x,y): return x^y");
-    for (const auto& [name, function] : parser.functions) {
-        EXPECT_TRUE(function->Usage().starts_with(name + "("));
-        EXPECT_EQ(ErrorText([&] { function->SetParameter(function->ParameterCount(), 1.0); }),
+    for (const auto& entry : parser.functions) {
+        ZfParserFuncBase& function = *entry.second;
+        EXPECT_TRUE(function.Usage().starts_with(entry.first + "("));
+        EXPECT_EQ(ErrorText([&] { function.SetParameter(function.ParameterCount(), 1.0); }),
                   "error: Parameter is too many.");
     }
 }

@@ -27,7 +27,7 @@ TEST(ZfADateTime, ReadsAndWritesText) {
         {"2024/13/1 0:0:0", "illigal month value"}, {"2024/1/1 24:0:0", "Illigal Hour"},
         {"2024/1/1 0:60:0", "Illigal min"},         {"2024/1/1 0:0:-1", "Illigal sec"},
         {"2024/123/1 0:0:0", "illigal String"},     {"2024-01-01", "illigal String"}};
-    for (const auto& [text, error] : cases) EXPECT_EQ(ErrorText([&] { Date(text); }), error) << text;
+    for (const auto& c : cases) EXPECT_EQ(ErrorText([&] { Date(c.first); }), c.second) << c.first;
 }
 
 TEST(ZfADateTime, CountsLikeTheGregorianCalendar) {

@@ -21,7 +21,7 @@ Floats Elements(const Block& block) {
 }
 
 void LoadFile(ZfDocData& data, const std::string& path) {
-    ZfQBarnFile file(QString::fromStdString(path), "r");
+    ZfQBarnFile file(path, "r");
     EXPECT_TRUE(data.SaveLoad(file)) << path;
 }
 
@@ -66,7 +66,7 @@ TEST(ImageFile, ReadsBackTheSameFloats) {
     ZfDocData::SetInfoValue(saved.infoValue, "a<b & \"c\"", -0.125);
     const TempFolder folder;
     {
-        ZfQBarnFile file(QString::fromStdString(folder.Path("a.xml_img")), "w");
+        ZfQBarnFile file(folder.Path("a.xml_img"), "w");
         saved.SaveLoad(file);
     }
     ZfDocData loaded;

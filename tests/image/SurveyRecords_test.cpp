@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "ErrorText.h"
 #include "XmlText.h"
 #include "image/ZfCRMsg.h"
@@ -25,6 +27,23 @@ TEST(ZfCRMsg, TellsCommandsFromReplies) {
     EXPECT_EQ(reply.GetDetail(), "at /limit/");
     for (const char* text : {"", "a", "a/b", "a/b/c/d"})
         EXPECT_EQ(Message(text).kind, ZfCRMsg::kUnknown) << text;
+}
+
+TEST(ZfCRMsg, FindsTheNumberInItsValue) {
+    const std::tuple<const char*, bool, double, const char*> cases[] = {
+        {"put/Stage/12.5mm", true, 12.5, "mm"},
+        {"put/Source/E=700eV", true, 700.0, "eV"},
+        {"put/Source/Ek=1486.6eV", true, 1486.6, "eV"},
+        {"put/Stage/x=-1.5e1 m", true, -15.0, " m"},
+        {"put/Stage/home", false, 0.0, ""},
+        {"put/Stage/a+", true, 0.0, "a+"}};
+    for (const auto& [text, found, truth, behind] : cases) {
+        double number = -1.0;
+        std::string unit = "before";
+        EXPECT_EQ(Message(text).GetNumericValue(number, unit), found) << text;
+        EXPECT_EQ(number, truth) << text;
+        EXPECT_EQ(unit, behind) << text;
+    }
 }
 
 TEST(ZfRegion, PolygonsComeBackFromTheirText) {

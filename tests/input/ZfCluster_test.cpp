@@ -113,8 +113,8 @@ TEST(ZfCluster, ValidationTellsTheStructure) {
          "Atomic distance should be larger thatn 0.5A 1.vs.2/CLUSER:1"},
         {AtomXml("c", 0, 0, 2.501) + AtomXml("b", 0, 0, 2) + AtomXml("a", 0, 0, 0), "no failure"},
         {" ", "Structure has no atoms/CLUSER:1"}};
-    for (const auto& [atoms, error] : cases) {
-        EXPECT_EQ(ErrorText([&] { Read(ClusterXml(good, atoms), true); }), error);
-        EXPECT_EQ(ErrorText([&] { Read(ClusterXml(good, atoms), false); }), "no failure");
+    for (const auto& c : cases) {
+        EXPECT_EQ(ErrorText([&] { Read(ClusterXml(good, c.first), true); }), c.second);
+        EXPECT_EQ(ErrorText([&] { Read(ClusterXml(good, c.first), false); }), "no failure");
     }
 }

@@ -66,8 +66,18 @@ TEST(ZfEmittedWave, DamagedCoefficients) {
         {two + Tag("Value", l0), "Invalid Tag Name:Value <> m"},
         {"<Size_l>-1</Size_l>", "Error"},
         {"<Size_l>65536</Size_l>", "Cannot allocate memory"}};
-    for (const auto& [content, error] : cases)
-        EXPECT_EQ(ErrorText([&] { Read(Tag("i", Tag("coeff", content))); }), error) << content;
+    for (const auto& c : cases)
+        EXPECT_EQ(ErrorText([&] { Read(Tag("i", Tag("coeff", c.first))); }), c.second) << c.first;
+}
+
+TEST(ZfEmittedWave, ASizeWithoutCoefficientsTakesNoMemory) {
+    const ZfEmittedWave wave = Read(Tag("i", Tag("coeff", "<Size_l>4096</Size_l>")))[0];
+    EXPECT_EQ(wave.coeff.L, 4096);
+    EXPECT_EQ(wave.coeff.block.capacity(), 0U);
+    EXPECT_EQ(wave.coeff.At(4095, -4095), 0.0);
+    const ZfEmittedWave small = Read(Tag("i", Tag("coeff", "<Size_l>2</Size_l>")))[0];
+    EXPECT_EQ(Coefficients(small.coeff, "b"), Coefficients(ZfLmComplexTable(2), "b"));
+    EXPECT_EQ(Coefficients(small.coeff, "t"), Coefficients(ZfLmComplexTable(2), "t"));
 }
 
 TEST(ZfLmTable, IndexAndHandOver) {

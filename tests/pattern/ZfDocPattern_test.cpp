@@ -142,17 +142,53 @@ TEST(ZfDocPattern, OrientationTurnsThePattern) {
     ExpectSame(Turned({0, 180, 0}), aboutY);
 }
 
+// Waves of one structure share the far field of its atoms; another structure, a record left out and more
+// waves than fit side by side break the row.
+TEST(ZfDocPattern, WavesOfAStructureAddUpAsEachAlone) {
+    ZfScatteringData all = SomeWaves();
+    const ZfScatteringRecord first = all.ListScatteringData[0];
+    for (int r = 1; r < 12; ++r) {
+        ZfScatteringRecord& record = all.ListScatteringData.emplace_back(first);
+        for (ZfFreeElectron& source : record.ListScatterer.electrons)
+            for (std::complex<double>& a : source.A.block) a *= std::polar(1.0 + 0.1 * r, 0.3 * r);
+        if (r == 10) record.ListScatterer.electrons[2].position.VectorAt(1) = -3.1e-10;
+        if (r == 11) record.ListScatterer.electrons[2].Uiso = 1e-23;
+    }
+    constexpr std::uint32_t kWithoutTheSecond = 0xFFDU;
+    const auto planeOf = [&](std::size_t first, std::size_t end, std::uint32_t active) {
+        return PlanesWith([&](ZfDocPattern& pattern, ZfScatteringData& data) {
+            const auto begin = all.ListScatteringData.begin();
+            data.ListScatteringData.assign(begin + static_cast<std::ptrdiff_t>(first),
+                                           begin + static_cast<std::ptrdiff_t>(end));
+            pattern.ActivateAll(end - first);
+            pattern.activeRecords = {active};
+        })[3];
+    };
+    Plane sum(36 * 19, 0.0);
+    for (std::size_t r = 0; r < 12; ++r) {
+        if (r == 1) continue;
+        const Plane one = planeOf(r, r + 1, 1U);
+        for (std::size_t i = 0; i < sum.size(); ++i) sum[i] += one[i];
+    }
+    EXPECT_EQ(planeOf(0, 12, kWithoutTheSecond), sum);
+}
+
 TEST(ZfDocPattern, IsZeroOffTheMapAndTheSameForAnyNumberOfThreads) {
     const int before = omp_get_max_threads();
     std::vector<Plane> planes;
     for (const int threads : {1, 2, 3}) {
         omp_set_num_threads(threads);
-        planes.push_back(PlanesWith<ZfDocPattern_AzimuthalEquidistant>([](auto&, auto&) {})[0]);
+        planes.push_back(PlanesWith<ZfDocPattern_AzimuthalEquidistant>([](auto& pattern, auto& data) {
+            // Many enough for threads to be started.
+            dynamic_cast<ZfDocPattern_AzimuthalEquidistant&>(pattern).resolution = 0.5;
+            auto& sources = data.ListScatteringData[0].ListScatterer.electrons;
+            for (int i = 0; i < 100; ++i) sources.push_back(FullSource(2, 3e-10, 1e-11 * i, -2e-10));
+        })[0]);
     }
     omp_set_num_threads(before);
     EXPECT_EQ(planes[1], planes[0]);
     EXPECT_EQ(planes[2], planes[0]);
-    for (int i = 0; i < 19 * 19; ++i)
-        EXPECT_EQ(planes[0].at(static_cast<std::size_t>(i)) != 0.0,
-                  std::hypot(i % 19 - 9, i / 19 - 9) <= 9.0);
+    for (int i = 0; i < 361 * 361; ++i)
+        ASSERT_EQ(planes[0].at(static_cast<std::size_t>(i)) != 0.0,
+                  std::hypot(i % 361 - 180, i / 361 - 180) <= 180.0);
 }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QString>
 #include <cmath>
 #include <string>
 #include <vector>
@@ -48,7 +47,7 @@ inline std::string WriteImageFile(const std::string& path, const SphereImage& im
     if (!mapName.empty()) ZfDocData::SetInfoString(document.infoString, "__SphereProjection.Name", mapName);
     if (!title.empty()) ZfDocData::SetInfoString(document.infoString, "Title", title);
     document.OnlyImage() = StoredPixels(image);
-    ZfQBarnFile file(QString::fromStdString(path), "w");
+    ZfQBarnFile file(path, "w");
     document.SaveLoad(file);
     file.Save();
     return path;

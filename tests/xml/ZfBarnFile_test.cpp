@@ -8,10 +8,6 @@
 
 namespace {
 
-QString Q(const std::string& path) {
-    return QString::fromStdString(path);
-}
-
 const char* const kText = "<root><a>&lt;\xC3\xA9</a>\n</root>\n";
 
 /// Writes kText but for the end of the root.
@@ -40,7 +36,7 @@ TEST(ZfBarnFile, QtFileWritesOnceAtSaveOrInTheDestructor) {
     const TempFolder folder;
     const std::string path = folder.Write("f.xml", "old");
     for (const bool save : {true, false}) {
-        ZfQBarnFile file(Q(path), "w");
+        ZfQBarnFile file(path, "w");
         WriteHalf(file);
         EXPECT_EQ(folder.Read("f.xml"), "old");
         if (!save) continue;
@@ -59,7 +55,7 @@ TEST(ZfBarnFile, ReadingKeepsLineEndsOnlyOnTheStdioRoute) {
     EXPECT_TRUE(file.Text("a", value, ""));
     EXPECT_EQ(value, "x\ny \xC3\xA9");
     EXPECT_FALSE(file.OpenRack("c"));  // behind a zero byte nothing is read
-    EXPECT_TRUE(ZfQBarnFile(Q(path), "r").Text("a", value, ""));
+    EXPECT_TRUE(ZfQBarnFile(path, "r").Text("a", value, ""));
     EXPECT_EQ(value, "xy \xC3\xA9");
 }
 
@@ -68,7 +64,7 @@ TEST(ZfBarnFile, FailuresNameTheFile) {
     const std::string path = folder.Path("no/such");
     EXPECT_EQ(ErrorText([&] { ZfBarnFile(path, "r"); }), path + ": Cannot File Open");
     EXPECT_EQ(ErrorText([&] { ZfBarnFile(path, "w"); }), "Cannot File Open " + path);
-    EXPECT_EQ(ErrorText([&] { ZfQBarnFile(Q(path), "r"); }), "Cannot open:" + path);
-    EXPECT_EQ(ErrorText([&] { ZfQBarnFile(Q(path), "w").Save(); }), "FILE CANNOT WRITE:" + path);
+    EXPECT_EQ(ErrorText([&] { ZfQBarnFile(path, "r"); }), "Cannot open:" + path);
+    EXPECT_EQ(ErrorText([&] { ZfQBarnFile(path, "w").Save(); }), "FILE CANNOT WRITE:" + path);
     EXPECT_EQ(ErrorText([&] { ZfBarnFile(folder.Write("cut", "<a"), "r"); }), "Illigal Tag Structure");
 }

@@ -52,8 +52,8 @@ TEST(ZfBinaryDataToText, BadTexts) {
                                                          {"ffffffffAAAA", "Size Error"},
                                                          {"", "Size Error"},
                                                          {"0000", "Size Error"}};
-    for (const auto& [text, error] : cases)
-        EXPECT_EQ(ErrorText([&] { Decoded(text, true, false); }), error) << text;
+    for (const auto& c : cases)
+        EXPECT_EQ(ErrorText([&] { Decoded(c.first, true, false); }), c.second) << c.first;
     EXPECT_EQ(ErrorText([] { Decoded("QQ=", true, true); }), "Illigal Data");
     EXPECT_EQ(Decoded("", true, true), "");
     EXPECT_EQ(Decoded("00000003\xff*!~", true, false), std::string(3, '\0'));

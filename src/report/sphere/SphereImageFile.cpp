@@ -1,6 +1,5 @@
 #include <fmt/format.h>
 
-#include <QString>
 #include <filesystem>
 #include <utility>
 
@@ -47,7 +46,7 @@ void Read(ZfDocData& document, const std::string& path) {
     RequireFile(path);
     if (!fs::is_regular_file(path)) throw ZfError("it is not a plain file");
     if (document.CheckType(path) < 0) throw ZfError("it is no image file (.xml_img)");
-    ZfQBarnFile file(QString::fromStdString(path), "r");
+    ZfQBarnFile file(path, "r");
     if (!document.SaveLoad(file)) throw ZfError("its version cannot be read");
     if (document.imageSet.empty()) throw ZfError("it holds no image");
 }
