@@ -18,6 +18,9 @@ constexpr double kLargestKR = 1e4;
 /// Part of a source's wave that may be cut off.
 constexpr double kOrderTolerance = 1e-16;
 
+/// The same once the wave is there, of the root mean square on the sphere.
+constexpr double kCutOff = 2e-15;
+
 /// Orders tried first; a source that needs more has them computed then.
 constexpr std::int32_t kUsualOrder = 128;
 
@@ -62,6 +65,28 @@ std::int32_t FirstBelow(const OrderBound& bound, double limit, std::int32_t firs
         (bound(middle) <= limit ? below : above) = middle;
     }
     return below;
+}
+
+/// The order up to which waves count on a sphere: what lies beyond is below kCutOff of the root mean square
+/// there, for every one of them. Exact, for turning back leaves the power of an order as it is.
+std::int32_t NeededOrder(const std::vector<PackedComplex>& power, const std::vector<double>& bessel,
+                         std::int32_t order) {
+    std::array<double, kTranslationPack> rest{};
+    const auto onSphere = [&](std::int32_t L, std::size_t lane) {
+        const auto i = static_cast<std::size_t>(L);
+        return power[i].re[lane] * bessel[i] * bessel[i];
+    };
+    for (std::int32_t L = 0; L < order; ++L)
+        for (std::size_t lane = 0; lane < kTranslationPack; ++lane) rest[lane] += onSphere(L, lane);
+    for (double& limit : rest) limit *= kCutOff * kCutOff;
+    std::array<double, kTranslationPack> sum{};
+    for (std::int32_t L = order; L > 0; --L) {
+        for (std::size_t lane = 0; lane < kTranslationPack; ++lane) {
+            sum[lane] += onSphere(L - 1, lane);
+            if (sum[lane] > rest[lane]) return L;
+        }
+    }
+    return 1;
 }
 
 }  // namespace
@@ -156,10 +181,7 @@ void ExpansionPack::Add(const Row& row, ExpansionScratch& scratch) {
             taken[lane] = false;
             tooNear(lane);
         }
-        for (std::size_t g = 0; g < orders.size(); ++g) {
-            orders_[g] = std::max(orders_[g], orders[g]);
-            order = std::max(order, orders[g]);
-        }
+        for (const std::int32_t needed : orders) order = std::max(order, needed);
     }
     if (order == 0) return;
 
@@ -171,9 +193,16 @@ void ExpansionPack::Add(const Row& row, ExpansionScratch& scratch) {
         const ZfLmComplexTable& table = row[lane].source->A;
         for (std::size_t i = 0; i < table.block.size(); ++i) scratch.sources[i].Set(lane, table.block[i]);
     }
-    const auto size = static_cast<std::size_t>(order) * static_cast<std::size_t>(order);
+    MoveWaves(scratch.sources, lSize, scratch.geometry, order, scratch.translation);
+    std::int32_t kept = 1;
+    for (std::size_t g = 0; g < orders_.size(); ++g) {
+        const std::int32_t needed = NeededOrder(scratch.translation.power, tables_->Bessel()[g], order);
+        orders_[g] = std::max(orders_[g], needed);
+        kept = std::max(kept, needed);
+    }
+    const auto size = static_cast<std::size_t>(kept) * static_cast<std::size_t>(kept);
     if (waves_.size() < size) waves_.resize(size);
-    AddTranslated(scratch.sources, lSize, scratch.geometry, order, waves_, scratch.translation);
+    AddMoved(kept, waves_, scratch.translation);
 }
 
 /// Adds the integrals of the sampled sources of a target, level by level.

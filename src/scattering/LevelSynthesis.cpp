@@ -118,6 +118,28 @@ HWY_INLINE void SumRows(const Part& part, const PackedComplex* HWY_RESTRICT valu
     for (std::size_t c = 0; c < kCount; ++c) part.Store(MulAdd(sum[c], sign, part.Load(*out[c])), *out[c]);
 }
 
+/// The orders of `slots` folded onto m, in the rows of a sum, into the scratch; returns how many rows.
+std::size_t FoldRows(const Part& part, std::int32_t m, std::int32_t odd, const std::vector<OrderSlot>& slots,
+                     const FoldedSum& sum, std::size_t rows, LevelScratch& scratch) {
+    std::vector<const PackedComplex*>& plus = scratch.plus;
+    std::vector<const PackedComplex*>& minus = scratch.minus;
+    plus.clear();
+    minus.clear();
+    for (const OrderSlot& slot : slots) {
+        const std::int32_t distance = slot.M - m;
+        if (distance % sum.period != 0) continue;
+        (sum.alternating && distance / sum.period % 2 != 0 ? minus : plus).push_back(slot.rows[odd]);
+    }
+    std::size_t count = 0;
+    for (std::size_t row = sum.firstRow; row < rows; row += sum.rowStep) {
+        VC folded = part.Zero();
+        for (const PackedComplex* const f : plus) folded = Add(folded, part.Load(f[row]));
+        for (const PackedComplex* const f : minus) folded = Sub(folded, part.Load(f[row]));
+        part.Store(folded, scratch.values[count++]);
+    }
+    return count;
+}
+
 /// Folds the orders of `slots` onto m and projects on the degrees of the group.
 void ProjectOrder(const Part& part, const GroupSynthesis& g, std::int32_t m,
                   const std::vector<OrderSlot>& slots, const FoldedSum& sum, std::size_t rows,
@@ -129,18 +151,7 @@ void ProjectOrder(const Part& part, const GroupSynthesis& g, std::int32_t m,
         std::int32_t l = std::max(size, g.firstL);
         if ((l + size) % 2 != odd) ++l;
         if (l >= g.endL) continue;
-        std::size_t count = 0;
-        for (std::size_t row = sum.firstRow; row < rows; row += sum.rowStep) {
-            VC folded = part.Zero();
-            for (const OrderSlot& slot : slots) {
-                const std::int32_t distance = slot.M - m;
-                if (distance % sum.period != 0) continue;
-                const VC value = part.Load(slot.rows[odd][row]);
-                folded = sum.alternating && distance / sum.period % 2 != 0 ? Sub(folded, value)
-                                                                           : Add(folded, value);
-            }
-            part.Store(folded, values[count++]);
-        }
+        const std::size_t count = FoldRows(part, m, odd, slots, sum, rows, g.scratch);
         while (l < g.endL) {
             const double* weights[kDegreesAtOnce];
             PackedComplex* out[kDegreesAtOnce];
@@ -167,19 +178,15 @@ void ProjectOrder(const Part& part, const GroupSynthesis& g, std::int32_t m,
     }
 }
 
-/// Adds the orders of a class, folded with its period, to the rows of the coarse lattice.
+/// Folds the orders of a class with its period, in the rows of the coarse lattice.
 void FoldToCoarse(const Part& part, const GroupSynthesis& g, std::int32_t residue,
                   const std::vector<OrderSlot>& slots) {
-    for (std::size_t odd = 0; odd < 2; ++odd) {
+    const FoldedSum all = {nullptr, kClassPeriod, false, 1, 2};
+    for (std::int32_t odd = 0; odd < 2; ++odd) {
+        const std::size_t count = FoldRows(part, residue, odd, slots, all, g.rows, g.scratch);
         PackedComplex* const out =
-            g.scratch.coarse.data() + (static_cast<std::size_t>(residue) * 2 + odd) * kCoarseRows;
-        for (std::size_t row = 0; row < kCoarseRows; ++row) {
-            VC folded = part.Zero();
-            for (const OrderSlot& slot : slots)
-                if ((slot.M - residue) % kClassPeriod == 0)
-                    folded = Add(folded, part.Load(slot.rows[odd][2 * row + 1]));
-            part.Store(folded, out[row]);
-        }
+            g.scratch.coarse.data() + static_cast<std::size_t>(residue * 2 + odd) * kCoarseRows;
+        for (std::size_t row = 0; row < count; ++row) part.Store(part.Load(g.scratch.values[row]), out[row]);
     }
 }
 

@@ -30,11 +30,13 @@ struct OrderSlot {
 };
 
 struct LevelScratch {
-    PackedTable column;            ///< c j_L of M and -M, by L
-    PackedTable samples;           ///< F of the orders of a class, by order, parity and row
-    PackedTable coarse;            ///< F folded with the class period, by residue, parity and row
-    PackedTable values;            ///< one sum's folded F, by row
-    std::vector<OrderSlot> slots;  ///< what stands in `samples` or `coarse`
+    PackedTable column;                      ///< c j_L of M and -M, by L
+    PackedTable samples;                     ///< F of the orders of a class, by order, parity and row
+    PackedTable coarse;                      ///< F folded with the class period, by residue, parity and row
+    PackedTable values;                      ///< one sum's folded F, by row
+    std::vector<OrderSlot> slots;            ///< what stands in `samples` or `coarse`
+    std::vector<const PackedComplex*> plus;  ///< the rows of the orders that fold onto one m with this sign
+    std::vector<const PackedComplex*> minus;
 };
 }  // namespace zf
 

@@ -190,10 +190,17 @@ void MoveOrder(const Part& part, std::size_t m, std::size_t n, std::size_t order
         std::swap(columns[0], columns[kColumns]);
         std::swap(columns[1], columns[kColumns + 1]);
     }
+    // |y_m|^2 + |y_-m|^2 is half the squares of the sums; at m = 0 one sum is y_0 and the other zero.
+    const V half = hn::Set(part.d, m == 0 ? 1.0 : 0.5);
     for (std::size_t k = 0; k < count; ++k) {
         MirrorSums& out = w.moved[(m + k) * w.movedStride + m];
-        part.Store(part.Load(w.sums[k].plus), out.plus);
-        part.Store(part.Load(w.sums[k].minus), out.minus);
+        const VC plus = part.Load(w.sums[k].plus);
+        const VC minus = part.Load(w.sums[k].minus);
+        part.Store(plus, out.plus);
+        part.Store(minus, out.minus);
+        const V square = hn::Add(MulConj(plus, plus).re, MulConj(minus, minus).re);
+        double* const sum = w.power[m + k].re + part.first;
+        hn::Store(hn::MulAdd(square, half, m == 0 ? hn::Zero(part.d) : hn::Load(part.d, sum)), part.d, sum);
     }
 }
 
@@ -219,8 +226,8 @@ void TurnBack(const Part& part, std::size_t n, std::size_t order, PackedTable& t
     }
 }
 
-void Translate(const PackedTable& sources, std::size_t n, const TranslationGeometry& geometry,
-               std::size_t order, PackedTable& targets, TranslationScratch& w) {
+void Move(const PackedTable& sources, std::size_t n, const TranslationGeometry& geometry, std::size_t order,
+          TranslationScratch& w) {
     const Tag d;
     for (std::size_t first = 0; first < kTranslationPack; first += hn::Lanes(d)) {
         const Part part = {d, first};
@@ -228,13 +235,17 @@ void Translate(const PackedTable& sources, std::size_t n, const TranslationGeome
         TurnSources(part, sources, n, w);
         const VC inverse = part.Load(geometry.inverse);
         VC power = {hn::Set(d, 1.0), hn::Zero(d)};
-        const std::size_t orders = std::min(n, order);
-        for (std::size_t m = 0; m < orders; ++m) {
+        for (std::size_t m = 0; m < std::min(n, order); ++m) {
             MoveOrder(part, m, n, order, geometry.radial.data(), power, w);
             power = Mul(power, inverse);
         }
-        TurnBack(part, orders, order, targets, w);
     }
+}
+
+void TurnAllBack(std::size_t n, std::size_t order, PackedTable& targets, TranslationScratch& w) {
+    const Tag d;
+    for (std::size_t first = 0; first < kTranslationPack; first += hn::Lanes(d))
+        TurnBack({d, first}, n, order, targets, w);
 }
 
 /// Upward recurrence of the scaled h1_l.
@@ -262,7 +273,8 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 
 namespace zf {
-HWY_EXPORT(Translate);
+HWY_EXPORT(Move);
+HWY_EXPORT(TurnAllBack);
 HWY_EXPORT(Recur);
 }  // namespace zf
 
@@ -339,14 +351,14 @@ std::vector<std::complex<double>> ScaledBessel(std::complex<double> x, std::int3
     return j;
 }
 
-void AddTranslated(const PackedTable& sources, std::int32_t lSize, const TranslationGeometry& geometry,
-                   std::int32_t order, PackedTable& targets, TranslationScratch& scratch) {
+void MoveWaves(const PackedTable& sources, std::int32_t lSize, const TranslationGeometry& geometry,
+               std::int32_t order, TranslationScratch& scratch) {
     using namespace zf;
-    if (lSize <= 0 || order <= 0) return;
     const auto n = static_cast<std::size_t>(lSize);
     const auto K = static_cast<std::size_t>(order);
     const std::size_t degrees = std::max(n, K);
-    scratch.movedStride = std::min(n, K) | 1U;  // odd: its rows do not fall on the same lines of a cache
+    scratch.orders = std::min(n, K);
+    scratch.movedStride = scratch.orders | 1U;  // odd: its rows do not fall on the same lines of a cache
     scratch.columnSize = n + K + 1;
     const auto reserve = [](auto& list, std::size_t size) {
         if (list.size() < size) list.resize(size);
@@ -358,8 +370,21 @@ void AddTranslated(const PackedTable& sources, std::int32_t lSize, const Transla
     reserve(scratch.turned, n * n);
     reserve(scratch.moved, K * scratch.movedStride);
     reserve(scratch.sums, K);
+    reserve(scratch.power, K);
     reserve(scratch.columns, (zf::HWY_NAMESPACE::kColumns + 2) * scratch.columnSize);
-    HWY_DYNAMIC_DISPATCH(Translate)(sources, n, geometry, K, targets, scratch);
+    HWY_DYNAMIC_DISPATCH(Move)(sources, n, geometry, K, scratch);
+}
+
+void AddMoved(std::int32_t order, PackedTable& targets, TranslationScratch& scratch) {
+    using namespace zf;
+    HWY_DYNAMIC_DISPATCH(TurnAllBack)(scratch.orders, static_cast<std::size_t>(order), targets, scratch);
+}
+
+void AddTranslated(const PackedTable& sources, std::int32_t lSize, const TranslationGeometry& geometry,
+                   std::int32_t order, PackedTable& targets, TranslationScratch& scratch) {
+    if (lSize <= 0 || order <= 0) return;
+    MoveWaves(sources, lSize, geometry, order, scratch);
+    AddMoved(order, targets, scratch);
 }
 
 #endif  // HWY_ONCE

@@ -90,6 +90,9 @@ struct TranslationScratch {
     std::vector<MirrorSums> moved;       ///< by (L, m): the same around the targets
     std::vector<MirrorSums> sums;        ///< by L, of one m
     std::vector<PackedComplex> columns;  ///< S^m_Ll by L, of some l
+    std::vector<PackedComplex>
+        power;               ///< by L, in the real parts: sum over M of the squares around the targets
+    std::size_t orders = 0;  ///< m that the translation leaves
     std::size_t movedStride = 0;
     std::size_t columnSize = 0;
 };
@@ -99,6 +102,12 @@ struct TranslationScratch {
 /// functions.
 void AddTranslated(const PackedTable& sources, std::int32_t lSize, const TranslationGeometry& geometry,
                    std::int32_t order, PackedTable& targets, TranslationScratch& scratch);
+
+/// The same in two steps, between which `scratch.power` tells how much each order L < order holds: the last
+/// step, which costs most, may then take fewer orders.
+void MoveWaves(const PackedTable& sources, std::int32_t lSize, const TranslationGeometry& geometry,
+               std::int32_t order, TranslationScratch& scratch);
+void AddMoved(std::int32_t order, PackedTable& targets, TranslationScratch& scratch);
 
 /// j_l(x) scale^l for l = 0 .. count - 1.
 std::vector<std::complex<double>> ScaledBessel(std::complex<double> x, std::int32_t count, double scale);
