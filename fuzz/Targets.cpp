@@ -208,7 +208,7 @@ void ReadImage(std::string_view input) {
     ReadBothWays("pattern.xml_img", input, [](const std::string& path) {
         ZfDocData image;
         image.CheckType(path);
-        ZfQBarnFile xml(QString::fromStdString(path), "r");
+        ZfQBarnFile xml(path, "r");
         image.SaveLoad(xml);
     });
 }

@@ -155,12 +155,12 @@ TEST(ZfDocPattern, WavesOfAStructureAddUpAsEachAlone) {
         if (r == 11) record.ListScatterer.electrons[2].Uiso = 1e-23;
     }
     constexpr std::uint32_t kWithoutTheSecond = 0xFFDU;
-    const auto planeOf = [&](std::size_t first, std::size_t end, std::uint32_t active) {
+    const auto planeOf = [&](std::size_t firstWave, std::size_t end, std::uint32_t active) {
         return PlanesWith([&](ZfDocPattern& pattern, ZfScatteringData& data) {
             const auto begin = all.ListScatteringData.begin();
-            data.ListScatteringData.assign(begin + static_cast<std::ptrdiff_t>(first),
+            data.ListScatteringData.assign(begin + static_cast<std::ptrdiff_t>(firstWave),
                                            begin + static_cast<std::ptrdiff_t>(end));
-            pattern.ActivateAll(end - first);
+            pattern.ActivateAll(end - firstWave);
             pattern.activeRecords = {active};
         })[3];
     };
