@@ -17,9 +17,8 @@ std::int32_t ScatteringMethod(std::string_view name) {
     throw ZfError("Multiple scattering calculation method is not correct.");
 }
 
-std::int32_t MappingMethod(std::string_view name) {
-    if (name == "AE") return 0;
-    if (name == "EC") return 1;
+SphereMap MappingMethod(std::string_view name) {
+    if (const auto map = ValueOfWord<SphereMap>(name)) return *map;
     throw ZfError("Mapping method is not correct.");
 }
 

@@ -1,27 +1,18 @@
 #include "app/Stages.h"
 #include "app/ZfCalcDocument.h"
 #include "foundation/Console.h"
-#include "foundation/ZfError.h"
 #include "image/PlaneImage.h"
 #include "image/ZfDocData.h"
 
 namespace {
 
-struct Projection {
-    ZfDocPattern& pattern;
-    const char* name;
-};
-
-Projection Select(ZfCalcDocument& document, std::int32_t mappingCode, double resolution) {
-    if (mappingCode == 0) {
-        document.patternAzimuthal.resolution = resolution;
-        return {document.patternAzimuthal, "AzimuthalEquidistant"};
-    }
-    if (mappingCode == 1) {
+ZfDocPattern& PatternOf(ZfCalcDocument& document, SphereMap map, double resolution) {
+    if (map == SphereMap::kEquidistantCylindrical) {
         document.patternCylindrical.resolution = resolution;
-        return {document.patternCylindrical, "EquidistantCylindrical"};
+        return document.patternCylindrical;
     }
-    throw ZfError("Undefined mapping method");
+    document.patternAzimuthal.resolution = resolution;
+    return document.patternAzimuthal;
 }
 
 }  // namespace
@@ -29,7 +20,8 @@ Projection Select(ZfCalcDocument& document, std::int32_t mappingCode, double res
 void ZfRunPattern(const ZfPatternRequest& request) {
     ZfCalcDocument& document = ZfCalcDocument::Instance();
     ZfScatteringData& data = *document.scatteringData;
-    const auto [pattern, name] = Select(document, request.mappingCode, request.angularResolution);
+    const std::string name = ProjectionOf(request.map).Name();
+    ZfDocPattern& pattern = PatternOf(document, request.map, request.angularResolution);
     ConsolePrint("Scattering data =%zu\n", data.ListScatteringData.size());
     pattern.ActivateAll(data.ListScatteringData.size());
     pattern.clusterLimit = request.clusterLimit;

@@ -1,8 +1,7 @@
 #pragma once
 
 // Mathematical and physical constants. The physical ones come from several adjustments of CODATA. Those of
-// 1986 and 1998 are not to be updated: stored waves and phase shifts belong to the wave numbers that they
-// give.
+// 1986 and 1998 are not to be updated: every wave number, and with it every result, hangs on them.
 
 constexpr double kPi = 3.141592653589793;
 constexpr double kTwoPi = 6.283185307179586;

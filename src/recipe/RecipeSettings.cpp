@@ -60,7 +60,7 @@ ZfScatteringMethod ReadMethod(RecipeTable section) {
 
 ImageRequest ReadImageSection(RecipeTable section) {
     ImageRequest request;
-    request.isCylindrical = section.Word("map", {"AE", "EC"}) == "EC";
+    request.map = ValueOfWord<SphereMap>(section.Word("map", WordsOf<SphereMap>())).value_or(request.map);
     request.resolution = section.Number("resolution", RecipeUnit::kDegree, 1.0);
     if (!(request.resolution >= 0.05 && request.resolution <= 10.0))
         section.Fail("resolution", "has to lie between 0.05 and 10 degrees");

@@ -101,15 +101,7 @@ void CalculateScattering(const ScatteringRequest& request, const std::string& ou
 
 void CalculateImages(const ImageRequest& request, const std::string& imageFile,
                      const std::string& directImageFile) {
-    if (request.isCylindrical) {
-        ZfDocPattern_EquidistantCylindrical pattern;
-        pattern.resolution = request.resolution;
-        Calculate(pattern, request);
-        SaveImages(pattern.mapping, "EquidistantCylindrical", imageFile, directImageFile);
-    } else {
-        ZfDocPattern_AzimuthalEquidistant pattern;
-        pattern.resolution = request.resolution;
-        Calculate(pattern, request);
-        SaveImages(pattern.mapping, "AzimuthalEquidistant", imageFile, directImageFile);
-    }
+    const std::unique_ptr<ZfDocPattern> pattern = MakePattern(request.map, request.resolution);
+    Calculate(*pattern, request);
+    SaveImages(pattern->mapping, ProjectionOf(request.map).Name(), imageFile, directImageFile);
 }

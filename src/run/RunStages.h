@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "pattern/SphereMap.h"
 #include "scattering/ZfScatteringData.h"
 
 // The two stages of a calculation on the files of an input set. Both stop with ZfError when an interrupt asks
@@ -31,7 +32,7 @@ struct ImageRequest {
     std::string scatteredWaveFile;
     std::string fluctuationFile;
     std::string atomicWeightFile;
-    bool isCylindrical = false;      ///< the equidistant cylindrical map instead of the azimuthal one
+    SphereMap map = SphereMap::kAzimuthalEquidistant;
     double resolution = 1.0;         ///< degrees a pixel
     double meanFreePath = 0.0;       ///< m; 0: no damping
     double clusterLimit = 0.0;       ///< m; 0: none

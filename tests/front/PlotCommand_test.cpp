@@ -95,7 +95,7 @@ TEST(PlotCommand, ShowsForwardFocusing) {
 }
 
 TEST(PlotCommand, OperationsActOnBothImages) {
-    const Files files(SphereMap::EquidistantCylindrical);
+    const Files files(SphereMap::kEquidistantCylindrical);
     const ChiPicture refracted(files,
                                {"--energy", "50", "--inner-potential", "10", "--view", "orthographic"});
     const double outside = std::asin(std::sqrt(0.5 * 50 / 40)) / kDegree;
@@ -112,8 +112,8 @@ TEST(PlotCommand, OperationsActOnBothImages) {
 }
 
 TEST(PlotCommand, ExitCodesAndNothingLeftBehind) {
-    const Files files(SphereMap::AzimuthalEquidistant);
-    const Files other(SphereMap::EquidistantCylindrical);
+    const Files files(SphereMap::kAzimuthalEquidistant);
+    const Files other(SphereMap::kEquidistantCylindrical);
     const auto outcome = [&files](std::vector<std::string> more) {
         more.insert(more.begin(), {files.image, "-o", files.picture});
         return Plot(more);

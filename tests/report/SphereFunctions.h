@@ -9,12 +9,12 @@
 #include "report/sphere/SphereImage.h"
 #include "xml/ZfQBarnFile.h"
 
-constexpr SphereMap kMaps[] = {SphereMap::AzimuthalEquidistant, SphereMap::EquidistantCylindrical};
+constexpr SphereMap kMaps[] = {SphereMap::kAzimuthalEquidistant, SphereMap::kEquidistantCylindrical};
 
 /// A pattern document's map filled with f(x, y, z), which is where stored images come from.
 template <class Function>
 SphereImage Sampled(SphereMap map, double resolution, Function f) {
-    const ZfSphericalMapping mapping = map == SphereMap::AzimuthalEquidistant
+    const ZfSphericalMapping mapping = map == SphereMap::kAzimuthalEquidistant
                                            ? CreateAzimuthalEquidistantMapping(0, resolution)
                                            : CreateEquidistantCylindricalMapping(0, resolution);
     std::vector<double> pixels;

@@ -93,7 +93,7 @@ SphereImage Spread(const CompareResult& result, const std::vector<double>& value
     }
     for (std::size_t pixel = 0; pixel < sums.size(); ++pixel)
         sums[pixel] = weights[pixel] > 0.0 ? sums[pixel] / weights[pixel] : 0.0;
-    return {SphereMap::AzimuthalEquidistant, kSide, kSide, std::move(sums)};
+    return {SphereMap::kAzimuthalEquidistant, kSide, kSide, std::move(sums)};
 }
 
 /// The polar angles of the directions, and half a spacing beyond.

@@ -24,21 +24,12 @@ std::string SizeText(const SphereImage& image) {
     return fmt::format("{} x {}", image.Width(), image.Height());
 }
 
-const char* MapName(SphereMap map) {
-    return map == SphereMap::AzimuthalEquidistant ? "AzimuthalEquidistant" : "EquidistantCylindrical";
-}
-
-std::unique_ptr<ZfSphericalMappingConvert> Converter(SphereMap map) {
-    if (map == SphereMap::AzimuthalEquidistant) return std::make_unique<ZfConvertAzimuthalEquidistantMap>();
-    return std::make_unique<ZfConvertEquidistantCylindricalMap>();
-}
-
 void CheckShape(SphereMap map, std::int32_t width, std::int32_t height, std::size_t count) {
     const std::string start = fmt::format("The image of {} x {} pixels ", width, height);
     if (width < kSmallestSide || height < kSmallestSide)
         throw ZfError(fmt::format("{}is too small for a map of the sphere: {} x {} are the least", start,
                                   kSmallestSide, kSmallestSide));
-    if (!Converter(map)->IsValidSize(width, height))
+    if (!ProjectionOf(map).IsValidSize(width, height))
         throw ZfError(start + "is not square, as an azimuthal map has to be");
     if (count != static_cast<std::size_t>(width) * static_cast<std::size_t>(height))
         throw ZfError(fmt::format("{}holds {} values", start, count));
@@ -75,15 +66,15 @@ SphereImage::SphereImage(SphereMap map, std::int32_t width, std::int32_t height,
             throw ZfError(
                 fmt::format("The pixel at column {}, row {} is not a finite number", p.column, p.row));
     }
-    if (map_ == SphereMap::AzimuthalEquidistant) ContinueBeyondRim();
+    if (map_ == SphereMap::kAzimuthalEquidistant) ContinueBeyondRim();
 }
 
 double SphereImage::MaxTheta() const {
-    return map_ == SphereMap::AzimuthalEquidistant ? kPi / 2 : kPi;
+    return map_ == SphereMap::kAzimuthalEquidistant ? kPi / 2 : kPi;
 }
 
 std::vector<SpherePixel> SphereImage::Pixels() const {
-    const auto converter = Converter(map_);
+    const ZfSphericalMappingConvert& converter = ProjectionOf(map_);
     std::vector<SpherePixel> result;
     result.reserve(pixels_.size());
     for (std::int32_t y = 0; y < height_; ++y) {
@@ -92,7 +83,7 @@ std::vector<SpherePixel> SphereImage::Pixels() const {
             double dy = 0.0;
             double dz = 0.0;
             double weight = 0.0;
-            if (!converter->PixelToDirection(dx, dy, dz, weight, x, y, width_, height_)) continue;
+            if (!converter.PixelToDirection(dx, dy, dz, weight, x, y, width_, height_)) continue;
             const double phi = std::atan2(dy, dx);
             result.push_back({x, y, std::atan2(std::hypot(dx, dy), dz), phi < 0 ? phi + 2 * kPi : phi, weight,
                               pixels_[static_cast<std::size_t>(y) * static_cast<std::size_t>(width_) +
@@ -119,7 +110,7 @@ SphereImage SphereImage::Transformed(const std::function<double(double theta, do
 double SphereImage::Value(double theta, double phi) const {
     if (!(theta >= 0.0 && theta <= MaxTheta() + kRimRounding) || !std::isfinite(phi))
         return std::numeric_limits<double>::quiet_NaN();
-    return map_ == SphereMap::AzimuthalEquidistant ? DiscValue(theta, phi) : CylinderValue(theta, phi);
+    return map_ == SphereMap::kAzimuthalEquidistant ? DiscValue(theta, phi) : CylinderValue(theta, phi);
 }
 
 double SphereImage::DiscValue(double theta, double phi) const {
@@ -198,7 +189,7 @@ void SphereImage::ContinueBeyondRim() {
 void CheckSameGrid(const SphereImage& a, const SphereImage& b) {
     if (a.Map() != b.Map())
         throw ZfError(fmt::format("The images are on different maps, {} and {}: calculate both on the same",
-                                  MapName(a.Map()), MapName(b.Map())));
+                                  ProjectionOf(a.Map()).Name(), ProjectionOf(b.Map()).Name()));
     if (a.Width() != b.Width() || a.Height() != b.Height())
         throw ZfError(
             fmt::format("The images have different sizes, {} and {} pixels: calculate both with the "

@@ -13,7 +13,7 @@
 
 namespace {
 
-constexpr SphereMap kMaps[] = {SphereMap::AzimuthalEquidistant, SphereMap::EquidistantCylindrical};
+constexpr SphereMap kMaps[] = {SphereMap::kAzimuthalEquidistant, SphereMap::kEquidistantCylindrical};
 constexpr double kPixel = 3.6;  // degrees
 
 /// A smooth intensity with a modulation of the given fold, turned by `turn` degrees, over an I0 that falls
