@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "foundation/Constants.h"
 #include "scattering/SphericalHarmonics.h"
 
 #undef HWY_TARGET_INCLUDE

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <mutex>
 
+#include "foundation/Constants.h"
 #include "scattering/SphericalHarmonics.h"
 #include "scattering/WaveTranslation.h"
 
