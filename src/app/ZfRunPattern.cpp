@@ -4,22 +4,23 @@
 #include "foundation/ZfError.h"
 #include "image/PlaneImage.h"
 #include "image/ZfDocData.h"
+#include "pattern/SphereMap.h"
 
 namespace {
 
 struct Projection {
     ZfDocPattern& pattern;
-    const char* name;
+    std::string name;
 };
 
 Projection Select(ZfCalcDocument& document, std::int32_t mappingCode, double resolution) {
     if (mappingCode == 0) {
         document.patternAzimuthal.resolution = resolution;
-        return {document.patternAzimuthal, "AzimuthalEquidistant"};
+        return {document.patternAzimuthal, MapName(SphereMap::kAzimuthalEquidistant)};
     }
     if (mappingCode == 1) {
         document.patternCylindrical.resolution = resolution;
-        return {document.patternCylindrical, "EquidistantCylindrical"};
+        return {document.patternCylindrical, MapName(SphereMap::kEquidistantCylindrical)};
     }
     throw ZfError("Undefined mapping method");
 }

@@ -7,6 +7,7 @@
 #include "foundation/ReplacedFile.h"
 #include "image/PlaneImage.h"
 #include "input/ZfFluctuation.h"
+#include "pattern/SphereMap.h"
 #include "pattern/ZfDocPattern.h"
 #include "prepare/thermal/Vibrations.h"
 #include "run/RunProgress.h"
@@ -105,11 +106,11 @@ void CalculateImages(const ImageRequest& request, const std::string& imageFile,
         ZfDocPattern_EquidistantCylindrical pattern;
         pattern.resolution = request.resolution;
         Calculate(pattern, request);
-        SaveImages(pattern.mapping, "EquidistantCylindrical", imageFile, directImageFile);
+        SaveImages(pattern.mapping, MapName(SphereMap::kEquidistantCylindrical), imageFile, directImageFile);
     } else {
         ZfDocPattern_AzimuthalEquidistant pattern;
         pattern.resolution = request.resolution;
         Calculate(pattern, request);
-        SaveImages(pattern.mapping, "AzimuthalEquidistant", imageFile, directImageFile);
+        SaveImages(pattern.mapping, MapName(SphereMap::kAzimuthalEquidistant), imageFile, directImageFile);
     }
 }

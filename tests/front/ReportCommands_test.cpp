@@ -12,7 +12,7 @@ namespace {
 class ReportCommands : public testing::Test {
 protected:
     ReportCommands() {
-        const auto map = SphereMap::AzimuthalEquidistant;
+        const auto map = SphereMap::kAzimuthalEquidistant;
         const auto i0 = [](double, double, double z) { return 2.0 + z; };
         WriteImageFile(image_, Sampled(map, 5.0, [&](double x, double y, double z) {
                            return i0(x, y, z) * (1.0 + 0.3 * x);

@@ -10,12 +10,12 @@
 #include "report/sphere/SphereImage.h"
 #include "xml/ZfQBarnFile.h"
 
-constexpr SphereMap kMaps[] = {SphereMap::AzimuthalEquidistant, SphereMap::EquidistantCylindrical};
+constexpr SphereMap kMaps[] = {SphereMap::kAzimuthalEquidistant, SphereMap::kEquidistantCylindrical};
 
 /// A pattern document's map filled with f(x, y, z), which is where stored images come from.
 template <class Function>
 SphereImage Sampled(SphereMap map, double resolution, Function f) {
-    const ZfSphericalMapping mapping = map == SphereMap::AzimuthalEquidistant
+    const ZfSphericalMapping mapping = map == SphereMap::kAzimuthalEquidistant
                                            ? CreateAzimuthalEquidistantMapping(0, resolution)
                                            : CreateEquidistantCylindricalMapping(0, resolution);
     std::vector<double> pixels;
@@ -46,7 +46,10 @@ inline std::string WriteImageFile(const std::string& path, const SphereImage& im
                                   const std::string& mapName = {}, const std::string& title = {}) {
     ZfDocData document;
     if (!mapName.empty()) ZfDocData::SetInfoString(document.infoString, "__SphereProjection.Name", mapName);
-    if (!title.empty()) ZfDocData::SetInfoString(document.infoString, "Title", title);
+    if (!title.empty()) {
+        ZfDocData::SetInfoString(document.infoString, "Title", title);
+        ZfDocData::SetInfoString(document.infoString, "Comment", "not the title");
+    }
     document.OnlyImage() = StoredPixels(image);
     ZfQBarnFile file(QString::fromStdString(path), "w");
     document.SaveLoad(file);

@@ -59,7 +59,7 @@ void WriteImageHdf5(const ImageTable& table, const std::string& path) {
     if (!others.empty()) data.Attribute("auxiliary_signals", others);
     for (const ImagePlane& plane : table.planes)
         data.Dataset(plane.name, {table.rows, table.columns}, plane.values).Attribute("units", plane.unit);
-    if (table.map == SphereMap::EquidistantCylindrical)
+    if (table.map == SphereMap::kEquidistantCylindrical)
         WriteGridAxes(data, table);
     else
         WriteDiscAxes(data, table);

@@ -28,7 +28,7 @@ void SetDirections(ImageTable& table, const SphereImage& image) {
         const std::size_t i = PixelIndex(table, pixel);
         if (i >= table.theta.size()) continue;
         // Rows and columns of the cylinder are exact; at the poles no direction tells the azimuth.
-        const bool cylinder = table.map == SphereMap::EquidistantCylindrical;
+        const bool cylinder = table.map == SphereMap::kEquidistantCylindrical;
         table.theta[i] =
             cylinder ? pixel.row * 180.0 / (image.Height() - 1) : pixel.theta * kDegreesPerRadian;
         table.phi[i] = cylinder ? pixel.column * 360.0 / image.Width() : pixel.phi * kDegreesPerRadian;
@@ -38,18 +38,17 @@ void SetDirections(ImageTable& table, const SphereImage& image) {
 /// Rows of the table; those of the upper hemisphere come first in a cylindrical map.
 std::size_t Rows(const SphereImage& image, bool hemisphere) {
     const auto height = static_cast<std::size_t>(image.Height());
-    return hemisphere && image.Map() == SphereMap::EquidistantCylindrical ? (height - 1) / 2 + 1 : height;
+    return hemisphere && image.Map() == SphereMap::kEquidistantCylindrical ? (height - 1) / 2 + 1 : height;
 }
 
 RunSettings Settings(const ExportRequest& request, const ImageTable& table) {
     const auto fileName = [](const std::string& path) {
         return std::filesystem::path(path).filename().string();
     };
-    const bool cylinder = table.map == SphereMap::EquidistantCylindrical;
     RunSettings settings = {{"program", "qvre " QVRE_VERSION, ""},
                             {"image_file", fileName(request.image), ""}};
     if (!request.i0.empty()) settings.push_back({"i0_file", fileName(request.i0), ""});
-    settings.push_back({"map", cylinder ? "EquidistantCylindrical" : "AzimuthalEquidistant", ""});
+    settings.push_back({"map", MapName(table.map), ""});
     settings.push_back({"resolution", std::vector{table.resolution}, "degrees"});
     AddImageSettings(settings, request.image);
     for (const std::string& path : request.runFiles) AddFileSettings(settings, path);

@@ -18,7 +18,7 @@ struct ImagePlane {
 
 /// An image as the writers of every format take it.
 struct ImageTable {
-    SphereMap map = SphereMap::AzimuthalEquidistant;
+    SphereMap map = SphereMap::kAzimuthalEquidistant;
     std::size_t columns = 0;
     std::size_t rows = 0;
     double resolution = 0.0;         ///< degrees

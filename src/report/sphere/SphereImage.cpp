@@ -6,13 +6,11 @@
 #include <array>
 #include <cmath>
 #include <limits>
-#include <memory>
 #include <string_view>
 #include <utility>
 
 #include "foundation/Constants.h"
 #include "foundation/ZfError.h"
-#include "pattern/ZfSphericalMappingConvert.h"
 
 namespace {
 
@@ -24,21 +22,12 @@ std::string SizeText(const SphereImage& image) {
     return fmt::format("{} x {}", image.Width(), image.Height());
 }
 
-const char* MapName(SphereMap map) {
-    return map == SphereMap::AzimuthalEquidistant ? "AzimuthalEquidistant" : "EquidistantCylindrical";
-}
-
-std::unique_ptr<ZfSphericalMappingConvert> Converter(SphereMap map) {
-    if (map == SphereMap::AzimuthalEquidistant) return std::make_unique<ZfConvertAzimuthalEquidistantMap>();
-    return std::make_unique<ZfConvertEquidistantCylindricalMap>();
-}
-
 void CheckShape(SphereMap map, std::int32_t width, std::int32_t height, std::size_t count) {
     const std::string start = fmt::format("The image of {} x {} pixels ", width, height);
     if (width < kSmallestSide || height < kSmallestSide)
         throw ZfError(fmt::format("{}is too small for a map of the sphere: {} x {} are the least", start,
                                   kSmallestSide, kSmallestSide));
-    if (!Converter(map)->IsValidSize(width, height))
+    if (!MapConverter(map)->IsValidSize(width, height))
         throw ZfError(start + "is not square, as an azimuthal map has to be");
     if (count != static_cast<std::size_t>(width) * static_cast<std::size_t>(height))
         throw ZfError(fmt::format("{}holds {} values", start, count));
@@ -75,15 +64,15 @@ SphereImage::SphereImage(SphereMap map, std::int32_t width, std::int32_t height,
             throw ZfError(
                 fmt::format("The pixel at column {}, row {} is not a finite number", p.column, p.row));
     }
-    if (map_ == SphereMap::AzimuthalEquidistant) ContinueBeyondRim();
+    if (map_ == SphereMap::kAzimuthalEquidistant) ContinueBeyondRim();
 }
 
 double SphereImage::MaxTheta() const {
-    return map_ == SphereMap::AzimuthalEquidistant ? kPi / 2 : kPi;
+    return map_ == SphereMap::kAzimuthalEquidistant ? kPi / 2 : kPi;
 }
 
 std::vector<SpherePixel> SphereImage::Pixels() const {
-    const auto converter = Converter(map_);
+    const auto converter = MapConverter(map_);
     std::vector<SpherePixel> result;
     result.reserve(pixels_.size());
     for (std::int32_t y = 0; y < height_; ++y) {
@@ -119,7 +108,7 @@ SphereImage SphereImage::Transformed(const std::function<double(double theta, do
 double SphereImage::Value(double theta, double phi) const {
     if (!(theta >= 0.0 && theta <= MaxTheta() + kRimRounding) || !std::isfinite(phi))
         return std::numeric_limits<double>::quiet_NaN();
-    return map_ == SphereMap::AzimuthalEquidistant ? DiscValue(theta, phi) : CylinderValue(theta, phi);
+    return map_ == SphereMap::kAzimuthalEquidistant ? DiscValue(theta, phi) : CylinderValue(theta, phi);
 }
 
 double SphereImage::DiscValue(double theta, double phi) const {

@@ -5,15 +5,7 @@
 #include <string>
 #include <vector>
 
-/// The two maps of stored patterns. Rows and columns count from 0.
-///
-/// Azimuthal equidistant: square, upper hemisphere; pixel (x, y) lies at theta = |r| 180/(W - 1) degrees,
-/// phi = atan2(ry, rx) with r = (x, y) - (W - 1)/2. The row number grows along +y, so a program that shows
-/// row 0 at the top shows the map mirrored. Pixels beyond 90 degrees do not belong to the map.
-///
-/// Equidistant cylindrical: whole sphere; theta = 180 y/(H - 1), phi = 360 x/W degrees. The first and the
-/// last row are the poles; the meridian of column 0 is not repeated.
-enum class SphereMap { AzimuthalEquidistant, EquidistantCylindrical };
+#include "pattern/SphereMap.h"
 
 /// A stored pixel that belongs to the map. Angles in radians, phi in [0, 2 pi).
 struct SpherePixel {

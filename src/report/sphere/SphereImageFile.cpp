@@ -30,13 +30,13 @@ std::string Title(const ZfDocData& document, const std::string& path) {
 
 SphereMap MapOf(const ZfDocData& document, const ZfFloatMatrix& pixels) {
     const std::string name = InfoText(document, "__SphereProjection.Name");
-    if (name == "AzimuthalEquidistant") return SphereMap::AzimuthalEquidistant;
-    if (name == "EquidistantCylindrical") return SphereMap::EquidistantCylindrical;
+    if (const std::optional<SphereMap> map = MapOfName(name)) return *map;
     if (!name.empty())
-        throw ZfError("the map \"" + name +
-                      "\" is not known; AzimuthalEquidistant and EquidistantCylindrical are");
-    if (pixels.ColSize == pixels.RowSize) return SphereMap::AzimuthalEquidistant;
-    if (pixels.ColSize == 2 * (std::int64_t{pixels.RowSize} - 1)) return SphereMap::EquidistantCylindrical;
+        throw ZfError(fmt::format("the map \"{}\" is not known; {} and {} are", name,
+                                  MapName(SphereMap::kAzimuthalEquidistant),
+                                  MapName(SphereMap::kEquidistantCylindrical)));
+    if (pixels.ColSize == pixels.RowSize) return SphereMap::kAzimuthalEquidistant;
+    if (pixels.ColSize == 2 * (std::int64_t{pixels.RowSize} - 1)) return SphereMap::kEquidistantCylindrical;
     throw ZfError(
         fmt::format("the file names no map, and an image of {} x {} pixels is neither square (azimuthal "
                     "equidistant) nor of width 2 (height - 1) (cylindrical)",

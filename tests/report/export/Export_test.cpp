@@ -29,7 +29,7 @@ protected:
         const auto values = [factor](double x, double /*y*/, double z) { return factor * (2.0 + x + z); };
         return WriteImageFile(
             folder_.Path(name), Sampled(map, 10.0, values),
-            map == SphereMap::AzimuthalEquidistant ? "AzimuthalEquidistant" : "EquidistantCylindrical",
+            map == SphereMap::kAzimuthalEquidistant ? "AzimuthalEquidistant" : "EquidistantCylindrical",
             "a title");
     }
 
@@ -82,7 +82,7 @@ protected:
 };
 
 TEST_F(Export, CsvBringsSettingsAndReadsBack) {
-    ExportRequest request = Request(SphereMap::AzimuthalEquidistant, "p.csv");
+    ExportRequest request = Request(SphereMap::kAzimuthalEquidistant, "p.csv");
     request.runFiles = {WriteWave()};
     const ExportSummary summary = ExportImage(request);
     const std::string text = folder_.Read("p.csv");
@@ -103,7 +103,7 @@ TEST_F(Export, CsvBringsSettingsAndReadsBack) {
 }
 
 TEST_F(Export, TellsTheSettingsOfEveryFileOfARun) {
-    ExportRequest request = Request(SphereMap::EquidistantCylindrical, "p.csv");
+    ExportRequest request = Request(SphereMap::kEquidistantCylindrical, "p.csv");
     for (const char* file : {"cluster.xml_cl", "emitter.xml_emt", "phaseshift.xml_ph", "fluctuation.xml_flu"})
         request.runFiles.push_back(std::string(QVRE_EXAMPLES) + "/cu001_small/" + file);
     ExportImage(request);
@@ -121,9 +121,9 @@ TEST_F(Export, TellsTheSettingsOfEveryFileOfARun) {
 TEST_F(Export, AnotherReaderTakesImages) {
     if (!HasReaders()) GTEST_SKIP() << "python3-h5py is not installed";
     for (const char* output : {"disc.h5", "disc.npy"})
-        ExportImage(Request(SphereMap::AzimuthalEquidistant, output));
+        ExportImage(Request(SphereMap::kAzimuthalEquidistant, output));
     for (const char* output : {"grid.h5", "grid.npy"})
-        ExportImage(Request(SphereMap::EquidistantCylindrical, output));
+        ExportImage(Request(SphereMap::kEquidistantCylindrical, output));
     ExpectInPython(R"(
 def signal(name):
     f = h5py.File(name)
@@ -185,14 +185,14 @@ assert list(r['atomic_number']) == [29, 8] and list(r['Uiso']) == [0, 2e-22]
 }
 
 TEST_F(Export, SameContentSameBytes) {
-    ExportImage(Request(SphereMap::EquidistantCylindrical, "a.h5"));
-    ExportImage(Request(SphereMap::EquidistantCylindrical, "b.h5"));
+    ExportImage(Request(SphereMap::kEquidistantCylindrical, "a.h5"));
+    ExportImage(Request(SphereMap::kEquidistantCylindrical, "b.h5"));
     EXPECT_EQ(folder_.Read("a.h5"), folder_.Read("b.h5"));
     EXPECT_GT(folder_.Read("a.h5").size(), 360 * sizeof(double));
 }
 
 TEST_F(Export, RefusalsLeaveNothingBehind) {
-    ExportRequest request = Request(SphereMap::AzimuthalEquidistant, "p.txt");
+    ExportRequest request = Request(SphereMap::kAzimuthalEquidistant, "p.txt");
     EXPECT_EQ(ErrorText([&] { ExportImage(request); }),
               "An image is written as .csv, .npy, .h5, .hdf5 or .nxs, not as " + request.output);
     request.output = folder_.Path("p.h5");

@@ -42,9 +42,9 @@ TEST(SphereImage, RimPolesAndSeam) {
         for (int i = 0; i < 1000; ++i)
             EXPECT_NEAR(image.Value(image.MaxTheta() - i % 7 * 1e-3, i * 0.0367), 3.0, 1e-12) << i;
     }
-    const SphereImage upper = Sampled(SphereMap::AzimuthalEquidistant, 2.0, Constant);
+    const SphereImage upper = Sampled(SphereMap::kAzimuthalEquidistant, 2.0, Constant);
     EXPECT_TRUE(std::isnan(upper.Value(90.1 * kDegree, 0.0)));
-    const SphereImage image = Sampled(SphereMap::EquidistantCylindrical, 2.0, LowHarmonics);
+    const SphereImage image = Sampled(SphereMap::kEquidistantCylindrical, 2.0, LowHarmonics);
     EXPECT_DOUBLE_EQ(image.Value(1.0, -1e-17), image.Value(1.0, 0.0));
     EXPECT_NEAR(image.Value(1.0, -0.01), image.Value(1.0, kTwoPi - 0.01), 1e-13);
 }
@@ -80,7 +80,7 @@ TEST(SphereImageFile, MapByNameOrShape) {
     for (const SphereMap map : kMaps) {
         const SphereImage image = Sampled(map, 3.0, LowHarmonics);
         const char* const name =
-            map == SphereMap::AzimuthalEquidistant ? "AzimuthalEquidistant" : "EquidistantCylindrical";
+            map == SphereMap::kAzimuthalEquidistant ? "AzimuthalEquidistant" : "EquidistantCylindrical";
         for (const char* const written : {name, ""}) {
             const LoadedImage loaded =
                 LoadSphereImage(WriteImageFile(folder.Path("cu 560.xml_img"), image, written));
@@ -95,7 +95,7 @@ TEST(SphereImageFile, MapByNameOrShape) {
 
 TEST(SphereImageFile, RefusesWhatIsNoMap) {
     const TempFolder folder;
-    const SphereImage image = Sampled(SphereMap::EquidistantCylindrical, 3.0, Constant);
+    const SphereImage image = Sampled(SphereMap::kEquidistantCylindrical, 3.0, Constant);
     const auto failure = [](const std::string& path) { return ErrorText([&] { LoadSphereImage(path); }); };
     const std::string path = folder.Path("a.xml_img");
     const std::string start = path + ": ";
@@ -114,7 +114,7 @@ TEST(SphereImageFile, RefusesWhatIsNoMap) {
     ZfFloatMatrix pixels = StoredPixels(image);
     pixels.At(3, 4) = NAN;
     EXPECT_NE(ErrorText([&] {
-                  SphereImage(SphereMap::EquidistantCylindrical, pixels.ColSize, pixels.RowSize,
+                  SphereImage(SphereMap::kEquidistantCylindrical, pixels.ColSize, pixels.RowSize,
                               {pixels.Data(), pixels.Data() + pixels.Count()});
               }).find("column 3, row 4"),
               std::string::npos);
