@@ -7,6 +7,7 @@
 #include "foundation/ReplacedFile.h"
 #include "image/PlaneImage.h"
 #include "input/ZfFluctuation.h"
+#include "pattern/SphereMap.h"
 #include "pattern/ZfDocPattern.h"
 #include "prepare/thermal/Vibrations.h"
 #include "run/RunProgress.h"

@@ -59,7 +59,9 @@ struct Files {
 /// The picture of chi from -1 to 1 with more options.
 class ChiPicture {
 public:
-    ChiPicture(const Files& files, std::vector<std::string> options) : png_(Draw(files, std::move(options))) {
+    ChiPicture(const Files& files, std::vector<std::string> options,
+               const std::vector<std::string>& range = {"--range", "-1", "1"})
+        : png_(Draw(files, std::move(options), range)) {
         request_.images = {LoadSphereImage(files.image)};
     }
 
@@ -70,9 +72,10 @@ public:
     }
 
 private:
-    static PngPicture Draw(const Files& files, std::vector<std::string> options) {
-        options.insert(options.begin(),
-                       {files.image, "--i0", files.reference, "-o", files.picture, "--range", "-1", "1"});
+    static PngPicture Draw(const Files& files, std::vector<std::string> options,
+                           const std::vector<std::string>& range) {
+        options.insert(options.begin(), {files.image, "--i0", files.reference, "-o", files.picture});
+        options.insert(options.end(), range.begin(), range.end());
         EXPECT_EQ(Plot(options).status, 0);
         return PngPicture(files.picture);
     }
@@ -91,6 +94,9 @@ TEST(PlotCommand, ShowsForwardFocusing) {
             EXPECT_LT(picture.Off(0.0, 45.0, phi + 45.0), kPixel) << phi;
         }
         EXPECT_LT(picture.Off(1.0, 0.0, 0.0), kPixel);
+        const ChiPicture whole(Files(map), {}, {});  // from -1 to 1, with 0 in the middle
+        EXPECT_LT(whole.Off(1.0, 45.0, 90.0), kPixel);
+        EXPECT_LT(whole.Off(0.0, 45.0, 135.0), kPixel);
     }
 }
 
@@ -107,7 +113,8 @@ TEST(PlotCommand, OperationsActOnBothImages) {
     const double cap = (1 - std::cos(10 * kDegree)) / 0.01;
     EXPECT_LT(ChiPicture(files, {"--acceptance", "10"}).Off((1 - std::exp(-cap)) / cap, 0.0, 0.0), kPixel);
     const std::string cut = files.folder.Path("cut.svg");
-    EXPECT_EQ(Plot({files.image, files.image, "-o", cut, "--polar-cut", "0"}).status, 0);
+    for (const auto& [option, angle] : {std::pair{"--polar-cut", "0"}, {"--azimuthal-cut", "45"}})
+        EXPECT_EQ(Plot({files.image, files.image, "-o", cut, option, angle}).status, 0);
     EXPECT_NE(files.folder.Read("cut.svg").find("<svg"), std::string::npos);
 }
 

@@ -45,7 +45,10 @@ inline std::string WriteImageFile(const std::string& path, const SphereImage& im
                                   const std::string& mapName = {}, const std::string& title = {}) {
     ZfDocData document;
     if (!mapName.empty()) ZfDocData::SetInfoString(document.infoString, "__SphereProjection.Name", mapName);
-    if (!title.empty()) ZfDocData::SetInfoString(document.infoString, "Title", title);
+    if (!title.empty()) {
+        ZfDocData::SetInfoString(document.infoString, "Title", title);
+        ZfDocData::SetInfoString(document.infoString, "Comment", "not the title");
+    }
     document.OnlyImage() = StoredPixels(image);
     ZfQBarnFile file(path, "w");
     document.SaveLoad(file);

@@ -2,6 +2,7 @@
 
 #include <hdf5.h>
 
+#include <filesystem>
 #include <type_traits>
 #include <utility>
 
@@ -154,6 +155,11 @@ Hdf5Document::Hdf5Document()
     : file_(FileInMemory()), root_(Hdf5Handle(H5Gopen2(file_, "/", H5P_DEFAULT), H5Gclose)) {}
 
 Hdf5Document::~Hdf5Document() = default;
+
+bool Hdf5Document::CanWrite(const std::string& path) {
+    const std::string extension = std::filesystem::path(path).extension().string();
+    return extension == ".h5" || extension == ".hdf5" || extension == ".nxs";
+}
 
 void Hdf5Document::Save(const std::string& path) const {
     Check(H5Fflush(file_, H5F_SCOPE_GLOBAL));

@@ -69,6 +69,8 @@ public:
     Hdf5Document& operator=(const Hdf5Document&) = delete;
     ~Hdf5Document();
 
+    static bool CanWrite(const std::string& path);  ///< a name that ends in .h5, .hdf5 or .nxs
+
     const Hdf5Node& Root() const { return root_; }
     /// Throws ZfError when the file cannot be written.
     void Save(const std::string& path) const;

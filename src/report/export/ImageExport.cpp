@@ -3,6 +3,7 @@
 #include <filesystem>
 
 #include "foundation/ZfError.h"
+#include "report/export/Hdf5Document.h"
 #include "report/export/ImageTable.h"
 #include "report/export/ImageWriters.h"
 
@@ -14,7 +15,7 @@ Writer WriterFor(const std::string& path) {
     const std::string extension = std::filesystem::path(path).extension().string();
     if (extension == ".csv") return WriteImageCsv;
     if (extension == ".npy") return WriteImageNumpy;
-    if (extension == ".h5" || extension == ".hdf5" || extension == ".nxs") return WriteImageHdf5;
+    if (Hdf5Document::CanWrite(path)) return WriteImageHdf5;
     throw ZfError("An image is written as .csv, .npy, .h5, .hdf5 or .nxs, not as " + path);
 }
 

@@ -12,12 +12,6 @@
 
 namespace {
 
-void CheckExtension(const std::string& output) {
-    const std::string extension = std::filesystem::path(output).extension().string();
-    if (extension == ".h5" || extension == ".hdf5" || extension == ".nxs") return;
-    throw ZfError("A scattered wave is written as .h5, .hdf5 or .nxs, not as " + output);
-}
-
 /// l and m of each column of the coefficients.
 void WriteIndices(const Hdf5Node& group, std::int32_t size) {
     std::vector<std::int32_t> lOfColumn;
@@ -93,7 +87,8 @@ void WriteRecord(const Hdf5Node& entry, std::size_t number, const ZfScatteringRe
 
 WaveSummary ExportScatteredWave(const std::string& wavePath, const std::vector<std::string>& runFiles,
                                 const std::string& output) {
-    CheckExtension(output);
+    if (!Hdf5Document::CanWrite(output))
+        throw ZfError("A scattered wave is written as .h5, .hdf5 or .nxs, not as " + output);
     ZfScatteringData data;
     LoadScatteredWaveRecords(data, wavePath);
     RunSettings settings = {{"program", "qvre " QVRE_VERSION, ""},

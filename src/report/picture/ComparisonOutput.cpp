@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -14,6 +13,7 @@
 #include "foundation/Constants.h"
 #include "foundation/ReplacedFile.h"
 #include "foundation/ZfError.h"
+#include "report/picture/Canvas.h"
 #include "report/picture/DiscPicture.h"
 
 namespace {
@@ -122,9 +122,7 @@ void DrawDifference(const CompareResult& result, const std::string& path) {
 }  // namespace
 
 void CheckDifferenceFile(const std::string& path) {
-    constexpr std::array<const char*, 4> kKnown = {".csv", ".png", ".svg", ".pdf"};
-    const std::string extension = Extension(path);
-    if (std::none_of(kKnown.begin(), kKnown.end(), [&](const char* known) { return extension == known; }))
+    if (Extension(path) != ".csv" && !Canvas::CanWrite(path))
         throw ZfError("A difference is written as .csv, .png, .svg or .pdf, not as " + path);
 }
 

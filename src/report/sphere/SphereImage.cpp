@@ -6,13 +6,11 @@
 #include <array>
 #include <cmath>
 #include <limits>
-#include <memory>
 #include <string_view>
 #include <utility>
 
 #include "foundation/Constants.h"
 #include "foundation/ZfError.h"
-#include "pattern/ZfSphericalMappingConvert.h"
 
 namespace {
 

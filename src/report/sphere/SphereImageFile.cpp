@@ -31,8 +31,9 @@ SphereMap MapOf(const ZfDocData& document, const ZfFloatMatrix& pixels) {
     const std::string name = InfoText(document, "__SphereProjection.Name");
     if (const auto map = SphereMapOfName(name)) return *map;
     if (!name.empty())
-        throw ZfError("the map \"" + name +
-                      "\" is not known; AzimuthalEquidistant and EquidistantCylindrical are");
+        throw ZfError(fmt::format("the map \"{}\" is not known; {} and {} are", name,
+                                  ProjectionOf(SphereMap::kAzimuthalEquidistant).Name(),
+                                  ProjectionOf(SphereMap::kEquidistantCylindrical).Name()));
     if (pixels.ColSize == pixels.RowSize) return SphereMap::kAzimuthalEquidistant;
     if (pixels.ColSize == 2 * (std::int64_t{pixels.RowSize} - 1)) return SphereMap::kEquidistantCylindrical;
     throw ZfError(

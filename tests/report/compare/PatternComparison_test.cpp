@@ -61,6 +61,14 @@ TEST_F(PatternComparison, AnImageEqualsItself) {
         EXPECT_EQ(result.rotation, 0.0);
         EXPECT_DOUBLE_EQ(result.agreement.scale, 1.0);
         EXPECT_DOUBLE_EQ(result.agreement.correlation, 1.0);
+        // The directions fill the hemisphere evenly: the mean of cos(theta) is 1/2.
+        double weights = 0.0;
+        double heights = 0.0;
+        for (std::size_t i = 0; i < result.theta.size(); ++i) {
+            weights += result.weight[i];
+            heights += result.weight[i] * std::cos(result.theta[i] * kDegree);
+        }
+        EXPECT_NEAR(heights / weights, 0.5, 1e-3);
     }
 }
 
@@ -68,8 +76,11 @@ TEST_F(PatternComparison, AnImageEqualsItself) {
 TEST_F(PatternComparison, FindsTheRotation) {
     constexpr double kAngle = 0.02;  // degrees; interpolation between pixels
     for (const SphereMap map : kMaps) {
-        for (const auto& [fold, turn, found] :
-             {std::tuple{1, 133.3, -133.3}, {1, -179.7, 179.7}, {3, 40.25, -40.25}, {3, 100.0, 20.0}}) {
+        for (const auto& [fold, turn, found] : {std::tuple{1, 133.3, -133.3},
+                                                {1, -179.7, 179.7},
+                                                {1, 179.7, -179.7},
+                                                {3, 40.25, -40.25},
+                                                {3, 100.0, 20.0}}) {
             const CompareResult result = ComparePatterns(Pair({fold, 0.0}, map, {fold, turn}, kMaps[0]));
             EXPECT_NEAR(result.rotation, found, kAngle) << fold << ' ' << turn;
             EXPECT_LT(result.agreement.R, 1e-4);
@@ -113,6 +124,10 @@ TEST_F(PatternComparison, MeasurementWithBackground) {
     EXPECT_NEAR(result.rotation, -25.0, 0.02);
     EXPECT_LT(result.agreement.R, 1e-3);
     EXPECT_GT(result.agreement.correlation, 0.999);
+    request.thetaMin = 26.0;  // points at the ends count
+    request.thetaMax = 74.0;
+    request.rotate = false;
+    EXPECT_EQ(ComparePatterns(request).theta.size(), result.theta.size());
 }
 
 TEST_F(PatternComparison, Refusals) {

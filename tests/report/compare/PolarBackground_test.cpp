@@ -50,6 +50,10 @@ TEST(PolarBackground, MeansAreJoinedByLines) {
     EXPECT_EQ(split.At(10.26), 8.0);
 }
 
+TEST(PolarBackground, TheFitCountsThePointsOfARing) {
+    EXPECT_DOUBLE_EQ(PolarBackground({0}, {10.0, 10.0, 10.0, 20.0}, {1.0, 1.0, 1.0, 5.0}).At(15.0), 2.0);
+}
+
 TEST(PolarBackground, Refusals) {
     const Rings rings(3);
     EXPECT_EQ(

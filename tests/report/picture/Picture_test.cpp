@@ -64,6 +64,18 @@ TEST(DiscPicture, ColourBarAndAutomaticRange) {
         EXPECT_LT(Difference(png.At(layout.ColourBar(fraction)), ColourAt(ColourMap::kViridis, fraction)),
                   kPixel);
     EXPECT_LT(Difference(png.At(layout.ColourBar(1.03)), {1.0, 1.0, 1.0}), 1e-9);
+
+    // Ticks stand to the right of the bar, which reaches 4.5 points from its middle.
+    request.range = Span{0.0, 0.7};
+    DrawDiscs(request, folder.Path("ticks.png"));
+    const PngPicture ticks(folder.Path("ticks.png"));
+    const auto isTick = [&](double value) {
+        PicturePoint point = layout.ColourBar(value / 0.7);
+        point.x += 5.5 / layout.width;
+        return ticks.At(point).red < 0.9;
+    };
+    for (const double value : {0.0, 0.2, 0.4, 0.6}) EXPECT_TRUE(isTick(value)) << value;
+    for (const double value : {0.1, 0.3, 0.5, 0.7}) EXPECT_FALSE(isTick(value)) << value;
 }
 
 TEST(DiscPicture, PolarAnglesThatAreNotShownStayBlank) {
@@ -77,6 +89,24 @@ TEST(DiscPicture, PolarAnglesThatAreNotShownStayBlank) {
     for (const double theta : {5.0, 12.0, 68.0, 75.0}) {
         const PicturePoint point = layout.Direction(request.view, 0, theta * kDegree, 20 * kDegree);
         EXPECT_EQ(Difference(png.At(point), {1.0, 1.0, 1.0}) < 1e-9, theta < 10.0 || theta > 70.0) << theta;
+    }
+}
+
+TEST(DiscPicture, RingsStandAtTheirStep) {
+    const TempFolder folder;
+    DiscPicture discs;
+    discs.images = {{Sampled(kMaps[0], 5.0, [](double, double, double) { return 1.0; }), ""}};
+    discs.view = View::kStereographic;
+    discs.ringStep_deg = 40.0;
+    discs.range = Span{1.0, 2.0};
+    discs.width = 2000;
+    DrawDiscs(discs, folder.Path("rings.png"));
+    const PngPicture png(folder.Path("rings.png"));
+    const DiscLayout layout(discs);
+    for (const double theta : {20.0, 30.0, 40.0, 60.0, 80.0}) {
+        const Colour seen = png.At(layout.Direction(discs.view, 0, theta * kDegree, 200 * kDegree));
+        EXPECT_EQ(Difference(seen, ColourAt(discs.colours, 0.0)) > kPixel, theta == 40.0 || theta == 80.0)
+            << theta;
     }
 }
 
