@@ -66,9 +66,11 @@ ClusterRequest ReadClusterRequest(RecipeTable& section, const RecipeFolder& plac
     const bool isParaboloid = section.Word("shape", {"hemisphere", "paraboloid"}) == "paraboloid";
     request.shape = isParaboloid ? ClusterShape::Paraboloid : ClusterShape::Hemisphere;
     request.size_A = section.NotNegative("radius", RecipeUnit::kAngstrom, 0.0);
-    const std::vector<int> atoms = Integers(section, "atoms");
-    if (!atoms.empty()) request.atoms = atoms[0];
-    if (!atoms.empty() && request.size_A != 0.0) section.Fail("atoms", "give atoms or radius, not both");
+    const auto atoms = section.Integer("atoms");
+    if (atoms && (*atoms < 2 || *atoms > kMostAtoms))
+        section.Fail("atoms", "has to lie between 2 and " + std::to_string(kMostAtoms));
+    if (atoms) request.atoms = static_cast<int>(*atoms);
+    if (atoms && request.size_A != 0.0) section.Fail("atoms", "give atoms or radius, not both");
     request.debye_K = NamedNumbers(section, "debye", RecipeUnit::kKelvin);
     request.temperature_K = section.NotNegative("temperature", RecipeUnit::kKelvin, request.temperature_K);
     request.weightTable = ProgramFile("AtomicWeight.txt");

@@ -1,5 +1,6 @@
 #include "recipe/RecipePictures.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <filesystem>
 #include <set>
@@ -56,6 +57,9 @@ RecipePicture ReadPicture(RecipeTable& section) {
 void CheckResultName(const RecipeTable& section, const std::string& key, const std::string& name) {
     if (std::filesystem::path(name).has_parent_path())
         section.Fail(key, "has to be a name without a folder; pictures go into the result folder");
+    const auto isControl = [](unsigned char c) { return c < 0x20 || c == 0x7f; };
+    if (std::any_of(name.begin(), name.end(), isControl)) section.Fail(key, "holds a control character");
+    if (name.starts_with('.')) section.Fail(key, "may not begin with a dot: the file would be hidden");
 }
 
 std::vector<RecipePicture> ReadPictures(RecipeTable& recipe) {

@@ -5,6 +5,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <variant>
 #include <vector>
 
 #include <toml++/toml.h>
@@ -19,6 +20,8 @@ enum class RecipeUnit : std::uint8_t { kNone, kElectronVolt, kAngstrom, kDegree,
 /// what was expected, and so does a key that nobody asked for. The TOML table is not owned.
 class RecipeTable {
 public:
+    using Scalar = std::variant<std::int64_t, double, std::string>;
+
     /// `place` names the table in messages; null stands for a table that is absent and has no keys.
     RecipeTable(const toml::table* table, std::string place);
 
@@ -37,6 +40,7 @@ public:
     /// One of the words; the first is the fallback.
     std::string Word(const std::string& key, const std::vector<std::string>& words);
     std::vector<std::string> Texts(const std::string& key);  ///< a list, or one text
+    std::vector<Scalar> Scalars(const std::string& key);     ///< a list of numbers and texts
     bool Flag(const std::string& key, bool fallback);
     RecipeTable Section(const std::string& key);
     std::vector<RecipeTable> Sections(const std::string& key);  ///< an array of tables, or one table
@@ -60,6 +64,7 @@ public:
 
 private:
     const toml::node* Find(const std::string& key);
+    void RefuseList(const std::string& key, const toml::node& node) const;
     double NumberOf(const std::string& key, const toml::node& node, RecipeUnit unit) const;
 
     const toml::table* table_;

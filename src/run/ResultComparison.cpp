@@ -1,0 +1,84 @@
+#include "run/ResultComparison.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "foundation/ReplacedFile.h"
+#include "foundation/Text.h"
+#include "report/picture/ComparisonOutput.h"
+#include "report/picture/LinePlot.h"
+#include "run/RunProgress.h"
+
+namespace {
+
+struct ComparedResult {
+    const RunResult* result;
+    CompareResult compared;
+};
+
+std::string ResultLine(const ComparedResult& one) {
+    const Agreement& a = one.compared.agreement;
+    return fmt::format("{:<24} R {:.4f}  scaled {:.4f} (by {:.3g})  correlation {:.4f}  rotation {:g}",
+                       one.result->label.empty() ? "comparison" : one.result->label, a.R, a.scaledR, a.scale,
+                       a.correlation, one.compared.rotation);
+}
+
+std::string ScanTable(const std::string& name, const std::vector<ComparedResult>& results) {
+    std::string text = name + ",R,R scaled,scale,correlation,rotation\n";
+    for (const ComparedResult& one : results) {
+        const Agreement& a = one.compared.agreement;
+        for (const double number : {one.result->scanned, a.R, a.scaledR, a.scale, a.correlation})
+            text.append(DoubleToText(number)).append(",");
+        text.append(DoubleToText(one.compared.rotation)).append("\n");
+    }
+    return text;
+}
+
+void DrawScan(const std::string& name, const std::vector<ComparedResult>& results, const std::string& path) {
+    Curve plain{"R", {}, {}};
+    Curve scaled{"R scaled", {}, {}};
+    for (const ComparedResult& one : results) {
+        plain.x.push_back(one.result->scanned);
+        plain.y.push_back(one.compared.agreement.R);
+        scaled.y.push_back(one.compared.agreement.scaledR);
+    }
+    scaled.x = plain.x;
+    LineAxes axes;
+    axes.xLabel = name;
+    axes.yLabel = "reliability factor R";
+    axes.markers = true;
+    DrawLines({plain, scaled}, axes, path);
+}
+
+void TellScan(const std::string& name, const std::vector<ComparedResult>& results, const ResultFolder& folder,
+              RunLog& log) {
+    WriteWholeFile(folder.Path("scan.csv"), ScanTable(name, results));
+    DrawScan(name, results, folder.Path("scan.png"));
+    const auto best = std::min_element(results.begin(), results.end(), [](const auto& a, const auto& b) {
+        return a.compared.agreement.R < b.compared.agreement.R;
+    });
+    log.Line(fmt::format("{} = {} has the least R; table scan.csv, plot scan.png", name,
+                         DoubleToText(best->result->scanned)));
+}
+
+}  // namespace
+
+void CompareResults(const RunPlan& plan, ResultFolder& folder, RunLog& log) {
+    CompareRequest request = plan.comparison.request;
+    if (request.measured.empty()) return;
+    const std::string& difference = plan.comparison.difference;
+    std::vector<ComparedResult> results;
+    for (const RunResult& result : plan.results) {
+        InterruptRequest::ThrowIfPending();
+        request.second.image = folder.Path(result.image);
+        // The measured points have no I0: the same background is taken from both then.
+        if (!request.background) request.second.i0 = folder.Path(result.directImage);
+        results.push_back({&result, ComparePatterns(request)});
+        log.Line(ResultLine(results.back()));
+        if (!difference.empty())
+            WriteDifference(results.back().compared, folder.Path(result.FileName(difference)));
+    }
+    if (!plan.scannedName.empty()) TellScan(plan.scannedName, results, folder, log);
+    folder.Remember({"comparison", {}, ComparisonOutputs(plan), {}});
+}
