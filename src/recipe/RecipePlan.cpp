@@ -12,6 +12,7 @@
 #include "recipe/RecipeInputs.h"
 #include "recipe/RecipePictures.h"
 #include "recipe/RecipeSettings.h"
+#include "run/Fingerprint.h"
 #include "run/RunChecks.h"
 #include "run/RunStages.h"
 #include "run/SummedImages.h"
@@ -68,12 +69,12 @@ std::string ShippedTables() {
 /// Makes the plan of one recipe.
 class Planner {
 public:
-    Planner(std::string recipePath, RecipeRunOptions options)
+    Planner(std::string recipePath, RecipeOptions options)
         : recipePath_(std::move(recipePath)),
           place_{fs::path(recipePath_).parent_path().string()},
           options_(std::move(options)) {}
 
-    RecipePlan Plan();
+    RunPlan Plan();
 
 private:
     void AddGroup(const RecipeGroup& group);
@@ -89,24 +90,28 @@ private:
     std::string InFolder(const std::string& name) const { return options_.folder + "/" + name; }
     std::string KeyOf(const RecipeCase& one, const std::string& name, const Sections& sections) const;
     void ReadGeneral(const RecipeCase& one);
+    std::string NothingCompared(bool hasSettings) const;
 
     std::string recipePath_;
     RecipeFolder place_;
-    RecipeRunOptions options_;
+    RecipeOptions options_;
     std::string tables_ = ShippedTables();        // part of every key
     std::map<std::string, std::string> writers_;  // key of the step that writes a file, by its name
     bool isSummed_ = true;
     std::vector<RecipePicture> pictures_;
-    RecipePlan plan_;
+    RunPlan plan_;
 };
 
-RecipePlan Planner::Plan() {
-    const std::vector<RecipeGroup> groups = ExpandRecipe(recipePath_);
+RunPlan Planner::Plan() {
+    const std::string text = ReadRecipe(recipePath_);
+    const std::vector<RecipeGroup> groups = ExpandRecipe(text, recipePath_);
+    plan_.origin = "recipe " + recipePath_ + "\n" + text;
+    plan_.folder = options_.folder;
     ReadGeneral(groups.front().cases.front());
     for (const RecipeGroup& group : groups) AddGroup(group);
+    ClaimComparison();
     for (const RunResult& result : plan_.results)
         for (const RecipePicture& picture : pictures_) AddPicture(result, picture);
-    ClaimComparison();
     return std::move(plan_);
 }
 
@@ -115,11 +120,24 @@ void Planner::ReadGeneral(const RecipeCase& one) {
     plan_.title = recipe.Text("title", fs::path(recipePath_).stem().string());
     isSummed_ = recipe.Word("series", {"sum", "apart"}) == "sum";
     plan_.scannedName = recipe.Section("scan").Text("vary", "");
-    plan_.comparison = ReadCompareSection(recipe.Section("compare"), place_, options_.measuredFile);
+    RecipeTable compare = recipe.Section("compare");
+    plan_.comparison = ReadCompareSection(compare, place_, options_.measuredFile);
+    if (plan_.comparison.request.measured.empty()) plan_.remarks = NothingCompared(compare.Exists());
     for (const char* section : {"cluster", "emission", "phases", "thermal", "scattering", "image"})
         recipe.Section(section);
     pictures_ = ReadPictures(recipe);
     recipe.RefuseUnread();
+}
+
+/// A section or a scan without a measurement does less than its writer may expect.
+std::string Planner::NothingCompared(bool hasSettings) const {
+    if (hasSettings)
+        return "note: [compare] names no measured pattern (nor does --compare): nothing is compared";
+    if (!plan_.scannedName.empty())
+        return "note: a scan without a measured pattern tells no reliability factors: give [compare] "
+               "measured, "
+               "or --compare";
+    return {};
 }
 
 void Planner::AddGroup(const RecipeGroup& group) {
@@ -164,13 +182,8 @@ bool Planner::Claim(const std::string& output, const std::string& key) {
     return isNew;
 }
 
-/// What CompareResults writes.
 void Planner::ClaimComparison() {
-    if (plan_.comparison.request.measured.empty()) return;
-    if (!plan_.scannedName.empty()) Claim("scan.png", "scan");
-    if (plan_.comparison.difference.empty()) return;
-    for (const RunResult& result : plan_.results)
-        Claim(result.FileName(plan_.comparison.difference), "difference " + result.key);
+    for (const std::string& name : ComparisonOutputs(plan_)) Claim(name, "comparison " + name);
 }
 
 /// Adds the step that makes one file of a case and returns the file's path.
@@ -269,12 +282,6 @@ void Planner::AddPicture(const RunResult& result, const RecipePicture& picture) 
 
 }  // namespace
 
-std::string RunResult::FileName(const std::string& name) const {
-    if (label.empty()) return name;
-    const fs::path file = name;
-    return file.stem().string() + "_" + label + file.extension().string();
-}
-
-RecipePlan PlanRecipe(const std::string& recipePath, const RecipeRunOptions& options) {
+RunPlan PlanRecipe(const std::string& recipePath, const RecipeOptions& options) {
     return Planner(recipePath, options).Plan();
 }

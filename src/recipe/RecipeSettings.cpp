@@ -71,9 +71,9 @@ ImageRequest ReadImageSection(RecipeTable section) {
     return request;
 }
 
-RecipeComparison ReadCompareSection(RecipeTable section, const RecipeFolder& place,
-                                    const std::string& measuredFile) {
-    RecipeComparison comparison;
+RunComparison ReadCompareSection(RecipeTable section, const RecipeFolder& place,
+                                 const std::string& measuredFile) {
+    RunComparison comparison;
     CompareRequest& request = comparison.request;
     const std::string file = section.Text("measured", "");
     request.measured = !measuredFile.empty() ? measuredFile : file.empty() ? file : place.Path(file);

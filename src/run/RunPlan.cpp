@@ -19,6 +19,7 @@ std::vector<std::string> ComparisonOutputs(const RunPlan& plan) {
 
 std::vector<std::string> OutputsOf(const RunPlan& plan) {
     std::vector<std::string> names = ComparisonOutputs(plan);
-    for (const RunStep& step : plan.steps) names.insert(names.end(), step.outputs.begin(), step.outputs.end());
+    for (const RunStep& step : plan.steps)
+        names.insert(names.end(), step.outputs.begin(), step.outputs.end());
     return names;
 }

@@ -36,9 +36,9 @@ struct RunComparison {
 /// several calculations share, such as the scattered wave under two temperatures, stands there once.
 struct RunPlan {
     std::string title;
-    std::string origin;   ///< where the plan comes from, for the log
-    std::string remarks;  ///< what the user should know before it starts, in lines
-    std::string folder;   ///< of the results
+    std::string origin;       ///< where the plan comes from, for the log
+    std::string remarks;      ///< what the user should know before it starts, in lines
+    std::string folder;       ///< of the results
     std::string scannedName;  ///< "thermal.temperature"; empty without a scan
     std::vector<RunStep> steps;
     std::vector<RunResult> results;
