@@ -57,15 +57,14 @@ ClusterRequest ReadClusterRequest(RecipeTable& section, const RecipeFolder& plac
     const std::vector<int> surface = Integers(section, "surface");
     if (!surface.empty() && surface.size() != 3) section.Fail("surface", "has to be a list h, k, l");
     if (!surface.empty()) request.surface = {surface[0], surface[1], surface[2]};
-    request.azimuth_deg = section.Number("azimuth", RecipeUnit::kDegree, 0.0);
+    request.azimuth_deg = section.Number("azimuth", RecipeUnit::kDegree, request.azimuth_deg);
     if (section.Has("domains")) request.domains_deg = section.Numbers("domains", RecipeUnit::kDegree);
     request.emitter = section.Text("emitter", "");
     request.sites = Integers(section, "sites");
     if (section.Has("emitter-layer")) request.layers = Integers(section, "emitter-layer");
     request.top = section.Text("top", "");
-    const bool isParaboloid = section.Word("shape", {"hemisphere", "paraboloid"}) == "paraboloid";
-    request.shape = isParaboloid ? ClusterShape::Paraboloid : ClusterShape::Hemisphere;
-    request.size_A = section.NotNegative("radius", RecipeUnit::kAngstrom, 0.0);
+    request.shape = section.Word("shape", request.shape);
+    request.size_A = section.NotNegative("radius", RecipeUnit::kAngstrom, request.size_A);
     const auto atoms = section.Integer("atoms");
     if (atoms && (*atoms < 2 || *atoms > kMostAtoms))
         section.Fail("atoms", "has to lie between 2 and " + std::to_string(kMostAtoms));
@@ -76,12 +75,6 @@ ClusterRequest ReadClusterRequest(RecipeTable& section, const RecipeFolder& plac
     request.weightTable = ProgramFile("AtomicWeight.txt");
     section.RefuseUnread();
     return request;
-}
-
-VibrationModel ReadModel(RecipeTable& section) {
-    const std::string word = section.Word("model", {"debye", "einstein", "cluster"});
-    if (word == "einstein") return VibrationModel::Einstein;
-    return word == "debye" ? VibrationModel::Debye : VibrationModel::Cluster;
 }
 
 std::string ClusterRemark(const MadeCluster& made) {
@@ -132,9 +125,7 @@ FileMaker ReadClusterSection(RecipeTable section, const RecipeFolder& place) {
 PhaseShiftRequest ReadPhaseShiftRequest(RecipeTable section) {
     PhaseShiftRequest request;
     if (section.Has("file")) return request;
-    const std::string exchange = section.Word("exchange", {"furness", "slater", "none"});
-    if (exchange == "slater") request.exchange = ExchangeKind::kSlater;
-    if (exchange == "none") request.exchange = ExchangeKind::kNone;
+    request.exchange = section.Word("exchange", request.exchange);
     if (section.Flag("relativistic", false)) request.equation = RadialEquation::kScalarRelativistic;
     request.radius_angstrom = NamedNumbers(section, "radius", RecipeUnit::kAngstrom);
     request.zero_eV = section.Number("zero", RecipeUnit::kElectronVolt);
@@ -167,7 +158,7 @@ FileMaker ReadThermalSection(RecipeTable section, const RecipeFolder& place, con
     if (section.Has("file")) return CopyOfFile(section, place);
     VibrationRequest request;
     request.temperature_K = section.NotNegative("temperature", RecipeUnit::kKelvin, request.temperature_K);
-    request.model = ReadModel(section);
+    request.model = section.Word("model", request.model);
     request.debyeTemperature_K = NamedNumbers(section, "debye", RecipeUnit::kKelvin);
     section.RefuseUnread();
     return [=](const std::string& output) {

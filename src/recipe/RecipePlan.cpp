@@ -118,7 +118,7 @@ RunPlan Planner::Plan() {
 void Planner::ReadGeneral(const RecipeCase& one) {
     RecipeTable recipe(&one.settings, "recipe");
     plan_.title = recipe.Text("title", fs::path(recipePath_).stem().string());
-    isSummed_ = recipe.Word("series", {"sum", "apart"}) == "sum";
+    isSummed_ = recipe.OneOf("series", {"sum", "apart"}).value_or("sum") == "sum";
     plan_.scannedName = recipe.Section("scan").Text("vary", "");
     RecipeTable compare = recipe.Section("compare");
     plan_.comparison = ReadCompareSection(compare, place_, options_.measuredFile);

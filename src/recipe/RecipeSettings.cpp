@@ -52,16 +52,15 @@ void CompleteBackground(CompareRequest& request) {
 }  // namespace
 
 ZfScatteringMethod ReadMethod(RecipeTable section) {
-    const std::string word = section.Word("method", {"MULTI", "SLOWMULTI", "SINGLE"});
+    const ZfScatteringMethod method = section.Word("method", ScatteringRequest().method);
     section.RefuseUnread();
-    if (word == "SINGLE") return kSingle;
-    return word == "MULTI" ? kMulti : kSlowMulti;
+    return method;
 }
 
 ImageRequest ReadImageSection(RecipeTable section) {
     ImageRequest request;
-    request.isCylindrical = section.Word("map", {"AE", "EC"}) == "EC";
-    request.resolution = section.Number("resolution", RecipeUnit::kDegree, 1.0);
+    request.isCylindrical = section.OneOf("map", {"AE", "EC"}).value_or("AE") == "EC";
+    request.resolution = section.Number("resolution", RecipeUnit::kDegree, request.resolution);
     if (!(request.resolution >= 0.05 && request.resolution <= 10.0))
         section.Fail("resolution", "has to lie between 0.05 and 10 degrees");
     request.meanFreePath = Length(section, "mean-free-path");
@@ -79,7 +78,7 @@ RunComparison ReadCompareSection(RecipeTable section, const RecipeFolder& place,
     request.measured = !measuredFile.empty() ? measuredFile : file.empty() ? file : place.Path(file);
     ReadPolarRange(section, request);
     ReadBackground(section, request);
-    request.rotate = section.Flag("rotate", false);
+    request.rotate = section.Flag("rotate", request.rotate);
     comparison.difference = ReadDifference(section);
     section.RefuseUnread();
     if (request.measured.empty()) return comparison;

@@ -191,10 +191,10 @@ std::string RecipeTable::Text(const std::string& key, const std::string& fallbac
     return Text(key).value_or(fallback);
 }
 
-std::string RecipeTable::Word(const std::string& key, const std::vector<std::string>& words) {
-    std::string word = Text(key, words.front());
-    if (std::find(words.begin(), words.end(), word) == words.end())
-        Fail(key, "\"" + word + "\" is none of " + Join(words));
+std::optional<std::string> RecipeTable::OneOf(const std::string& key, const std::vector<std::string>& words) {
+    std::optional<std::string> word = Text(key);
+    if (word && std::find(words.begin(), words.end(), *word) == words.end())
+        Fail(key, "\"" + *word + "\" is none of " + Join(words));
     return word;
 }
 

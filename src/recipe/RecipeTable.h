@@ -10,6 +10,7 @@
 
 #include <toml++/toml.h>
 
+#include "foundation/Words.h"
 #include "foundation/ZfError.h"
 
 /// What a number of a recipe measures. A plain number is in the unit named here; a text may carry another one
@@ -37,8 +38,17 @@ public:
     std::optional<std::array<double, 3>> Vector(const std::string& key);
     std::optional<std::string> Text(const std::string& key);
     std::string Text(const std::string& key, const std::string& fallback);
-    /// One of the words; the first is the fallback.
-    std::string Word(const std::string& key, const std::vector<std::string>& words);
+    /// The value of one of the words of an enumeration.
+    template <class Enumeration>
+    std::optional<Enumeration> Word(const std::string& key) {
+        const std::optional<std::string> word = OneOf(key, WordsOf<Enumeration>());
+        return word ? ValueOfWord<Enumeration>(*word) : std::nullopt;
+    }
+    template <class Enumeration>
+    Enumeration Word(const std::string& key, Enumeration fallback) {
+        return Word<Enumeration>(key).value_or(fallback);
+    }
+    std::optional<std::string> OneOf(const std::string& key, const std::vector<std::string>& words);
     std::vector<std::string> Texts(const std::string& key);  ///< a list, or one text
     std::vector<Scalar> Scalars(const std::string& key);     ///< a list of numbers and texts
     bool Flag(const std::string& key, bool fallback);
