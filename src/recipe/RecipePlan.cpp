@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <sstream>
 #include <utility>
 
+#include "foundation/FileReading.h"
 #include "foundation/ProgramFile.h"
 #include "foundation/ZfError.h"
 #include "recipe/RecipeCases.h"
@@ -13,6 +15,7 @@
 #include "recipe/RecipePictures.h"
 #include "recipe/RecipeSettings.h"
 #include "run/Fingerprint.h"
+#include "run/InputFiles.h"
 #include "run/RunChecks.h"
 #include "run/RunStages.h"
 #include "run/SummedImages.h"
@@ -30,6 +33,9 @@ const Sections kPhases = {"cluster", "emission", "phases"};
 const Sections kFluctuation = {"cluster", "thermal"};
 const Sections kScattering = {"cluster", "emission", "phases", "scattering"};
 const Sections kImages = {"cluster", "emission", "phases", "scattering", "thermal", "image"};
+
+/// Writes one file of the run and returns what the user should know of it, in lines.
+using FileMaker = std::function<std::string(const std::string& output)>;
 
 /// One of the files of a calculation.
 struct FileKind {
@@ -51,12 +57,6 @@ std::string SuffixOf(const RecipeCase& one, const Sections& sections) {
     return suffix;
 }
 
-/// The extension that a ready file brings along.
-std::string ClusterExtension(RecipeTable cluster) {
-    const std::string file = cluster.Text("file", "");
-    return file.empty() ? ".xyz" : fs::path(file).extension().string();
-}
-
 /// Fingerprints of the tables that the program reads.
 std::string ShippedTables() {
     std::string text;
@@ -64,6 +64,23 @@ std::string ShippedTables() {
          {"AtomicWeight.txt", "binding_energies.csv", "debye_temperatures.csv", "screening_dhfs.csv"})
         text += FingerprintOfFile(ProgramFile(name)) + "\n";
     return text;
+}
+
+FileMaker Copy(const std::string& path) {
+    return [path](const std::string& output) { return CopyReadyFile(path, output); };
+}
+
+/// Loads a ready file, as a run will; what is wrong with it is told at the key that names it.
+template <class Document>
+Document LoadReady(const RecipeTable& section, const std::string& path,
+                   void (*load)(Document&, const std::string&)) {
+    return section.Made("file", [&] {
+        return Naming(path, [&] {
+            Document document;
+            load(document, path);
+            return document;
+        });
+    });
 }
 
 /// Makes the plan of one recipe.
@@ -80,8 +97,13 @@ private:
     void AddGroup(const RecipeGroup& group);
     void AddPicture(const RunResult& result, const RecipePicture& picture);
     RunResult AddCase(const RecipeCase& one);
-    ScatteringRequest AddInputs(const RecipeCase& one);
     RunResult AddImages(const RecipeCase& one, const ImageRequest& request);
+    ClusterFacts AddCluster(const RecipeCase& one, ScatteringRequest& files);
+    void AddWaves(const RecipeCase& one, const PhaseShiftRequest& crystal, const ClusterFacts& facts,
+                  ScatteringRequest& files);
+    void AddWavesAndPhases(const RecipeCase& one, const ClusterFacts& facts, ScatteringRequest& files);
+    std::string AddFluctuation(const RecipeCase& one, const ClusterFacts& facts,
+                               const std::string& clusterFile);
     std::string AddFile(const RecipeCase& one, const FileKind& kind, const FileMaker& maker);
     RunResult AddSum(const std::vector<RunResult>& members, const RecipeGroup& group);
     void AddStep(RunStep step);
@@ -194,31 +216,78 @@ std::string Planner::AddFile(const RecipeCase& one, const FileKind& kind, const 
     return path;
 }
 
-ScatteringRequest Planner::AddInputs(const RecipeCase& one) {
-    RecipeTable recipe(&one.settings, "recipe");
-    RecipeTable clusterSection = recipe.Section("cluster");
-    const PhaseShiftRequest crystal = ReadPhaseShiftRequest(recipe.Section("phases"));
-    ScatteringRequest files;
-    files.clusterFile = AddFile(one, {"cluster", "cluster", ClusterExtension(clusterSection), kCluster},
-                                ReadClusterSection(clusterSection, place_));
-    files.wavesFile =
-        AddFile(one, {"emission", "emitter", ".xml_emt", kWaves},
-                ReadEmissionSection(recipe.Section("emission"), place_, crystal, files.clusterFile));
+ClusterFacts Planner::AddCluster(const RecipeCase& one, ScatteringRequest& files) {
+    RecipeTable section = RecipeTable(&one.settings, "recipe").Section("cluster");
+    if (const auto ready = ReadReadyFile(section, place_)) {
+        const ZfCluster cluster = LoadReady<ZfCluster>(section, *ready, ZfLoadCluster);
+        const std::string extension = fs::path(*ready).extension().string();
+        files.clusterFile = AddFile(one, {"cluster", "cluster", extension, kCluster}, Copy(*ready));
+        return section.Made("file", [&] { return FactsOf(cluster); });
+    }
+    const ClusterRequest request = ReadClusterRequest(section, place_);
+    files.clusterFile = AddFile(one, {"cluster", "cluster", ".xyz", kCluster},
+                                [=](const std::string& output) { return MakeClusterFile(request, output); });
+    return FactsOf(request);
+}
+
+void Planner::AddWaves(const RecipeCase& one, const PhaseShiftRequest& crystal, const ClusterFacts& facts,
+                       ScatteringRequest& files) {
+    RecipeTable section = RecipeTable(&one.settings, "recipe").Section("emission");
+    FileMaker maker;
+    if (const auto ready = ReadReadyFile(section, place_)) {
+        LoadReady<std::vector<ZfEmittedWave>>(section, *ready, ZfLoadEmittedWave);
+        maker = Copy(*ready);
+    } else {
+        maker = [request = ReadWavesRequest(section, facts), crystal, cluster = files.clusterFile](
+                    const std::string& output) { return MakeWavesFile(request, crystal, cluster, output); };
+    }
+    files.wavesFile = AddFile(one, {"emission", "emitter", ".xml_emt", kWaves}, maker);
+}
+
+/// The waves follow the settings of the phase shifts; those of a ready file are not known and stay the usual
+/// ones.
+void Planner::AddWavesAndPhases(const RecipeCase& one, const ClusterFacts& facts, ScatteringRequest& files) {
+    RecipeTable section = RecipeTable(&one.settings, "recipe").Section("phases");
+    const FileKind kind = {"phases", "phaseshift", ".xml_ph", kPhases};
+    if (const auto ready = ReadReadyFile(section, place_)) {
+        LoadReady<ZfPhaseShiftDocument>(section, *ready, ZfLoadPhaseShift);
+        AddWaves(one, {}, facts, files);
+        files.phaseShiftFile = AddFile(one, kind, Copy(*ready));
+        return;
+    }
+    const PhaseShiftRequest request = ReadPhaseShiftRequest(section, facts);
+    AddWaves(one, request, facts, files);
     files.phaseShiftFile =
-        AddFile(one, {"phases", "phaseshift", ".xml_ph", kPhases},
-                ReadPhasesSection(recipe.Section("phases"), place_, files.clusterFile, files.wavesFile));
-    files.method = ReadMethod(recipe.Section("scattering"));
-    return files;
+        AddFile(one, kind,
+                [request, cluster = files.clusterFile, waves = files.wavesFile](const std::string& output) {
+                    return MakePhaseShiftFile(request, cluster, waves, output);
+                });
+}
+
+std::string Planner::AddFluctuation(const RecipeCase& one, const ClusterFacts& facts,
+                                    const std::string& clusterFile) {
+    RecipeTable section = RecipeTable(&one.settings, "recipe").Section("thermal");
+    FileMaker maker;
+    if (const auto ready = ReadReadyFile(section, place_)) {
+        LoadReady<ZfFluctuation>(section, *ready, ZfLoadFluctuation);
+        maker = Copy(*ready);
+    } else {
+        maker = [request = ReadVibrationRequest(section, facts), clusterFile](const std::string& output) {
+            return MakeFluctuationFile(request, clusterFile, output);
+        };
+    }
+    return AddFile(one, {"thermal", "fluctuation", ".xml_flu", kFluctuation}, maker);
 }
 
 RunResult Planner::AddCase(const RecipeCase& one) {
     RecipeTable recipe(&one.settings, "recipe");
-    const ScatteringRequest inputs = AddInputs(one);
+    ScatteringRequest inputs;
+    const ClusterFacts facts = AddCluster(one, inputs);
+    AddWavesAndPhases(one, facts, inputs);
+    inputs.method = ReadMethod(recipe.Section("scattering"));
     ImageRequest images = ReadImageSection(recipe.Section("image"));
     images.atomicWeightFile = ProgramFile("AtomicWeight.txt");
-    images.fluctuationFile =
-        AddFile(one, {"thermal", "fluctuation", ".xml_flu", kFluctuation},
-                ReadThermalSection(recipe.Section("thermal"), place_, inputs.clusterFile));
+    images.fluctuationFile = AddFluctuation(one, facts, inputs.clusterFile);
     AddFile(one, {"checks", "checks", ".txt", kImages}, [=](const std::string& output) {
         return CheckRun(inputs, images.fluctuationFile, images.atomicWeightFile, output);
     });

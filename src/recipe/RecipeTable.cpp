@@ -118,7 +118,7 @@ void RecipeTable::Fail(const std::string& key, const std::string& message) const
     if (node && node->source().begin.line > 0) where += " line " + std::to_string(node->source().begin.line);
     if (!where.empty()) where += ": ";
     where += place_;
-    throw ZfError(where + " " + key + ": " + message);
+    throw ZfError(where + (key.empty() ? "" : " " + key) + ": " + message);
 }
 
 double RecipeTable::NumberOf(const std::string& key, const toml::node& node, RecipeUnit unit) const {
@@ -160,6 +160,13 @@ std::optional<std::int64_t> RecipeTable::Integer(const std::string& key) {
     RefuseList(key, *node);
     if (!node->is_integer()) Fail(key, "has to be a whole number");
     return node->value<std::int64_t>();
+}
+
+std::int32_t RecipeTable::Count(const std::string& key, std::int32_t fallback) {
+    constexpr std::int64_t kMost = 1000000000;
+    const std::int64_t count = Integer(key).value_or(fallback);
+    if (std::abs(count) > kMost) Fail(key, "is too large");
+    return static_cast<std::int32_t>(count);
 }
 
 std::vector<double> RecipeTable::Numbers(const std::string& key, RecipeUnit unit) {

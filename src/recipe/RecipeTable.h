@@ -34,6 +34,7 @@ public:
     double Number(const std::string& key, RecipeUnit unit, double fallback);
     double NotNegative(const std::string& key, RecipeUnit unit, double fallback);
     std::optional<std::int64_t> Integer(const std::string& key);
+    std::int32_t Count(const std::string& key, std::int32_t fallback);     ///< of moderate size
     std::vector<double> Numbers(const std::string& key, RecipeUnit unit);  ///< a list, or one number
     std::optional<std::array<double, 3>> Vector(const std::string& key);
     std::optional<std::string> Text(const std::string& key);
@@ -70,6 +71,11 @@ public:
         } catch (const ZfError& error) {
             Fail(key, error.message);
         }
+    }
+    /// Runs a check of several keys; its ZfError becomes one at the line of the table.
+    template <class Action>
+    void Check(const Action& action) const {
+        Made("", action);
     }
 
 private:

@@ -29,8 +29,8 @@ TEST(ResultFolder, OneRunWorksInItAndClearsWhatAKilledOneLeft) {
     const TempFolder temp;
     std::string left;
     {
-        const ReplacedFile interrupted(temp.Path("pattern.xml_img"));
-        left = std::filesystem::path(interrupted.TemporaryPath()).filename().string();
+        ReplacedFile interrupted(temp.Path("pattern.xml_img"));
+        interrupted.Write([&](const std::filesystem::path& path) { left = path.filename().string(); });
     }
     std::filesystem::create_directories(temp.Path("results/.cache.1.d"));
     for (const std::string& name : {left, std::string(".notes.2024.txt"), std::string("pattern.xml_img")})
