@@ -11,9 +11,7 @@
 namespace {
 
 std::int32_t ScatteringMethod(std::string_view name) {
-    if (name == "MULTI") return kMulti;
-    if (name == "SINGLE") return kSingle;
-    if (name == "SLOWMULTI") return kSlowMulti;
+    if (const auto method = ValueOfWord<ZfScatteringMethod>(name)) return *method;
     throw ZfError("Multiple scattering calculation method is not correct.");
 }
 

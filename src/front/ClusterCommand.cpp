@@ -84,10 +84,8 @@ void AddEmitterOptions(CLI::App& command, ClusterOptions& options) {
 
 void AddShapeOptions(CLI::App& command, ClusterOptions& options) {
     ClusterRequest& request = options.request;
-    const std::map<std::string, ClusterShape> shapes = {{"hemisphere", ClusterShape::Hemisphere},
-                                                        {"paraboloid", ClusterShape::Paraboloid}};
     command.add_option("--shape", request.shape, "hemisphere (default) or paraboloid")
-        ->transform(Enumerator(shapes))
+        ->transform(WordOf<ClusterShape>())
         ->option_text("NAME");
     CLI::Option* radius =
         command

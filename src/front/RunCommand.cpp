@@ -4,7 +4,8 @@
 #include <string>
 
 #include "front/Commands.h"
-#include "recipe/RecipeRun.h"
+#include "recipe/RecipePlan.h"
+#include "run/CarryOut.h"
 
 namespace {
 
@@ -19,13 +20,14 @@ constexpr const char* kExamples =
 
 struct RunOptions {
     std::string recipe;
-    RecipeRunOptions run;
+    RecipeOptions plan;
+    bool repeatsAll = false;  // the steps that are done too
 };
 
 void Run(const RunOptions& options) {
-    RecipeRunOptions run = options.run;
-    if (run.folder.empty()) run.folder = std::filesystem::path(options.recipe).stem().string() + "-results";
-    RunRecipe(options.recipe, run);
+    RecipeOptions plan = options.plan;
+    if (plan.folder.empty()) plan.folder = std::filesystem::path(options.recipe).stem().string() + "-results";
+    CarryOut(PlanRecipe(options.recipe, plan), options.repeatsAll);
 }
 
 }  // namespace
@@ -35,14 +37,14 @@ void AddRunCommand(CLI::App& program) {
     const auto options = std::make_shared<RunOptions>();
     command->add_option("RECIPE", options->recipe, "Recipe (.toml)")->required()->type_name("FILE");
     command
-        ->add_option("-o,--output", options->run.folder,
+        ->add_option("-o,--output", options->plan.folder,
                      "Folder of the results; default: the recipe's name with -results, here")
         ->type_name("FOLDER");
     command
-        ->add_option("--compare", options->run.measuredFile,
+        ->add_option("--compare", options->plan.measuredFile,
                      "Measured pattern (CSV of theta, phi, intensity) to compare the result with")
         ->type_name("FILE");
-    command->add_flag("--repeat", options->run.repeatsAll, "Repeat the steps that are done too");
+    command->add_flag("--repeat", options->repeatsAll, "Repeat the steps that are done too");
     command->footer(kExamples);
     command->callback([options] { Run(*options); });
 }

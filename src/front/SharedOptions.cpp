@@ -47,15 +47,12 @@ CLI::Validator OneOf(const std::vector<std::string>& names) {
 }
 
 CLI::Option* AddExchange(CLI::App& command, ExchangeKind& exchange, const std::string& purpose) {
-    const std::map<std::string, ExchangeKind> exchanges = {{"furness", ExchangeKind::kFurnessMcCarthy},
-                                                           {"slater", ExchangeKind::kSlater},
-                                                           {"none", ExchangeKind::kNone}};
     return command
         .add_option("--exchange", exchange,
                     "Exchange of the photoelectron: furness (after Furness and McCarthy; default), slater "
                     "or none" +
                         purpose)
-        ->transform(Enumerator(exchanges))
+        ->transform(WordOf<ExchangeKind>())
         ->option_text("NAME");
 }
 

@@ -158,7 +158,7 @@ void AddThermalCommand(CLI::App& program) {
         .add_option("--model", options->model,
                     "Where Uiso comes from: debye (Debye temperature of each element), einstein (one force "
                     "constant, 70 N/m) or cluster (as the cluster file has it)")
-        ->check(OneOf({"debye", "einstein", "cluster"}))
+        ->check(OneOf(WordsOf<VibrationModel>()))
         ->capture_default_str();
     command.add_option("--element", options->elements, "Elements, such as Ga,As")
         ->delimiter(',')

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <csignal>
 #include <string_view>
 
 #include "foundation/PassiveWaiting.h"
@@ -10,5 +11,11 @@ int main(int argc, char** argv) {
     OpenClosedStandardStreams();
     if (argc > 1 && std::count(std::begin(kWithThreads), std::end(kWithThreads), argv[1]) > 0)
         RestartWithPassiveWaiting(argv);
-    return RunProgram(argc, argv);
+    const int status = RunProgram(argc, argv);
+    // A shell that runs several commands goes on to the next unless the signal ends this one.
+    if (status > 128) {
+        std::signal(status - 128, SIG_DFL);
+        std::raise(status - 128);
+    }
+    return status;
 }

@@ -7,15 +7,20 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <filesystem>
 #include <string_view>
+#include <system_error>
 #include <utility>
 #include <variant>
 
+#include "foundation/FileReading.h"
 #include "foundation/Text.h"
 #include "foundation/ZfError.h"
 #include "recipe/RecipeTable.h"
 
 namespace {
+
+constexpr std::size_t kMostCases = 1000;
 
 struct SeriesKey {
     const char* section;
@@ -47,12 +52,7 @@ std::string Label(const std::string& text) {
     return label;
 }
 
-std::string LabelOf(const toml::node& value) {
-    if (value.is_number()) return DoubleToText(value.value<double>().value_or(0.0));
-    return Label(value.value<std::string>().value_or(""));
-}
-
-using Value = std::variant<std::int64_t, double, std::string>;
+using Value = RecipeTable::Scalar;
 
 /// A setting and the one value that it has in a case.
 struct Assignment {
@@ -63,10 +63,11 @@ struct Assignment {
 
 using Assignments = std::vector<Assignment>;
 
-Value ValueOf(const toml::node& node) {
-    if (node.is_integer()) return node.value<std::int64_t>().value_or(0);
-    if (node.is_floating_point()) return node.value<double>().value_or(0.0);
-    return node.value<std::string>().value_or("");
+std::string LabelOf(const Value& value) {
+    if (const auto* text = std::get_if<std::string>(&value)) return Label(*text);
+    if (const auto* whole = std::get_if<std::int64_t>(&value))
+        return DoubleToText(static_cast<double>(*whole));
+    return DoubleToText(std::get<double>(value));
 }
 
 /// A whole number stays one, for the settings that count something.
@@ -75,11 +76,16 @@ Value ValueOf(double number) {
     return number;
 }
 
-toml::table Parse(const std::string& path) {
+struct RecipeText {
+    std::string text;
+    std::string path;
+};
+
+toml::table Parse(const RecipeText& recipe) {
     try {
-        return toml::parse_file(path);
+        return toml::parse(recipe.text, recipe.path);
     } catch (const toml::parse_error& error) {
-        std::string message = path;
+        std::string message = recipe.path;
         if (error.source().begin.line > 0) message += " line " + std::to_string(error.source().begin.line);
         throw ZfError(message + ": " + std::string(error.description()));
     }
@@ -98,8 +104,8 @@ void Assign(toml::table& settings, const Assignment& assignment) {
     std::visit([&](const auto& value) { table->insert_or_assign(key, value); }, assignment.value);
 }
 
-RecipeCase MakeCase(const std::string& path, const Assignments& assignments) {
-    RecipeCase one{Parse(path), {}};
+RecipeCase MakeCase(const RecipeText& text, const Assignments& assignments) {
+    RecipeCase one{Parse(text), {}};
     for (const Assignment& assignment : assignments) {
         Assign(one.settings, assignment);
         if (assignment.varies) one.variations.push_back(assignment.where);
@@ -107,30 +113,41 @@ RecipeCase MakeCase(const std::string& path, const Assignments& assignments) {
     return one;
 }
 
+/// The different values of a list that makes a series.
+std::vector<Value> SeriesValues(RecipeTable& section, const char* key) {
+    std::vector<Value> values = section.Scalars(key);
+    if (values.empty()) section.Fail(key, "the list is empty");
+    for (auto value = values.begin(); value != values.end(); ++value)
+        if (std::find(values.begin(), value, *value) != value)
+            section.Fail(key, LabelOf(*value) + " stands twice in the list");
+    return values;
+}
+
 /// Replaces every member by one for each value of the list at the key, if there is a list.
 void ExpandKey(std::vector<Assignments>& members, const SeriesKey& series, const toml::table& recipe) {
-    const toml::array* list = ListAt(recipe, series);
-    if (!list) return;
-    if (list->empty())
-        throw ZfError("The list " + std::string(series.section) + "." + series.key + " is empty");
+    if (!ListAt(recipe, series)) return;
+    RecipeTable section = RecipeTable(&recipe, "recipe").Section(series.section);
+    const std::vector<Value> values = SeriesValues(section, series.key);
+    if (members.size() * values.size() > kMostCases)
+        section.Fail(series.key, "makes more than 1000 calculations of the recipe");
     std::vector<Assignments> expanded;
     for (const Assignments& member : members) {
-        for (const toml::node& value : *list) {
+        for (const Value& value : values) {
             RecipeVariation where{series.section, series.key, series.before + LabelOf(value)};
-            if (value.is_number()) where.label += series.after;
+            if (!std::holds_alternative<std::string>(value)) where.label += series.after;
             expanded.push_back(member);
-            expanded.back().push_back({std::move(where), ValueOf(value), list->size() > 1});
+            expanded.back().push_back({std::move(where), value, values.size() > 1});
         }
     }
     members = std::move(expanded);
 }
 
-RecipeGroup MakeGroup(const std::string& path, const toml::table& recipe, double scanned,
+RecipeGroup MakeGroup(const RecipeText& text, const toml::table& recipe, double scanned,
                       const Assignments& first) {
     std::vector<Assignments> members = {first};
     for (const SeriesKey& series : kSeriesKeys) ExpandKey(members, series, recipe);
     RecipeGroup group{scanned, {}};
-    for (const Assignments& member : members) group.cases.push_back(MakeCase(path, member));
+    for (const Assignments& member : members) group.cases.push_back(MakeCase(text, member));
     return group;
 }
 
@@ -141,10 +158,10 @@ std::vector<double> ScanValues(RecipeTable& scan) {
     const auto steps = scan.Integer("steps");
     if (!values.empty()) {
         if (from || to || steps) scan.Fail("values", "give either values, or from, to and steps");
+        if (values.size() > kMostCases) scan.Fail("values", "are more than 1000");
         return values;
     }
-    constexpr std::int64_t kMostSteps = 1000;
-    if (!from || !to || !steps || *steps < 2 || *steps > kMostSteps)
+    if (!from || !to || !steps || *steps < 2 || *steps > static_cast<std::int64_t>(kMostCases))
         scan.Fail("vary", "give values, or from, to and steps (2 to 1000)");
     for (std::int64_t i = 0; i < *steps; ++i)
         values.push_back(*from + (*to - *from) * static_cast<double>(i) / static_cast<double>(*steps - 1));
@@ -169,18 +186,34 @@ RecipeVariation ScannedSetting(RecipeTable& scan, const toml::table& recipe) {
 
 }  // namespace
 
-std::vector<RecipeGroup> ExpandRecipe(const std::string& path) {
-    const toml::table recipe = Parse(path);
+std::string ReadRecipe(const std::string& path) {
+    constexpr std::uintmax_t kMostBytes = 16U << 20U;
+    std::error_code failure;
+    if (std::filesystem::is_directory(path, failure))
+        throw ZfError(path + " is a folder, not a recipe: name the recipe's file (.toml)");
+    if (std::filesystem::is_regular_file(path, failure) &&
+        std::filesystem::file_size(path, failure) > kMostBytes)
+        throw ZfError(path + " is too large to be a recipe");
+    return ReadTextFile(path);
+}
+
+std::vector<RecipeGroup> ExpandRecipe(const std::string& text, const std::string& path) {
+    const RecipeText source{text, path};
+    const toml::table recipe = Parse(source);
     RecipeTable scan = RecipeTable(&recipe, "recipe").Section("scan");
     std::vector<RecipeGroup> groups;
     if (!scan.Exists()) {
-        groups.push_back(MakeGroup(path, recipe, 0.0, {}));
+        groups.push_back(MakeGroup(source, recipe, 0.0, {}));
         return groups;
     }
     RecipeVariation where = ScannedSetting(scan, recipe);
+    std::size_t cases = 0;
     for (const double value : ScanValues(scan)) {
         where.label = Label(where.key) + "_" + DoubleToText(value);
-        groups.push_back(MakeGroup(path, recipe, value, {{where, ValueOf(value), true}}));
+        groups.push_back(MakeGroup(source, recipe, value, {{where, ValueOf(value), true}}));
+        cases += groups.back().cases.size();
+        if (cases > kMostCases)
+            scan.Fail("vary", "makes, with the series, more than 1000 calculations of the recipe");
     }
     scan.RefuseUnread();
     return groups;

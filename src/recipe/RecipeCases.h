@@ -29,6 +29,9 @@ struct RecipeGroup {
 /// thermal.temperature, in all combinations, the last one running fastest. The table [scan] names one setting
 /// ("vary"), which is no list, and its values, as a list ("values") or as "from", "to" and "steps".
 ///
-/// Reads the recipe from its file, once for each case, so that every value knows its line. Throws ZfError,
-/// also for a file that is missing or no TOML.
-std::vector<RecipeGroup> ExpandRecipe(const std::string& path);
+/// `text` is the recipe, `path` names it in messages. It is parsed once for each case, so that every value
+/// knows its line. Throws ZfError, also for a text that is no TOML and for more than 1000 cases.
+std::vector<RecipeGroup> ExpandRecipe(const std::string& text, const std::string& path);
+
+/// The text of a recipe. Throws ZfError for a file that is missing or cannot be one.
+std::string ReadRecipe(const std::string& path);

@@ -1,21 +1,16 @@
 #include "recipe/RecipeInputs.h"
 
-#include <cmath>
-#include <cstdint>
-#include <filesystem>
-#include <fstream>
-#include <sstream>
-#include <vector>
+#include <fmt/format.h>
 
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <set>
+
+#include "foundation/FileReading.h"
 #include "foundation/ProgramFile.h"
-#include "foundation/ReplacedFile.h"
-#include "foundation/ZfError.h"
-#include "prepare/cluster/ClusterRequest.h"
-#include "prepare/cluster/ClusterWriting.h"
 #include "prepare/cluster/CrystalSources.h"
-#include "prepare/phases/EnergyList.h"
-#include "prepare/phases/PhaseShifts.h"
-#include "prepare/thermal/Vibrations.h"
+#include "prepare/emission/EmitterField.h"
 
 namespace {
 
@@ -51,127 +46,90 @@ CrystalCell ReadCell(RecipeTable& section, const RecipeFolder& place) {
     return section.Made("preset", [&] { return PresetCell(preset, elements, lattice); });
 }
 
-ClusterRequest ReadClusterRequest(RecipeTable& section, const RecipeFolder& place) {
-    ClusterRequest request;
-    request.cell = ReadCell(section, place);
-    const std::vector<int> surface = Integers(section, "surface");
-    if (!surface.empty() && surface.size() != 3) section.Fail("surface", "has to be a list h, k, l");
-    if (!surface.empty()) request.surface = {surface[0], surface[1], surface[2]};
-    request.azimuth_deg = section.Number("azimuth", RecipeUnit::kDegree, 0.0);
-    if (section.Has("domains")) request.domains_deg = section.Numbers("domains", RecipeUnit::kDegree);
-    request.emitter = section.Text("emitter", "");
-    request.sites = Integers(section, "sites");
-    if (section.Has("emitter-layer")) request.layers = Integers(section, "emitter-layer");
-    request.top = section.Text("top", "");
-    const bool isParaboloid = section.Word("shape", {"hemisphere", "paraboloid"}) == "paraboloid";
-    request.shape = isParaboloid ? ClusterShape::Paraboloid : ClusterShape::Hemisphere;
-    request.size_A = section.NotNegative("radius", RecipeUnit::kAngstrom, 0.0);
-    const std::vector<int> atoms = Integers(section, "atoms");
-    if (!atoms.empty()) request.atoms = atoms[0];
-    if (!atoms.empty() && request.size_A != 0.0) section.Fail("atoms", "give atoms or radius, not both");
-    request.debye_K = NamedNumbers(section, "debye", RecipeUnit::kKelvin);
-    request.temperature_K = section.NotNegative("temperature", RecipeUnit::kKelvin, request.temperature_K);
-    request.weightTable = ProgramFile("AtomicWeight.txt");
-    section.RefuseUnread();
-    return request;
-}
-
-VibrationModel ReadModel(RecipeTable& section) {
-    const std::string word = section.Word("model", {"debye", "einstein", "cluster"});
-    if (word == "einstein") return VibrationModel::Einstein;
-    return word == "debye" ? VibrationModel::Debye : VibrationModel::Cluster;
-}
-
-std::string ClusterRemark(const MadeCluster& made) {
-    std::string remark;
-    for (std::size_t i = 0; i < made.structures.size(); ++i) {
-        const StructureSummary& structure = made.structures[i];
-        remark += structure.title + ", " + std::to_string(made.cluster.structures[i].atoms.size()) +
-                  " atoms, point symmetry " + structure.symmetry.Name() + "\n";
-    }
-    return remark;
-}
-
-ZfCluster Load(const std::string& clusterFile) {
-    ZfCluster cluster;
-    ZfLoadCluster(cluster, clusterFile);
-    return cluster;
-}
-
 }  // namespace
 
 std::string RecipeFolder::Path(const std::string& name) const {
     return (std::filesystem::path(folder) / name).string();
 }
 
-FileMaker CopyOfFile(RecipeTable& section, const RecipeFolder& place) {
-    const std::string path = place.Path(section.Text("file", ""));
-    if (!std::filesystem::is_regular_file(path)) section.Fail("file", "cannot read " + path);
-    section.RefuseUnread();
-    return [path](const std::string& output) {
-        std::ostringstream content;
-        content << std::ifstream(path, std::ios::binary).rdbuf();
-        WriteWholeFile(output, content.str());
-        return std::string();
-    };
+ClusterFacts FactsOf(const ClusterRequest& request) {
+    const std::vector<std::string> elements = request.cell.Elements();
+    std::string emitter = request.emitter;
+    if (emitter.empty() && !request.sites.empty())
+        emitter = request.cell.atoms.at(static_cast<std::size_t>(request.sites.front()) - 1).element;
+    return {elements, elements, emitter.empty() ? elements.front() : emitter};
 }
 
-FileMaker ReadClusterSection(RecipeTable section, const RecipeFolder& place) {
-    if (section.Has("file")) return CopyOfFile(section, place);
-    return [request = ReadClusterRequest(section, place)](const std::string& output) {
-        const MadeCluster made = MakeCluster(request);
-        XyzStyle style;
-        for (const StructureSummary& structure : made.structures) style.titles.push_back(structure.title);
-        WriteCluster(made.cluster, output, style);
-        return ClusterRemark(made);
-    };
+ClusterFacts FactsOf(const ZfCluster& cluster) {
+    std::set<std::string> names;
+    for (const ZfStructure& structure : cluster.structures)
+        for (const ZfAtom& atom : structure.atoms) names.insert(atom.name);
+    return {{names.begin(), names.end()}, ElementsOf(cluster), EmitterOf(cluster).atom};
 }
 
-PhaseShiftRequest ReadPhaseShiftRequest(RecipeTable section) {
-    PhaseShiftRequest request;
-    if (section.Has("file")) return request;
-    const std::string exchange = section.Word("exchange", {"furness", "slater", "none"});
-    if (exchange == "slater") request.exchange = ExchangeKind::kSlater;
-    if (exchange == "none") request.exchange = ExchangeKind::kNone;
-    if (section.Flag("relativistic", false)) request.equation = RadialEquation::kScalarRelativistic;
-    request.radius_angstrom = NamedNumbers(section, "radius", RecipeUnit::kAngstrom);
-    request.zero_eV = section.Number("zero", RecipeUnit::kElectronVolt);
-    const std::int64_t lMax = section.Integer("lmax").value_or(request.limits.lMax);
-    if (lMax < 0 || lMax > 60) section.Fail("lmax", "has to lie between 0 and 60");
-    request.limits.lMax = static_cast<std::int32_t>(lMax);
-    request.limits.cut_deg = section.Number("cut", RecipeUnit::kDegree, request.limits.cut_deg);
+std::optional<std::string> ReadReadyFile(RecipeTable& section, const RecipeFolder& place) {
+    const std::optional<std::string> name = section.Text("file");
+    if (!name) return std::nullopt;
     section.RefuseUnread();
+    const std::string path = place.Path(*name);
+    section.Made("file", [&] { RequireFile(path); });
+    return path;
+}
+
+ClusterRequest ReadClusterRequest(RecipeTable section, const RecipeFolder& place) {
+    ClusterRequest request;
+    request.cell = ReadCell(section, place);
+    const std::vector<int> surface = Integers(section, "surface");
+    if (!surface.empty() && surface.size() != 3) section.Fail("surface", "has to be a list h, k, l");
+    if (!surface.empty()) request.surface = {surface[0], surface[1], surface[2]};
+    request.azimuth_deg = section.Number("azimuth", RecipeUnit::kDegree, request.azimuth_deg);
+    if (section.Has("domains")) request.domains_deg = section.Numbers("domains", RecipeUnit::kDegree);
+    request.emitter = section.Text("emitter", "");
+    request.sites = Integers(section, "sites");
+    if (section.Has("emitter-layer")) request.layers = Integers(section, "emitter-layer");
+    request.top = section.Text("top", "");
+    request.shape = section.Word("shape", request.shape);
+    request.size_A = section.NotNegative("radius", RecipeUnit::kAngstrom, request.size_A);
+    request.atoms = section.Count("atoms", request.atoms);
+    if (section.Has("atoms") && section.Has("radius"))
+        section.Fail("atoms", "give atoms or radius, not both");
+    request.debye_K = NamedNumbers(section, "debye", RecipeUnit::kKelvin);
+    request.temperature_K = section.NotNegative("temperature", RecipeUnit::kKelvin, request.temperature_K);
+    request.weightTable = ProgramFile("AtomicWeight.txt");
+    section.RefuseUnread();
+    section.Check([&] { CheckClusterRequest(request); });
     return request;
 }
 
-FileMaker ReadPhasesSection(RecipeTable section, const RecipeFolder& place, const std::string& clusterFile,
-                            const std::string& wavesFile) {
-    if (section.Has("file")) return CopyOfFile(section, place);
-    const PhaseShiftRequest request = ReadPhaseShiftRequest(section);
-    return [=](const std::string& output) {
-        PhaseShiftRequest complete = request;
-        complete.energies_eV = EnergiesOfWaves(wavesFile);
-        complete.species = SurroundingsInCluster(Load(clusterFile));
-        PhaseShiftResult result =
-            CalculatePhaseShifts(complete, ScreeningTable(ProgramFile("screening_dhfs.csv")));
-        SavePhaseShifts(result.document, output);
-        std::string remarks = PhaseShiftListing(result.rows);
-        for (const std::string& warning : result.warnings) remarks += "warning: " + warning + "\n";
-        return remarks;
-    };
+PhaseShiftRequest ReadPhaseShiftRequest(RecipeTable section, const ClusterFacts& cluster) {
+    PhaseShiftRequest request;
+    request.exchange = section.Word("exchange", request.exchange);
+    if (section.Flag("relativistic", false)) request.equation = RadialEquation::kScalarRelativistic;
+    request.radius_angstrom = NamedNumbers(section, "radius", RecipeUnit::kAngstrom);
+    request.zero_eV = section.Number("zero", RecipeUnit::kElectronVolt);
+    request.limits.lMax = section.Count("lmax", request.limits.lMax);
+    request.limits.cut_deg = section.Number("cut", RecipeUnit::kDegree, request.limits.cut_deg);
+    section.RefuseUnread();
+    section.Check([&] { CheckSettings(request); });
+    for (const auto& [name, radius] : request.radius_angstrom)
+        if (std::find(cluster.names.begin(), cluster.names.end(), name) == cluster.names.end())
+            section.Fail("radius", fmt::format("there are no atoms of the name {}; the names are {}", name,
+                                               fmt::join(cluster.names, ", ")));
+    const ScreeningTable atoms(ProgramFile("screening_dhfs.csv"));
+    section.Check([&] {
+        for (const std::string& element : cluster.elements) atoms.Find(element);
+    });
+    return request;
 }
 
-FileMaker ReadThermalSection(RecipeTable section, const RecipeFolder& place, const std::string& clusterFile) {
-    if (section.Has("file")) return CopyOfFile(section, place);
+VibrationRequest ReadVibrationRequest(RecipeTable section, const ClusterFacts& cluster) {
     VibrationRequest request;
     request.temperature_K = section.NotNegative("temperature", RecipeUnit::kKelvin, request.temperature_K);
-    request.model = ReadModel(section);
+    request.model = section.Word("model", request.model);
     request.debyeTemperature_K = NamedNumbers(section, "debye", RecipeUnit::kKelvin);
     section.RefuseUnread();
-    return [=](const std::string& output) {
-        VibrationRequest complete = request;
-        complete.elements = ElementsOf(Load(clusterFile));
-        SaveFluctuation(MakeFluctuation(complete, DebyeTable(ProgramFile("debye_temperatures.csv"))), output);
-        return std::string();
-    };
+    VibrationRequest complete = request;
+    complete.elements = cluster.elements;
+    section.Check([&] { MakeFluctuation(complete, DebyeTable(ProgramFile("debye_temperatures.csv"))); });
+    return request;
 }

@@ -1,13 +1,11 @@
 #pragma once
 
-#include <functional>
+#include <optional>
 #include <string>
+#include <vector>
 
-#include "prepare/phases/PhaseShifts.h"
 #include "recipe/RecipeTable.h"
-
-/// Writes one file of a run and returns what the user should know of it, in lines; throws ZfError.
-using FileMaker = std::function<std::string(const std::string& output)>;
+#include "run/InputFiles.h"
 
 /// Where the files of a recipe are looked for: beside the recipe.
 struct RecipeFolder {
@@ -16,19 +14,23 @@ struct RecipeFolder {
     std::string folder;
 };
 
-/// Copies the ready file that the section names with "file". Throws ZfError at once when it cannot be read.
-FileMaker CopyOfFile(RecipeTable& section, const RecipeFolder& place);
+/// What is known of a cluster before it is made.
+struct ClusterFacts {
+    std::vector<std::string> names;  ///< of its atoms
+    std::vector<std::string> elements;
+    std::string emitter;  ///< its element
+};
 
-// The input sections of a recipe. Each function reads its section whole, so that a mistake shows before
-// anything is made, and returns what makes the file. A section may name a ready file instead ("file"), which
-// is copied then. They throw ZfError.
+ClusterFacts FactsOf(const ClusterRequest& request);
+ClusterFacts FactsOf(const ZfCluster& cluster);  ///< throws ZfError without an emitter at the origin
 
-FileMaker ReadClusterSection(RecipeTable section, const RecipeFolder& place);
-/// The photoelectron feels the same field at the emitter as anywhere else: `crystal` has its settings.
-FileMaker ReadEmissionSection(RecipeTable section, const RecipeFolder& place,
-                              const PhaseShiftRequest& crystal, const std::string& clusterFile);
-/// The settings of the phase shifts; those of a ready file are not known and stay the usual ones.
-PhaseShiftRequest ReadPhaseShiftRequest(RecipeTable section);
-FileMaker ReadPhasesSection(RecipeTable section, const RecipeFolder& place, const std::string& clusterFile,
-                            const std::string& wavesFile);
-FileMaker ReadThermalSection(RecipeTable section, const RecipeFolder& place, const std::string& clusterFile);
+// The input sections of a recipe. Each function reads its section whole and refuses what cannot work, so that
+// a mistake shows before anything is made. They throw ZfError.
+
+/// The path of the ready file that the section names ("file") instead of its other keys; none without one.
+std::optional<std::string> ReadReadyFile(RecipeTable& section, const RecipeFolder& place);
+
+ClusterRequest ReadClusterRequest(RecipeTable section, const RecipeFolder& place);
+WavesRequest ReadWavesRequest(RecipeTable section, const ClusterFacts& cluster);
+PhaseShiftRequest ReadPhaseShiftRequest(RecipeTable section, const ClusterFacts& cluster);
+VibrationRequest ReadVibrationRequest(RecipeTable section, const ClusterFacts& cluster);

@@ -1,30 +1,21 @@
 #include "recipe/RecipePictures.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <filesystem>
 #include <set>
 
 namespace {
 
-RecipePicture::Quantity ReadQuantity(RecipeTable& section) {
-    const std::string word = section.Word("quantity", {"chi", "intensity", "direct"});
-    if (word == "intensity") return RecipePicture::Quantity::kIntensity;
-    return word == "chi" ? RecipePicture::Quantity::kModulation : RecipePicture::Quantity::kDirect;
-}
-
 void ReadTreatment(RecipeTable& section, PatternPlot& plot) {
-    const std::int64_t fold = section.Integer("fold").value_or(1);
+    const std::int64_t fold = section.Integer("fold").value_or(plot.fold);
     if (fold < 1 || fold > 360) section.Fail("fold", "has to lie between 1 and 360");
     plot.fold = static_cast<int>(fold);
     plot.mirror = section.Number("mirror", RecipeUnit::kDegree);
-    plot.acceptance = section.NotNegative("acceptance", RecipeUnit::kDegree, 0.0);
+    plot.acceptance = section.NotNegative("acceptance", RecipeUnit::kDegree, plot.acceptance);
     if (plot.acceptance > 45.0) section.Fail("acceptance", "has to be 45 degrees or less");
     plot.innerPotential = section.Number("inner-potential", RecipeUnit::kElectronVolt);
-    plot.energy = section.NotNegative("energy", RecipeUnit::kElectronVolt, 0.0);
-}
-
-std::string WordOrNone(RecipeTable& section, const std::string& key, const std::vector<std::string>& words) {
-    return section.Has(key) ? section.Word(key, words) : std::string();
+    plot.energy = section.NotNegative("energy", RecipeUnit::kElectronVolt, plot.energy);
 }
 
 RecipePicture ReadPicture(RecipeTable& section) {
@@ -32,10 +23,10 @@ RecipePicture ReadPicture(RecipeTable& section) {
     PatternPlot& plot = picture.plot;
     plot.output = section.Text("file", "pattern.png");
     CheckResultName(section, "file", plot.output);
-    picture.quantity = ReadQuantity(section);
+    picture.quantity = section.Word("quantity", picture.quantity);
     plot.images = {"image"};  // the checks ask for one
-    plot.view = ValueOfWord<View>(WordOrNone(section, "view", WordsOf<View>())).value_or(plot.view);
-    plot.colours = ValueOfWord<ColourMap>(WordOrNone(section, "colours", WordsOf<ColourMap>()));
+    plot.view = section.Word("view", plot.view);
+    plot.colours = section.Word<ColourMap>("colours");
     plot.range = section.Numbers("range", RecipeUnit::kNone);
     if (!plot.range.empty() && plot.range.size() != 2)
         section.Fail("range", "has to be a list of two numbers");
@@ -44,7 +35,7 @@ RecipePicture ReadPicture(RecipeTable& section) {
     plot.polarCuts = section.Numbers("polar-cuts", RecipeUnit::kDegree);
     plot.azimuthalCuts = section.Numbers("azimuthal-cuts", RecipeUnit::kDegree);
     plot.rings = section.Number("rings", RecipeUnit::kDegree, plot.rings);
-    plot.width = section.NotNegative("width", RecipeUnit::kNone, 0.0);
+    plot.width = section.NotNegative("width", RecipeUnit::kNone, plot.width);
     section.RefuseUnread();
     section.Made("file", [&] { CheckPatternPlot(plot); });
     picture.settings = section.Content();
@@ -56,6 +47,9 @@ RecipePicture ReadPicture(RecipeTable& section) {
 void CheckResultName(const RecipeTable& section, const std::string& key, const std::string& name) {
     if (std::filesystem::path(name).has_parent_path())
         section.Fail(key, "has to be a name without a folder; pictures go into the result folder");
+    const auto isControl = [](unsigned char c) { return c < 0x20 || c == 0x7f; };
+    if (std::any_of(name.begin(), name.end(), isControl)) section.Fail(key, "holds a control character");
+    if (name.starts_with('.')) section.Fail(key, "may not begin with a dot: the file would be hidden");
 }
 
 std::vector<RecipePicture> ReadPictures(RecipeTable& recipe) {
@@ -75,8 +69,8 @@ std::vector<RecipePicture> ReadPictures(RecipeTable& recipe) {
 PatternPlot PlotOf(const RecipePicture& picture, const std::string& image, const std::string& directImage,
                    const std::string& output) {
     PatternPlot plot = picture.plot;
-    plot.images = {picture.quantity == RecipePicture::Quantity::kDirect ? directImage : image};
-    if (picture.quantity == RecipePicture::Quantity::kModulation) plot.references = {directImage};
+    plot.images = {picture.quantity == PictureQuantity::kDirect ? directImage : image};
+    if (picture.quantity == PictureQuantity::kModulation) plot.references = {directImage};
     plot.output = output;
     return plot;
 }

@@ -6,11 +6,17 @@
 #include "recipe/RecipeTable.h"
 #include "report/picture/PatternPlot.h"
 
+enum class PictureQuantity { kModulation, kIntensity, kDirect };
+
+template <>
+inline constexpr auto kWords<PictureQuantity> =
+    std::to_array<Word<PictureQuantity>>({{"chi", PictureQuantity::kModulation},
+                                          {"intensity", PictureQuantity::kIntensity},
+                                          {"direct", PictureQuantity::kDirect}});
+
 /// One picture that a recipe asks for, of every result.
 struct RecipePicture {
-    enum class Quantity { kModulation, kIntensity, kDirect };
-
-    Quantity quantity = Quantity::kModulation;
+    PictureQuantity quantity = PictureQuantity::kModulation;
     PatternPlot plot;      ///< without the images; `output` is the file name that the recipe gives
     std::string settings;  ///< all settings as text
 };

@@ -2,16 +2,20 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <sstream>
 #include <utility>
 
+#include "foundation/FileReading.h"
 #include "foundation/ProgramFile.h"
 #include "foundation/ZfError.h"
 #include "recipe/RecipeCases.h"
 #include "recipe/RecipeInputs.h"
 #include "recipe/RecipePictures.h"
 #include "recipe/RecipeSettings.h"
+#include "run/Fingerprint.h"
+#include "run/InputFiles.h"
 #include "run/RunChecks.h"
 #include "run/RunStages.h"
 #include "run/SummedImages.h"
@@ -29,6 +33,9 @@ const Sections kPhases = {"cluster", "emission", "phases"};
 const Sections kFluctuation = {"cluster", "thermal"};
 const Sections kScattering = {"cluster", "emission", "phases", "scattering"};
 const Sections kImages = {"cluster", "emission", "phases", "scattering", "thermal", "image"};
+
+/// Writes one file of the run and returns what the user should know of it, in lines.
+using FileMaker = std::function<std::string(const std::string& output)>;
 
 /// One of the files of a calculation.
 struct FileKind {
@@ -50,12 +57,6 @@ std::string SuffixOf(const RecipeCase& one, const Sections& sections) {
     return suffix;
 }
 
-/// The extension that a ready file brings along.
-std::string ClusterExtension(RecipeTable cluster) {
-    const std::string file = cluster.Text("file", "");
-    return file.empty() ? ".xyz" : fs::path(file).extension().string();
-}
-
 /// Fingerprints of the tables that the program reads.
 std::string ShippedTables() {
     std::string text;
@@ -65,22 +66,44 @@ std::string ShippedTables() {
     return text;
 }
 
+FileMaker Copy(const std::string& path) {
+    return [path](const std::string& output) { return CopyReadyFile(path, output); };
+}
+
+/// Loads a ready file, as a run will; what is wrong with it is told at the key that names it.
+template <class Document>
+Document LoadReady(const RecipeTable& section, const std::string& path,
+                   void (*load)(Document&, const std::string&)) {
+    return section.Made("file", [&] {
+        return Naming(path, [&] {
+            Document document;
+            load(document, path);
+            return document;
+        });
+    });
+}
+
 /// Makes the plan of one recipe.
 class Planner {
 public:
-    Planner(std::string recipePath, RecipeRunOptions options)
+    Planner(std::string recipePath, RecipeOptions options)
         : recipePath_(std::move(recipePath)),
           place_{fs::path(recipePath_).parent_path().string()},
           options_(std::move(options)) {}
 
-    RecipePlan Plan();
+    RunPlan Plan();
 
 private:
     void AddGroup(const RecipeGroup& group);
     void AddPicture(const RunResult& result, const RecipePicture& picture);
     RunResult AddCase(const RecipeCase& one);
-    ScatteringRequest AddInputs(const RecipeCase& one);
     RunResult AddImages(const RecipeCase& one, const ImageRequest& request);
+    ClusterFacts AddCluster(const RecipeCase& one, ScatteringRequest& files);
+    void AddWaves(const RecipeCase& one, const PhaseShiftRequest& crystal, const ClusterFacts& facts,
+                  ScatteringRequest& files);
+    void AddWavesAndPhases(const RecipeCase& one, const ClusterFacts& facts, ScatteringRequest& files);
+    std::string AddFluctuation(const RecipeCase& one, const ClusterFacts& facts,
+                               const std::string& clusterFile);
     std::string AddFile(const RecipeCase& one, const FileKind& kind, const FileMaker& maker);
     RunResult AddSum(const std::vector<RunResult>& members, const RecipeGroup& group);
     void AddStep(RunStep step);
@@ -89,37 +112,54 @@ private:
     std::string InFolder(const std::string& name) const { return options_.folder + "/" + name; }
     std::string KeyOf(const RecipeCase& one, const std::string& name, const Sections& sections) const;
     void ReadGeneral(const RecipeCase& one);
+    std::string NothingCompared(bool hasSettings) const;
 
     std::string recipePath_;
     RecipeFolder place_;
-    RecipeRunOptions options_;
+    RecipeOptions options_;
     std::string tables_ = ShippedTables();        // part of every key
     std::map<std::string, std::string> writers_;  // key of the step that writes a file, by its name
     bool isSummed_ = true;
     std::vector<RecipePicture> pictures_;
-    RecipePlan plan_;
+    RunPlan plan_;
 };
 
-RecipePlan Planner::Plan() {
-    const std::vector<RecipeGroup> groups = ExpandRecipe(recipePath_);
+RunPlan Planner::Plan() {
+    const std::string text = ReadRecipe(recipePath_);
+    const std::vector<RecipeGroup> groups = ExpandRecipe(text, recipePath_);
+    plan_.origin = "recipe " + recipePath_ + "\n" + text;
+    plan_.folder = options_.folder;
     ReadGeneral(groups.front().cases.front());
     for (const RecipeGroup& group : groups) AddGroup(group);
+    ClaimComparison();
     for (const RunResult& result : plan_.results)
         for (const RecipePicture& picture : pictures_) AddPicture(result, picture);
-    ClaimComparison();
     return std::move(plan_);
 }
 
 void Planner::ReadGeneral(const RecipeCase& one) {
     RecipeTable recipe(&one.settings, "recipe");
     plan_.title = recipe.Text("title", fs::path(recipePath_).stem().string());
-    isSummed_ = recipe.Word("series", {"sum", "apart"}) == "sum";
+    isSummed_ = recipe.OneOf("series", {"sum", "apart"}).value_or("sum") == "sum";
     plan_.scannedName = recipe.Section("scan").Text("vary", "");
-    plan_.comparison = ReadCompareSection(recipe.Section("compare"), place_, options_.measuredFile);
+    RecipeTable compare = recipe.Section("compare");
+    plan_.comparison = ReadCompareSection(compare, place_, options_.measuredFile);
+    if (plan_.comparison.request.measured.empty()) plan_.remarks = NothingCompared(compare.Exists());
     for (const char* section : {"cluster", "emission", "phases", "thermal", "scattering", "image"})
         recipe.Section(section);
     pictures_ = ReadPictures(recipe);
     recipe.RefuseUnread();
+}
+
+/// A section or a scan without a measurement does less than its writer may expect.
+std::string Planner::NothingCompared(bool hasSettings) const {
+    if (hasSettings)
+        return "note: [compare] names no measured pattern (nor does --compare): nothing is compared";
+    if (!plan_.scannedName.empty())
+        return "note: a scan without a measured pattern tells no reliability factors: give [compare] "
+               "measured, "
+               "or --compare";
+    return {};
 }
 
 void Planner::AddGroup(const RecipeGroup& group) {
@@ -164,13 +204,8 @@ bool Planner::Claim(const std::string& output, const std::string& key) {
     return isNew;
 }
 
-/// What CompareResults writes.
 void Planner::ClaimComparison() {
-    if (plan_.comparison.request.measured.empty()) return;
-    if (!plan_.scannedName.empty()) Claim("scan.png", "scan");
-    if (plan_.comparison.difference.empty()) return;
-    for (const RunResult& result : plan_.results)
-        Claim(result.FileName(plan_.comparison.difference), "difference " + result.key);
+    for (const std::string& name : ComparisonOutputs(plan_)) Claim(name, "comparison " + name);
 }
 
 /// Adds the step that makes one file of a case and returns the file's path.
@@ -181,31 +216,78 @@ std::string Planner::AddFile(const RecipeCase& one, const FileKind& kind, const 
     return path;
 }
 
-ScatteringRequest Planner::AddInputs(const RecipeCase& one) {
-    RecipeTable recipe(&one.settings, "recipe");
-    RecipeTable clusterSection = recipe.Section("cluster");
-    const PhaseShiftRequest crystal = ReadPhaseShiftRequest(recipe.Section("phases"));
-    ScatteringRequest files;
-    files.clusterFile = AddFile(one, {"cluster", "cluster", ClusterExtension(clusterSection), kCluster},
-                                ReadClusterSection(clusterSection, place_));
-    files.wavesFile =
-        AddFile(one, {"emission", "emitter", ".xml_emt", kWaves},
-                ReadEmissionSection(recipe.Section("emission"), place_, crystal, files.clusterFile));
+ClusterFacts Planner::AddCluster(const RecipeCase& one, ScatteringRequest& files) {
+    RecipeTable section = RecipeTable(&one.settings, "recipe").Section("cluster");
+    if (const auto ready = ReadReadyFile(section, place_)) {
+        const ZfCluster cluster = LoadReady<ZfCluster>(section, *ready, ZfLoadCluster);
+        const std::string extension = fs::path(*ready).extension().string();
+        files.clusterFile = AddFile(one, {"cluster", "cluster", extension, kCluster}, Copy(*ready));
+        return section.Made("file", [&] { return FactsOf(cluster); });
+    }
+    const ClusterRequest request = ReadClusterRequest(section, place_);
+    files.clusterFile = AddFile(one, {"cluster", "cluster", ".xyz", kCluster},
+                                [=](const std::string& output) { return MakeClusterFile(request, output); });
+    return FactsOf(request);
+}
+
+void Planner::AddWaves(const RecipeCase& one, const PhaseShiftRequest& crystal, const ClusterFacts& facts,
+                       ScatteringRequest& files) {
+    RecipeTable section = RecipeTable(&one.settings, "recipe").Section("emission");
+    FileMaker maker;
+    if (const auto ready = ReadReadyFile(section, place_)) {
+        LoadReady<std::vector<ZfEmittedWave>>(section, *ready, ZfLoadEmittedWave);
+        maker = Copy(*ready);
+    } else {
+        maker = [request = ReadWavesRequest(section, facts), crystal, cluster = files.clusterFile](
+                    const std::string& output) { return MakeWavesFile(request, crystal, cluster, output); };
+    }
+    files.wavesFile = AddFile(one, {"emission", "emitter", ".xml_emt", kWaves}, maker);
+}
+
+/// The waves follow the settings of the phase shifts; those of a ready file are not known and stay the usual
+/// ones.
+void Planner::AddWavesAndPhases(const RecipeCase& one, const ClusterFacts& facts, ScatteringRequest& files) {
+    RecipeTable section = RecipeTable(&one.settings, "recipe").Section("phases");
+    const FileKind kind = {"phases", "phaseshift", ".xml_ph", kPhases};
+    if (const auto ready = ReadReadyFile(section, place_)) {
+        LoadReady<ZfPhaseShiftDocument>(section, *ready, ZfLoadPhaseShift);
+        AddWaves(one, {}, facts, files);
+        files.phaseShiftFile = AddFile(one, kind, Copy(*ready));
+        return;
+    }
+    const PhaseShiftRequest request = ReadPhaseShiftRequest(section, facts);
+    AddWaves(one, request, facts, files);
     files.phaseShiftFile =
-        AddFile(one, {"phases", "phaseshift", ".xml_ph", kPhases},
-                ReadPhasesSection(recipe.Section("phases"), place_, files.clusterFile, files.wavesFile));
-    files.method = ReadMethod(recipe.Section("scattering"));
-    return files;
+        AddFile(one, kind,
+                [request, cluster = files.clusterFile, waves = files.wavesFile](const std::string& output) {
+                    return MakePhaseShiftFile(request, cluster, waves, output);
+                });
+}
+
+std::string Planner::AddFluctuation(const RecipeCase& one, const ClusterFacts& facts,
+                                    const std::string& clusterFile) {
+    RecipeTable section = RecipeTable(&one.settings, "recipe").Section("thermal");
+    FileMaker maker;
+    if (const auto ready = ReadReadyFile(section, place_)) {
+        LoadReady<ZfFluctuation>(section, *ready, ZfLoadFluctuation);
+        maker = Copy(*ready);
+    } else {
+        maker = [request = ReadVibrationRequest(section, facts), clusterFile](const std::string& output) {
+            return MakeFluctuationFile(request, clusterFile, output);
+        };
+    }
+    return AddFile(one, {"thermal", "fluctuation", ".xml_flu", kFluctuation}, maker);
 }
 
 RunResult Planner::AddCase(const RecipeCase& one) {
     RecipeTable recipe(&one.settings, "recipe");
-    const ScatteringRequest inputs = AddInputs(one);
+    ScatteringRequest inputs;
+    const ClusterFacts facts = AddCluster(one, inputs);
+    AddWavesAndPhases(one, facts, inputs);
+    inputs.method = ReadMethod(recipe.Section("scattering"));
     ImageRequest images = ReadImageSection(recipe.Section("image"));
     images.atomicWeightFile = ProgramFile("AtomicWeight.txt");
-    images.fluctuationFile =
-        AddFile(one, {"thermal", "fluctuation", ".xml_flu", kFluctuation},
-                ReadThermalSection(recipe.Section("thermal"), place_, inputs.clusterFile));
+    images.fluctuationFile = AddFluctuation(one, facts, inputs.clusterFile);
     AddFile(one, {"checks", "checks", ".txt", kImages}, [=](const std::string& output) {
         return CheckRun(inputs, images.fluctuationFile, images.atomicWeightFile, output);
     });
@@ -269,12 +351,6 @@ void Planner::AddPicture(const RunResult& result, const RecipePicture& picture) 
 
 }  // namespace
 
-std::string RunResult::FileName(const std::string& name) const {
-    if (label.empty()) return name;
-    const fs::path file = name;
-    return file.stem().string() + "_" + label + file.extension().string();
-}
-
-RecipePlan PlanRecipe(const std::string& recipePath, const RecipeRunOptions& options) {
+RunPlan PlanRecipe(const std::string& recipePath, const RecipeOptions& options) {
     return Planner(recipePath, options).Plan();
 }

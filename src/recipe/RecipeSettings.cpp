@@ -52,16 +52,15 @@ void CompleteBackground(CompareRequest& request) {
 }  // namespace
 
 ZfScatteringMethod ReadMethod(RecipeTable section) {
-    const std::string word = section.Word("method", {"MULTI", "SLOWMULTI", "SINGLE"});
+    const ZfScatteringMethod method = section.Word("method", ScatteringRequest().method);
     section.RefuseUnread();
-    if (word == "SINGLE") return kSingle;
-    return word == "MULTI" ? kMulti : kSlowMulti;
+    return method;
 }
 
 ImageRequest ReadImageSection(RecipeTable section) {
     ImageRequest request;
-    request.map = ValueOfWord<SphereMap>(section.Word("map", WordsOf<SphereMap>())).value_or(request.map);
-    request.resolution = section.Number("resolution", RecipeUnit::kDegree, 1.0);
+    request.map = section.Word("map", request.map);
+    request.resolution = section.Number("resolution", RecipeUnit::kDegree, request.resolution);
     if (!(request.resolution >= 0.05 && request.resolution <= 10.0))
         section.Fail("resolution", "has to lie between 0.05 and 10 degrees");
     request.meanFreePath = Length(section, "mean-free-path");
@@ -71,15 +70,15 @@ ImageRequest ReadImageSection(RecipeTable section) {
     return request;
 }
 
-RecipeComparison ReadCompareSection(RecipeTable section, const RecipeFolder& place,
-                                    const std::string& measuredFile) {
-    RecipeComparison comparison;
+RunComparison ReadCompareSection(RecipeTable section, const RecipeFolder& place,
+                                 const std::string& measuredFile) {
+    RunComparison comparison;
     CompareRequest& request = comparison.request;
     const std::string file = section.Text("measured", "");
     request.measured = !measuredFile.empty() ? measuredFile : file.empty() ? file : place.Path(file);
     ReadPolarRange(section, request);
     ReadBackground(section, request);
-    request.rotate = section.Flag("rotate", false);
+    request.rotate = section.Flag("rotate", request.rotate);
     comparison.difference = ReadDifference(section);
     section.RefuseUnread();
     if (request.measured.empty()) return comparison;

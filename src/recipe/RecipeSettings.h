@@ -4,7 +4,7 @@
 
 #include "recipe/RecipeInputs.h"
 #include "recipe/RecipeTable.h"
-#include "report/compare/PatternComparison.h"
+#include "run/RunPlan.h"
 #include "run/RunStages.h"
 
 // The sections of a recipe that make no file of the input set. Each function reads its section whole and
@@ -15,13 +15,8 @@ ZfScatteringMethod ReadMethod(RecipeTable section);
 /// Without the files.
 ImageRequest ReadImageSection(RecipeTable section);
 
-struct RecipeComparison {
-    CompareRequest request;  ///< without the images; no measured file: no comparison is asked for
-    std::string difference;  ///< file name of the difference of each result; empty: none
-};
-
 /// `measuredFile`, if there is one, takes the place of the file that the section names. Without a column chi
 /// and without a background that is asked for, a cubic in the polar angle is taken away, here and from the
 /// pattern. Refuses measured points that cannot be compared with any pattern.
-RecipeComparison ReadCompareSection(RecipeTable section, const RecipeFolder& place,
-                                    const std::string& measuredFile);
+RunComparison ReadCompareSection(RecipeTable section, const RecipeFolder& place,
+                                 const std::string& measuredFile);

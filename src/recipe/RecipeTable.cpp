@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "foundation/Constants.h"
+#include "foundation/Text.h"
 
 namespace {
 
@@ -87,7 +88,9 @@ double ParseQuantity(const std::string& text, RecipeUnit unit) {
     const auto [end, failure] = std::from_chars(body.data(), body.data() + body.size(), number);
     if (failure != std::errc{} || !std::isfinite(number)) throw ZfError("\"" + text + "\" is no number");
     const std::string_view name = Trimmed(body.substr(static_cast<std::size_t>(end - body.data())));
-    return name.empty() ? number : number * FactorOf(name, unit);
+    if (!name.empty()) number *= FactorOf(name, unit);
+    if (!std::isfinite(number)) throw ZfError("\"" + text + "\" is too large");
+    return number;
 }
 
 RecipeTable::RecipeTable(const toml::table* table, std::string place)
@@ -115,17 +118,24 @@ void RecipeTable::Fail(const std::string& key, const std::string& message) const
     if (node && node->source().begin.line > 0) where += " line " + std::to_string(node->source().begin.line);
     if (!where.empty()) where += ": ";
     where += place_;
-    throw ZfError(where + " " + key + ": " + message);
+    throw ZfError(where + (key.empty() ? "" : " " + key) + ": " + message);
 }
 
 double RecipeTable::NumberOf(const std::string& key, const toml::node& node, RecipeUnit unit) const {
     if (node.is_number()) {
-        const double number = node.value<double>().value_or(0.0);
-        if (!std::isfinite(number)) Fail(key, "has to be a finite number");
-        return number;
+        const std::optional<double> number =
+            node.value<double>();  // none for an integer that no double holds
+        if (!number) Fail(key, "has more digits than a number keeps");
+        if (!std::isfinite(*number)) Fail(key, "has to be a finite number");
+        return *number;
     }
+    RefuseList(key, node);
     if (!node.is_string()) Fail(key, "has to be a number");
     return Made(key, [&] { return ParseQuantity(node.value<std::string>().value_or(""), unit); });
+}
+
+void RecipeTable::RefuseList(const std::string& key, const toml::node& node) const {
+    if (node.is_array()) Fail(key, "takes one value, not a list");
 }
 
 std::optional<double> RecipeTable::Number(const std::string& key, RecipeUnit unit) {
@@ -140,15 +150,23 @@ double RecipeTable::Number(const std::string& key, RecipeUnit unit, double fallb
 
 double RecipeTable::NotNegative(const std::string& key, RecipeUnit unit, double fallback) {
     const double number = Number(key, unit, fallback);
-    if (number < 0.0) Fail(key, "has to be 0 or above");
+    if (number < 0.0) Fail(key, "has to be 0 or above, not " + DoubleToText(number));
     return number;
 }
 
 std::optional<std::int64_t> RecipeTable::Integer(const std::string& key) {
     const toml::node* node = Find(key);
     if (!node) return std::nullopt;
+    RefuseList(key, *node);
     if (!node->is_integer()) Fail(key, "has to be a whole number");
     return node->value<std::int64_t>();
+}
+
+std::int32_t RecipeTable::Count(const std::string& key, std::int32_t fallback) {
+    constexpr std::int64_t kMost = 1000000000;
+    const std::int64_t count = Integer(key).value_or(fallback);
+    if (std::abs(count) > kMost) Fail(key, "is too large");
+    return static_cast<std::int32_t>(count);
 }
 
 std::vector<double> RecipeTable::Numbers(const std::string& key, RecipeUnit unit) {
@@ -171,6 +189,7 @@ std::optional<std::array<double, 3>> RecipeTable::Vector(const std::string& key)
 std::optional<std::string> RecipeTable::Text(const std::string& key) {
     const toml::node* node = Find(key);
     if (!node) return std::nullopt;
+    RefuseList(key, *node);
     if (!node->is_string()) Fail(key, "has to be a text in quotes");
     return node->value<std::string>();
 }
@@ -179,10 +198,10 @@ std::string RecipeTable::Text(const std::string& key, const std::string& fallbac
     return Text(key).value_or(fallback);
 }
 
-std::string RecipeTable::Word(const std::string& key, const std::vector<std::string>& words) {
-    std::string word = Text(key, words.front());
-    if (std::find(words.begin(), words.end(), word) == words.end())
-        Fail(key, "\"" + word + "\" is none of " + Join(words));
+std::optional<std::string> RecipeTable::OneOf(const std::string& key, const std::vector<std::string>& words) {
+    std::optional<std::string> word = Text(key);
+    if (word && std::find(words.begin(), words.end(), *word) == words.end())
+        Fail(key, "\"" + *word + "\" is none of " + Join(words));
     return word;
 }
 
@@ -199,9 +218,26 @@ std::vector<std::string> RecipeTable::Texts(const std::string& key) {
     return texts;
 }
 
+std::vector<RecipeTable::Scalar> RecipeTable::Scalars(const std::string& key) {
+    const toml::node* node = Find(key);
+    const toml::array* list = node ? node->as_array() : nullptr;
+    if (!list) Fail(key, "has to be a list");
+    std::vector<Scalar> scalars;
+    for (const toml::node& item : *list) {
+        if (const auto text = item.value_exact<std::string>())
+            scalars.emplace_back(*text);
+        else if (const double number = NumberOf(key, item, RecipeUnit::kNone); item.is_integer())
+            scalars.emplace_back(static_cast<std::int64_t>(number));
+        else
+            scalars.emplace_back(number);
+    }
+    return scalars;
+}
+
 bool RecipeTable::Flag(const std::string& key, bool fallback) {
     const toml::node* node = Find(key);
     if (!node) return fallback;
+    RefuseList(key, *node);
     if (!node->is_boolean()) Fail(key, "has to be true or false");
     return node->value<bool>().value_or(fallback);
 }

@@ -5,10 +5,12 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <variant>
 #include <vector>
 
 #include <toml++/toml.h>
 
+#include "foundation/Words.h"
 #include "foundation/ZfError.h"
 
 /// What a number of a recipe measures. A plain number is in the unit named here; a text may carry another one
@@ -19,6 +21,8 @@ enum class RecipeUnit : std::uint8_t { kNone, kElectronVolt, kAngstrom, kDegree,
 /// what was expected, and so does a key that nobody asked for. The TOML table is not owned.
 class RecipeTable {
 public:
+    using Scalar = std::variant<std::int64_t, double, std::string>;
+
     /// `place` names the table in messages; null stands for a table that is absent and has no keys.
     RecipeTable(const toml::table* table, std::string place);
 
@@ -30,13 +34,24 @@ public:
     double Number(const std::string& key, RecipeUnit unit, double fallback);
     double NotNegative(const std::string& key, RecipeUnit unit, double fallback);
     std::optional<std::int64_t> Integer(const std::string& key);
+    std::int32_t Count(const std::string& key, std::int32_t fallback);     ///< of moderate size
     std::vector<double> Numbers(const std::string& key, RecipeUnit unit);  ///< a list, or one number
     std::optional<std::array<double, 3>> Vector(const std::string& key);
     std::optional<std::string> Text(const std::string& key);
     std::string Text(const std::string& key, const std::string& fallback);
-    /// One of the words; the first is the fallback.
-    std::string Word(const std::string& key, const std::vector<std::string>& words);
+    /// The value of one of the words of an enumeration.
+    template <class Enumeration>
+    std::optional<Enumeration> Word(const std::string& key) {
+        const std::optional<std::string> word = OneOf(key, WordsOf<Enumeration>());
+        return word ? ValueOfWord<Enumeration>(*word) : std::nullopt;
+    }
+    template <class Enumeration>
+    Enumeration Word(const std::string& key, Enumeration fallback) {
+        return Word<Enumeration>(key).value_or(fallback);
+    }
+    std::optional<std::string> OneOf(const std::string& key, const std::vector<std::string>& words);
     std::vector<std::string> Texts(const std::string& key);  ///< a list, or one text
+    std::vector<Scalar> Scalars(const std::string& key);     ///< a list of numbers and texts
     bool Flag(const std::string& key, bool fallback);
     RecipeTable Section(const std::string& key);
     std::vector<RecipeTable> Sections(const std::string& key);  ///< an array of tables, or one table
@@ -57,9 +72,15 @@ public:
             Fail(key, error.message);
         }
     }
+    /// Runs a check of several keys; its ZfError becomes one at the line of the table.
+    template <class Action>
+    void Check(const Action& action) const {
+        Made("", action);
+    }
 
 private:
     const toml::node* Find(const std::string& key);
+    void RefuseList(const std::string& key, const toml::node& node) const;
     double NumberOf(const std::string& key, const toml::node& node, RecipeUnit unit) const;
 
     const toml::table* table_;

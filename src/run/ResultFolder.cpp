@@ -5,12 +5,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <QCryptographicHash>
-#include <QFile>
-#include <QString>
-#include <cctype>
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
+#include <sstream>
 #include <system_error>
 #include <utility>
 
@@ -23,6 +22,7 @@ namespace fs = std::filesystem;
 
 constexpr const char* kRecordName = ".steps";
 constexpr const char* kLockName = ".lock";
+constexpr const char* kStale = "stale";
 
 /// Size and time of a file, which tell whether it is the one that a step has left; empty without a file.
 std::string StampOf(const std::string& path) {
@@ -32,15 +32,15 @@ std::string StampOf(const std::string& path) {
            std::to_string(status.st_mtim.tv_nsec);
 }
 
-/// ".name.4711.ext" is what a writer that was killed leaves behind.
-bool IsTemporary(const fs::path& path) {
-    const std::string stem = path.stem().string();
-    const std::size_t dot = stem.find_last_of('.');
-    if (stem.empty() || stem.front() != '.' || dot == 0 || dot == std::string::npos || dot + 1 == stem.size())
-        return false;
-    for (std::size_t i = dot + 1; i < stem.size(); ++i)
-        if (!std::isdigit(static_cast<unsigned char>(stem[i]))) return false;
-    return true;
+/// Names and stamps of the files of a step, out of "name=stamp;name=stamp;".
+std::map<std::string, std::string> FilesOf(const std::string& stamps) {
+    std::map<std::string, std::string> files;
+    std::istringstream stream(stamps);
+    for (std::string entry; std::getline(stream, entry, ';');) {
+        const std::size_t equals = entry.find_last_of('=');
+        if (equals != std::string::npos) files[entry.substr(0, equals)] = entry.substr(equals + 1);
+    }
+    return files;
 }
 
 std::string RecordKey(const RunStep& step) {
@@ -54,7 +54,6 @@ ResultFolder::ResultFolder(std::string path) : path_(std::move(path)) {
     fs::create_directories(path_, failure);
     if (failure) throw ZfError("Cannot make the result folder " + path_ + ": " + failure.message());
     TakeLock();
-    RemoveTemporaries();
     ReadRecord();
 }
 
@@ -70,23 +69,51 @@ void ResultFolder::TakeLock() {
     throw ZfError("Another run works in the folder " + path_ + "; wait for it, or choose another folder");
 }
 
-void ResultFolder::RemoveTemporaries() const {
-    std::error_code ignored;
-    for (const fs::directory_entry& entry : fs::directory_iterator(path_))
-        if (IsTemporary(entry.path())) fs::remove(entry.path(), ignored);
+void ResultFolder::RemoveTemporaries(const std::vector<std::string>& outputs) const {
+    const auto isTemporary = [&](const std::string& name) {
+        return IsTemporaryOf(name, kRecordName) ||
+               std::any_of(outputs.begin(), outputs.end(),
+                           [&](const std::string& output) { return IsTemporaryOf(name, output); });
+    };
+    std::error_code failure;
+    for (const fs::directory_entry& entry : fs::directory_iterator(path_, failure))
+        if (entry.symlink_status(failure).type() == fs::file_type::regular &&
+            isTemporary(entry.path().filename().string()))
+            fs::remove(entry.path(), failure);
 }
 
+std::vector<std::string> ResultFolder::NewlyStale(const std::vector<std::string>& outputs) {
+    std::set<std::string> stale;
+    for (const auto& [key, stamps] : done_)
+        for (const auto& [name, stamp] : FilesOf(stamps))
+            if (stamp == StampOf(Path(name))) stale.insert(name);
+    for (const std::string& output : outputs) stale.erase(output);
+    std::vector<std::string> news;
+    std::set_difference(stale.begin(), stale.end(), toldStale_.begin(), toldStale_.end(),
+                        std::back_inserter(news));
+    toldStale_ = std::move(stale);
+    WriteRecord();
+    return news;
+}
+
+/// A line for each step: its name, its key and the stamps of its files; one for each file that was told to be
+/// stale.
 void ResultFolder::ReadRecord() {
     std::ifstream stream(Path(kRecordName));
     for (std::string line; std::getline(stream, line);) {
         const std::size_t split = line.find_last_of('\t');
-        if (split != std::string::npos) done_[line.substr(0, split)] = line.substr(split + 1);
+        if (split == std::string::npos) continue;
+        if (line.substr(0, split) == kStale)
+            toldStale_.insert(line.substr(split + 1));
+        else
+            done_[line.substr(0, split)] = line.substr(split + 1);
     }
 }
 
 void ResultFolder::WriteRecord() const {
     std::string text;
     for (const auto& [key, stamps] : done_) text.append(key).append("\t").append(stamps).append("\n");
+    for (const std::string& name : toldStale_) text.append(kStale).append("\t").append(name).append("\n");
     WriteWholeFile(Path(kRecordName), text);
 }
 
@@ -115,17 +142,4 @@ void ResultFolder::Remember(const RunStep& step) {
 void ResultFolder::ForgetAll() {
     done_.clear();
     WriteRecord();
-}
-
-std::string FingerprintOf(const std::string& text) {
-    const QByteArray bytes = QByteArray::fromStdString(text);
-    return QCryptographicHash::hash(bytes, QCryptographicHash::Sha256).toHex().toStdString();
-}
-
-std::string FingerprintOfFile(const std::string& path) {
-    QFile file(QString::fromStdString(path));
-    QCryptographicHash hash(QCryptographicHash::Sha256);
-    if (!file.open(QIODevice::ReadOnly) || !hash.addData(&file))
-        throw ZfError("Cannot read the file " + path);
-    return hash.result().toHex().toStdString();
 }

@@ -1,18 +1,11 @@
 #pragma once
 
-#include <functional>
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
-/// One piece of work of a run, which makes files of the result folder from files and settings.
-struct RunStep {
-    std::string name;                  ///< shown to the user
-    std::string key;                   ///< fingerprint of everything that the outputs depend on
-    std::vector<std::string> outputs;  ///< file names in the folder
-    /// Leaves its outputs whole or not at all; returns what the user should know, in lines. Throws ZfError.
-    std::function<std::string()> make;
-};
+#include "run/RunPlan.h"
 
 /// The folder of a run. It remembers which steps are done, with what they depended on and how their files
 /// looked, so that the same run goes on where it was stopped and repeats nothing that did not change. One run
@@ -32,9 +25,14 @@ public:
     void Remember(const RunStep& step);
     void ForgetAll();
 
+    /// Removes what a run that was killed left of these outputs.
+    void RemoveTemporaries(const std::vector<std::string>& outputs) const;
+    /// Files of remembered steps that are still as these left them, but are none of the outputs. Each is told
+    /// once, until it is an output again.
+    std::vector<std::string> NewlyStale(const std::vector<std::string>& outputs);
+
 private:
     void TakeLock();
-    void RemoveTemporaries() const;
     void ReadRecord();
     void WriteRecord() const;
     std::string Stamps(const RunStep& step) const;
@@ -42,9 +40,5 @@ private:
     std::string path_;
     int lock_ = -1;
     std::map<std::string, std::string> done_;  // stamps of the files, by step name and key
+    std::set<std::string> toldStale_;
 };
-
-/// Fingerprint (SHA-256, hexadecimal) of a text, or of the content of a file. Throws ZfError for a file that
-/// cannot be read.
-std::string FingerprintOf(const std::string& text);
-std::string FingerprintOfFile(const std::string& path);

@@ -1,12 +1,17 @@
 #include "run/RunLog.h"
 
+#include <fmt/chrono.h>
+#include <fmt/format.h>
+
+#include <cerrno>
 #include <ctime>
 #include <sstream>
+#include <system_error>
 
 #include "foundation/ZfError.h"
 
-RunLog::RunLog(const std::string& path) : file_(std::fopen(path.c_str(), "a")) {
-    if (!file_) throw ZfError("Cannot write " + path);
+RunLog::RunLog(const std::string& path) : path_(path), file_(std::fopen(path.c_str(), "ae")) {
+    if (!file_) throw ZfError("Cannot write " + path_ + ": " + std::generic_category().message(errno));
 }
 
 void RunLog::Line(const std::string& text) {
@@ -24,10 +29,10 @@ void RunLog::Note(const std::string& text) {
     const std::time_t now = std::time(nullptr);
     std::tm local = {};
     localtime_r(&now, &local);
-    char stamp[32];
-    std::strftime(stamp, sizeof stamp, "%Y-%m-%d %H:%M:%S", &local);
+    const std::string stamp = fmt::format("{:%Y-%m-%d %H:%M:%S}", local);
     std::istringstream lines(text);
     for (std::string line; std::getline(lines, line);)
-        std::fprintf(file_.get(), "%s  %s\n", stamp, line.c_str());
-    std::fflush(file_.get());
+        std::fputs((stamp + "  " + line + "\n").c_str(), file_.get());
+    if (std::fflush(file_.get()) != 0)
+        throw ZfError("Cannot write " + path_ + ": " + std::generic_category().message(errno));
 }

@@ -12,12 +12,13 @@ public:
 
     void Line(const std::string& text);       ///< both
     void Indented(const std::string& lines);  ///< both; nothing for an empty text
-    void Note(const std::string& text);       ///< the file alone
+    void Note(const std::string& text);       ///< the file alone; throws ZfError when it cannot be written
 
 private:
     struct Closer {
         void operator()(std::FILE* file) const { std::fclose(file); }
     };
 
+    std::string path_;
     std::unique_ptr<std::FILE, Closer> file_;
 };

@@ -1,5 +1,6 @@
 #include "run/RunProgress.h"
 
+#include <fmt/format.h>
 #include <omp.h>
 #include <unistd.h>
 
@@ -9,21 +10,27 @@
 #include <cstdio>
 #include <utility>
 
-#include "foundation/ZfError.h"
-
 namespace {
 
-/// Set in a signal handler, read by all threads.
-std::atomic<bool> pending = false;
-static_assert(std::atomic<bool>::is_always_lock_free);
+/// The first signal, 0 without one. Set in a signal handler, read by all threads.
+std::atomic<int> pending = 0;
+static_assert(std::atomic<int>::is_always_lock_free);
 
-void (*formerInterrupt)(int) = SIG_DFL;
-void (*formerTermination)(int) = SIG_DFL;
+using SignalHandler = void (*)(int);
+SignalHandler formerInterrupt = SIG_DFL;
+SignalHandler formerTermination = SIG_DFL;
 
 void TakeSignal(int signal) {
-    if (!pending.exchange(true)) return;
+    if (pending.exchange(signal) == 0) return;
     std::signal(signal, SIG_DFL);
     std::raise(signal);
+}
+
+/// Returns the former handler.
+SignalHandler Take(int signal) {
+    const SignalHandler former = std::signal(signal, TakeSignal);
+    if (former == SIG_IGN) std::signal(signal, SIG_IGN);
+    return former;
 }
 
 std::string Bar(double fraction) {
@@ -36,9 +43,9 @@ std::string Bar(double fraction) {
 }  // namespace
 
 InterruptRequest::InterruptRequest() {
-    pending = false;
-    formerInterrupt = std::signal(SIGINT, TakeSignal);
-    formerTermination = std::signal(SIGTERM, TakeSignal);
+    pending = 0;
+    formerInterrupt = Take(SIGINT);
+    formerTermination = Take(SIGTERM);
 }
 
 InterruptRequest::~InterruptRequest() {
@@ -47,11 +54,11 @@ InterruptRequest::~InterruptRequest() {
 }
 
 bool InterruptRequest::IsPending() {
-    return pending;
+    return pending != 0;
 }
 
 void InterruptRequest::ThrowIfPending() {
-    if (IsPending()) throw ZfError("interrupted; the same command goes on from here");
+    if (IsPending()) throw Interruption(pending);
 }
 
 RunProgress::RunProgress(std::string name, std::function<double()> fraction)
@@ -77,16 +84,9 @@ void RunProgress::Show() {
 }
 
 std::string DurationText(double seconds) {
-    char text[32];
-    if (seconds < 10.0)
-        std::snprintf(text, sizeof text, "%.1f s", seconds);
-    else if (seconds < 60.0)
-        std::snprintf(text, sizeof text, "%.0f s", seconds);
-    else if (seconds < 3600.0)
-        std::snprintf(text, sizeof text, "%d min %d s", static_cast<int>(seconds / 60.0),
-                      static_cast<int>(seconds) % 60);
-    else
-        std::snprintf(text, sizeof text, "%d h %d min", static_cast<int>(seconds / 3600.0),
-                      static_cast<int>(seconds / 60.0) % 60);
-    return text;
+    if (seconds < 10.0) return fmt::format("{:.1f} s", seconds);
+    if (seconds < 60.0) return fmt::format("{:.0f} s", seconds);
+    const auto whole = static_cast<long>(seconds);
+    if (whole < 3600) return fmt::format("{} min {} s", whole / 60, whole % 60);
+    return fmt::format("{} h {} min", whole / 3600, whole / 60 % 60);
 }

@@ -4,10 +4,19 @@
 #include <functional>
 #include <string>
 
+#include "foundation/ZfError.h"
 #include "foundation/ZfNotifyTerminate.h"
 
+/// What stops a run that a signal asks to end.
+struct Interruption : ZfError {
+    explicit Interruption(int number)
+        : ZfError("interrupted; the same command goes on from here"), signal(number) {}
+
+    int signal;
+};
+
 /// While it lives, Ctrl-C (SIGINT) and SIGTERM do not end the process but ask its calculations to stop; a
-/// second one ends it at once.
+/// second one ends it at once. One that the process was started to ignore stays ignored.
 class InterruptRequest {
 public:
     InterruptRequest();
@@ -16,7 +25,7 @@ public:
     ~InterruptRequest();
 
     static bool IsPending();
-    static void ThrowIfPending();  ///< ZfError that tells how to go on
+    static void ThrowIfPending();  ///< Interruption
 };
 
 /// Stops a calculation that an interrupt asks to, and shows how far it is: a bar with the remaining time on a

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "foundation/Words.h"
 #include "foundation/ZfNotifyTerminate.h"
 #include "input/ZfCluster.h"
 #include "input/ZfEmittedWave.h"
@@ -16,6 +17,10 @@ class ZfBarnXml;
 
 /// The method by which an atom gathers the sources it sees; the values of the command line and of files.
 enum ZfScatteringMethod : std::int32_t { kSingle = 0, kSlowMulti = 1, kMulti = 2 };
+
+template <>
+inline constexpr auto kWords<ZfScatteringMethod> = std::to_array<Word<ZfScatteringMethod>>(
+    {{"MULTI", kMulti}, {"SLOWMULTI", kSlowMulti}, {"SINGLE", kSingle}});
 
 /// One scattering run: settings, live counters, and its records.
 class ZfScatteringData {

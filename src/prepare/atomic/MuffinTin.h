@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "foundation/Words.h"
 #include "prepare/atomic/SuperposedField.h"
 
 /// The local exchange potential of a continuum electron.
@@ -10,6 +11,12 @@ enum class ExchangeKind {
     kSlater,           ///< J. C. Slater, Phys. Rev. 81, 385 (1951): of full strength at every energy
     kNone,
 };
+
+template <>
+inline constexpr auto kWords<ExchangeKind> =
+    std::to_array<Word<ExchangeKind>>({{"furness", ExchangeKind::kFurnessMcCarthy},
+                                       {"slater", ExchangeKind::kSlater},
+                                       {"none", ExchangeKind::kNone}});
 
 /// Hartree. `kinetic` is E - V, the local kinetic energy without exchange (hartree), `density` that of the
 /// electrons (1/bohr^3). Furness and McCarthy: (E - V)/2 - sqrt((E - V)^2 + 4 pi rho)/2.

@@ -5,10 +5,15 @@
 #include <gemmi/math.hpp>
 #include <vector>
 
+#include "foundation/Words.h"
 #include "prepare/cluster/CrystalCell.h"
 #include "prepare/cluster/SurfaceFrame.h"
 
 enum class ClusterShape : std::uint8_t { Hemisphere, Paraboloid };
+
+template <>
+inline constexpr auto kWords<ClusterShape> = std::to_array<Word<ClusterShape>>(
+    {{"hemisphere", ClusterShape::Hemisphere}, {"paraboloid", ClusterShape::Paraboloid}});
 
 /// A crystal with a surface around one emitter.
 struct HalfCrystal {

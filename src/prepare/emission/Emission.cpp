@@ -14,12 +14,6 @@
 
 namespace {
 
-void CheckLevel(const EmissionRequest& request) {
-    if (IsOccupied(request.atom.atomicNumber, request.level.n, request.level.l)) return;
-    throw ZfError("The element " + request.atom.symbol + " has no electrons in the level " +
-                  request.level.Name());
-}
-
 DipoleChannels Channels(const EmissionRequest& request, const CoreOrbital& orbital) {
     const int l0 = request.level.l;
     ContinuumRequest continuum;
@@ -51,6 +45,12 @@ void Normalise(std::vector<ZfEmittedWave>& waves, double weight) {
 }
 
 }  // namespace
+
+void CheckLevel(const EmissionRequest& request) {
+    if (IsOccupied(request.atom.atomicNumber, request.level.n, request.level.l)) return;
+    throw ZfError("The element " + request.atom.symbol + " has no electrons in the level " +
+                  request.level.Name());
+}
 
 void CheckSource(double kinetic_eV, double weight) {
     CheckEnergies({kinetic_eV}, 1);

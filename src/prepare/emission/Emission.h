@@ -28,12 +28,15 @@ struct Emission {
     std::vector<ZfEmittedWave> waves;  ///< for each part of the light one of each m = -l .. l of the level
 };
 
+/// Throws ZfError for a level that the ground state of the atom leaves empty.
+void CheckLevel(const EmissionRequest& request);
+
 /// Throws ZfError for an energy that no file keeps (CheckEnergies), and a weight that is not positive.
 void CheckSource(double kinetic_eV, double weight);
 
 /// The emitted waves of a core level in the dipole approximation, length form. The sum of |A_lm|^2 over all
 /// waves is 4 pi times the weight: without scatterers the intensity averages to the weight over all
-/// directions. Throws ZfError as CheckSource, and for a level that the ground state of the atom leaves empty.
+/// directions. Throws ZfError as CheckLevel and CheckSource.
 Emission CoreLevelEmission(const EmissionRequest& request);
 
 /// One wave of l = 0, as strong in all directions: a source like an Auger transition between s levels.

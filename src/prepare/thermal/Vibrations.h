@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "foundation/Words.h"
 #include "input/ZfCluster.h"
 #include "input/ZfDebye.h"
 #include "input/ZfFluctuation.h"
@@ -13,6 +14,12 @@
 // The fluctuation document, and the mean square displacements U (along one axis) that a run makes of it.
 
 enum class VibrationModel { Debye, Einstein, Cluster };
+
+template <>
+inline constexpr auto kWords<VibrationModel> =
+    std::to_array<Word<VibrationModel>>({{"debye", VibrationModel::Debye},
+                                         {"einstein", VibrationModel::Einstein},
+                                         {"cluster", VibrationModel::Cluster}});
 
 struct VibrationRequest {
     double temperature_K = 300.0;

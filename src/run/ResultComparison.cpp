@@ -1,7 +1,8 @@
-#include "recipe/RecipeComparison.h"
+#include "run/ResultComparison.h"
+
+#include <fmt/format.h>
 
 #include <algorithm>
-#include <cstdio>
 
 #include "foundation/ReplacedFile.h"
 #include "foundation/Text.h"
@@ -17,12 +18,10 @@ struct ComparedResult {
 };
 
 std::string ResultLine(const ComparedResult& one) {
-    char text[160];
     const Agreement& a = one.compared.agreement;
-    std::snprintf(text, sizeof text, "%-24s R %.4f  scaled %.4f (by %.3g)  correlation %.4f  rotation %g",
-                  one.result->label.empty() ? "comparison" : one.result->label.c_str(), a.R, a.scaledR,
-                  a.scale, a.correlation, one.compared.rotation);
-    return text;
+    return fmt::format("{:<24} R {:.4f}  scaled {:.4f} (by {:.3g})  correlation {:.4f}  rotation {:g}",
+                       one.result->label.empty() ? "comparison" : one.result->label, a.R, a.scaledR, a.scale,
+                       a.correlation, one.compared.rotation);
 }
 
 std::string ScanTable(const std::string& name, const std::vector<ComparedResult>& results) {
@@ -52,9 +51,20 @@ void DrawScan(const std::string& name, const std::vector<ComparedResult>& result
     DrawLines({plain, scaled}, axes, path);
 }
 
+void TellScan(const std::string& name, const std::vector<ComparedResult>& results, const ResultFolder& folder,
+              RunLog& log) {
+    WriteWholeFile(folder.Path("scan.csv"), ScanTable(name, results));
+    DrawScan(name, results, folder.Path("scan.png"));
+    const auto best = std::min_element(results.begin(), results.end(), [](const auto& a, const auto& b) {
+        return a.compared.agreement.R < b.compared.agreement.R;
+    });
+    log.Line(fmt::format("{} = {} has the least R; table scan.csv, plot scan.png", name,
+                         DoubleToText(best->result->scanned)));
+}
+
 }  // namespace
 
-void CompareResults(const RecipePlan& plan, const ResultFolder& folder, RunLog& log) {
+void CompareResults(const RunPlan& plan, ResultFolder& folder, RunLog& log) {
     CompareRequest request = plan.comparison.request;
     if (request.measured.empty()) return;
     const std::string& difference = plan.comparison.difference;
@@ -69,12 +79,6 @@ void CompareResults(const RecipePlan& plan, const ResultFolder& folder, RunLog& 
         if (!difference.empty())
             WriteDifference(results.back().compared, folder.Path(result.FileName(difference)));
     }
-    if (plan.scannedName.empty() || results.empty()) return;
-    WriteWholeFile(folder.Path("scan.csv"), ScanTable(plan.scannedName, results));
-    DrawScan(plan.scannedName, results, folder.Path("scan.png"));
-    const auto best = std::min_element(results.begin(), results.end(), [](const auto& a, const auto& b) {
-        return a.compared.agreement.R < b.compared.agreement.R;
-    });
-    log.Line(plan.scannedName + " = " + DoubleToText(best->result->scanned) +
-             " has the least R; table scan.csv, plot scan.png");
+    if (!plan.scannedName.empty()) TellScan(plan.scannedName, results, folder, log);
+    folder.Remember({"comparison", {}, ComparisonOutputs(plan), {}});
 }

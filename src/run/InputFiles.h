@@ -1,0 +1,37 @@
+#pragma once
+
+#include <string>
+
+#include "prepare/cluster/ClusterRequest.h"
+#include "prepare/emission/PhotonEnergy.h"
+#include "prepare/phases/PhaseShifts.h"
+#include "prepare/thermal/Vibrations.h"
+
+// The files of an input set, made from requests and from each other. Each function writes one file, whole or
+// not at all, and returns what the user should know of it, in lines. They throw ZfError.
+
+std::string CopyReadyFile(const std::string& path, const std::string& output);
+
+std::string MakeClusterFile(const ClusterRequest& request, const std::string& output);
+
+/// What is emitted, into which light; emitter and field are those of the cluster.
+struct WavesRequest {
+    bool isotropic = false;    ///< a source of l = 0 instead of a level
+    EmissionRequest emission;  ///< level, light and weight
+    PhotoelectronEnergy energy;
+};
+
+/// The kinetic energy in eV; from a photon with the binding energy of the table unless one is given.
+double KineticEnergyOf(const PhotoelectronEnergy& energy, const ScreenedAtom& atom, const CoreLevel& level);
+
+/// The photoelectron feels the same field at the emitter as anywhere else: `crystal` has its settings.
+std::string MakeWavesFile(const WavesRequest& request, const PhaseShiftRequest& crystal,
+                          const std::string& clusterFile, const std::string& output);
+
+/// Of the atoms of the cluster, at the energies of the waves.
+std::string MakePhaseShiftFile(const PhaseShiftRequest& request, const std::string& clusterFile,
+                               const std::string& wavesFile, const std::string& output);
+
+/// Of the elements of the cluster.
+std::string MakeFluctuationFile(const VibrationRequest& request, const std::string& clusterFile,
+                                const std::string& output);

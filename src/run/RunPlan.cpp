@@ -1,0 +1,25 @@
+#include "run/RunPlan.h"
+
+#include <filesystem>
+
+std::string RunResult::FileName(const std::string& name) const {
+    if (label.empty()) return name;
+    const std::filesystem::path file = name;
+    return file.stem().string() + "_" + label + file.extension().string();
+}
+
+std::vector<std::string> ComparisonOutputs(const RunPlan& plan) {
+    std::vector<std::string> names;
+    if (plan.comparison.request.measured.empty()) return names;
+    if (!plan.scannedName.empty()) names = {"scan.csv", "scan.png"};
+    if (plan.comparison.difference.empty()) return names;
+    for (const RunResult& result : plan.results) names.push_back(result.FileName(plan.comparison.difference));
+    return names;
+}
+
+std::vector<std::string> OutputsOf(const RunPlan& plan) {
+    std::vector<std::string> names = ComparisonOutputs(plan);
+    for (const RunStep& step : plan.steps)
+        names.insert(names.end(), step.outputs.begin(), step.outputs.end());
+    return names;
+}
