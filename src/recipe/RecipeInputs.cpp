@@ -10,11 +10,12 @@
 #include "foundation/ProgramFile.h"
 #include "foundation/ReplacedFile.h"
 #include "foundation/ZfError.h"
-#include "prepare/cluster/ClusterRequest.h"
+#include "prepare/cluster/ClusterMaking.h"
 #include "prepare/cluster/ClusterWriting.h"
 #include "prepare/cluster/CrystalSources.h"
 #include "prepare/phases/EnergyList.h"
 #include "prepare/phases/PhaseShifts.h"
+#include "prepare/thermal/Elements.h"
 #include "prepare/thermal/Vibrations.h"
 
 namespace {
@@ -65,10 +66,11 @@ ClusterRequest ReadClusterRequest(RecipeTable& section, const RecipeFolder& plac
     request.top = section.Text("top", "");
     const bool isParaboloid = section.Word("shape", {"hemisphere", "paraboloid"}) == "paraboloid";
     request.shape = isParaboloid ? ClusterShape::Paraboloid : ClusterShape::Hemisphere;
-    request.size_A = section.NotNegative("radius", RecipeUnit::kAngstrom, 0.0);
+    request.size_angstrom = section.NotNegative("radius", RecipeUnit::kAngstrom, 0.0);
     const std::vector<int> atoms = Integers(section, "atoms");
     if (!atoms.empty()) request.atoms = atoms[0];
-    if (!atoms.empty() && request.size_A != 0.0) section.Fail("atoms", "give atoms or radius, not both");
+    if (!atoms.empty() && request.size_angstrom != 0.0)
+        section.Fail("atoms", "give atoms or radius, not both");
     request.debye_K = NamedNumbers(section, "debye", RecipeUnit::kKelvin);
     request.temperature_K = section.NotNegative("temperature", RecipeUnit::kKelvin, request.temperature_K);
     request.weightTable = ProgramFile("AtomicWeight.txt");
