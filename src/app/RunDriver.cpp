@@ -8,6 +8,7 @@
 #include "app/ZfCalcDocument.h"
 #include "app/ZfCmdParameters.h"
 #include "foundation/Console.h"
+#include "foundation/ProgramFile.h"
 #include "foundation/Truncate.h"
 #include "foundation/ZfADateTime.h"
 #include "foundation/ZfError.h"
@@ -30,9 +31,9 @@ std::string WeightTablePath(const std::string& program) {
     std::string named = ProgramDirectory(program) + kWeightTable;
     std::error_code none;
     if (named != kWeightTable || std::filesystem::exists(named, none)) return named;
-    const std::filesystem::path running = std::filesystem::read_symlink("/proc/self/exe", none);
+    const std::filesystem::path running = RunningProgram();
     const std::filesystem::path beside = running.parent_path() / kWeightTable;
-    return !none && std::filesystem::exists(beside, none) ? beside.string() : named;
+    return !running.empty() && std::filesystem::exists(beside, none) ? beside.string() : named;
 }
 
 void LoadAtomicWeights(const std::string& program) {

@@ -5,9 +5,10 @@
 #include <limits>
 #include <map>
 
+#include "foundation/Constants.h"
 #include "foundation/Text.h"
-#include "prepare/checks/InputCheck.h"
 #include "prepare/checks/NearestNeighbours.h"
+#include "scattering/ThermalModels.h"
 
 namespace {
 
@@ -56,10 +57,10 @@ std::string DisplacementText(const std::vector<ZfAtom>& atoms) {
 
 std::string StructureSummary(const std::vector<ZfAtom>& atoms) {
     if (atoms.empty()) return "no atoms\n";
-    const ZfAtom& emitter = atoms[EmitterOf(atoms)];
+    const ZfAtom& emitter = atoms[NearestToOrigin(atoms)];
     const std::vector<Neighbour> nearest = NearestNeighbours(atoms);
     double distance = std::numeric_limits<double>::infinity();
-    for (const Neighbour& neighbour : nearest) distance = std::min(distance, neighbour.distance_A);
+    for (const Neighbour& neighbour : nearest) distance = std::min(distance, neighbour.distance_angstrom);
     const double* p = emitter.position.Data();
     std::string text = Counted(atoms.size(), "atom");
     text += ": " + NameCounts(atoms) + "\n    emitter " + emitter.name + " at (" + LengthText(p[0]) + ", " +
@@ -108,7 +109,7 @@ std::string Summary(const std::vector<ZfEmittedWave>& waves) {
     for (std::size_t i = 0; i < std::min(waves.size(), kLongestList); ++i)
         text += "  " + std::to_string(i) + ": " + WaveText(waves[i]) + "\n";
     return text + Left(waves.size()) + "  sum of |A|^2 " + DoubleToText(sum) + ", " +
-           DoubleToText(sum / 12.566370614359172) + " times 4 pi\n";
+           DoubleToText(sum / (4.0 * kPi)) + " times 4 pi\n";
 }
 
 std::string RecordText(const ZfPhaseShiftRecord& record) {
@@ -136,14 +137,20 @@ std::string Summary(const ZfPhaseShiftDocument& document) {
 std::string Summary(const ZfFluctuation& f) {
     std::string text = "fluctuation\n  temperature ";
     text += DoubleToText(f.Temperature_K_) + " K\n  Uiso from ";
-    if (f.IsUseUisoInCluster_)
-        text += "the cluster\n";
-    else if (f.IsUseUisoEinsteinModel_)
-        text += "the Einstein model\n";
-    else if (f.IsUseUisoDebyeModel_)
-        text += "the Debye model\n";
-    else
-        text += "the cluster, as no model is chosen\n";
+    switch (ThermalModelOf(f)) {
+        case ThermalModel::kCluster:
+            text += "the cluster\n";
+            break;
+        case ThermalModel::kEinstein:
+            text += "the Einstein model\n";
+            break;
+        case ThermalModel::kDebye:
+            text += "the Debye model\n";
+            break;
+        case ThermalModel::kNone:
+            text += "the cluster, as no model is chosen\n";
+            break;
+    }
     const std::size_t pairs = std::min(f.DebyeElement_.size(), f.DebyeTemperature_K_.size());
     for (std::size_t i = 0; i < pairs; ++i)
         text += "  Debye temperature of " + f.DebyeElement_[i] + " " +

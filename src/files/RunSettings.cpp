@@ -1,7 +1,8 @@
 #include "files/RunSettings.h"
 
+#include <fmt/format.h>
+
 #include <array>
-#include <cstdio>
 #include <filesystem>
 #include <set>
 #include <utility>
@@ -13,6 +14,7 @@
 #include "input/ZfEmittedWave.h"
 #include "input/ZfFluctuation.h"
 #include "input/ZfPhaseShiftDocument.h"
+#include "scattering/ThermalModels.h"
 #include "xml/ZfBarnFile.h"
 #include "xml/ZfQBarnFile.h"
 
@@ -92,10 +94,16 @@ void AddPhaseShifts(RunSettings& settings, const std::string& path) {
     settings.push_back({"phase_shift_energies", Sorted(energies), "eV"});
 }
 
-std::string ThermalModel(const ZfFluctuation& fluctuation) {
-    if (fluctuation.IsUseUisoInCluster_) return "Uiso of the cluster";
-    if (fluctuation.IsUseUisoEinsteinModel_) return "Einstein model";
-    if (fluctuation.IsUseUisoDebyeModel_) return "Debye model";
+std::string ThermalModelName(const ZfFluctuation& fluctuation) {
+    switch (ThermalModelOf(fluctuation)) {
+        case ThermalModel::kEinstein:
+            return "Einstein model";
+        case ThermalModel::kDebye:
+            return "Debye model";
+        case ThermalModel::kNone:
+        case ThermalModel::kCluster:
+            break;
+    }
     return "Uiso of the cluster";
 }
 
@@ -105,7 +113,7 @@ void AddFluctuation(RunSettings& settings, const std::string& path) {
     if (!ExchangeFluctuation(file, fluctuation, "DocFluctuation"))
         throw ZfError("there is no fluctuation in it");
     settings.push_back({"fluctuation_file", FileName(path), ""});
-    settings.push_back({"thermal_model", ThermalModel(fluctuation), ""});
+    settings.push_back({"thermal_model", ThermalModelName(fluctuation), ""});
     settings.push_back({"temperature", std::vector{fluctuation.Temperature_K_}, "K"});
     if (fluctuation.DebyeElement_.empty()) return;
     settings.push_back({"debye_elements", Joined(fluctuation.DebyeElement_), ""});
@@ -134,11 +142,8 @@ std::string SettingText(const RunSetting& setting) {
     if (const auto* words = std::get_if<std::string>(&setting.value)) {
         text = *words;
     } else {
-        for (const double number : std::get<std::vector<double>>(setting.value)) {
-            std::array<char, 32> digits{};
-            std::snprintf(digits.data(), digits.size(), "%s%.9g", text.empty() ? "" : " ", number);
-            text += digits.data();
-        }
+        for (const double number : std::get<std::vector<double>>(setting.value))
+            text += fmt::format("{}{:.9g}", text.empty() ? "" : " ", number);
     }
     return setting.unit.empty() ? text : text + " " + setting.unit;
 }

@@ -1,6 +1,10 @@
 #pragma once
 
+#include <filesystem>
 #include <string>
+
+/// The file of the running program; empty where the system does not tell.
+std::filesystem::path RunningProgram();
 
 /// Path of a table that ships with the programs and stands beside them, such as "AtomicWeight.txt". Throws
 /// ZfError when it is not there.

@@ -8,7 +8,7 @@
 #include "foundation/ProgramFile.h"
 #include "front/Commands.h"
 #include "front/SharedOptions.h"
-#include "prepare/cluster/ClusterRequest.h"
+#include "prepare/cluster/ClusterMaking.h"
 #include "prepare/cluster/ClusterWriting.h"
 #include "prepare/cluster/CrystalSources.h"
 
@@ -89,7 +89,7 @@ void AddShapeOptions(CLI::App& command, ClusterOptions& options) {
         ->option_text("NAME");
     CLI::Option* radius =
         command
-            .add_option("--radius", request.size_A,
+            .add_option("--radius", request.size_angstrom,
                         "Radius around the surface point over the emitter, angstrom; of a paraboloid the "
                         "path emitter - atom - surface")
             ->check(AboveZero())
@@ -136,7 +136,7 @@ void PrintShells(const std::vector<NeighbourShell>& shells) {
     constexpr std::size_t kShown = 5;
     std::printf("  %zu shells around the emitter:", shells.size());
     for (std::size_t i = 0; i < shells.size() && i < kShown; ++i)
-        std::printf("%s %d at %.3f", i > 0 ? "," : "", shells[i].atoms, shells[i].distance_A);
+        std::printf("%s %d at %.3f", i > 0 ? "," : "", shells[i].atoms, shells[i].distance_angstrom);
     std::printf("%s angstrom\n", shells.size() > kShown ? ", ..." : "");
 }
 
@@ -144,10 +144,11 @@ void PrintStructure(const StructureSummary& structure, std::size_t index, std::s
     std::printf("structure %zu: %s\n", index, structure.title.c_str());
     std::printf("  %zu atoms, emitter %s (site %d), surface plane %s at z = %.4f angstrom\n", atoms,
                 structure.emitter.c_str(), structure.site, structure.surfaceElements.c_str(),
-                structure.surface_A);
+                structure.surface_angstrom);
     PrintShells(structure.shells);
     std::printf("  nearest neighbour %s at %.4f angstrom, size %.3f angstrom\n",
-                structure.nearestElement.c_str(), structure.shells.front().distance_A, structure.size_A);
+                structure.nearestElement.c_str(), structure.shells.front().distance_angstrom,
+                structure.size_angstrom);
     std::printf("  point symmetry %s about z", structure.symmetry.Name().c_str());
     if (structure.symmetry.mirror_deg)
         std::printf(", a mirror plane at azimuth %.4g degrees", *structure.symmetry.mirror_deg);

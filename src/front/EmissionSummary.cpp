@@ -1,41 +1,33 @@
 #include "front/EmissionSummary.h"
 
+#include <fmt/format.h>
+
 #include <cstddef>
-#include <cstdio>
 
 #include "foundation/Constants.h"
 #include "scattering/SphericalHarmonics.h"
 #include "scattering/ZfFreeElectron.h"
 
-namespace {
-
-template <class... Values>
-std::string Line(const char* format, Values... values) {
-    char text[200];
-    std::snprintf(text, sizeof text, format, values...);
-    return text;
-}
-
-}  // namespace
-
 std::string EnergyText(double kinetic_eV) {
     ZfFreeElectron electron;
     electron.SetEnergy_eV(kinetic_eV);
     const double k = electron.k * 1e-10;
-    return Line("  kinetic energy   %g eV, k = %.4f /angstrom, wavelength %.4f angstrom\n", kinetic_eV, k,
-                kTwoPi / k);
+    return fmt::format("  kinetic energy   {:g} eV, k = {:.4f} /angstrom, wavelength {:.4f} angstrom\n",
+                       kinetic_eV, k, kTwoPi / k);
 }
 
 std::string ZeroText(double zero_eV) {
-    return Line("  muffin-tin zero  %.3f eV against the vacuum\n", zero_eV);
+    return fmt::format("  muffin-tin zero  {:.3f} eV against the vacuum\n", zero_eV);
 }
 
 std::string ChannelText(const Emission& emission) {
     const DipoleChannels& channels = emission.channels;
     std::string text;
     for (std::size_t i = channels.l0 == 0 ? 1 : 0; i < 2; ++i)
-        text += Line("  l = %d            radial integral %.5g bohr^(5/2), phase %.3f degrees\n",
-                     channels.l0 + 2 * static_cast<int>(i) - 1, channels.rho[i], Degrees(channels.delta[i]));
-    text += Line("  asymmetry        beta = %.3f\n", channels.Beta());
-    return text + Line("  orbital          calculated at %.1f eV\n", emission.orbital.energy * kHartree_eV);
+        text += fmt::format("  l = {}            radial integral {:.5g} bohr^(5/2), phase {:.3f} degrees\n",
+                            channels.l0 + 2 * static_cast<int>(i) - 1, channels.rho[i],
+                            Degrees(channels.delta[i]));
+    text += fmt::format("  asymmetry        beta = {:.3f}\n", channels.Beta());
+    return text +
+           fmt::format("  orbital          calculated at {:.1f} eV\n", emission.orbital.energy * kHartree_eV);
 }

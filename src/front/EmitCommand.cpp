@@ -4,7 +4,6 @@
 #include <cstddef>
 #include <cstdio>
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -31,20 +30,17 @@ struct EmitOptions {
     std::string surroundingsFile;
     std::string element;
     bool freeAtom = false;
-    ExchangeKind exchange = ExchangeKind::kFurnessMcCarthy;
     bool relativistic = false;
-    std::optional<double> zero_eV;
+    PhaseShiftRequest crystal;  // exchange and zero of the emitter's field
     std::string level;
     bool isotropic = false;
-    double kinetic_eV = 0.0;
+    PhotoelectronEnergy energy;
     std::string photon;
-    double binding_eV = 0.0;  // 0: from the table
-    double fermi_eV = 10.0;
     std::vector<double> polarisation;
     std::vector<double> unpolarisedAlong;
     std::string circular;
     std::vector<double> along;
-    double weight = 1.0;
+    double weight = EmissionRequest().weight;
     std::string output;
 };
 
@@ -60,27 +56,29 @@ std::vector<LightVector> LightOf(const EmitOptions& options) {
 
 /// Below the Fermi level; of a free atom below the vacuum, calculated.
 double BindingOf(const EmitOptions& options, const EmissionRequest& request) {
-    if (options.binding_eV > 0.0) return options.binding_eV;
+    if (options.energy.binding_eV) return *options.energy.binding_eV;
     if (options.freeAtom) return OrbitalBinding(request.atom, request.level);
     return MeasuredBinding(BindingEnergies(ProgramFile("binding_energies.csv")), request.atom, request.level);
 }
 
 /// Sets the energy and tells how it came about.
 std::string SetEnergy(const EmitOptions& options, EmissionRequest& request) {
-    request.kinetic_eV = options.kinetic_eV;
+    request.kinetic_eV = options.energy.kinetic_eV;
     if (options.photon.empty()) return "";
-    const double photon = Usage("--photon", [&] { return ParsePhotonEnergy(options.photon); });
+    PhotoelectronEnergy energy = options.energy;
+    energy.photon_eV = Usage("--photon", [&] { return ParsePhotonEnergy(options.photon); });
+    CheckEnergy(energy);
     const double binding = BindingOf(options, request);
-    const double fermi = options.freeAtom ? 0.0 : options.fermi_eV;
-    request.kinetic_eV = KineticEnergyInside(photon, binding, fermi);
-    std::string text = "  energy           photon " + DoubleToText(photon) + " eV - binding energy " +
-                       DoubleToText(binding) + " eV";
+    const double fermi = options.freeAtom ? 0.0 : energy.fermi_eV;
+    request.kinetic_eV = KineticEnergyInside(energy.photon_eV, binding, fermi);
+    std::string text = "  energy           photon " + DoubleToText(energy.photon_eV) +
+                       " eV - binding energy " + DoubleToText(binding) + " eV";
     if (!options.freeAtom) text += " + Fermi energy above the muffin-tin zero " + DoubleToText(fermi) + " eV";
     return text + "\n";
 }
 
 void RunIsotropic(const EmitOptions& options) {
-    const auto waves = IsotropicEmission(options.kinetic_eV, options.weight);
+    const auto waves = IsotropicEmission(options.energy.kinetic_eV, options.weight);
     SaveEmittedWaves(waves, options.output);
     std::printf("%s: isotropic source, 1 wave\n%s", options.output.c_str(), EnergyText(waves[0].Ek).c_str());
 }
@@ -109,8 +107,6 @@ ZfAtom EmitterOfCluster(const EmitOptions& options, PhaseShiftRequest& crystal) 
 
 /// Name and element of the emitter; sets what surrounds it in a crystal.
 ZfAtom FindEmitter(const EmitOptions& options, PhaseShiftRequest& crystal) {
-    crystal.exchange = options.exchange;
-    crystal.zero_eV = options.zero_eV;
     if (options.relativistic) crystal.equation = RadialEquation::kScalarRelativistic;
     if (!options.clusterFile.empty()) return EmitterOfCluster(options, crystal);
     if (!options.surroundingsFile.empty()) {
@@ -127,7 +123,7 @@ void RunLevel(const EmitOptions& options) {
     request.level = Usage("--level", [&] { return ParseCoreLevel(options.level); });
     request.light = Usage("the light", [&] { return LightOf(options); });
     request.weight = options.weight;
-    PhaseShiftRequest crystal;
+    PhaseShiftRequest crystal = options.crystal;
     const ZfAtom emitter = FindEmitter(options, crystal);
     const ScreeningTable atoms(ProgramFile("screening_dhfs.csv"));
     request.atom = atoms.Find(emitter.atom);
@@ -149,9 +145,9 @@ void Need(bool given, const char* what) {
 
 void Run(const EmitOptions& options) {
     CheckOutput(options.output, ".xml_emt");
-    Need(options.kinetic_eV > 0.0 || !options.photon.empty(), "--kinetic or --photon");
+    Need(options.energy.kinetic_eV > 0.0 || !options.photon.empty(), "--kinetic or --photon");
     if (options.isotropic) {
-        Need(options.kinetic_eV > 0.0, "--kinetic");
+        Need(options.energy.kinetic_eV > 0.0, "--kinetic");
         return RunIsotropic(options);
     }
     Need(!options.level.empty(), "--level or --isotropic");
@@ -170,7 +166,7 @@ CLI::Option* AddDirection(CLI::App& command, const char* name, std::vector<doubl
 
 void AddEnergyOptions(CLI::App& command, EmitOptions& options) {
     CLI::Option* kinetic = command.add_option(
-        "--kinetic", options.kinetic_eV,
+        "--kinetic", options.energy.kinetic_eV,
         "Kinetic energy in eV inside the crystal, above the muffin-tin zero (free atom: above the vacuum)");
     kinetic->check(AboveZero())->type_name("FLOAT");
     CLI::Option* photon = command.add_option("--photon", options.photon,
@@ -180,14 +176,14 @@ void AddEnergyOptions(CLI::App& command, EmitOptions& options) {
     kinetic->excludes(photon);
     command
         .add_option(
-            "--binding", options.binding_eV,
+            "--binding", options.energy.binding_eV,
             "Binding energy in eV below the Fermi level; by default from a table (X-ray Data Booklet), of "
             "a free atom the calculated orbital energy")
         ->check(AboveZero())
         ->type_name("FLOAT")
         ->needs(photon);
     command
-        .add_option("--fermi", options.fermi_eV,
+        .add_option("--fermi", options.energy.fermi_eV,
                     "Fermi energy above the muffin-tin zero in eV; about 9 in Cu, 10 in GaAs, 12 in Si")
         ->check(Between(0.0, 1000.0))
         ->type_name("FLOAT")
@@ -212,12 +208,12 @@ void AddLightOptions(CLI::App& command, EmitOptions& options) {
 }
 
 void AddFieldOptions(CLI::App& command, EmitOptions& options, CLI::Option& free) {
-    AddExchange(command, options.exchange, "; take that of the phase shifts")->excludes(&free);
+    AddExchange(command, options.crystal.exchange, "; take that of the phase shifts")->excludes(&free);
     command
         .add_flag("--relativistic", options.relativistic,
                   "Mass-velocity and Darwin terms for the photoelectron, as in the phase shifts")
         ->excludes(&free);
-    AddZero(command, options.zero_eV, "; take that of the phase shifts")->excludes(&free);
+    AddZero(command, options.crystal.zero_eV, "; take that of the phase shifts")->excludes(&free);
 }
 
 }  // namespace

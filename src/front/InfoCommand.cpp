@@ -13,7 +13,7 @@
 #include "front/Commands.h"
 #include "front/SharedOptions.h"
 #include "prepare/checks/InputCheck.h"
-#include "prepare/thermal/Vibrations.h"
+#include "prepare/thermal/AtomicWeights.h"
 
 namespace {
 
@@ -76,7 +76,7 @@ const Document* Only(const std::vector<AnyFile>& files, bool& several) {
 
 void PrintFindings(const std::vector<InputFinding>& findings) {
     const std::map<Severity, const char*> words = {
-        {Severity::Note, "note"}, {Severity::Warning, "warning"}, {Severity::Misfit, "misfit"}};
+        {Severity::kNote, "note"}, {Severity::kWarning, "warning"}, {Severity::kMisfit, "misfit"}};
     for (const InputFinding& finding : findings)
         std::printf("%s: %s\n    remedy: %s\n", words.at(finding.severity), finding.what.c_str(),
                     finding.remedy.c_str());

@@ -13,6 +13,7 @@
 #include "foundation/ZfError.h"
 #include "front/Commands.h"
 #include "front/SharedOptions.h"
+#include "prepare/cluster/CrystalSources.h"
 #include "prepare/phases/EnergyList.h"
 #include "prepare/phases/PhaseShiftTable.h"
 #include "prepare/phases/PhaseShifts.h"
@@ -26,6 +27,7 @@ published table with --table.
 Examples:
   qvre phases cluster.xml_cl --energy 560 -o phaseshift.xml_ph
   qvre phases cluster.xml_cl --waves emitter.xml_emt --exchange slater -o phaseshift.xml_ph
+  qvre phases --cell examples/rutile.cif --energy 560 -o phaseshift.xml_ph
   qvre phases --table Cu.phs --format leed --name Cu --radius 1.276 --energy 100:500:50 -o Cu.xml_ph)";
 
 const std::map<std::string, PhaseTableFormat> kFormats = {{"leed", PhaseTableFormat::kLeed},
@@ -35,6 +37,7 @@ const std::map<std::string, PhaseTableFormat> kFormats = {{"leed", PhaseTableFor
 struct PhasesOptions {
     PhaseShiftRequest request;
     std::string cluster;
+    std::string cell;
     std::string surroundings;
     std::string table;
     PhaseTableChoice choice;
@@ -57,9 +60,17 @@ void AddSourceOptions(CLI::App& command, PhasesOptions& options) {
                                          "Instead of a cluster: a list of the shells of neighbours of each "
                                          "species (docs/phase-shifts.md)")
                              ->excludes(cluster);
+    CLI::Option* cell =
+        command
+            .add_option("--cell", options.cell,
+                        "Instead of a cluster: the crystal itself, from a file: .cif, .xyz or "
+                        ".extxyz with Lattice=\"...\", or .cell")
+            ->excludes(cluster)
+            ->excludes(plain);
     command.add_option("--table", options.table, "Instead of a cluster: a published table of phase shifts")
         ->excludes(cluster)
-        ->excludes(plain);
+        ->excludes(plain)
+        ->excludes(cell);
 }
 
 void AddEnergyOptions(CLI::App& command, PhasesOptions& options) {
@@ -142,13 +153,16 @@ std::map<std::string, double> Radii(const PhasesOptions& options) {
     return radii;
 }
 
+std::vector<AtomSurroundings> Species(const PhasesOptions& options) {
+    if (!options.cell.empty()) return SurroundingsInCrystal(LoadCell(options.cell));
+    if (!options.surroundings.empty()) return ReadSurroundings(options.surroundings);
+    return SurroundingsInCluster(LoadClusterFile(options.cluster));
+}
+
 PhaseShiftResult FromPhysics(PhasesOptions& options) {
     PhaseShiftRequest& request = options.request;
-    if (options.surroundings.empty()) {
-        request.species = SurroundingsInCluster(LoadClusterFile(options.cluster));
-    } else {
-        request.species = ReadSurroundings(options.surroundings);
-    }
+    CheckSettings(request);
+    request.species = Species(options);
     request.radius_angstrom = Radii(options);
     const auto all = request.radius_angstrom.find("");
     if (all != request.radius_angstrom.end()) {
@@ -179,8 +193,9 @@ PhaseShiftResult FromTable(PhasesOptions& options) {
 }
 
 void CheckSource(const PhasesOptions& options) {
-    if (options.cluster.empty() && options.surroundings.empty() && options.table.empty())
-        throw CLI::ValidationError("a cluster is needed, or --surroundings or --table");
+    if (options.cluster.empty() && options.cell.empty() && options.surroundings.empty() &&
+        options.table.empty())
+        throw CLI::ValidationError("a cluster is needed, or --cell, --surroundings or --table");
     CheckOutput(options.output, ".xml_ph");
     if (options.list == options.output) throw CLI::ValidationError("--list", "is the name of the output too");
 }

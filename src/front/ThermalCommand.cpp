@@ -14,6 +14,9 @@
 #include "front/Commands.h"
 #include "front/SharedOptions.h"
 #include "prepare/checks/PartChecks.h"
+#include "prepare/thermal/AtomicWeights.h"
+#include "prepare/thermal/Elements.h"
+#include "prepare/thermal/MeanSquareDisplacement.h"
 #include "prepare/thermal/Vibrations.h"
 
 namespace {
@@ -28,7 +31,7 @@ struct ThermalOptions {
     std::string clusterFile;
     std::vector<std::string> elements;
     std::vector<std::string> debye;
-    double temperature_K = 300.0;
+    double temperature_K = VibrationRequest().temperature_K;
     std::string model = "debye";
     std::string output;
 };

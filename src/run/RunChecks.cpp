@@ -6,14 +6,14 @@
 #include "foundation/ZfError.h"
 #include "input/ZfFluctuation.h"
 #include "prepare/checks/InputCheck.h"
-#include "prepare/thermal/Vibrations.h"
+#include "prepare/thermal/AtomicWeights.h"
 
 namespace {
 
 std::string FindingLine(const InputFinding& finding) {
-    const char* word = finding.severity == Severity::Misfit    ? "misfit: "
-                       : finding.severity == Severity::Warning ? "warning: "
-                                                               : "note: ";
+    const char* word = finding.severity == Severity::kMisfit    ? "misfit: "
+                       : finding.severity == Severity::kWarning ? "warning: "
+                                                                : "note: ";
     return word + finding.what + (finding.remedy.empty() ? "" : "; " + finding.remedy) + "\n";
 }
 

@@ -9,7 +9,7 @@
 #include "input/ZfFluctuation.h"
 #include "pattern/SphereMap.h"
 #include "pattern/ZfDocPattern.h"
-#include "prepare/thermal/Vibrations.h"
+#include "prepare/thermal/AtomicWeights.h"
 #include "run/RunProgress.h"
 #include "xml/ZfBarnFile.h"
 

@@ -39,10 +39,14 @@ void SetDebyeModel(const ZfFluctuation& fluctuation, ZfVectorFreeElectron& list,
     }
 }
 
+ThermalModel ThermalModelOf(const ZfFluctuation& fluctuation) {
+    if (fluctuation.IsUseUisoInCluster_) return ThermalModel::kCluster;
+    if (fluctuation.IsUseUisoEinsteinModel_) return ThermalModel::kEinstein;
+    return fluctuation.IsUseUisoDebyeModel_ ? ThermalModel::kDebye : ThermalModel::kNone;
+}
+
 void ApplyThermalModel(const ZfFluctuation& fluctuation, ZfVectorFreeElectron& list, const ZfDebye& debye) {
-    if (fluctuation.IsUseUisoInCluster_) return;
-    if (fluctuation.IsUseUisoEinsteinModel_)
-        SetEinsteinModel(fluctuation, list, debye);
-    else if (fluctuation.IsUseUisoDebyeModel_)
-        SetDebyeModel(fluctuation, list, debye);
+    const ThermalModel model = ThermalModelOf(fluctuation);
+    if (model == ThermalModel::kEinstein) SetEinsteinModel(fluctuation, list, debye);
+    if (model == ThermalModel::kDebye) SetDebyeModel(fluctuation, list, debye);
 }

@@ -63,6 +63,16 @@ TEST(ClusterCommand, ShortestCommandSummarises) {
                   "  point symmetry 4mm about z, a mirror plane at azimuth 0 degrees\n");
 }
 
+TEST(ClusterCommand, TurnsTheCrystal) {
+    const TempFolder folder;
+    const QvreResult result = RunQvre({"cluster", "--preset", "Cu", "--surface", "1,1,1", "--azimuth", "17",
+                                       "--domains", "0,90", "-o", folder.Path("c.xyz")});
+    EXPECT_NE(result.output.find("structure 0: Cu(111)"), std::string::npos) << result.output;
+    for (const char* text : {"a mirror plane at azimuth 17 degrees", "a mirror plane at azimuth 47 degrees",
+                             "domain turned by 90 degrees"})
+        EXPECT_NE(result.output.find(text), std::string::npos) << result.output;
+}
+
 TEST(ClusterCommand, BadInputLeavesNothingBehind) {
     const TempFolder folder;
     const std::string output = folder.Path("cluster.xyz");

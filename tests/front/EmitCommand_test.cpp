@@ -3,6 +3,7 @@
 #include <complex>
 #include <filesystem>
 #include <iterator>
+#include <set>
 #include <sstream>
 #include <string>
 #include <tuple>
@@ -47,6 +48,44 @@ TEST(EmitCommand, WritesTheWavesAndTellsTheEnergy) {
         for (const std::complex<double>& a : wave.coeff.block) sum += std::norm(a);
     }
     EXPECT_NEAR(sum, 4.0 * kPi, 1e-4);  // 6 digits
+}
+
+// delta_l of the photoelectron is the phase shift of the emitter, whatever the physics that both are made by.
+TEST(EmitCommand, TakesThePhysicsOfThePhaseShifts) {
+    const TempFolder folder;
+    std::set<std::string> phases;
+    for (const std::string physics :
+         {"", "--exchange slater", "--exchange none", "--relativistic", "--zero -9", "--zero=-2"}) {
+        const QvreResult emission = Emit(kCluster + " --level 1s --kinetic 560 --polarisation 0,0,1 " +
+                                         physics + " -o " + folder.Path("e.xml_emt"));
+        ASSERT_EQ(emission.status, 0) << emission.errors;
+        std::istringstream words("phases " + kCluster + " --energy 560 " + physics + " -o " +
+                                 folder.Path("p.xml_ph"));
+        const QvreResult shifts = RunQvre({std::istream_iterator<std::string>(words), {}});
+        ASSERT_EQ(shifts.status, 0) << shifts.errors;
+        const std::string title = ", phase ";
+        const std::size_t begin = emission.output.find(title) + title.size();
+        const std::string phase = emission.output.substr(begin, emission.output.find(' ', begin) - begin);
+        EXPECT_NE(shifts.output.find(" " + phase), std::string::npos) << physics << shifts.output << phase;
+        phases.insert(phase);
+    }
+    EXPECT_EQ(phases.size(), 6U) << "each choice counts";
+}
+
+// Left circular light, of helicity +1 along z, lifts an s level to m = +1.
+TEST(EmitCommand, TellsLeftFromRight) {
+    const TempFolder folder;
+    for (const auto& [light, m] : {std::pair{"left", 1}, {"right", -1}}) {
+        ASSERT_EQ(Emit("--free --element C --level 1s --kinetic 560 --along 0,0,1 --circular " +
+                       std::string(light) + " -o " + folder.Path("e.xml_emt"))
+                      .status,
+                  0);
+        std::vector<ZfEmittedWave> waves;
+        ZfLoadEmittedWave(waves, folder.Path("e.xml_emt"));
+        ASSERT_EQ(waves.size(), 1U);
+        EXPECT_GT(std::abs(waves[0].coeff.At(1, m)), 1.0) << light;
+        EXPECT_EQ(std::abs(waves[0].coeff.At(1, -m)), 0.0) << light;
+    }
 }
 
 TEST(EmitCommand, BadInputLeavesNothing) {

@@ -56,6 +56,14 @@ TEST(InfoCommand, Misfit) {
               std::string::npos)
         << result.output;
     EXPECT_EQ(result.errors, "qvre info: The input does not fit, see the misfits above\n");
+    // Only MULTI needs the radius of an atom.
+    const TempFolder folder;
+    std::string phases = ReadFile(kExamples + "/cu001_small/phaseshift.xml_ph");
+    const std::size_t begin = phases.find("<LnX>");
+    phases.erase(begin, phases.find("</LnX>") + 6 - begin);
+    const std::string path = folder.Write("p.xml_ph", phases);
+    EXPECT_EQ(RunQvre({"info", path}).status, 1);
+    EXPECT_EQ(RunQvre({"info", "--method", "SLOWMULTI", path}).status, 0);
     const std::vector<std::string> single = {"info", "--method", "SINGLE",
                                              kExamples + "/cu001_small/emitter.xml_emt"};
     EXPECT_EQ(RunQvre(single).status, 1);

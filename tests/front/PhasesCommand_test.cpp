@@ -74,6 +74,21 @@ TEST(PhasesCommand, TakesOptionsAndTables) {
     EXPECT_NEAR(std::exp(document.records[0].radial.LnX.back()), 1.25e-10, 1e-15);
     EXPECT_EQ(document.records[0].FileName, "superposed DHFS atoms, Slater exchange, scalar-relativistic");
 
+    EXPECT_NE(run.output.find(" -6.000 "), std::string::npos) << run.output;
+
+    // The crystal itself, and what a cluster of it sees.
+    const std::string cell = folder.Write("Cu.cell",
+                                          "lengths 3.61 3.61 3.61\natom Cu 0 0 0\natom Cu 0 1/2 1/2\n"
+                                          "atom Cu 1/2 0 1/2\natom Cu 1/2 1/2 0\n");
+    run = RunQvre({"phases", "--cell", cell, "--energy", "560", "-o", output});
+    ASSERT_EQ(run.status, 0) << run.errors;
+    ZfPhaseShiftDocument shipped = Load(kSet + "cu001_small/phaseshift.xml_ph");
+    document = Load(output);
+    ASSERT_EQ(document.records.size(), 1U);
+    for (std::int32_t l = 0; l < 14; ++l)
+        EXPECT_NEAR(document.records[0].PhaseShiftValue.VectorAt(l),
+                    shipped.records[0].PhaseShiftValue.VectorAt(l), 1e-3);
+
     const std::string table = folder.Write("t.csv", "Ek_eV,d0,d1\n100,80,20\n200,60,0.2\n");
     run = RunQvre({"phases", "--table", table, "--format", "csv", "--name", "Cu1", "--element", "Cu",
                    "--radius", "1.2", "--linear", "--energy", "150,200", "-o", output});
@@ -100,7 +115,7 @@ TEST(PhasesCommand, LeavesNothingBehindWhenItFails) {
         {{cluster, "--energy", "560", "--table", two, "-o", output}, 2, "excludes"},
         {{cluster, "--energy", "560", "-o", output, "--list", folder.Path("no/l")}, 1, "Cannot write"},
         {{cluster, "--energy", "560", "--cut", "nan", "-o", output}, 2, "--cut: has to be a number"},
-        {{"--energy", "560", "-o", output}, 2, "a cluster is needed, or --surroundings or --table"},
+        {{"--energy", "560", "-o", output}, 2, "a cluster is needed, or --cell, --surroundings or --table"},
         {{"--table", two, "--energy", "5", "-o", output}, 2, "--table needs --name"},
         {{cluster, "--energy", "560", "--radius", "Ag=1", "-o", output}, 1, "no atoms of the name \"Ag\""},
         {{cluster, "--energy", "560", "--radius", "3", "-o", output}, 1, "take a smaller radius"},

@@ -7,17 +7,17 @@
 #include "prepare/checks/FindingTexts.h"
 #include "prepare/checks/NearestNeighbours.h"
 #include "prepare/checks/PartChecks.h"
-#include "prepare/thermal/Vibrations.h"
+#include "prepare/thermal/Elements.h"
 
 namespace {
 
-constexpr double kEmitterTolerance_A = 0.01;
-constexpr double kNearest_A = 0.5;
+constexpr double kEmitterTolerance_angstrom = 0.01;
+constexpr double kNearest_angstrom = 0.5;
 
 void CheckEmitter(const std::vector<ZfAtom>& atoms, const std::string& where, InputFindings& findings) {
-    const ZfAtom& emitter = atoms[EmitterOf(atoms)];
-    if (std::sqrt(NormSquared(emitter.position)) * 1e10 < kEmitterTolerance_A) return;
-    findings.push_back({Severity::Misfit,
+    const ZfAtom& emitter = atoms[NearestToOrigin(atoms)];
+    if (std::sqrt(NormSquared(emitter.position)) * 1e10 < kEmitterTolerance_angstrom) return;
+    findings.push_back({Severity::kMisfit,
                         where + "the atom nearest to the origin, " + emitter.name + " at " +
                             PositionText(emitter) + " angstrom, would be the emitter",
                         "move the cluster so that the emitter stands at (0, 0, 0)"});
@@ -25,21 +25,21 @@ void CheckEmitter(const std::vector<ZfAtom>& atoms, const std::string& where, In
 
 void CheckDistances(const std::vector<ZfAtom>& atoms, const std::string& where, InputFindings& findings) {
     if (atoms.size() == 1) {
-        findings.push_back({Severity::Note, where + "the emitter stands alone: nothing scatters",
+        findings.push_back({Severity::kNote, where + "the emitter stands alone: nothing scatters",
                             "add the atoms around it"});
         return;
     }
     const std::vector<Neighbour> nearest = NearestNeighbours(atoms);
-    const auto closest =
-        std::min_element(nearest.begin(), nearest.end(),
-                         [](const Neighbour& a, const Neighbour& b) { return a.distance_A < b.distance_A; });
-    if (closest->distance_A > kNearest_A) return;
+    const auto closest = std::min_element(
+        nearest.begin(), nearest.end(),
+        [](const Neighbour& a, const Neighbour& b) { return a.distance_angstrom < b.distance_angstrom; });
+    if (closest->distance_angstrom > kNearest_angstrom) return;
     const ZfAtom& one = atoms[static_cast<std::size_t>(closest - nearest.begin())];
     const ZfAtom& other = atoms[closest->atom];
-    findings.push_back({Severity::Misfit,
-                        where + "two atoms stand " + DoubleToText(closest->distance_A) + " angstrom apart, " +
-                            one.name + " at " + PositionText(one) + " and " + other.name + " at " +
-                            PositionText(other),
+    findings.push_back({Severity::kMisfit,
+                        where + "two atoms stand " + DoubleToText(closest->distance_angstrom) +
+                            " angstrom apart, " + one.name + " at " + PositionText(one) + " and " +
+                            other.name + " at " + PositionText(other),
                         "atoms have to be more than 0.5 angstrom apart: remove one, or look at the lattice "
                         "constant"});
 }
@@ -56,7 +56,7 @@ void CheckElements(const ZfCluster& cluster, InputFindings& findings) {
     for (const std::string& element : ElementsOf(cluster))
         if (!IsElement(element))
             findings.push_back(
-                {Severity::Misfit, "the cluster holds the element \"" + element + "\", unknown",
+                {Severity::kMisfit, "the cluster holds the element \"" + element + "\", unknown",
                  "write element symbols as in Cu, case counts; a label of its own belongs into "
                  "the name of the atom"});
 }
@@ -66,7 +66,7 @@ void CheckDisplacementForm(const std::vector<ZfAtom>& atoms, const std::string& 
     const auto tensors =
         std::count_if(atoms.begin(), atoms.end(), [](const ZfAtom& atom) { return atom.U.Count() > 1; });
     if (tensors == 0) return;
-    findings.push_back({Severity::Misfit,
+    findings.push_back({Severity::kMisfit,
                         where + "atoms with anisotropic displacements: " + std::to_string(tensors),
                         "give isotropic ones (MSD_iso), or none"});
 }
@@ -76,13 +76,13 @@ void CheckDisplacementForm(const std::vector<ZfAtom>& atoms, const std::string& 
 void CheckCluster(const InputSet& inputs, InputFindings& findings) {
     const ZfCluster& cluster = *inputs.cluster;
     if (cluster.structures.empty())
-        findings.push_back({Severity::Misfit, "the cluster holds no structure", "give one with atoms"});
+        findings.push_back({Severity::kMisfit, "the cluster holds no structure", "give one with atoms"});
     CheckElements(cluster, findings);
     for (std::size_t s = 0; s < cluster.structures.size(); ++s) {
         const std::vector<ZfAtom>& atoms = cluster.structures[s].atoms;
         const std::string where = StructurePrefix(cluster, s);
         if (atoms.empty()) {
-            findings.push_back({Severity::Misfit, where + "there are no atoms", "remove the structure"});
+            findings.push_back({Severity::kMisfit, where + "there are no atoms", "remove the structure"});
             continue;
         }
         CheckEmitter(atoms, where, findings);

@@ -96,7 +96,7 @@ void CheckCylinders(const InputSet& inputs, InputFindings& findings) {
             const ZfAtom& atom = atoms[order[ties.atom]];
             const ZfAtom& target = atoms[order[ties.target]];
             findings.push_back(
-                {Severity::Warning,
+                {Severity::kWarning,
                  fmt::format("{}{} times an atom stands its radius beside the line to another, to a "
                              "millionth, as {} at {} with {} angstrom beside that to {} at {}: rounding "
                              "decides whether MULTI takes it, and the symmetry may be lost",

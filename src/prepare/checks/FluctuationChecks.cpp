@@ -8,41 +8,44 @@
 #include "foundation/ZfError.h"
 #include "prepare/checks/NearestNeighbours.h"
 #include "prepare/checks/PartChecks.h"
-#include "prepare/thermal/Vibrations.h"
+#include "prepare/thermal/Elements.h"
+#include "prepare/thermal/MeanSquareDisplacement.h"
+#include "scattering/ThermalModels.h"
 
 namespace {
 
-constexpr double kLargestU_A2 = 0.1;  // beyond, atoms of a solid would melt (Lindemann) or U is a B factor
-constexpr double kTooSmall = 1.1;     // whole Debye integral over the formula of the run
+constexpr double kLargestU_angstrom2 =
+    0.1;                           // beyond, atoms of a solid would melt (Lindemann) or U is a B factor
+constexpr double kTooSmall = 1.1;  // whole Debye integral over the formula of the run
 
 bool KeepsClusterU(const ZfFluctuation& f) {
-    return f.IsUseUisoInCluster_ || (!f.IsUseUisoEinsteinModel_ && !f.IsUseUisoDebyeModel_);
-}
-
-bool UsesDebye(const ZfFluctuation& f) {
-    return !f.IsUseUisoInCluster_ && !f.IsUseUisoEinsteinModel_ && f.IsUseUisoDebyeModel_;
+    const ThermalModel model = ThermalModelOf(f);
+    return model == ThermalModel::kNone || model == ThermalModel::kCluster;
 }
 
 void CheckFlags(const ZfFluctuation& f, InputFindings& findings) {
     const int flags =
         int{f.IsUseUisoInCluster_} + int{f.IsUseUisoEinsteinModel_} + int{f.IsUseUisoDebyeModel_};
     if (flags == 0)
-        findings.push_back({Severity::Note, "the fluctuation file chooses no model: U comes from the cluster",
+        findings.push_back({Severity::kNote,
+                            "the fluctuation file chooses no model: U comes from the cluster",
                             "set one of its flags"});
     if (flags > 1)
-        findings.push_back({Severity::Warning,
-                            std::string("the fluctuation file sets several flags; the one of ") +
-                                (f.IsUseUisoInCluster_ ? "the cluster" : "the Einstein model") + " counts",
-                            "set one flag only"});
+        findings.push_back(
+            {Severity::kWarning,
+             std::string("the fluctuation file sets several flags; the one of ") +
+                 (ThermalModelOf(f) == ThermalModel::kCluster ? "the cluster" : "the Einstein model") +
+                 " counts",
+             "set one flag only"});
 }
 
 void CheckTemperature(const ZfFluctuation& f, InputFindings& findings) {
     if (KeepsClusterU(f)) return;
     if (f.Temperature_K_ < 0.0)
-        findings.push_back({Severity::Misfit, "the temperature is " + DoubleToText(f.Temperature_K_) + " K",
+        findings.push_back({Severity::kMisfit, "the temperature is " + DoubleToText(f.Temperature_K_) + " K",
                             "give it in kelvin, 0 or above"});
     if (f.Temperature_K_ == 0.0)
-        findings.push_back({Severity::Warning, "at 0 K the models give U = 0, without zero-point motion",
+        findings.push_back({Severity::kWarning, "at 0 K the models give U = 0, without zero-point motion",
                             "give the temperature in kelvin, or U with the cluster"});
 }
 
@@ -51,19 +54,19 @@ std::map<std::int32_t, double> DebyeTemperatures(const ZfFluctuation& f, InputFi
     std::map<std::int32_t, double> temperatures;
     const std::size_t given = f.DebyeTemperature_K_.size();
     if (f.DebyeElement_.size() != given)
-        findings.push_back({f.DebyeElement_.size() > given ? Severity::Misfit : Severity::Warning,
+        findings.push_back({f.DebyeElement_.size() > given ? Severity::kMisfit : Severity::kWarning,
                             "the fluctuation file has " + std::to_string(f.DebyeElement_.size()) +
                                 " elements and " + std::to_string(given) + " Debye temperatures",
                             "give one temperature an element"});
     for (std::size_t i = 0; i < std::min(given, f.DebyeElement_.size()); ++i) {
         try {
             if (!temperatures.emplace(AtomicNumberOf(f.DebyeElement_[i]), f.DebyeTemperature_K_[i]).second)
-                findings.push_back({Severity::Warning,
+                findings.push_back({Severity::kWarning,
                                     f.DebyeElement_[i] + " has two Debye temperatures: the first counts",
                                     "remove the other"});
         } catch (const ZfError&) {
             findings.push_back(
-                {Severity::Misfit,
+                {Severity::kMisfit,
                  "the fluctuation file names the element \"" + f.DebyeElement_[i] + "\", unknown",
                  "write element symbols as in Cu, case counts"});
         }
@@ -75,21 +78,21 @@ void CheckDebyeValue(const std::string& element, double theta, const InputSet& i
                      InputFindings& findings) {
     const double t = inputs.fluctuation->Temperature_K_;
     if (theta <= 0.0) {
-        findings.push_back({Severity::Warning, "the Debye temperature of " + element + " is 0: its U is 0",
+        findings.push_back({Severity::kWarning, "the Debye temperature of " + element + " is 0: its U is 0",
                             "give it in kelvin"});
         return;
     }
     if (!inputs.weights) return;
     const std::int32_t number = AtomicNumberOf(element);
     if (static_cast<std::size_t>(number) >= inputs.weights->weights.size()) {
-        findings.push_back({Severity::Misfit, "the table of atomic weights lacks " + element,
+        findings.push_back({Severity::kMisfit, "the table of atomic weights lacks " + element,
                             "take the whole AtomicWeight.txt"});
         return;
     }
     const double formula = inputs.weights->CalcUiso(t, number, theta);
     const double whole = DebyeIntegralUiso(t, number, theta, *inputs.weights);
     if (formula <= 0.0 || whole < kTooSmall * formula) return;
-    findings.push_back({Severity::Warning,
+    findings.push_back({Severity::kWarning,
                         "U of " + element + " is " +
                             DoubleToText(std::round(whole / formula * 100.0) / 100.0) +
                             " times too small: " + DoubleToText(t) +
@@ -101,7 +104,7 @@ void CheckDebyeValue(const std::string& element, double theta, const InputSet& i
 std::set<std::string> EmittersOf(const ZfCluster& cluster) {
     std::set<std::string> elements;
     for (const ZfStructure& structure : cluster.structures)
-        if (!structure.atoms.empty()) elements.insert(structure.atoms[EmitterOf(structure.atoms)].atom);
+        if (!structure.atoms.empty()) elements.insert(structure.atoms[NearestToOrigin(structure.atoms)].atom);
     return elements;
 }
 
@@ -115,7 +118,7 @@ void CheckDebye(const InputSet& inputs, InputFindings& findings) {
             number = AtomicNumberOf(element);
         } catch (const ZfError&) {
             if (element.empty())
-                findings.push_back({Severity::Misfit,
+                findings.push_back({Severity::kMisfit,
                                     "there are atoms without an element: the Debye model fails",
                                     "give the element of each atom"});
             continue;
@@ -127,7 +130,7 @@ void CheckDebye(const InputSet& inputs, InputFindings& findings) {
         }
         const bool emits = emitters.contains(element);
         findings.push_back(
-            {Severity::Misfit,
+            {Severity::kMisfit,
              "the Debye table lacks " + element + (emits ? ", the element of the emitter" : ""),
              "add " + element + " with its Debye temperature to the fluctuation file"});
     }
@@ -136,8 +139,8 @@ void CheckDebye(const InputSet& inputs, InputFindings& findings) {
 struct ClusterU {
     std::size_t atoms = 0;
     std::size_t without = 0;
-    double smallest_A2 = 0.0;
-    double largest_A2 = 0.0;
+    double smallest_angstrom2 = 0.0;
+    double largest_angstrom2 = 0.0;
 };
 
 ClusterU DisplacementsOf(const ZfCluster& cluster) {
@@ -147,8 +150,8 @@ ClusterU DisplacementsOf(const ZfCluster& cluster) {
             ++u.atoms;
             if (atom.U.Count() == 0) ++u.without;
             if (atom.U.Count() != 1) continue;
-            u.smallest_A2 = std::min(u.smallest_A2, *atom.U.Data() * 1e20);
-            u.largest_A2 = std::max(u.largest_A2, *atom.U.Data() * 1e20);
+            u.smallest_angstrom2 = std::min(u.smallest_angstrom2, *atom.U.Data() * 1e20);
+            u.largest_angstrom2 = std::max(u.largest_angstrom2, *atom.U.Data() * 1e20);
         }
     }
     return u;
@@ -158,19 +161,19 @@ void CheckClusterU(const InputSet& inputs, InputFindings& findings) {
     const ClusterU u = DisplacementsOf(*inputs.cluster);
     const std::string remedy = "give U with each atom of the cluster, or take the Debye model";
     if (u.without == u.atoms)
-        findings.push_back({inputs.fluctuation->IsUseUisoInCluster_ ? Severity::Misfit : Severity::Note,
+        findings.push_back({inputs.fluctuation->IsUseUisoInCluster_ ? Severity::kMisfit : Severity::kNote,
                             "U is to come from the cluster, which has none: nothing is damped", remedy});
     else if (u.without > 0)
-        findings.push_back({Severity::Warning,
+        findings.push_back({Severity::kWarning,
                             std::to_string(u.without) + " of " + std::to_string(u.atoms) +
                                 " atoms have no U in the cluster and are not damped",
                             remedy});
-    if (u.smallest_A2 < 0.0)
-        findings.push_back({Severity::Misfit, "the cluster has a U below 0: such an atom is amplified",
+    if (u.smallest_angstrom2 < 0.0)
+        findings.push_back({Severity::kMisfit, "the cluster has a U below 0: such an atom is amplified",
                             "mean square displacements are positive"});
-    if (u.largest_A2 > kLargestU_A2)
-        findings.push_back({Severity::Warning,
-                            "the cluster has a U of " + DoubleToText(u.largest_A2) + " angstrom^2",
+    if (u.largest_angstrom2 > kLargestU_angstrom2)
+        findings.push_back({Severity::kWarning,
+                            "the cluster has a U of " + DoubleToText(u.largest_angstrom2) + " angstrom^2",
                             "give U, not B = 8 pi^2 U"});
 }
 
@@ -179,6 +182,6 @@ void CheckClusterU(const InputSet& inputs, InputFindings& findings) {
 void CheckFluctuation(const InputSet& inputs, InputFindings& findings) {
     CheckFlags(*inputs.fluctuation, findings);
     CheckTemperature(*inputs.fluctuation, findings);
-    if (UsesDebye(*inputs.fluctuation)) CheckDebye(inputs, findings);
+    if (ThermalModelOf(*inputs.fluctuation) == ThermalModel::kDebye) CheckDebye(inputs, findings);
     if (inputs.cluster && KeepsClusterU(*inputs.fluctuation)) CheckClusterU(inputs, findings);
 }

@@ -17,5 +17,5 @@ InputFindings CheckInputs(const InputSet& inputs) {
 
 bool FitsTogether(const InputFindings& findings) {
     return std::none_of(findings.begin(), findings.end(),
-                        [](const InputFinding& finding) { return finding.severity == Severity::Misfit; });
+                        [](const InputFinding& finding) { return finding.severity == Severity::kMisfit; });
 }

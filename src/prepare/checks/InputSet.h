@@ -21,13 +21,13 @@ struct InputSet {
 };
 
 enum class Severity {
-    Note,     ///< worth knowing
-    Warning,  ///< the run is slow, or its result doubtful
-    Misfit    ///< the run fails, or its result is wrong without a word
+    kNote,     ///< worth knowing
+    kWarning,  ///< the run is slow, or its result doubtful
+    kMisfit    ///< the run fails, or its result is wrong without a word
 };
 
 struct InputFinding {
-    Severity severity = Severity::Note;
+    Severity severity = Severity::kNote;
     std::string what;
     std::string remedy;
 };

@@ -14,14 +14,14 @@ std::vector<Neighbour> NearestNeighbours(const std::vector<ZfAtom>& atoms) {
             const double dy = b[1] - a[1];
             const double dz = b[2] - a[2];
             const double distance = std::sqrt(dx * dx + dy * dy + dz * dz) * 1e10;
-            if (distance < nearest[i].distance_A) nearest[i] = {j, distance};
-            if (distance < nearest[j].distance_A) nearest[j] = {i, distance};
+            if (distance < nearest[i].distance_angstrom) nearest[i] = {j, distance};
+            if (distance < nearest[j].distance_angstrom) nearest[j] = {i, distance};
         }
     }
     return nearest;
 }
 
-std::size_t EmitterOf(const std::vector<ZfAtom>& atoms) {
+std::size_t NearestToOrigin(const std::vector<ZfAtom>& atoms) {
     const auto nearer = [](const ZfAtom& a, const ZfAtom& b) {
         return NormSquared(a.position) < NormSquared(b.position);
     };

@@ -6,12 +6,12 @@
 #include "input/ZfCluster.h"
 
 struct Neighbour {
-    std::size_t atom = 0;     ///< index in the list
-    double distance_A = 0.0;  ///< infinite for an atom that stands alone
+    std::size_t atom = 0;            ///< index in the list
+    double distance_angstrom = 0.0;  ///< infinite for an atom that stands alone
 };
 
 /// The nearest other atom of each, the first of equals.
 std::vector<Neighbour> NearestNeighbours(const std::vector<ZfAtom>& atoms);
 
 /// The atom that becomes the emitter: the first of those nearest to the origin. The list must not be empty.
-std::size_t EmitterOf(const std::vector<ZfAtom>& atoms);
+std::size_t NearestToOrigin(const std::vector<ZfAtom>& atoms);

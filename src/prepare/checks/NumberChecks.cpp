@@ -44,7 +44,7 @@ bool IsFinite(const ZfPhaseShiftRecord& record) {
 }
 
 void Report(const std::string& what, InputFindings& findings) {
-    findings.push_back({Severity::Misfit, what + " not a number, or infinite",
+    findings.push_back({Severity::kMisfit, what + " not a number, or infinite",
                         "correct the file, or make it again: a run would spread it over the whole image"});
 }
 

@@ -16,8 +16,8 @@
 namespace {
 
 constexpr std::ptrdiff_t kUsableRecords = 128;  // the run keeps their places in signed bytes
-constexpr double kSmallestRadius_A = 0.3;
-constexpr double kLargestRadius_A = 3.0;
+constexpr double kSmallestRadius_angstrom = 0.3;
+constexpr double kLargestRadius_angstrom = 3.0;
 constexpr double kOverlap = 1.1;       // radii of two neighbours over their distance, when spheres overlap
 constexpr double kGap = 0.6;           // and when MULTI overlooks atoms of a row
 constexpr double kNearSphere = 0.8;    // sampling radius over neighbour distance, when the levels climb
@@ -28,9 +28,9 @@ constexpr std::int32_t kLargestSize = 300;
 /// The atoms of one name.
 struct AtomKind {
     std::string element;
-    bool scatters = false;                                       ///< one of them is not the emitter
-    double nearest_A = std::numeric_limits<double>::infinity();  ///< nearest neighbour of a scatterer
-    std::string neighbour;                                       ///< and its name
+    bool scatters = false;                                              ///< one of them is not the emitter
+    double nearest_angstrom = std::numeric_limits<double>::infinity();  ///< nearest neighbour of a scatterer
+    std::string neighbour;                                              ///< and its name
 };
 
 using AtomKinds = std::map<std::string, AtomKind>;
@@ -41,14 +41,14 @@ AtomKinds KindsOf(const ZfCluster& cluster) {
         const std::vector<ZfAtom>& atoms = structure.atoms;
         if (atoms.empty()) continue;
         const std::vector<Neighbour> nearest = NearestNeighbours(atoms);
-        const std::size_t emitter = EmitterOf(atoms);
+        const std::size_t emitter = NearestToOrigin(atoms);
         for (std::size_t i = 0; i < atoms.size(); ++i) {
             AtomKind& kind = kinds[atoms[i].name];
             kind.element = atoms[i].atom;
             if (i == emitter) continue;
             kind.scatters = true;
-            if (nearest[i].distance_A >= kind.nearest_A) continue;
-            kind.nearest_A = nearest[i].distance_A;
+            if (nearest[i].distance_angstrom >= kind.nearest_angstrom) continue;
+            kind.nearest_angstrom = nearest[i].distance_angstrom;
             kind.neighbour = atoms[nearest[i].atom].name;
         }
     }
@@ -78,7 +78,7 @@ bool EqualButForCase(const std::string& a, const std::string& b) {
 
 InputFinding MissingName(const ZfPhaseShiftDocument& document, const std::string& name,
                          const AtomKind& kind) {
-    InputFinding finding{Severity::Misfit, "there are no phase shifts for the atom name \"" + name + "\"",
+    InputFinding finding{Severity::kMisfit, "there are no phase shifts for the atom name \"" + name + "\"",
                          "make them, with this AtomName"};
     for (const ZfPhaseShiftRecord& record : document.records) {
         const bool spelling = EqualButForCase(record.AtomName, name);
@@ -98,7 +98,7 @@ InputFinding MissingEnergy(const ZfPhaseShiftDocument& document, const std::stri
             nearest = record.Ek_eV;
     const std::string wanted = ExactText(energy);
     const std::string found = ExactText(nearest);
-    InputFinding finding{Severity::Misfit,
+    InputFinding finding{Severity::kMisfit,
                          "there are no phase shifts of \"" + name + "\" for " + wanted + " eV",
                          "make them for " + wanted + " eV"};
     if (std::abs(nearest - energy) > 0.01 * energy) {
@@ -128,67 +128,71 @@ void CheckRadius(const ZfPhaseShiftRecord& record, InputFindings& findings) {
         "let LnX end at the natural logarithm of the muffin-tin radius in metres, -22.8 for 1.25 "
         "angstrom";
     if (record.radial.LnX.empty()) {
-        findings.push_back({Severity::Misfit,
+        findings.push_back({Severity::kMisfit,
                             NameOf(record) + " have no LnX, from which MULTI takes the radius of the atom",
                             remedy + ", or take the method SLOWMULTI"});
         return;
     }
-    const double radius_A = RadiusOf(record);
-    if (radius_A >= kSmallestRadius_A && radius_A <= kLargestRadius_A) return;
+    const double radius_angstrom = RadiusOf(record);
+    if (radius_angstrom >= kSmallestRadius_angstrom && radius_angstrom <= kLargestRadius_angstrom) return;
     const double end = record.radial.LnX.back();
-    std::string what = NameOf(record) + " tell the radius " + DoubleToText(radius_A) +
+    std::string what = NameOf(record) + " tell the radius " + DoubleToText(radius_angstrom) +
                        " angstrom (LnX ends at " + DoubleToText(end) + ")";
     if (end > -2.0 && end < 4.0) what += ", which looks like a radius, or its logarithm, in angstrom or bohr";
-    what += radius_A > kLargestRadius_A ? ": MULTI would silently be SLOWMULTI"
-                                        : ": MULTI would overlook the atoms of a row";
-    findings.push_back({Severity::Misfit, what, remedy});
+    what += radius_angstrom > kLargestRadius_angstrom ? ": MULTI would silently be SLOWMULTI"
+                                                      : ": MULTI would overlook the atoms of a row";
+    findings.push_back({Severity::kMisfit, what, remedy});
 }
 
 /// Radii with which the spheres of two neighbours touch. The larger one often follows from atoms of its own
 /// kind and stays, unless it leaves nothing.
-std::string TouchingRadii(const ZfPhaseShiftRecord& a, const ZfPhaseShiftRecord& b, double distance_A) {
-    const auto entry = [](const std::string& name, double radius_A) {
-        return name + " = " + DoubleToText(std::floor(radius_A * 1000.0) / 1000.0);
+std::string TouchingRadii(const ZfPhaseShiftRecord& a, const ZfPhaseShiftRecord& b,
+                          double distance_angstrom) {
+    const auto entry = [](const std::string& name, double radius_angstrom) {
+        return name + " = " + DoubleToText(std::floor(radius_angstrom * 1000.0) / 1000.0);
     };
-    const double half_A = distance_A / 2.0;
-    if (a.AtomName == b.AtomName) return "radius = { " + entry(a.AtomName, half_A) + " }";
+    const double half_angstrom = distance_angstrom / 2.0;
+    if (a.AtomName == b.AtomName) return "radius = { " + entry(a.AtomName, half_angstrom) + " }";
     const auto& [smaller, larger] = RadiusOf(a) < RadiusOf(b) ? std::tie(a, b) : std::tie(b, a);
-    const double left_A = distance_A - RadiusOf(larger);
-    if (left_A >= kLeast * distance_A) return "radius = { " + entry(smaller.AtomName, left_A) + " }";
-    return "radius = { " + entry(a.AtomName, half_A) + ", " + entry(b.AtomName, half_A) + " }";
+    const double left_angstrom = distance_angstrom - RadiusOf(larger);
+    if (left_angstrom >= kLeast * distance_angstrom)
+        return "radius = { " + entry(smaller.AtomName, left_angstrom) + " }";
+    return "radius = { " + entry(a.AtomName, half_angstrom) + ", " + entry(b.AtomName, half_angstrom) + " }";
 }
 
-void CheckSpheres(const ZfPhaseShiftRecord& record, const ZfPhaseShiftRecord& neighbour, double distance_A,
-                  InputFindings& findings) {
+void CheckSpheres(const ZfPhaseShiftRecord& record, const ZfPhaseShiftRecord& neighbour,
+                  double distance_angstrom, InputFindings& findings) {
     const double own = RadiusOf(record);
     const double other = RadiusOf(neighbour);
-    if (own == 0.0 || other == 0.0 || own > kLargestRadius_A || other > kLargestRadius_A) return;
-    const double ratio = (own + other) / distance_A;
+    if (own == 0.0 || other == 0.0 || own > kLargestRadius_angstrom || other > kLargestRadius_angstrom)
+        return;
+    const double ratio = (own + other) / distance_angstrom;
     if (ratio >= kGap && ratio <= kOverlap) return;
-    findings.push_back({Severity::Warning,
-                        NameOf(record) + " tell the radius " + DoubleToText(own) + " angstrom; with " +
-                            DoubleToText(other) + " angstrom of the nearest neighbour, " +
-                            DoubleToText(distance_A) + " angstrom away, the spheres " +
-                            (ratio > kOverlap ? "overlap" : "leave a wide gap"),
-                        "make phase shifts with touching spheres: in a recipe [phases] " +
-                            TouchingRadii(record, neighbour, distance_A) + ", on the command line --radius"});
+    findings.push_back(
+        {Severity::kWarning,
+         NameOf(record) + " tell the radius " + DoubleToText(own) + " angstrom; with " + DoubleToText(other) +
+             " angstrom of the nearest neighbour, " + DoubleToText(distance_angstrom) +
+             " angstrom away, the spheres " + (ratio > kOverlap ? "overlap" : "leave a wide gap"),
+         "make phase shifts with touching spheres: in a recipe [phases] " +
+             TouchingRadii(record, neighbour, distance_angstrom) + ", on the command line --radius"});
 }
 
-void CheckSampling(const ZfPhaseShiftRecord& record, double nearest_A, InputFindings& findings) {
+void CheckSampling(const ZfPhaseShiftRecord& record, double nearest_angstrom, InputFindings& findings) {
     const std::int32_t size = record.PhaseShiftValue.VectorSize();
     if (size > kLargestSize) {
-        findings.push_back({Severity::Misfit, NameOf(record) + " have the l size " + std::to_string(size),
+        findings.push_back({Severity::kMisfit, NameOf(record) + " have the l size " + std::to_string(size),
                             "leave out the l whose phase shift is below 0.3 degrees"});
         return;
     }
     if (!(record.Ek_eV > 0.0)) return;
-    const double radius_A = LastSamplingRadius(size, record.Ek_eV) * 1e10;
-    if (radius_A < kNearSphere * nearest_A) return;
-    const bool wrong = radius_A >= nearest_A;
-    findings.push_back({wrong ? Severity::Misfit : Severity::Warning,
+    const double radius_angstrom = LastSamplingRadius(size, record.Ek_eV) * 1e10;
+    if (radius_angstrom < kNearSphere * nearest_angstrom) return;
+    const bool wrong = radius_angstrom >= nearest_angstrom;
+    findings.push_back({wrong ? Severity::kMisfit : Severity::kWarning,
                         NameOf(record) + " have l size " + std::to_string(size) + ", which is sampled at " +
-                            DoubleToText(radius_A) + " angstrom, and the nearest neighbour stands at " +
-                            DoubleToText(nearest_A) + " angstrom: " +
+                            DoubleToText(radius_angstrom) +
+                            " angstrom, and the nearest neighbour stands at " +
+                            DoubleToText(nearest_angstrom) + " angstrom: " +
                             (wrong ? "the expansion of its wave does not converge, or to something wrong"
                                    : "the run is slow"),
                         "leave out the highest l, or take a higher energy"});
@@ -196,9 +200,9 @@ void CheckSampling(const ZfPhaseShiftRecord& record, double nearest_A, InputFind
 
 /// Without a cluster the spheres are taken to touch.
 void CheckSampling(const ZfPhaseShiftRecord& record, InputFindings& findings) {
-    const double radius_A = RadiusOf(record);
-    if (radius_A < kSmallestRadius_A || radius_A > kLargestRadius_A) return;
-    CheckSampling(record, 2.0 * radius_A, findings);
+    const double radius_angstrom = RadiusOf(record);
+    if (radius_angstrom < kSmallestRadius_angstrom || radius_angstrom > kLargestRadius_angstrom) return;
+    CheckSampling(record, 2.0 * radius_angstrom, findings);
 }
 
 /// Phase shifts in degrees, folded into -90 to 90: that is what scatters.
@@ -214,11 +218,11 @@ void CheckValues(const ZfPhaseShiftRecord& record, InputFindings& findings) {
     const double last = Folded(delta.VectorValueAt(size - 1));
     if (size > 3 && largest > 0.0 && largest < 6.2832)
         findings.push_back(
-            {Severity::Warning,
+            {Severity::kWarning,
              NameOf(record) + " are all below " + DoubleToText(largest) + ": are they radians?",
              "give degrees: times 57.2958"});
     else if (std::abs(last) > kCutPhase_deg)
-        findings.push_back({Severity::Warning,
+        findings.push_back({Severity::kWarning,
                             NameOf(record) + " end at l = " + std::to_string(size - 1) + " with " +
                                 DoubleToText(last) + " degrees: the sum over l is cut off",
                             "make phase shifts up to an l where they are below 0.3 degrees"});
@@ -226,7 +230,7 @@ void CheckValues(const ZfPhaseShiftRecord& record, InputFindings& findings) {
 
 void CheckElement(const ZfPhaseShiftRecord& record, const AtomKind& kind, InputFindings& findings) {
     if (record.AtomElement.empty() || record.AtomElement == kind.element) return;
-    findings.push_back({Severity::Warning,
+    findings.push_back({Severity::kWarning,
                         NameOf(record) + " are of the element " + record.AtomElement +
                             ", the atoms of the cluster are " + kind.element,
                         "give the two different names, or take the phase shifts of the right element"});
@@ -236,7 +240,7 @@ void CheckElement(const ZfPhaseShiftRecord& record, const AtomKind& kind, InputF
 bool CheckContent(const ZfPhaseShiftRecord& record, ZfScatteringMethod method, InputFindings& findings) {
     if (record.PhaseShiftValue.VectorSize() == 0) {
         findings.push_back(
-            {Severity::Misfit, NameOf(record) + " are empty", "give PhaseShiftValue from l = 0 on"});
+            {Severity::kMisfit, NameOf(record) + " are empty", "give PhaseShiftValue from l = 0 on"});
         return false;
     }
     CheckValues(record, findings);
@@ -248,7 +252,7 @@ void CheckPlace(const ZfPhaseShiftDocument& document, const ZfPhaseShiftRecord& 
                 InputFindings& findings) {
     const std::ptrdiff_t place = &record - document.records.data();
     if (place < kUsableRecords) return;
-    findings.push_back({Severity::Misfit,
+    findings.push_back({Severity::kMisfit,
                         NameOf(record) + " stand at place " + std::to_string(place + 1) +
                             "; a run uses the first 128 of a file",
                         "keep in the file what this run needs, or move it to the front"});
@@ -266,23 +270,23 @@ void CheckPair(const InputSet& inputs, const AtomKinds& kinds, const std::string
     CheckPlace(document, *record, findings);
     CheckElement(*record, kind, findings);
     if (!kind.scatters || !CheckContent(*record, inputs.method, findings)) return;
-    CheckSampling(*record, kind.nearest_A, findings);
+    CheckSampling(*record, kind.nearest_angstrom, findings);
     const ZfPhaseShiftRecord* neighbour = Find(document, kind.neighbour, energy);
-    if (neighbour) CheckSpheres(*record, *neighbour, kind.nearest_A, findings);
+    if (neighbour) CheckSpheres(*record, *neighbour, kind.nearest_angstrom, findings);
 }
 
 void CheckList(const ZfPhaseShiftDocument& document, InputFindings& findings) {
     if (document.records.empty())
-        findings.push_back({Severity::Misfit, "the phase-shift file holds no phase shifts", "make them"});
+        findings.push_back({Severity::kMisfit, "the phase-shift file holds no phase shifts", "make them"});
     if (static_cast<std::ptrdiff_t>(document.records.size()) > kUsableRecords)
-        findings.push_back({Severity::Note,
+        findings.push_back({Severity::kNote,
                             "the phase-shift file holds " + std::to_string(document.records.size()) +
                                 " records, of which a run uses the first 128",
                             "split it by energy"});
     std::set<std::pair<std::string, double>> seen;
     for (const ZfPhaseShiftRecord& record : document.records)
         if (!seen.emplace(record.AtomName, record.Ek_eV).second)
-            findings.push_back({Severity::Note, NameOf(record) + " stand there twice: the first count",
+            findings.push_back({Severity::kNote, NameOf(record) + " stand there twice: the first count",
                                 "remove the others"});
 }
 
@@ -296,7 +300,7 @@ void CheckPhaseShifts(const InputSet& inputs, InputFindings& findings) {
             if (!CheckContent(record, inputs.method, findings)) continue;
             const auto kind = kinds.find(record.AtomName);
             if (kind != kinds.end())
-                CheckSampling(record, kind->second.nearest_A, findings);
+                CheckSampling(record, kind->second.nearest_angstrom, findings);
             else
                 CheckSampling(record, findings);
         }

@@ -12,7 +12,7 @@
 
 namespace {
 
-constexpr double kSamePlace_A = 0.1;
+constexpr double kSamePlace_angstrom = 0.1;
 
 std::vector<gemmi::Op> OperatorsListed(gemmi::cif::Block& block) {
     std::vector<gemmi::Op> operators;
@@ -78,7 +78,7 @@ void AddImages(CrystalCell& cell, const CellAtom& site, const std::vector<gemmi:
         const bool known = std::any_of(
             cell.atoms.begin() + static_cast<std::ptrdiff_t>(first), cell.atoms.end(),
             [&](const CellAtom& other) {
-                return cell.DistanceFromLattice(other.fractional - image.fractional) < kSamePlace_A;
+                return cell.DistanceFromLattice(other.fractional - image.fractional) < kSamePlace_angstrom;
             });
         if (!known) cell.atoms.push_back(image);
     }

@@ -1,8 +1,9 @@
 #include "prepare/cluster/ClusterCut.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <cstdlib>
 #include <string>
 
@@ -10,14 +11,14 @@
 
 namespace {
 
-constexpr double kSameShell_A = 1e-4;
-constexpr double kBeyondSize_A = 1e-3;
-constexpr double kSamePlane_A = 0.01;
+constexpr double kSameShell_angstrom = 1e-4;
+constexpr double kBeyondSize_angstrom = 1e-3;
+constexpr double kSamePlane_angstrom = 0.01;
 
 /// Exactly 0 for what rounding leaves of it.
 double Clean(double length) {
-    constexpr double kRounding_A = 1e-9;
-    return std::abs(length) < kRounding_A ? 0.0 : length;
+    constexpr double kRounding_angstrom = 1e-9;
+    return std::abs(length) < kRounding_angstrom ? 0.0 : length;
 }
 
 double SizeOf(ClusterShape shape, const gemmi::Vec3& position, double top) {
@@ -48,9 +49,11 @@ void AddSite(const HalfCrystal& half, ClusterShape shape, double size, std::size
             for (int k = box.first[2]; k <= box.last[2]; ++k) {
                 const gemmi::Vec3 p =
                     half.rotation.multiply(cell.Position(cell.atoms[site], i, j, k) - emitter);
-                if (p.z > half.bounds.top + kSamePlane_A || p.z < half.bounds.bottom - kSamePlane_A) continue;
+                if (p.z > half.bounds.top + kSamePlane_angstrom ||
+                    p.z < half.bounds.bottom - kSamePlane_angstrom)
+                    continue;
                 const double atomSize = SizeOf(shape, p, half.bounds.top);
-                const bool isEmitter = p.length() < kSamePlane_A;
+                const bool isEmitter = p.length() < kSamePlane_angstrom;
                 if (isEmitter || atomSize > size) continue;
                 atoms.push_back({site, gemmi::Vec3(Clean(p.x), Clean(p.y), Clean(p.z)), atomSize});
             }
@@ -79,16 +82,10 @@ std::vector<Shell> ShellsOf(const std::vector<CutAtom>& atoms) {
     std::sort(sizes.begin(), sizes.end());
     std::vector<Shell> shells;
     for (std::size_t i = 0; i < sizes.size(); ++i) {
-        const bool last = i + 1 == sizes.size() || sizes[i + 1] - sizes[i] > kSameShell_A;
+        const bool last = i + 1 == sizes.size() || sizes[i + 1] - sizes[i] > kSameShell_angstrom;
         if (last) shells.push_back({sizes[i], static_cast<int>(i) + 2});
     }
     return shells;
-}
-
-std::string Angstrom(double length) {
-    std::array<char, 40> text = {};
-    std::snprintf(text.data(), text.size(), "%.3f angstrom", length);
-    return text.data();
 }
 
 /// The size of the smallest shell: searched outwards, as the first atom may be far from the surface point.
@@ -119,13 +116,14 @@ ClusterCut Finish(const HalfCrystal& half, std::vector<CutAtom> atoms, double si
 
 ClusterCut CutBySize(const HalfCrystal& half, ClusterShape shape, double size) {
     // A little further, so that the last shell is seen whole.
-    std::vector<CutAtom> atoms = AtomsWithin(half, shape, size + 2.0 * kBeyondSize_A);
+    std::vector<CutAtom> atoms = AtomsWithin(half, shape, size + 2.0 * kBeyondSize_angstrom);
     double whole = -1.0;
     for (const Shell& shell : ShellsOf(atoms))
-        if (shell.size <= size + kBeyondSize_A) whole = shell.size;
+        if (shell.size <= size + kBeyondSize_angstrom) whole = shell.size;
     if (whole < 0.0)
-        throw ZfError("No whole shell of atoms lies within " + Angstrom(size) + ": the smallest needs " +
-                      Angstrom(SmallestShell(half, shape)));
+        throw ZfError(fmt::format(
+            "No whole shell of atoms lies within {:.3f} angstrom: the smallest needs {:.3f} angstrom", size,
+            SmallestShell(half, shape)));
     return Finish(half, std::move(atoms), whole);
 }
 
@@ -138,7 +136,7 @@ ClusterCut CutByCount(const HalfCrystal& half, ClusterShape shape, int atoms) {
         reach *= 1.05;
         std::vector<CutAtom> all = AtomsWithin(half, shape, reach);
         std::vector<Shell> shells = ShellsOf(all);
-        if (!shells.empty() && shells.back().size > reach - kBeyondSize_A) shells.pop_back();
+        if (!shells.empty() && shells.back().size > reach - kBeyondSize_angstrom) shells.pop_back();
         if (shells.empty() || shells.back().atoms < atoms) continue;
         const auto best = std::min_element(shells.begin(), shells.end(), [&](const Shell& a, const Shell& b) {
             return std::abs(a.atoms - atoms) < std::abs(b.atoms - atoms);

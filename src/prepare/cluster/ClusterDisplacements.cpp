@@ -4,7 +4,8 @@
 #include <cmath>
 
 #include "foundation/ZfError.h"
-#include "prepare/thermal/Vibrations.h"
+#include "prepare/thermal/AtomicWeights.h"
+#include "prepare/thermal/Elements.h"
 
 namespace {
 
@@ -21,7 +22,7 @@ void CheckTemperatures(const ClusterRequest& request) {
     }
 }
 
-double DebyeUiso_A2(const ZfDebye& debye, const ClusterRequest& request, const std::string& element) {
+double DebyeUiso_angstrom2(const ZfDebye& debye, const ClusterRequest& request, const std::string& element) {
     return debye.CalcUiso(request.temperature_K, AtomicNumberOf(element), request.debye_K.at(element)) * 1e20;
 }
 
@@ -30,16 +31,17 @@ double DebyeUiso_A2(const ZfDebye& debye, const ClusterRequest& request, const s
 bool SettleDisplacements(ClusterRequest& request) {
     std::vector<CellAtom>& atoms = request.cell.atoms;
     for (const CellAtom& atom : atoms)
-        if (!(atom.Uiso_A2 >= 0.0)) throw ZfError("A mean square displacement of the crystal is negative");
+        if (!(atom.Uiso_angstrom2 >= 0.0))
+            throw ZfError("A mean square displacement of the crystal is negative");
     if (!request.debye_K.empty()) {
         CheckTemperatures(request);
         const ZfDebye debye = LoadAtomicWeights(request.weightTable);
         for (CellAtom& atom : atoms)
             if (request.debye_K.count(atom.element) > 0)
-                atom.Uiso_A2 = DebyeUiso_A2(debye, request, atom.element);
+                atom.Uiso_angstrom2 = DebyeUiso_angstrom2(debye, request, atom.element);
     }
-    const auto without =
-        std::find_if(atoms.begin(), atoms.end(), [](const CellAtom& atom) { return atom.Uiso_A2 == 0.0; });
+    const auto without = std::find_if(atoms.begin(), atoms.end(),
+                                      [](const CellAtom& atom) { return atom.Uiso_angstrom2 == 0.0; });
     if (without != atoms.end() && !request.debye_K.empty())
         throw ZfError("Give a Debye temperature for " + without->element +
                       " too: its displacement is not known");
@@ -49,7 +51,7 @@ bool SettleDisplacements(ClusterRequest& request) {
 void SetDisplacements(const CrystalCell& cell, const ClusterCut& cut, ZfStructure& structure) {
     for (std::size_t i = 0; i < cut.atoms.size(); ++i) {
         ZfLDoubleMatrix u(1, 1);
-        u.At(0, 0) = cell.atoms[cut.atoms[i].site].Uiso_A2;
+        u.At(0, 0) = cell.atoms[cut.atoms[i].site].Uiso_angstrom2;
         structure.atoms[i].SetUSquareAngstrom(u);
     }
 }

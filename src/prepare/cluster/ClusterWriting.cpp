@@ -1,8 +1,8 @@
 #include "prepare/cluster/ClusterWriting.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
-#include <array>
-#include <cstdio>
 #include <filesystem>
 
 #include "foundation/ReplacedFile.h"
@@ -15,19 +15,12 @@ std::string ExtensionOf(const std::string& path) {
     return std::filesystem::path(path).extension().string();
 }
 
-/// Right-aligned, with room for four digits and a sign.
-void AppendNumber(std::string& text, double value, int width, int decimals) {
-    std::array<char, 400> number = {};
-    std::snprintf(number.data(), number.size(), "%*.*f", width, decimals, value);
-    text += number.data();
-}
-
+/// Numbers with room for four digits and a sign.
 std::string AtomLine(const ZfAtom& atom, bool withUiso, int decimals) {
-    std::string line = atom.atom;
-    line.resize(std::max<std::size_t>(2, line.size()), ' ');
+    std::string line = fmt::format("{:<2}", atom.atom);
     for (int i = 0; i < 3; ++i)
-        AppendNumber(line, atom.PositionAngstrom().VectorAt(i), decimals + 7, decimals);
-    if (withUiso) AppendNumber(line, atom.USquareAngstrom().At(0, 0), decimals + 5, decimals);
+        line += fmt::format("{:{}.{}f}", atom.PositionAngstrom().VectorAt(i), decimals + 7, decimals);
+    if (withUiso) line += fmt::format("{:{}.{}f}", atom.USquareAngstrom().At(0, 0), decimals + 5, decimals);
     return line + "\n";
 }
 

@@ -13,8 +13,8 @@
 
 namespace {
 
-constexpr double kNearest_A = 0.5;  // what the loader of clusters refuses
-constexpr double kLargest_A = 1e4;
+constexpr double kNearest_angstrom = 0.5;  // what the loader of clusters refuses
+constexpr double kLargest_angstrom = 1e4;
 
 void CheckElement(const std::string& element) {
     try {
@@ -31,7 +31,7 @@ void CheckAxes(const CrystalCell& cell) {
     for (int i = 0; i < 3; ++i) {
         const double spacing = 1.0 / reciprocal.row_copy(i).length();
         const double length = cell.axes.column_copy(i).length();
-        if (spacing > kNearest_A && length < kLargest_A) continue;
+        if (spacing > kNearest_angstrom && length < kLargest_angstrom) continue;
         throw ZfError(fmt::format(
             "The cell has no sensible volume: its axis {} is {:.4g} angstrom long and its lattice "
             "planes along it stand {:.4g} angstrom apart; check lengths (angstrom) and angles",
@@ -50,14 +50,14 @@ void CheckPlace(const CellAtom& atom) {
     throw ZfError(
         fmt::format("Atoms {} ({}) and {} ({}) of the cell are {:.3f} angstrom apart, images included: more "
                     "than {:.1f} is needed",
-                    i + 1, cell.atoms[i].element, j + 1, cell.atoms[j].element, distance, kNearest_A));
+                    i + 1, cell.atoms[i].element, j + 1, cell.atoms[j].element, distance, kNearest_angstrom));
 }
 
 void CheckDistances(const CrystalCell& cell) {
     const CellGrid grid(cell);
     for (std::size_t i = 0; i < cell.atoms.size(); ++i) {
         bool itself = false;
-        for (const CellGrid::Found& found : grid.Near(cell.atoms[i].fractional, kNearest_A)) {
+        for (const CellGrid::Found& found : grid.Near(cell.atoms[i].fractional, kNearest_angstrom)) {
             if (found.atom != i || itself) ThrowTooClose(cell, i, found.atom, found.distance);
             itself = true;
         }

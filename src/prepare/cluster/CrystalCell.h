@@ -9,8 +9,8 @@
 /// One atom in the cell of a crystal.
 struct CellAtom {
     std::string element;
-    gemmi::Vec3 fractional;  ///< along the axes
-    double Uiso_A2 = 0.0;    ///< mean square displacement, square angstrom; 0: not known
+    gemmi::Vec3 fractional;       ///< along the axes
+    double Uiso_angstrom2 = 0.0;  ///< mean square displacement, square angstrom; 0: not known
 };
 
 /// A periodic crystal: the atoms repeat along the three axes, which may be oblique.

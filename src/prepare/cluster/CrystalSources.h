@@ -32,4 +32,4 @@ CrystalCell ParseExpressionCell(const std::string& text);
 
 /// Axes with these lengths (angstrom) and angles (degrees): a along x, b in the xy plane, as is usual
 /// (International Tables for Crystallography B, section 3.3.1). Throws ZfError for angles that no cell has.
-gemmi::Mat33 AxesOf(const std::array<double, 3>& lengths_A, const std::array<double, 3>& angles_deg);
+gemmi::Mat33 AxesOf(const std::array<double, 3>& lengths_angstrom, const std::array<double, 3>& angles_deg);

@@ -11,7 +11,7 @@
 
 namespace {
 
-constexpr double kSamePlace_A = 0.01;
+constexpr double kSamePlace_angstrom = 0.01;
 constexpr int kDeepestLayer = 1000;
 
 std::string Joined(const std::vector<std::string>& words) {
@@ -65,7 +65,8 @@ private:
         std::vector<std::size_t> images(order_.size());
         for (std::size_t i = 0; i < order_.size(); ++i) {
             const CellAtom& from = cell_.atoms[order_[i]];
-            const std::vector<CellGrid::Found> found = grid_.Near(from.fractional + shift, kSamePlace_A);
+            const std::vector<CellGrid::Found> found =
+                grid_.Near(from.fractional + shift, kSamePlace_angstrom);
             const auto image = std::find_if(found.begin(), found.end(), [&](const CellGrid::Found& to) {
                 return cell_.atoms[to.atom].element == from.element;
             });

@@ -85,7 +85,7 @@ double ReadAtom(ZfCrystal& crystal, const std::vector<std::string>& fields) {
     return fields.size() == 6 ? StrictNumber(fields[5], "Uiso") : 0.0;
 }
 
-void ReadLine(ZfCrystal& crystal, std::vector<double>& Uiso_A2, const std::string& line) {
+void ReadLine(ZfCrystal& crystal, std::vector<double>& Uiso_angstrom2, const std::string& line) {
     std::istringstream stream(line.substr(0, line.find('#')));  // commas belong to the expressions
     const std::vector<std::string> fields{std::istream_iterator<std::string>(stream), {}};
     if (fields.empty()) return;
@@ -94,7 +94,7 @@ void ReadLine(ZfCrystal& crystal, std::vector<double>& Uiso_A2, const std::strin
     } else if (fields[0] == "angles") {
         ReadAngles(crystal, fields);
     } else if (fields[0] == "atom") {
-        Uiso_A2.push_back(ReadAtom(crystal, fields));
+        Uiso_angstrom2.push_back(ReadAtom(crystal, fields));
     } else {
         throw ZfError("a line begins with lengths, angles or atom");
     }
@@ -144,9 +144,9 @@ CrystalCell CellOfCrystal(const ZfCrystal& crystal) {
     return cell;
 }
 
-gemmi::Mat33 AxesOf(const std::array<double, 3>& lengths_A, const std::array<double, 3>& angles_deg) {
+gemmi::Mat33 AxesOf(const std::array<double, 3>& lengths_angstrom, const std::array<double, 3>& angles_deg) {
     ZfCrystal crystal;
-    crystal.latticeConstants = lengths_A;
+    crystal.latticeConstants = lengths_angstrom;
     crystal.axisDirections = AxisDirections(angles_deg[0], angles_deg[1], angles_deg[2]);
     return CellOfCrystal(crystal).axes;
 }
@@ -154,16 +154,16 @@ gemmi::Mat33 AxesOf(const std::array<double, 3>& lengths_A, const std::array<dou
 CrystalCell ParseExpressionCell(const std::string& text) {
     ZfCrystal crystal;
     crystal.SetUnitAxes();
-    std::vector<double> Uiso_A2;
+    std::vector<double> Uiso_angstrom2;
     for (const std::string& line : LineSplit(text)) {
         try {
-            ReadLine(crystal, Uiso_A2, line);
+            ReadLine(crystal, Uiso_angstrom2, line);
         } catch (const ZfError& error) {
             throw ZfError("in the line \"" + line + "\": " + error.message);
         }
     }
     if (crystal.latticeConstants[0] == 0.0) throw ZfError("a line \"lengths a b c\" is missing");
     CrystalCell cell = CellOfCrystal(crystal);
-    for (std::size_t i = 0; i < Uiso_A2.size(); ++i) cell.atoms[i].Uiso_A2 = Uiso_A2[i];
+    for (std::size_t i = 0; i < Uiso_angstrom2.size(); ++i) cell.atoms[i].Uiso_angstrom2 = Uiso_angstrom2[i];
     return cell;
 }

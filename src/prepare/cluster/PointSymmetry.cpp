@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr double kSamePlace_A = 0.01;
+constexpr double kSamePlace_angstrom = 0.01;
 
 using PlanePoint = std::complex<double>;  // x + iy, angstrom
 
@@ -39,7 +39,7 @@ void JoinHeights(std::vector<RingAtom>& atoms) {
     double former = 0.0;
     for (std::size_t i = 0; i < atoms.size(); ++i) {
         const double own = atoms[i].z;
-        if (i > 0 && own - former < kSamePlace_A) atoms[i].z = atoms[i - 1].z;
+        if (i > 0 && own - former < kSamePlace_angstrom) atoms[i].z = atoms[i - 1].z;
         former = own;
     }
 }
@@ -53,7 +53,7 @@ std::vector<Ring> RingsOf(const std::vector<ZfAtom>& structure) {
     std::vector<Ring> rings;
     for (std::size_t i = 0; i < atoms.size(); ++i) {
         const bool same = i > 0 && atoms[i].element == atoms[i - 1].element && atoms[i].z == atoms[i - 1].z &&
-                          atoms[i].fromAxis - atoms[i - 1].fromAxis < kSamePlace_A;
+                          atoms[i].fromAxis - atoms[i - 1].fromAxis < kSamePlace_angstrom;
         if (!same) rings.emplace_back();
         rings.back().push_back(atoms[i].place);
     }
@@ -66,7 +66,7 @@ bool Keeps(const std::vector<Ring>& rings, Operation operation) {
         return std::all_of(ring.begin(), ring.end(), [&](const PlanePoint& place) {
             const PlanePoint image = operation(place);
             return std::any_of(ring.begin(), ring.end(), [&](const PlanePoint& other) {
-                return std::abs(image - other) < kSamePlace_A;
+                return std::abs(image - other) < kSamePlace_angstrom;
             });
         });
     });
@@ -107,7 +107,8 @@ PointSymmetry FindPointSymmetry(const std::vector<ZfAtom>& atoms) {
     const std::vector<Ring> rings = RingsOf(atoms);
     const Ring* smallest = nullptr;
     for (const Ring& ring : rings)
-        if (std::abs(ring.front()) > kSamePlace_A && (smallest == nullptr || ring.size() < smallest->size()))
+        if (std::abs(ring.front()) > kSamePlace_angstrom &&
+            (smallest == nullptr || ring.size() < smallest->size()))
             smallest = &ring;
     PointSymmetry symmetry;
     if (smallest == nullptr) {

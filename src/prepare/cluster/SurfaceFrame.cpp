@@ -9,8 +9,8 @@
 
 namespace {
 
-constexpr double kSamePlane_A = 0.01;
-constexpr double kVacuum_A = 5.0;
+constexpr double kSamePlane_angstrom = 0.01;
+constexpr double kVacuum_angstrom = 5.0;
 
 gemmi::Vec3 Unit(const gemmi::Vec3& v) {
     const double length = v.length();
@@ -39,13 +39,14 @@ std::vector<AtomicPlane> PlanesOf(const CrystalCell& cell, const gemmi::Vec3& no
     for (std::size_t i = 0; i < cell.atoms.size(); ++i) {
         const double height = cell.Position(cell.atoms[i]).dot(normal);
         double reduced = height - period * std::floor(height / period);
-        if (reduced > period - kSamePlane_A) reduced -= period;  // the plane at 0, not one at the end
+        if (reduced > period - kSamePlane_angstrom) reduced -= period;  // the plane at 0, not one at the end
         heights.emplace_back(reduced, i);
     }
     std::sort(heights.begin(), heights.end());
     std::vector<AtomicPlane> planes;
     for (const auto& [height, atom] : heights) {
-        if (planes.empty() || height > planes.back().height + kSamePlane_A) planes.push_back({height, {}});
+        if (planes.empty() || height > planes.back().height + kSamePlane_angstrom)
+            planes.push_back({height, {}});
         planes.back().atoms.push_back(atom);
     }
     return planes;
@@ -90,7 +91,7 @@ gemmi::Mat33 SurfaceFrame::RotatedBy(double angle_deg) const {
 std::optional<int> LayerInSlab(const SurfaceFrame& frame, std::size_t atom) {
     const std::size_t plane = frame.planeOf[atom];
     for (std::size_t up = 0; up < frame.planes.size(); ++up)
-        if (GapAbove(frame, plane + up) > kVacuum_A) return static_cast<int>(up) + 1;
+        if (GapAbove(frame, plane + up) > kVacuum_angstrom) return static_cast<int>(up) + 1;
     return std::nullopt;
 }
 

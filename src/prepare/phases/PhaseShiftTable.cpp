@@ -2,11 +2,12 @@
 
 #include <fmt/format.h>
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <cctype>
 #include <cmath>
 #include <cstddef>
-#include <cstdio>
 #include <string>
 #include <vector>
 
@@ -185,13 +186,9 @@ std::vector<double> PhasesAt(const PhaseShiftTable& table, double energy_eV, boo
     const double slack = 1e-6 * table.energies_eV.back();
     const double first = table.energies_eV.front();
     const double last = table.energies_eV.back();
-    if (!(energy_eV >= first - slack && energy_eV <= last + slack)) {
-        char message[128];
-        std::snprintf(message, sizeof message,
-                      "The table ends: it reaches from %.3f to %.3f eV, not to %g eV", first, last,
-                      energy_eV);
-        throw ZfError(message);
-    }
+    if (!(energy_eV >= first - slack && energy_eV <= last + slack))
+        throw ZfError(fmt::format("The table ends: it reaches from {:.3f} to {:.3f} eV, not to {:g} eV",
+                                  first, last, energy_eV));
     const double at = std::clamp(energy_eV, first, last);
     const std::size_t nearest = NearestEnergy(table, at);
     std::vector<double> degrees;

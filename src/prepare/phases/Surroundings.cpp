@@ -20,6 +20,13 @@ constexpr double kNearShells = 1.25;   // of the nearest distance: the shells th
 constexpr double kVoronoiReach = 3.5;  // of the nearest distance
 constexpr std::size_t kMostCandidates = 150;
 
+/// An atom of a crystal or a cluster, angstrom.
+struct PlacedAtom {
+    std::string name;
+    std::string element;
+    Vec3 position = {};
+};
+
 struct Neighbour {
     double distance = 0.0;  // angstrom
     std::string element;
@@ -184,36 +191,19 @@ bool Known(const std::vector<AtomSurroundings>& species, const std::string& name
                        [&](const AtomSurroundings& known) { return known.name == name; });
 }
 
-/// Images of the cell that can hold a neighbour: one more on each side than the reach is high over the faces.
-std::array<int, 3> Images(const std::array<Vec3, 3>& axes, double volume) {
-    std::array<int, 3> images = {};
-    for (std::size_t i = 0; i < 3; ++i) {
-        const Vec3& b = axes[(i + 1) % 3];
-        const Vec3& c = axes[(i + 2) % 3];
-        const double face =
-            std::hypot(b[1] * c[2] - b[2] * c[1], b[2] * c[0] - b[0] * c[2], b[0] * c[1] - b[1] * c[0]);
-        images[i] = static_cast<int>(std::ceil(kSurroundingsReach * face / volume)) + 1;
-    }
-    return images;
-}
-
-double CellVolumeOf(const std::array<Vec3, 3>& axes) {
-    const auto& [a, b, c] = axes;
-    return std::abs(a[0] * (b[1] * c[2] - b[2] * c[1]) + a[1] * (b[2] * c[0] - b[0] * c[2]) +
-                    a[2] * (b[0] * c[1] - b[1] * c[0]));
-}
-
-std::vector<PlacedAtom> Repeated(const std::array<Vec3, 3>& axes, const std::vector<PlacedAtom>& cell,
-                                 const std::array<int, 3>& images) {
+/// The atoms of a crystal that can be neighbours of one at `centre`, angstrom.
+std::vector<PlacedAtom> AtomsAround(const CrystalCell& cell, const gemmi::Vec3& centre) {
+    const gemmi::Mat33 reciprocal = cell.Reciprocal();
     std::vector<PlacedAtom> atoms;
-    for (int i = -images[0]; i <= images[0]; ++i)
-        for (int j = -images[1]; j <= images[1]; ++j)
-            for (int k = -images[2]; k <= images[2]; ++k)
-                for (PlacedAtom atom : cell) {
-                    for (std::size_t x = 0; x < 3; ++x)
-                        atom.position[x] += i * axes[0][x] + j * axes[1][x] + k * axes[2][x];
-                    atoms.push_back(atom);
+    for (const CellAtom& atom : cell.atoms) {
+        const CellBox box(reciprocal, reciprocal.multiply(centre) - atom.fractional, kSurroundingsReach);
+        for (int i = box.first[0]; i <= box.last[0]; ++i)
+            for (int j = box.first[1]; j <= box.last[1]; ++j)
+                for (int k = box.first[2]; k <= box.last[2]; ++k) {
+                    const gemmi::Vec3 p = cell.Position(atom, i, j, k);
+                    atoms.push_back({atom.element, atom.element, {p.x, p.y, p.z}});
                 }
+    }
     return atoms;
 }
 
@@ -227,17 +217,18 @@ double AtomSurroundings::NearestDistance() const {
     return nearest;
 }
 
-std::vector<AtomSurroundings> SurroundingsInCrystal(const std::array<Vec3, 3>& axes,
-                                                    const std::vector<PlacedAtom>& cell) {
-    const double volume = CellVolumeOf(axes);
-    if (cell.empty() || !(volume > 0.0)) throw ZfError("The cell of the crystal is empty");
-    const std::vector<PlacedAtom> atoms = Repeated(axes, cell, Images(axes, volume));
+std::vector<AtomSurroundings> SurroundingsInCrystal(const CrystalCell& cell) {
+    CheckCell(cell);
     std::vector<AtomSurroundings> list;
-    for (const PlacedAtom& atom : cell) {
-        if (Known(list, atom.name)) continue;
-        const auto weight = std::count_if(cell.begin(), cell.end(),
-                                          [&](const PlacedAtom& other) { return other.name == atom.name; });
-        list.push_back(InAtomicUnits(SiteOf(atoms, atom.position), atom, static_cast<double>(weight)));
+    for (const CellAtom& atom : cell.atoms) {
+        if (Known(list, atom.element)) continue;
+        const auto weight = std::count_if(cell.atoms.begin(), cell.atoms.end(), [&](const CellAtom& other) {
+            return other.element == atom.element;
+        });
+        const gemmi::Vec3 p = cell.Position(atom);
+        const PlacedAtom placed{atom.element, atom.element, {p.x, p.y, p.z}};
+        list.push_back(InAtomicUnits(SiteOf(AtomsAround(cell, p), placed.position), placed,
+                                     static_cast<double>(weight)));
     }
     return list;
 }

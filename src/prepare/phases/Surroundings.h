@@ -1,11 +1,11 @@
 #pragma once
 
-#include <array>
 #include <string>
 #include <vector>
 
 #include "input/ZfCluster.h"
 #include "prepare/atomic/SuperposedField.h"
+#include "prepare/cluster/CrystalCell.h"
 
 /// What surrounds the atoms of one species.
 struct AtomSurroundings {
@@ -24,18 +24,10 @@ struct AtomSurroundings {
 /// How far neighbours count, angstrom: the fields of free atoms have decayed to 1e-7 hartree.
 constexpr double kSurroundingsReach = 16.0;
 
-/// An atom of a crystal or a cluster, angstrom.
-struct PlacedAtom {
-    std::string name;
-    std::string element;
-    std::array<double, 3> position = {};
-};
-
-/// The species of a periodic crystal, in the order of the cell: one for each name. `axes` are the three
-/// vectors of the cell. Atoms of one name have to have like surroundings; those of the first one count.
-/// Throws ZfError for a cell without atoms or volume.
-std::vector<AtomSurroundings> SurroundingsInCrystal(const std::array<std::array<double, 3>, 3>& axes,
-                                                    const std::vector<PlacedAtom>& cell);
+/// The species of a periodic crystal, in the order of its cell: one for each element, which is the name of
+/// its atoms in a cluster. Atoms of one element have to have like surroundings; those of the first one count.
+/// Throws ZfError for what is no cell.
+std::vector<AtomSurroundings> SurroundingsInCrystal(const CrystalCell& cell);
 
 /// The species of a cluster, in the order of first appearance, each as the atom with the most neighbours sees
 /// it. The cut leaves gaps around any single atom; every other atom of the species with the same nearest

@@ -7,7 +7,7 @@
 #include <limits>
 
 #include "foundation/Console.h"
-#include "prepare/thermal/Vibrations.h"
+#include "prepare/thermal/AtomicWeights.h"
 
 namespace {
 
@@ -59,9 +59,9 @@ void ExpectFindings(const std::string& example, const std::vector<Case>& cases) 
     }
 }
 
-ZfLDoubleMatrix Isotropic(double u_A2) {
+ZfLDoubleMatrix Isotropic(double u_angstrom2) {
     ZfLDoubleMatrix u(1, 1);
-    u.At(0, 0) = u_A2 * 1e-20;
+    u.At(0, 0) = u_angstrom2 * 1e-20;
     return u;
 }
 
@@ -245,10 +245,10 @@ TEST(InputCheck, AtomsOnTheEdgeOfACylinder) {
 }
 
 TEST(InputCheck, TellsTheRadiiOfTouchingSpheres) {
-    const auto remedy = [](double as_A, double ga_A) {
+    const auto remedy = [](double as_angstrom, double ga_angstrom) {
         Example e("gaas001");
-        e.phaseShifts.records[0].radial.LnX.back() = std::log(as_A * 1e-10);
-        e.phaseShifts.records[1].radial.LnX.back() = std::log(ga_A * 1e-10);
+        e.phaseShifts.records[0].radial.LnX.back() = std::log(as_angstrom * 1e-10);
+        e.phaseShifts.records[1].radial.LnX.back() = std::log(ga_angstrom * 1e-10);
         const InputFindings findings = CheckInputs({&e.cluster, &e.waves, &e.phaseShifts});
         return findings.empty() ? "" : findings[0].remedy;
     };
@@ -268,5 +268,5 @@ TEST(InputCheck, SamplingOfPhaseShiftsAlone) {
     ASSERT_EQ(findings.size(), 1U);
     EXPECT_NE(findings[0].what.find("l size 14, which is sampled at 5.20"), std::string::npos)
         << findings[0].what;
-    EXPECT_EQ(findings[0].severity, Severity::Misfit);
+    EXPECT_EQ(findings[0].severity, Severity::kMisfit);
 }

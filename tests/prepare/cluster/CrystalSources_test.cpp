@@ -7,7 +7,7 @@
 
 #include "ErrorText.h"
 #include "TempFolder.h"
-#include "prepare/cluster/ClusterRequest.h"
+#include "prepare/cluster/ClusterMaking.h"
 
 namespace {
 
@@ -64,7 +64,7 @@ TEST(CrystalSources, DescribeOneCrystal) {
     EXPECT_EQ(Places(expressions, "As"), places);
     EXPECT_EQ(Places(cif, "As"), places);
     EXPECT_EQ(cif.atoms.size(), 8U);
-    EXPECT_NEAR(cif.atoms[0].Uiso_A2, 0.6 / (8.0 * 9.8696044), 1e-9) << "B = 8 pi^2 U";
+    EXPECT_NEAR(cif.atoms[0].Uiso_angstrom2, 0.6 / (8.0 * 9.8696044), 1e-9) << "B = 8 pi^2 U";
 
     // The surface (0 0 1) of the cube is (1 1 0) of these axes, and x along [0 1 0].
     const CrystalCell primitive = ParseXyzCell(
@@ -87,8 +87,8 @@ TEST(CrystalSources, CifExpandsSitesAndTensors) {
     const CrystalCell rutile = ParseCif(text);
     EXPECT_EQ(rutile.Formula(), "TiO2");
     EXPECT_EQ(rutile.atoms.size(), 6U);
-    EXPECT_NEAR(rutile.atoms[0].Uiso_A2, 0.0055, 1e-12);
-    EXPECT_NEAR(rutile.atoms[5].Uiso_A2, 0.014 / 3.0, 1e-12);
+    EXPECT_NEAR(rutile.atoms[0].Uiso_angstrom2, 0.0055, 1e-12);
+    EXPECT_NEAR(rutile.atoms[5].Uiso_angstrom2, 0.014 / 3.0, 1e-12);
 }
 
 // Thirds with four digits would miss the threefold axis by 1e-4 angstrom.

@@ -7,22 +7,11 @@
 
 #include "ErrorText.h"
 #include "foundation/Constants.h"
+#include "prepare/cluster/CrystalSources.h"
 
 namespace {
 
 const ScreeningTable kAtoms(QVRE_DATA "/screening_dhfs.csv");
-
-/// A cubic crystal of two fcc lattices, the second shifted by a quarter of the diagonal; empty: none.
-std::vector<AtomSurroundings> Fcc(double a, const std::string& first, const std::string& second) {
-    std::vector<PlacedAtom> cell;
-    for (const auto& [x, y, z] :
-         {std::tuple{0.0, 0.0, 0.0}, {0.0, 0.5, 0.5}, {0.5, 0.0, 0.5}, {0.5, 0.5, 0.0}}) {
-        cell.push_back({first, first, {a * x, a * y, a * z}});
-        if (!second.empty())
-            cell.push_back({second, second, {a * (x + 0.25), a * (y + 0.25), a * (z + 0.25)}});
-    }
-    return SurroundingsInCrystal({{{a, 0.0, 0.0}, {0.0, a, 0.0}, {0.0, 0.0, a}}}, cell);
-}
 
 Emission EmissionInCrystal(const std::vector<AtomSurroundings>& species, const std::string& element,
                            const std::string& level, double kinetic_eV,
@@ -78,7 +67,7 @@ ZfCluster Cluster(const std::vector<std::vector<std::pair<std::string, double>>>
 
 // The README of the example gives radial integrals, phases (degrees) and beta; its files hold 6 digits.
 TEST(EmitterField, Copper2pOfTheExample) {
-    const auto species = Fcc(3.61, "Cu", "");
+    const auto species = SurroundingsInCrystal(PresetCell("fcc", {"Cu"}, {3.61}));
     const Emission emission = EmissionInCrystal(species, "Cu", "2p", 560.0, LinearLight({0.0, 0.0, 1.0}));
     ExpectChannels(emission.channels, {1, {0.0027916, 0.012996}, {333.606, 140.434}}, 5e-7);
     EXPECT_NEAR(emission.channels.Beta(), 1.386, 5e-4);
@@ -90,7 +79,7 @@ TEST(EmitterField, Copper2pOfTheExample) {
 
 // The smaller radial integral is the rest of a hundredfold cancellation; the example has it to 1e-3.
 TEST(EmitterField, Arsenic3dOfTheExample) {
-    const auto species = Fcc(5.653, "As", "Ga");
+    const auto species = SurroundingsInCrystal(PresetCell("zincblende", {"As", "Ga"}, {5.653}));
     const Emission emission = EmissionInCrystal(species, "As", "3d", 1455.0, LinearLight({0.0, 0.0, 1.0}));
     ExpectChannels(emission.channels, {2, {0.0004216, 0.0023134}, {218.540, 93.380}}, 6e-7);
     EXPECT_NEAR(emission.channels.Beta(), 1.033, 5e-4);

@@ -6,6 +6,7 @@
 
 #include "ErrorText.h"
 #include "foundation/Vec3.h"
+#include "prepare/cluster/CrystalSources.h"
 #include "scattering/SamplingSphere.h"
 
 namespace {
@@ -15,16 +16,10 @@ const ScreeningTable& Fields() {
     return table;
 }
 
-/// A crystal of one element with primitive cells of `basis` atoms along the diagonal of the cube.
 PhaseShiftRequest Crystal(const std::string& element, const std::string& structure, double a,
                           double energy_eV) {
-    const double h = a / 2;
-    const std::array<Vec3, 3> fcc = {{{0, h, h}, {h, 0, h}, {h, h, 0}}};
-    const std::array<Vec3, 3> bcc = {{{-h, h, h}, {h, -h, h}, {h, h, -h}}};
-    std::vector<PlacedAtom> cell = {{element, element, {0, 0, 0}}};
-    if (structure == "diamond") cell.push_back({element, element, {a / 4, a / 4, a / 4}});
     PhaseShiftRequest request;
-    request.species = SurroundingsInCrystal(structure == "bcc" ? bcc : fcc, cell);
+    request.species = SurroundingsInCrystal(PresetCell(structure, {element}, {a}));
     request.energies_eV = {energy_eV};
     return request;
 }

@@ -7,6 +7,7 @@
 #include "ErrorText.h"
 #include "TempFolder.h"
 #include "foundation/Constants.h"
+#include "prepare/cluster/CrystalSources.h"
 #include "prepare/phases/VoronoiCell.h"
 
 namespace {
@@ -32,9 +33,7 @@ TEST(VoronoiVolume, KnowsOpenFromClosedCells) {
 
 TEST(Surroundings, OfACrystal) {
     const double a = 5.653;
-    const double h = a / 2;
-    const auto list = SurroundingsInCrystal({{{0, h, h}, {h, 0, h}, {h, h, 0}}},
-                                            {{"Ga", "Ga", {0, 0, 0}}, {"As", "As", {a / 4, a / 4, a / 4}}});
+    const auto list = SurroundingsInCrystal(PresetCell("zincblende", {"Ga", "As"}, {a}));
     ASSERT_EQ(list.size(), 2U);
     EXPECT_NEAR(list[0].cellVolume * kCubicBohr, a * a * a / 8, 1e-9);
     const char* elements[] = {"As", "Ga", "As", "Ga"};

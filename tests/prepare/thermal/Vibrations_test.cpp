@@ -5,6 +5,8 @@
 #include "ErrorText.h"
 #include "TempFolder.h"
 #include "input/ZfAtomName.h"
+#include "prepare/thermal/AtomicWeights.h"
+#include "prepare/thermal/MeanSquareDisplacement.h"
 
 namespace {
 
@@ -59,7 +61,9 @@ TEST(MakeFluctuation, RefusesWhatARunWouldNotTake) {
     EXPECT_EQ(Refusal({.elements = {"Cu"}, .debyeTemperature_K = {{"Cu", 0.0}}}),
               "The Debye temperature of Cu has to be above 0 kelvin");
     // Before the elements are known.
-    EXPECT_EQ(ErrorText([] { CheckVibrations({.debyeTemperature_K = {{"Xx", 300.0}}}); }),
+    EXPECT_EQ(ErrorText([] {
+                  CheckVibrations({.debyeTemperature_K = {{"Xx", 300.0}}});
+              }),
               "There is no element \"Xx\": write symbols as in Cu, case counts");
     EXPECT_EQ(ErrorText([] { CheckVibrations({.debyeTemperature_K = {{"Si", 645.0}}}); }), "no failure");
     EXPECT_EQ(Refusal({.temperature_K = -1.0, .elements = {"Cu"}}),

@@ -1,8 +1,9 @@
-#include "prepare/cluster/ClusterRequest.h"
+#include "prepare/cluster/ClusterMaking.h"
+
+#include <fmt/format.h>
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <optional>
 #include <set>
 
@@ -14,22 +15,16 @@
 namespace {
 
 void CheckNumbers(const ClusterRequest& request) {
-    if (!std::isfinite(request.size_A) || request.size_A < 0.0)
+    if (!std::isfinite(request.size_angstrom) || request.size_angstrom < 0.0)
         throw ZfError("The size of the cluster has to be above 0 angstrom");
-    if (request.size_A == 0.0 && request.atoms > kMostAtoms)
+    if (request.size_angstrom == 0.0 && request.atoms > kMostAtoms)
         throw ZfError("More than " + std::to_string(kMostAtoms) + " atoms are not made");
-    if (request.size_A == 0.0 && request.atoms < 2) throw ZfError("A cluster needs at least 2 atoms");
+    if (request.size_angstrom == 0.0 && request.atoms < 2) throw ZfError("A cluster needs at least 2 atoms");
     if (!std::isfinite(request.azimuth_deg)) throw ZfError("The azimuth is no angle");
     if (request.domains_deg.empty() || request.layers.empty())
         throw ZfError("A cluster needs at least one layer and one domain");
     for (const double turn : request.domains_deg)
         if (!std::isfinite(turn)) throw ZfError("A domain rotation is no angle");
-}
-
-std::string Formatted(const char* format, double value) {
-    std::array<char, 400> text = {};
-    std::snprintf(text.data(), text.size(), format, value);
-    return text.data();
 }
 
 /// "(001)", or "(1 0 -1)" when an index has a sign or two digits.
@@ -49,8 +44,9 @@ std::string Title(const ClusterRequest& request, const StructureSummary& summary
     if (!oneElement) title += summary.emitter + " ";
     title += "emitter in layer " + std::to_string(summary.layer) + ", ";
     title += request.shape == ClusterShape::Hemisphere ? "hemisphere radius " : "paraboloid size ";
-    title += Formatted("%.2f A", summary.size_A);
-    if (summary.domain_deg != 0.0) title += Formatted(", domain turned by %g degrees", summary.domain_deg);
+    title += fmt::format("{:.2f} A", summary.size_angstrom);
+    if (summary.domain_deg != 0.0)
+        title += fmt::format(", domain turned by {:g} degrees", summary.domain_deg);
     return title;
 }
 
@@ -64,11 +60,11 @@ std::string ElementsOf(const CrystalCell& cell, const AtomicPlane& plane) {
 
 /// Distances from the emitter, in groups that differ by less than 0.001 angstrom.
 std::vector<NeighbourShell> ShellsAround(const std::vector<CutAtom>& atoms) {
-    constexpr double kSameDistance_A = 1e-3;
+    constexpr double kSameDistance_angstrom = 1e-3;
     std::vector<NeighbourShell> shells;
     for (std::size_t i = 1; i < atoms.size(); ++i) {
         const double distance = atoms[i].position.length();
-        if (shells.empty() || distance - shells.back().distance_A > kSameDistance_A)
+        if (shells.empty() || distance - shells.back().distance_angstrom > kSameDistance_angstrom)
             shells.push_back({distance, 0});
         ++shells.back().atoms;
     }
@@ -93,17 +89,17 @@ void AddStructure(const ClusterRequest& request, const SurfaceFrame& frame, cons
     const CrystalCell& cell = request.cell;
     const HalfCrystal half{&cell, frame.RotatedBy(request.azimuth_deg + domain_deg), emitter.bounds,
                            emitter.atom};
-    const ClusterCut cut = request.size_A > 0.0 ? CutBySize(half, request.shape, request.size_A)
-                                                : CutByCount(half, request.shape, request.atoms);
+    const ClusterCut cut = request.size_angstrom > 0.0 ? CutBySize(half, request.shape, request.size_angstrom)
+                                                       : CutByCount(half, request.shape, request.atoms);
     ZfStructure structure = StructureOf(cell, cut);
     StructureSummary summary;
     summary.emitter = cell.atoms[emitter.atom].element;
     summary.site = static_cast<int>(emitter.atom) + 1;
     summary.layer = emitter.layer;
     summary.domain_deg = domain_deg;
-    summary.surface_A = emitter.bounds.top;
+    summary.surface_angstrom = emitter.bounds.top;
     summary.surfaceElements = ElementsOf(cell, frame.planes[emitter.bounds.plane]);
-    summary.size_A = cut.size;
+    summary.size_angstrom = cut.size;
     summary.shells = ShellsAround(cut.atoms);
     summary.nearestElement = cell.atoms[cut.atoms[1].site].element;
     summary.symmetry = FindPointSymmetry(structure.atoms);

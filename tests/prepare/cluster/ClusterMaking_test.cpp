@@ -1,4 +1,4 @@
-#include "prepare/cluster/ClusterRequest.h"
+#include "prepare/cluster/ClusterMaking.h"
 
 #include <gtest/gtest.h>
 
@@ -26,12 +26,12 @@ std::vector<int> BulkShells(const CrystalCell& cell, const std::string& emitter,
     ClusterRequest request = RequestFor(cell);
     request.emitter = emitter;
     request.layers = {layer};
-    request.size_A = radius;
+    request.size_angstrom = radius;
     const MadeCluster made = MakeCluster(request);
     const StructureSummary& summary = made.structures[0];
     std::vector<int> counts;
     for (const NeighbourShell& shell : summary.shells)
-        if (shell.distance_A < summary.surface_A) counts.push_back(shell.atoms);
+        if (shell.distance_angstrom < summary.surface_angstrom) counts.push_back(shell.atoms);
     return counts;
 }
 
@@ -65,7 +65,7 @@ TEST(Cluster, TakesTheNearestWholeShells) {
         ClusterShape shape;
         int wanted;
         std::size_t atoms;
-        double size_A;
+        double size_angstrom;
     };
     const auto hemisphere = ClusterShape::Hemisphere;
     const auto paraboloid = ClusterShape::Paraboloid;
@@ -84,8 +84,8 @@ TEST(Cluster, TakesTheNearestWholeShells) {
         request.atoms = c.wanted;
         const MadeCluster made = MakeCluster(request);
         EXPECT_EQ(made.cluster.structures[0].atoms.size(), c.atoms) << c.preset << c.wanted;
-        EXPECT_NEAR(made.structures[0].size_A, c.size_A, 6e-4);
-        request.size_A = c.size_A;
+        EXPECT_NEAR(made.structures[0].size_angstrom, c.size_angstrom, 6e-4);
+        request.size_angstrom = c.size_angstrom;
         EXPECT_EQ(MakeCluster(request).cluster.structures[0].atoms.size(), c.atoms) << "by size";
     }
 }
@@ -176,7 +176,7 @@ TEST(Cluster, ComesBackFromItsFiles) {
     request.weightTable = QVRE_DATA "/AtomicWeight.txt";
     const ZfCluster made = MakeCluster(request).cluster;
     const std::pair<const char*, double> formats[] = {{"c.xyz", 1e-10}, {"c.xml_cl", 1e-5}};
-    for (const auto& [name, tolerance_A] : formats) {
+    for (const auto& [name, tolerance_angstrom] : formats) {
         WriteCluster(made, folder.Path(name), {});
         ZfCluster read;
         ZfLoadCluster(read, folder.Path(name));
@@ -187,7 +187,7 @@ TEST(Cluster, ComesBackFromItsFiles) {
         for (std::size_t i = 0; i < atoms.size() && std::string(name) == "c.xyz"; ++i)
             for (int k = 0; k < 3; ++k)
                 EXPECT_NEAR(atoms[i].position.Data()[k] * 1e10,
-                            made.structures[0].atoms[i].position.Data()[k] * 1e10, tolerance_A);
+                            made.structures[0].atoms[i].position.Data()[k] * 1e10, tolerance_angstrom);
     }
 }
 
@@ -214,9 +214,9 @@ TEST(Cluster, SaysWhatCannotBe) {
         change(request);
         return ErrorText([&] { MakeCluster(request); });
     };
-    EXPECT_EQ(cutting([](R r) { r.size_A = 1.0, r.layers = {1}; }),
+    EXPECT_EQ(cutting([](R r) { r.size_angstrom = 1.0, r.layers = {1}; }),
               "No whole shell of atoms lies within 1.000 angstrom: the smallest needs 2.553 angstrom");
-    EXPECT_EQ(cutting([](R r) { r.size_A = 1e6; }),
+    EXPECT_EQ(cutting([](R r) { r.size_angstrom = 1e6; }),
               "The cluster would have more than 200000 atoms: ask for a smaller one");
     EXPECT_EQ(
         failure([](R r) { r.cell.atoms[4].fractional = gemmi::Vec3(0.98, 0.0, 0.0); }),

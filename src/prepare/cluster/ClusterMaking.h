@@ -1,0 +1,43 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "input/ZfCluster.h"
+#include "prepare/cluster/ClusterRequest.h"
+#include "prepare/cluster/PointSymmetry.h"
+
+/// Atoms at one distance from the emitter.
+struct NeighbourShell {
+    double distance_angstrom = 0.0;
+    int atoms = 0;
+};
+
+/// What one structure is.
+struct StructureSummary {
+    std::string title;              ///< "Cu(001) emitter in layer 3, hemisphere radius 6.25 A"
+    std::string emitter;            ///< element
+    int site = 0;                   ///< of the emitter in the cell, from 1
+    int layer = 0;                  ///< of the emitter
+    double domain_deg = 0.0;        ///< turn of the domain
+    double surface_angstrom = 0.0;  ///< height of the surface plane over the emitter
+    std::string surfaceElements;    ///< of that plane, such as "As"
+    double size_angstrom = 0.0;     ///< of the outermost shell
+    std::vector<NeighbourShell> shells;
+    std::string nearestElement;  ///< of the first shell
+    PointSymmetry symmetry;
+};
+
+struct MadeCluster {
+    ZfCluster cluster;
+    std::vector<StructureSummary> structures;  ///< one for each of the cluster
+    bool hasUiso = false;
+};
+
+/// Throws what MakeCluster throws before it cuts: for numbers out of range, a cell that is none, emitters and
+/// layers that do not exist, and Debye temperatures without their element.
+void CheckClusterRequest(const ClusterRequest& request);
+
+/// Cuts one structure for each layer, emitter site and domain, in this order. Throws ZfError with what to
+/// change when the request cannot be met.
+MadeCluster MakeCluster(const ClusterRequest& request);

@@ -1,0 +1,8 @@
+#pragma once
+
+#include <string>
+
+#include "input/ZfDebye.h"
+
+/// The table that ships as "AtomicWeight.txt". Throws ZfError.
+ZfDebye LoadAtomicWeights(const std::string& path);

@@ -1,0 +1,27 @@
+#include "prepare/thermal/Elements.h"
+
+#include <algorithm>
+
+#include "foundation/ZfError.h"
+#include "input/ZfAtomName.h"
+
+std::vector<std::string> ElementsOf(const ZfCluster& cluster) {
+    std::vector<std::string> elements;
+    for (const ZfStructure& structure : cluster.structures)
+        for (const ZfAtom& atom : structure.atoms)
+            if (std::find(elements.begin(), elements.end(), atom.atom) == elements.end())
+                elements.push_back(atom.atom);
+    return elements;
+}
+
+std::int32_t AtomicNumberOf(const std::string& element) {
+    ZfAtomName name;
+    try {
+        name.SetName(element);
+    } catch (const ZfError&) {
+        name.SetAtomicNumber(0);
+    }
+    if (name.GetAtomicNumber() == 0)
+        throw ZfError("There is no element \"" + element + "\": write symbols as in Cu, case counts");
+    return name.GetAtomicNumber();
+}
