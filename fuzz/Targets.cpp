@@ -260,7 +260,7 @@ void ReadExpressionCell(std::string_view input) {
 void ReadRecipe(std::string_view input) {
     const InputFile file("recipe.toml", input);
     Refusing([&] {
-        RecipeRunOptions options;
+        RecipeOptions options;
         options.folder = file.Path() + "-results";
         PlanRecipe(file.Path(), options);
     });

@@ -9,8 +9,10 @@
 
 #include "foundation/FileReading.h"
 #include "foundation/ProgramFile.h"
+#include "prepare/cluster/ClusterMaking.h"
 #include "prepare/cluster/CrystalSources.h"
 #include "prepare/emission/EmitterField.h"
+#include "prepare/thermal/Elements.h"
 
 namespace {
 
@@ -89,7 +91,7 @@ ClusterRequest ReadClusterRequest(RecipeTable section, const RecipeFolder& place
     if (section.Has("emitter-layer")) request.layers = Integers(section, "emitter-layer");
     request.top = section.Text("top", "");
     request.shape = section.Word("shape", request.shape);
-    request.size_A = section.NotNegative("radius", RecipeUnit::kAngstrom, request.size_A);
+    request.size_angstrom = section.NotNegative("radius", RecipeUnit::kAngstrom, request.size_angstrom);
     request.atoms = section.Count("atoms", request.atoms);
     if (section.Has("atoms") && section.Has("radius"))
         section.Fail("atoms", "give atoms or radius, not both");

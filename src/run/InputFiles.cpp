@@ -6,9 +6,11 @@
 #include "foundation/ProgramFile.h"
 #include "foundation/ReplacedFile.h"
 #include "foundation/Text.h"
+#include "prepare/cluster/ClusterMaking.h"
 #include "prepare/cluster/ClusterWriting.h"
 #include "prepare/emission/EmitterField.h"
 #include "prepare/phases/EnergyList.h"
+#include "prepare/thermal/Elements.h"
 
 namespace {
 

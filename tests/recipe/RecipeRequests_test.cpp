@@ -82,7 +82,7 @@ TEST(RecipeRequests, Cluster) {
     const auto shape = [](const R& r) {
         return std::string(r.shape == ClusterShape::Paraboloid ? "bowl" : "half a ball");
     };
-    const auto radius = [](const R& r) { return Text(r.size_A); };
+    const auto radius = [](const R& r) { return Text(r.size_angstrom); };
     const auto atoms = [](const R& r) { return Text(r.atoms); };
     const auto debye = [](const R& r) { return Text(r.debye_K); };
     const auto temperature = [](const R& r) { return Text(r.temperature_K); };
@@ -230,15 +230,15 @@ TEST(RecipeRequests, ScatteringAndImage) {
                                       {"method = \"MULTI\"", method, "2"}},
                                      ReadMethod);
     using R = ImageRequest;
-    const auto map = [](const R& r) { return std::string(r.isCylindrical ? "cylinder" : "disc"); };
+    const auto map = [](const R& r) { return WordFor(r.map); };
     const auto resolution = [](const R& r) { return Text(r.resolution); };
     const auto path = [](const R& r) { return Text(r.meanFreePath); };
     const auto limit = [](const R& r) { return Text(r.clusterLimit); };
     const auto lower = [](const R& r) { return Text(r.clusterLowerLimit); };
     ExpectFields<R>("",
-                    {{"", map, "disc"},
-                     {"map = \"AE\"", map, "disc"},
-                     {"map = \"EC\"", map, "cylinder"},
+                    {{"", map, "AE"},
+                     {"map = \"AE\"", map, "AE"},
+                     {"map = \"EC\"", map, "EC"},
                      {"", resolution, "1"},
                      {"resolution = 2.5", resolution, "2.5"},
                      {"", path, "0"},
@@ -306,8 +306,8 @@ TEST(RecipeRequests, Pictures) {
         const PatternPlot plot = PlotOf(r, "I", "I0", "out.png");
         return List(plot.images) + "/" + List(plot.references);
     };
-    const auto view = [](const R& r) { return r.plot.view; };
-    const auto colours = [](const R& r) { return r.plot.colours; };
+    const auto view = [](const R& r) { return WordFor(r.plot.view); };
+    const auto colours = [](const R& r) { return r.plot.colours ? WordFor(*r.plot.colours) : std::string(); };
     const auto range = [](const R& r) { return List(r.plot.range); };
     const auto title = [](const R& r) { return r.plot.title; };
     const auto fold = [](const R& r) { return Text(r.plot.fold); };
