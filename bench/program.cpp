@@ -69,7 +69,8 @@ double OfPlainPattern(const std::string& wave, const std::string& fluctuationFil
     const ConsoleRedirection quiet(nullptr);
     ZfLoadScatteredWave(data, wave);
     ZfLoadFluctuation(fluctuation, fluctuationFile);
-    debye.LoadAtomicWeight(ReadWholeFile(std::filesystem::path(QVRE_PROGRAM).replace_filename("AtomicWeight.txt")));
+    debye.LoadAtomicWeight(
+        ReadWholeFile(std::filesystem::path(QVRE_PROGRAM).replace_filename("AtomicWeight.txt")));
     ZfDocPattern_AzimuthalEquidistant pattern;
     return Best(kRuns, RUSAGE_SELF, [&] {
         pattern.PrepareCalculation(data, fluctuation, debye);

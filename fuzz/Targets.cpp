@@ -281,9 +281,15 @@ void ReadPhaseTable(std::string_view input, PhaseTableFormat format) {
     });
 }
 
-void ReadLeedTable(std::string_view input) { ReadPhaseTable(input, PhaseTableFormat::kLeed); }
-void ReadBlockTable(std::string_view input) { ReadPhaseTable(input, PhaseTableFormat::kBlocks); }
-void ReadCsvTable(std::string_view input) { ReadPhaseTable(input, PhaseTableFormat::kCsv); }
+void ReadLeedTable(std::string_view input) {
+    ReadPhaseTable(input, PhaseTableFormat::kLeed);
+}
+void ReadBlockTable(std::string_view input) {
+    ReadPhaseTable(input, PhaseTableFormat::kBlocks);
+}
+void ReadCsvTable(std::string_view input) {
+    ReadPhaseTable(input, PhaseTableFormat::kCsv);
+}
 
 }  // namespace
 

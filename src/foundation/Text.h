@@ -11,9 +11,9 @@ std::string IntToText(std::int64_t value);
 std::string FloatToText(float value);
 std::string DoubleToText(double value);
 
-/// Text to numbers: leading blanks are skipped, the decimal number that follows is taken, the rest is ignored.
-/// A text that begins with no number, one out of the type's range, and one with an "e" behind it that no
-/// exponent follows ("12.5eV") read as 0; no failure is reported.
+/// Text to numbers: leading blanks are skipped, the decimal number that follows is taken, the rest is
+/// ignored. A text that begins with no number, one out of the type's range, and one with an "e" behind it
+/// that no exponent follows ("12.5eV") read as 0; no failure is reported.
 std::int32_t TextToInt(std::string_view text);
 std::uint32_t TextToUnsigned(std::string_view text);
 float TextToFloat(std::string_view text);

@@ -17,9 +17,9 @@ TEST(Text, NumbersHaveSixDigits) {
 
 TEST(Text, TakesTheNumberAtTheBeginning) {
     const std::pair<const char*, double> cases[] = {
-        {"", 0.0},    {"abc", 0.0}, {"1.5abc", 1.5}, {" \t\n-2e3,", -2000.0},
-        {"+.5", 0.5}, {"5.", 5.0},  {".", 0.0},      {"+-1", 0.0},
-        {"1e+", 0.0}, {"1.5eV", 0.0}, {"nan", 0.0}, {"0x10", 0.0},   {"1e999", 0.0}};
+        {"", 0.0},     {"abc", 0.0}, {"1.5abc", 1.5}, {" \t\n-2e3,", -2000.0}, {"+.5", 0.5}, {"5.", 5.0},
+        {".", 0.0},    {"+-1", 0.0}, {"1e+", 0.0},    {"1.5eV", 0.0},          {"nan", 0.0}, {"0x10", 0.0},
+        {"1e999", 0.0}};
     for (const auto& [text, value] : cases) EXPECT_EQ(TextToDouble(text), value) << '"' << text << '"';
     EXPECT_EQ(TextToFloat("1e39"), 0.0F);
     EXPECT_EQ(ScanDouble(" +1e"), 1.0);  // a scan leaves a broken exponent out
