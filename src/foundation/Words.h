@@ -24,6 +24,7 @@ inline constexpr std::array<Word<Enumeration>, 0> kWords = {};
 template <class Enumeration>
 std::vector<std::string> WordsOf() {
     std::vector<std::string> names;
+    names.reserve(kWords<Enumeration>.size());
     for (const Word<Enumeration>& word : kWords<Enumeration>) names.emplace_back(word.name);
     return names;
 }
