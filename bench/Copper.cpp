@@ -39,15 +39,6 @@ ZfStructure HalfSpace(std::size_t atoms) {
     return structure;
 }
 
-std::vector<ZfEmittedWave> EmittedWaves() {
-    ZfEmittedWave wave;
-    wave.Ek = kEnergy_eV;
-    wave.coeff.SetSize(3);
-    wave.coeff.At(0, 0) = {0.5, 0.2};
-    wave.coeff.At(2, 0) = {-1.0, 1.5};
-    return {wave};
-}
-
 /// t_l / 2 of the wave exp(i q.r), whose direction is that from the emitter to the source.
 void ScatterPlaneWave(ZfFreeElectron& source, const ZfLComplexMatrix& t) {
     const double* p = source.position.Data();
@@ -83,11 +74,28 @@ ZfPhaseShiftDocument PhaseShifts(std::int32_t lSize) {
     return document;
 }
 
-ZfScatteringRecord Record(std::size_t atoms, const ZfPhaseShiftDocument& phaseShifts) {
+ZfCluster Cluster(std::size_t atoms) {
     ZfCluster cluster;
     cluster.structures.push_back(HalfSpace(atoms));
+    return cluster;
+}
+
+std::vector<ZfEmittedWave> EmittedWaves(std::size_t waves) {
+    std::vector<ZfEmittedWave> list(waves);
+    for (std::size_t w = 0; w < waves; ++w) {
+        const auto m = static_cast<std::int32_t>((w + 1) % 3) - 1;
+        list[w].Ek = kEnergy_eV;
+        list[w].coeff.SetSize(3);
+        if (m == 0) list[w].coeff.At(0, 0) = {0.5, 0.2};
+        list[w].coeff.At(2, m) = {-1.0, 1.5};
+    }
+    return list;
+}
+
+ZfScatteringRecord Record(std::size_t atoms, const ZfPhaseShiftDocument& phaseShifts) {
+    ZfCluster cluster = Cluster(atoms);
     ZfScatteringData data;
-    return AddScatteringRecord(data, cluster, 0, EmittedWaves(), 0, phaseShifts);
+    return AddScatteringRecord(data, cluster, 0, EmittedWaves(2), 1, phaseShifts);
 }
 
 ZfScatteringData ScatteredData(std::size_t atoms, std::int32_t lSize) {

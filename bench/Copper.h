@@ -20,8 +20,14 @@ constexpr double kMeanFreePath_m = 15e-10;
 /// hardly anything is scattered. The radius is that of touching spheres.
 ZfPhaseShiftDocument PhaseShifts(std::int32_t lSize);
 
-/// An fcc half space around an emitter in the third layer, as a record ready for scattering: as many whole
-/// shells by distance as come nearest to `atoms`, and the outgoing s and d waves of a p level.
+/// An fcc half space around an emitter in the third layer: as many whole shells by distance as come nearest
+/// to `atoms`.
+ZfCluster Cluster(std::size_t atoms);
+
+/// The outgoing s and d waves of a p level, as often as told: parts of one line that differ in m.
+std::vector<ZfEmittedWave> EmittedWaves(std::size_t waves);
+
+/// The same as a record ready for scattering, with one emitted wave.
 ZfScatteringRecord Record(std::size_t atoms, const ZfPhaseShiftDocument& phaseShifts);
 
 /// The same with waves on all atoms: what each scatters of the emitted s wave, taken as a plane wave at the

@@ -7,32 +7,33 @@ namespace {
 
 constexpr std::int32_t kLSize = 15;
 
-using OneAtom = void (ZfScatteringData::*)(ZfScatteringRecord&, const ZfPhaseShiftDocument&, std::int32_t,
-                                           std::int32_t);
+constexpr std::size_t kWaves = 3;
 
-// One pass over all atoms of a cluster, with one emitted wave.
-void Scattering(benchmark::State& state, OneAtom calculate) {
+// A run over all atoms of a cluster, with the waves of one line.
+void Scattering(benchmark::State& state, ZfScatteringMethod method) {
     const ConsoleRedirection quiet(nullptr);
     const ZfPhaseShiftDocument phaseShifts = copper::PhaseShifts(kLSize);
-    const ZfScatteringRecord unscattered =
-        copper::Record(static_cast<std::size_t>(state.range(0)), phaseShifts);
-    const auto atoms = static_cast<std::int32_t>(unscattered.atomLabels.size());
+    const std::vector<ZfEmittedWave> waves = copper::EmittedWaves(kWaves);
+    ZfCluster cluster = copper::Cluster(static_cast<std::size_t>(state.range(0)));
     for (auto _ : state) {
-        ZfScatteringRecord record = unscattered;
         ZfScatteringData data;
-        for (std::int32_t i = 0; i < atoms; ++i) (data.*calculate)(record, phaseShifts, 0, i);
-        benchmark::DoNotOptimize(record.NextListScatterer.electrons.data());
+        data.Version = method;
+        data.MultiScattering = 1;
+        ZfNotifyTerminateThreadCalculation notifier;
+        data.Calculate(notifier, cluster, waves, phaseShifts);
+        benchmark::DoNotOptimize(data.ListScatteringData.data());
     }
-    state.counters["atoms"] = atoms;
+    state.counters["atoms"] = static_cast<double>(cluster.structures.front().atoms.size());
 }
-BENCHMARK_CAPTURE(Scattering, Multi, &ZfScatteringData::OneCalculateVer2)
+BENCHMARK_CAPTURE(Scattering, Multi, kMulti)
     ->ArgName("atoms")
     ->Arg(20)
     ->Arg(60)
     ->Arg(200)
+    ->Arg(600)
     ->UseRealTime()
     ->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Scattering, SlowMulti, &ZfScatteringData::CalculateSlowMulti)
+BENCHMARK_CAPTURE(Scattering, SlowMulti, kSlowMulti)
     ->ArgName("atoms")
     ->Arg(20)
     ->Arg(60)

@@ -113,34 +113,32 @@ ExpansionPack::ExpansionPack(std::shared_ptr<const ExpansionTables> tables, doub
     : tables_(std::move(tables)),
       tolerance_(tolerance),
       nearTie_(nearTie),
+      nothingTranslated_(std::isinf(nearTie)),
       orders_(static_cast<std::size_t>(tables_->grid.Groups()), 1) {}
 
-/// The orders by group that a source needs, whose geometry is in place; none if it needs too many.
-std::vector<std::int32_t> ExpansionPack::OrdersOf(std::size_t lane, const ZfFreeElectron& source,
-                                                  const ExpansionScratch& scratch) const {
+/// The order that a source needs on the largest sphere, whose geometry is in place; 0 if it needs too many.
+std::int32_t ExpansionPack::OrderOf(std::size_t lane, const ZfFreeElectron& source,
+                                    const ExpansionScratch& scratch) const {
     const std::vector<double>& groupKr = tables_->grid.groupKr;
-    const double kR = scratch.geometry.kR.re[lane];
+    const auto largest = std::max_element(groupKr.begin(), groupKr.end());
     OrderBound bound;
     bound.weights = DegreeNorms(source.A);
     bound.radial = &scratch.geometry.radial;
+    bound.bessel = &tables_->Bessel()[static_cast<std::size_t>(largest - groupKr.begin())];
     bound.lane = lane;
     const double limit = kOrderTolerance * *std::max_element(bound.weights.begin(), bound.weights.end()) /
-                         (kR + *std::max_element(groupKr.begin(), groupKr.end()));
+                         (scratch.geometry.kR.re[lane] + *largest);
     double power = 1.0;
     for (std::size_t l = 0; l < bound.weights.size(); ++l, power /= kOrderScale)
         bound.weights[l] *= std::sqrt(2.0 * static_cast<double>(l) + 1.0) * power;
     const auto computed = static_cast<std::int32_t>(scratch.geometry.radial.size()) - source.A.L + 1;
     const std::int32_t end = std::min(computed, kLargestOrder);
-    std::vector<std::int32_t> orders;
-    for (std::size_t g = 0; g < groupKr.size(); ++g) {
-        bound.bessel = &tables_->Bessel()[g];
-        orders.push_back(FirstBelow(bound, limit, static_cast<std::int32_t>(groupKr[g]) + 1, end));
-        if (orders.back() >= end) return {};
-    }
-    return orders;
+    const std::int32_t order = FirstBelow(bound, limit, static_cast<std::int32_t>(*largest) + 1, end);
+    return order < end ? order : 0;
 }
 
 void ExpansionPack::Add(const Row& row, ExpansionScratch& scratch) {
+    if (nothingTranslated_) return;
     const std::vector<double>& groupKr = tables_->grid.groupKr;
     const double largestX = *std::max_element(groupKr.begin(), groupKr.end());
     const auto tooNear = [&](std::size_t lane) {
@@ -171,17 +169,17 @@ void ExpansionPack::Add(const Row& row, ExpansionScratch& scratch) {
     for (std::size_t lane = 0; lane < kTranslationPack; ++lane) {
         if (!taken[lane]) continue;
         const ZfFreeElectron& source = *row[lane].source;
-        std::vector<std::int32_t> orders = OrdersOf(lane, source, scratch);
+        std::int32_t needed = OrderOf(lane, source, scratch);
         const auto all = static_cast<std::size_t>(kLargestOrder + lSize);
-        if (orders.empty() && scratch.geometry.radial.size() < all) {
+        if (needed == 0 && scratch.geometry.radial.size() < all) {
             scratch.geometry.CalculateRadial(RadialKind::Outgoing, kLargestOrder + lSize);
-            orders = OrdersOf(lane, source, scratch);
+            needed = OrderOf(lane, source, scratch);
         }
-        if (orders.empty()) {
+        if (needed == 0) {
             taken[lane] = false;
             tooNear(lane);
         }
-        for (const std::int32_t needed : orders) order = std::max(order, needed);
+        order = std::max(order, needed);
     }
     if (order == 0) return;
 
@@ -208,21 +206,22 @@ void ExpansionPack::Add(const Row& row, ExpansionScratch& scratch) {
 /// Adds the integrals of the sampled sources of a target, level by level.
 class ExpansionPack::SampledPart {
 public:
-    SampledPart(const std::vector<Seen>& sources, const std::shared_ptr<const ExpansionTables>& tables,
-                ExpansionScratch& scratch)
-        : list_(ListOf(sources)), wave_(&list_), expansion_(scratch.Direct(tables)) {
+    SampledPart(const std::vector<Seen>& sources, const std::shared_ptr<const ExpansionTables>& tables)
+        : list_(ListOf(sources)), wave_(&list_) {
+        expansion_.Use(tables);
         expansion_.Begin(wave_);
     }
     SampledPart(const SampledPart&) = delete;
     SampledPart& operator=(const SampledPart&) = delete;
-    ~SampledPart() { expansion_.End(); }
+    ~SampledPart() = default;
 
-    void AddTo(ZfLmComplexTable& raw, std::int32_t level) {
+    void AddTo(PackedTable& integrals, std::size_t lane, std::int32_t level) {
         while (next_ <= level) {
             expansion_.level = next_++;
             expansion_.LevelIntegral(integral_);
         }
-        for (std::size_t i = 0; i < raw.block.size(); ++i) raw.block[i] += integral_.block[i];
+        for (std::size_t i = 0; i < integrals.size(); ++i)
+            integrals[i].Set(lane, integrals[i].Get(lane) + integral_.block[i]);
     }
 
 private:
@@ -238,7 +237,7 @@ private:
 
     ZfVectorFreeElectron list_;
     ZfWaveVectorFreeElectron wave_;
-    ZfSphereExpansion& expansion_;
+    ZfSphereExpansion expansion_;
     ZfLmComplexTable integral_;
     std::int32_t next_ = 0;
 };
@@ -247,27 +246,43 @@ std::array<bool, kTranslationPack> ExpansionPack::Expand(const std::array<bool, 
                                                          std::array<ExpandedWave, kTranslationPack>& waves,
                                                          ExpansionScratch& scratch) {
     std::array<bool, kTranslationPack> done{};
-    if (waves_.empty()) waves_.resize(1);
-    scratch.synthesis.Start(*tables_, waves_, orders_);
-    for (std::size_t lane = 0; lane < kTranslationPack; ++lane)
-        if (chosen[lane] && (translated_[lane] || sampled_[lane].empty()))
-            done[lane] = ExpandLane(lane, waves[lane], scratch);
-    return done;
-}
-
-bool ExpansionPack::ExpandLane(std::size_t lane, ExpandedWave& wave, ExpansionScratch& scratch) {
-    std::optional<SampledPart> sampled;
-    if (!sampled_[lane].empty()) sampled.emplace(sampled_[lane], tables_, scratch);
-    LevelRefinement refinement(tables_->grid, tolerance_, kLastSynthesisedLevel + 2);
-    refinement.level = kFirstSynthesisedLevel - 1;
-    ZfLmComplexTable raw(tables_->lSize);
-    for (std::int32_t level = kFirstSynthesisedLevel; scratch.synthesis.Serves(level); ++level) {
-        const PackedTable& integrals = scratch.synthesis.Level(level);
-        for (std::size_t i = 0; i < raw.block.size(); ++i) raw.block[i] = integrals[i].Get(lane);
-        if (sampled) sampled->AddTo(raw, level);
-        if (!refinement.Add(raw)) continue;
-        wave = {std::move(refinement.result), level, refinement.lastError};
-        return refinement.nearestTie >= nearTie_;
+    std::vector<std::size_t> open;
+    std::array<std::optional<SampledPart>, kTranslationPack> sampled;
+    for (std::size_t lane = 0; lane < kTranslationPack; ++lane) {
+        if (!chosen[lane] || nothingTranslated_ || (!translated_[lane] && !sampled_[lane].empty())) continue;
+        open.push_back(lane);
+        if (!sampled_[lane].empty()) sampled[lane].emplace(sampled_[lane], tables_);
     }
-    return false;
+    if (open.empty()) return done;
+    if (waves_.empty()) waves_.resize(1);
+
+    std::array<LevelDecision, kTranslationPack> decisions;
+    for (LevelDecision& decision : decisions) decision.tolerance = tolerance_;
+    LevelSynthesis& synthesis = scratch.synthesis;
+    synthesis.Start(*tables_, waves_, orders_);
+    PackedTable& integral = scratch.integral;
+    PackedTable& before = scratch.before;
+    PackedTable& result = scratch.result;
+    for (std::int32_t level = kFirstSynthesisedLevel; !open.empty() && synthesis.Serves(level); ++level) {
+        std::swap(before, integral);
+        integral = synthesis.Level(level);
+        for (const std::size_t lane : open)
+            if (sampled[lane]) sampled[lane]->AddTo(integral, lane, level);
+        if (level < kFirstComparedLevel) {
+            result = integral;
+            continue;
+        }
+        PackedChange change;
+        RefineLevel(integral, before, tables_->grid, result, change);
+        std::erase_if(open, [&](std::size_t lane) {
+            if (!decisions[lane].Stops(level, {change.size[lane], change.difference[lane]})) return false;
+            done[lane] = decisions[lane].nearestTie >= nearTie_;
+            waves[lane].level = level;
+            waves[lane].lastError = decisions[lane].lastError;
+            waves[lane].table.SetSize(tables_->lSize);
+            for (std::size_t i = 0; i < result.size(); ++i) waves[lane].table.block[i] = result[i].Get(lane);
+            return true;
+        });
+    }
+    return done;
 }

@@ -19,6 +19,9 @@ struct ExpansionScratch {
     PackedTable sources;
     TranslationScratch translation;
     LevelSynthesis synthesis;
+    PackedTable integral;
+    PackedTable before;
+    PackedTable result;
     std::map<std::int32_t, ZfSphereExpansion> direct;  ///< by l size
 };
 
@@ -43,7 +46,7 @@ public:
     using Row = std::array<Seen, kTranslationPack>;
 
     /// `nearTie`: relative distance of an error from the tolerance within which the translated wave may
-    /// decide otherwise than the sampled one; infinite: everywhere.
+    /// decide otherwise than the sampled one. Infinite: always, so that nothing is translated.
     ExpansionPack(std::shared_ptr<const ExpansionTables> tables, double tolerance, double nearTie);
 
     /// Adds one source to each target.
@@ -59,13 +62,13 @@ public:
 private:
     class SampledPart;
 
-    std::vector<std::int32_t> OrdersOf(std::size_t lane, const ZfFreeElectron& source,
-                                       const ExpansionScratch& scratch) const;
-    bool ExpandLane(std::size_t lane, ExpandedWave& wave, ExpansionScratch& scratch);
+    std::int32_t OrderOf(std::size_t lane, const ZfFreeElectron& source,
+                         const ExpansionScratch& scratch) const;
 
     std::shared_ptr<const ExpansionTables> tables_;
     double tolerance_;
     double nearTie_;
+    bool nothingTranslated_;
     PackedTable waves_;                                        ///< c(L,M) kOrderScale^L of all sources so far
     std::vector<std::int32_t> orders_;                         ///< by group: to which order they count
     std::array<bool, kTranslationPack> translated_{};          ///< targets with a translated source

@@ -7,16 +7,8 @@
 
 namespace {
 
-constexpr std::int32_t kFirstComparedLevel = 5;
-
-/// Squared norms of a table and of its change against another.
-struct Change {
-    double size = 0.0;
-    double difference = 0.0;
-};
-
-Change Compare(const ZfLmComplexTable& before, const ZfLmComplexTable& now) {
-    Change change;
+LevelChange Compare(const ZfLmComplexTable& before, const ZfLmComplexTable& now) {
+    LevelChange change;
     for (std::size_t i = 0; i < before.block.size(); ++i) {
         change.size += std::norm(before.block[i]);
         change.difference += std::norm(now.block[i] - before.block[i]);
@@ -40,14 +32,17 @@ bool LevelRefinement::Add(const ZfLmComplexTable& integral) {
 
     // The first comparison sets this level against the raw one before it, which is not divided by j_l: it
     // rarely stops the loop.
-    const Change change = Compare(refined, result);
+    return decision.Stops(level, Compare(refined, result));
+}
+
+bool LevelDecision::Stops(std::int32_t level, const LevelChange& change) {
     if (!std::isfinite(change.size) || !std::isfinite(change.difference))
         throw ZfError("The wave around an atom is not finite");
     if (change.size == 0.0 && change.difference == 0.0) return true;  // no source reaches this atom
     if (change.size != 0.0) {
         lastError = std::sqrt(change.difference / change.size);
-        nearestTie = std::min(nearestTie, std::abs(lastError - tolerance_) / tolerance_);
-        if (tolerance_ > lastError) return true;
+        nearestTie = std::min(nearestTie, std::abs(lastError - tolerance) / tolerance);
+        if (tolerance > lastError) return true;
     }
-    return level >= maxLevel_ - 1;
+    return level >= maxLevel - 1;
 }

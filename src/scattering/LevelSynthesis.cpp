@@ -4,7 +4,6 @@
 #include <cmath>
 
 #include "foundation/Constants.h"
-#include "scattering/SphericalHarmonics.h"
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "scattering/LevelSynthesis.cpp"
@@ -37,7 +36,6 @@ struct GroupSynthesis {
     const std::vector<double>& bessel;
     const ThetaRows& theta;
     const std::vector<double>& weights;
-    std::int32_t block;
     std::size_t rows;
     std::int32_t order;
     std::int32_t firstL;
@@ -235,6 +233,39 @@ void AddGroup(const GroupSynthesis& g) {
     }
 }
 
+/// target = a target + b other.
+void Combine(PackedTable& target, double a, double b, const PackedTable& other) {
+    const Tag d;
+    for (std::size_t first = 0; first < kTranslationPack; first += hn::Lanes(d)) {
+        const Part part = {d, first};
+        for (std::size_t i = 0; i < target.size(); ++i)
+            part.Store(MulAdd(part.Load(other[i]), hn::Set(d, b), Scale(part.Load(target[i]), hn::Set(d, a))),
+                       target[i]);
+    }
+}
+
+void Refine(const PackedTable& integral, const PackedTable& before, const ZfExpansionGrid& grid,
+            PackedTable& result, PackedChange& change) {
+    const Tag d;
+    for (std::size_t first = 0; first < kTranslationPack; first += hn::Lanes(d)) {
+        const Part part = {d, first};
+        V size = hn::Zero(d);
+        V difference = hn::Zero(d);
+        for (std::size_t i = 0; i < result.size(); ++i) {
+            const double j = 3.0 * grid.besselAtGroup[static_cast<std::size_t>(grid.lOfIndex.block[i])];
+            const VC now = MulAdd(part.Load(before[i]), hn::Set(d, -1.0 / j),
+                                  Scale(part.Load(integral[i]), hn::Set(d, 4.0 / j)));
+            const VC old = part.Load(result[i]);
+            const VC step = Sub(now, old);
+            size = hn::Add(size, MulConj(old, old).re);
+            difference = hn::Add(difference, MulConj(step, step).re);
+            part.Store(now, result[i]);
+        }
+        hn::StoreU(size, d, change.size + first);
+        hn::StoreU(difference, d, change.difference + first);
+    }
+}
+
 }  // namespace zf::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
@@ -242,24 +273,26 @@ HWY_AFTER_NAMESPACE();
 
 namespace zf {
 HWY_EXPORT(AddGroup);
+HWY_EXPORT(Combine);
+HWY_EXPORT(Refine);
 }  // namespace zf
 
 namespace {
 
 constexpr std::int32_t kUnfolded = 1 << 20;  // a period that no two orders share
+constexpr std::int32_t kFinePeriod = 128;    // of level 14
 
-/// target = a first + b second, element by element.
-void Combine(PackedTable& target, double a, const PackedTable& first, double b, const PackedTable& second) {
-    target.resize(first.size());
-    for (std::size_t i = 0; i < first.size(); ++i) {
-        for (std::size_t lane = 0; lane < kTranslationPack; ++lane) {
-            target[i].re[lane] = a * first[i].re[lane] + b * second[i].re[lane];
-            target[i].im[lane] = a * first[i].im[lane] + b * second[i].im[lane];
-        }
-    }
-}
+/// From this l size on waves mostly need level 14, and the sums for it are made along with those of the other
+/// levels.
+constexpr std::int32_t kFineLSize = 23;
 
 }  // namespace
+
+void RefineLevel(const PackedTable& integral, const PackedTable& before, const ZfExpansionGrid& grid,
+                 PackedTable& result, PackedChange& change) {
+    using namespace zf;
+    HWY_DYNAMIC_DISPATCH(Refine)(integral, before, grid, result, change);
+}
 
 void LevelSynthesis::Start(const ExpansionTables& tables, const PackedTable& waves,
                            const std::vector<std::int32_t>& orders) {
@@ -268,43 +301,72 @@ void LevelSynthesis::Start(const ExpansionTables& tables, const PackedTable& wav
     orders_ = orders;
     largestOrder_ = *std::max_element(orders.begin(), orders.end());
     blocks_ = 0;
-    const auto n = static_cast<std::size_t>(tables.lSize);
-    fine_.assign(n * n, PackedComplex());
+    fineBlocks_ = 0;
 }
 
 bool LevelSynthesis::Serves(std::int32_t level) const {
-    return level <= 14 || (level <= kLastSynthesisedLevel && largestOrder_ + tables_->lSize <= 128);
+    return level <= 14 || (level <= kLastSynthesisedLevel && largestOrder_ + tables_->lSize <= kFinePeriod);
 }
 
 const PackedTable& LevelSynthesis::Level(std::int32_t level) {
+    const bool early = tables_->lSize >= kFineLSize;
     const std::int32_t block = level <= 12 ? 0 : (level - 11) / 2;
-    while (blocks_ <= block) AddBlock();
+    while (blocks_ <= block) AddBlock(blocks_, true, early);
+    if (level % 2 == 0 && level > 12) {
+        while (fineBlocks_ <= block) AddBlock(fineBlocks_, false, true);
+        levels_[static_cast<std::size_t>(level)] = fine_;
+        ScaleLevel(level);
+    }
     return levels_[static_cast<std::size_t>(level)];
 }
 
-void LevelSynthesis::AddBlock() {
+/// From the sum over the rows to the integral.
+void LevelSynthesis::ScaleLevel(std::int32_t level) {
+    using namespace zf;
+    const double step = kPi / static_cast<double>(1 << (level / 2));
+    PackedTable& table = levels_[static_cast<std::size_t>(level)];
+    if (level % 2 == 0)
+        HWY_DYNAMIC_DISPATCH(Combine)(table, step, 0.0, table);
+    else
+        HWY_DYNAMIC_DISPATCH(Combine)(table, 0.5 * step, 0.5, levels_[static_cast<std::size_t>(level) - 1]);
+}
+
+/// The sums of a block for its own levels, or for the fine lattice, or both. Level 15 builds on level 14.
+void LevelSynthesis::AddBlock(std::int32_t block, bool own, bool fine) {
     const auto n = static_cast<std::size_t>(tables_->lSize);
     const auto sumOf = [&](std::int32_t level) {
         PackedTable& table = levels_[static_cast<std::size_t>(level)];
         table.assign(n * n, PackedComplex());
         return table.data();
     };
-    // The rows of a block in terms of its lattice, and which level wants which of them, folded with which
-    // period.
+    // Which level wants which rows of the block's lattice, folded with which period.
     std::vector<zf::FoldedSum> sums;
     std::vector<zf::FoldedSum> coarse;
-    if (blocks_ == 0) {
+    if (own && block == 0) {
         sums = {{sumOf(12), 64, false, 0, 1}, {sumOf(11), 32, true, 0, 2}, {sumOf(10), 32, false, 1, 2}};
         coarse = {{sumOf(9), 16, true, 0, 2}, {sumOf(8), 16, false, 1, 2}, {sumOf(7), 8, true, 1, 4},
                   {sumOf(6), 8, false, 3, 4}, {sumOf(5), 4, true, 3, 8},   {sumOf(4), 4, false, 7, 8}};
-        sums.push_back({fine_.data(), 128, false, 0, 1});
-    } else if (blocks_ == 1) {
-        sums = {{sumOf(13), 64, true, 0, 1}, {fine_.data(), 128, false, 0, 1}};
-    } else {
-        sums = {{sumOf(15), kUnfolded, false, 0, 1}, {fine_.data(), kUnfolded, false, 0, 1}};
+    } else if (own && block == 1) {
+        sums = {{sumOf(13), 64, true, 0, 1}};
+    } else if (own) {
+        sums = {{sumOf(15), kUnfolded, false, 0, 1}};
     }
+    if (fine && fineBlocks_ == block) {
+        if (block == 0) fine_.assign(n * n, PackedComplex());
+        sums.push_back({fine_.data(), block < 2 ? kFinePeriod : kUnfolded, false, 0, 1});
+        ++fineBlocks_;
+    }
+    AddRows(block, sums, coarse);
+    if (!own) return;
+    ++blocks_;
+    if (block == 2) Level(14);
+    for (std::int32_t level = kFirstSynthesisedLevel; block == 0 && level <= 12; ++level) ScaleLevel(level);
+    if (block > 0) ScaleLevel(11 + 2 * block);
+}
 
-    const std::size_t rows = RowsOf(blocks_);
+void LevelSynthesis::AddRows(std::int32_t block, const std::vector<zf::FoldedSum>& sums,
+                             const std::vector<zf::FoldedSum>& coarse) {
+    const std::size_t rows = RowsOf(block);
     const auto largest = static_cast<std::size_t>(largestOrder_);
     const auto reserve = [](PackedTable& list, std::size_t size) {
         if (list.size() < size) list.resize(size);
@@ -313,31 +375,15 @@ void LevelSynthesis::AddBlock() {
     reserve(scratch_.samples, (largest / 16 + 2) * 4 * rows);
     reserve(scratch_.coarse, 2 * zf::kClassPeriod * zf::kCoarseRows);
     reserve(scratch_.values, rows);
-    const ThetaRows& theta = ThetaRowsOf(blocks_, largestOrder_);
+    const ThetaRows& theta = ThetaRowsOf(block, largestOrder_);
     const ZfExpansionGrid& grid = tables_->grid;
     for (std::int32_t g = 0; g < grid.Groups(); ++g) {
         const auto group = static_cast<std::size_t>(g);
         using namespace zf;
         HWY_DYNAMIC_DISPATCH(AddGroup)
-        ({*waves_, tables_->Bessel()[group], theta, tables_->Weights(blocks_), blocks_, rows, orders_[group],
+        ({*waves_, tables_->Bessel()[group], theta, tables_->Weights(block), rows, orders_[group],
           g * grid.groupSize, std::min((g + 1) * grid.groupSize, tables_->lSize), sums, coarse, scratch_});
     }
-
-    const auto scaled = [&](std::int32_t level, std::int32_t before) {
-        const double step = kPi / static_cast<double>(1 << (level / 2));
-        PackedTable& table = levels_[static_cast<std::size_t>(level)];
-        if (level % 2 == 0)
-            Combine(table, step, table, 0.0, table);
-        else
-            Combine(table, 0.5 * step, table, 0.5, levels_[static_cast<std::size_t>(before)]);
-    };
-    const std::int32_t first = blocks_ == 0 ? kFirstSynthesisedLevel : 11 + 2 * blocks_;
-    const std::int32_t last = 12 + 2 * blocks_;
-    for (std::int32_t level = first; level <= last; ++level) {
-        if (blocks_ > 0 && level == last) levels_[static_cast<std::size_t>(level)] = fine_;
-        scaled(level, level - 1);
-    }
-    ++blocks_;
 }
 
 #endif  // HWY_ONCE

@@ -24,6 +24,8 @@ constexpr std::int32_t kFirstSynthesisedLevel = 4;
 constexpr std::int32_t kLastSynthesisedLevel = 16;
 
 namespace zf {
+struct FoldedSum;
+
 struct OrderSlot {
     std::int32_t M;
     const PackedComplex* rows[2];  ///< F in the rows, by parity of L + M
@@ -56,14 +58,28 @@ public:
     const PackedTable& Level(std::int32_t level);
 
 private:
-    void AddBlock();
+    void AddBlock(std::int32_t block, bool own, bool fine);
+    void AddRows(std::int32_t block, const std::vector<zf::FoldedSum>& sums,
+                 const std::vector<zf::FoldedSum>& coarse);
+    void ScaleLevel(std::int32_t level);
 
     const ExpansionTables* tables_ = nullptr;
     const PackedTable* waves_ = nullptr;
     std::vector<std::int32_t> orders_;
     std::int32_t largestOrder_ = 0;
-    std::int32_t blocks_ = 0;  ///< blocks of rows done
+    std::int32_t blocks_ = 0;      ///< blocks of rows that are in `levels_`
+    std::int32_t fineBlocks_ = 0;  ///< and in `fine_`
     std::array<PackedTable, kLastSynthesisedLevel + 1> levels_;
-    PackedTable fine_;  ///< sums over all rows so far, folded only as the next even level does
+    PackedTable fine_;  ///< sums over all rows of the blocks, folded only as the even levels beyond 12 do
     zf::LevelScratch scratch_;
 };
+
+/// Squared norms of the results of eight waves and of their change.
+struct PackedChange {
+    double size[kTranslationPack];
+    double difference[kTranslationPack];
+};
+
+/// One step of LevelRefinement for eight waves: `result` is of the level before, and becomes the new one.
+void RefineLevel(const PackedTable& integral, const PackedTable& before, const ZfExpansionGrid& grid,
+                 PackedTable& result, PackedChange& change);

@@ -49,18 +49,95 @@ HWY_INLINE Points PointsAt(Tag d, const KernelSource& source, const KernelDirect
     return p;
 }
 
+/// For every m and each vector of points: p of the two degrees before, in turn, and (x + i y)^m. They stand
+/// together, so that no load meets a store of another m at the same place of a page.
+enum Slot : std::size_t { kEven, kOdd, kPowerRe, kPowerIm, kSlots };
+constexpr std::size_t kStateSize = kLargestKernelL * kSlots * kUnroll * kSourceLanes;
+
+/// One vector's place in the state of the first m; those of the next m follow at kSlots * kUnroll vectors.
+HWY_INLINE void StartState(Tag d, const Points& p, std::size_t n, double* HWY_RESTRICT at) {
+    const std::size_t block = kUnroll * hn::Lanes(d);
+    V a = hn::Set(d, 1.0);
+    V b = hn::Zero(d);
+    for (std::size_t m = 0; m < n; ++m, at += kSlots * block) {
+        hn::Store(hn::Zero(d), d, at + kEven * block);
+        hn::Store(hn::Zero(d), d, at + kOdd * block);
+        hn::Store(a, d, at + kPowerRe * block);
+        hn::Store(b, d, at + kPowerIm * block);
+        const V next = hn::MulSub(a, p.x, hn::Mul(b, p.y));
+        b = hn::MulAdd(a, p.y, hn::Mul(b, p.x));
+        a = next;
+    }
+}
+
+/// The sum over m of one degree. Cosine and sine terms stand apart: two short chains of sums instead of a
+/// long one.
+struct DegreeSum {
+    V gRe[kUnroll];
+    V gIm[kUnroll];
+    V fRe[kUnroll];
+    V fIm[kUnroll];
+};
+
+/// `pair` and `gamma` are those of m = 0. Leaves p of the degree in the state.
+HWY_INLINE DegreeSum SumOrders(Tag d, const Points* p, std::size_t l, const HarmonicPair* pair,
+                               const double* gamma, double* HWY_RESTRICT state) {
+    const std::size_t lanes = hn::Lanes(d);
+    const std::size_t block = kUnroll * lanes;
+    const std::size_t before = (l % 2 == 0 ? kOdd : kEven) * block;
+    const std::size_t now = (l % 2 == 0 ? kEven : kOdd) * block;
+    DegreeSum sum;
+    // The order m = l, where p is 1, starts the sums.
+    const HarmonicPair& top = pair[l];
+    for (std::size_t v = 0; v < kUnroll; ++v) {
+        double* const last = state + l * kSlots * block + v * lanes;
+        hn::Store(hn::Set(d, 1.0), d, last + now);
+        const V u0 = hn::Load(d, last + kPowerRe * block);
+        const V v0 = hn::Load(d, last + kPowerIm * block);
+        sum.gRe[v] = hn::Mul(u0, hn::Set(d, top.c.real()));
+        sum.gIm[v] = hn::Mul(u0, hn::Set(d, top.c.imag()));
+        sum.fRe[v] = hn::Mul(v0, hn::Set(d, top.d.real()));
+        sum.fIm[v] = hn::Mul(v0, hn::Set(d, top.d.imag()));
+    }
+    for (std::size_t m = 0; m < l; ++m, ++pair, ++gamma, state += kSlots * block) {
+        const V g = hn::Set(d, *gamma);
+        const V cRe = hn::Set(d, pair->c.real());
+        const V cIm = hn::Set(d, pair->c.imag());
+        const V dRe = hn::Set(d, pair->d.real());
+        const V dIm = hn::Set(d, pair->d.imag());
+        for (std::size_t v = 0; v < kUnroll; ++v) {
+            double* const here = state + v * lanes;
+            const V q =
+                hn::NegMulAdd(g, hn::Load(d, here + now), hn::Mul(p[v].z, hn::Load(d, here + before)));
+            hn::Store(q, d, here + now);
+            const V qu = hn::Mul(q, hn::Load(d, here + kPowerRe * block));
+            const V qv = hn::Mul(q, hn::Load(d, here + kPowerIm * block));
+            sum.gRe[v] = hn::MulAdd(qu, cRe, sum.gRe[v]);
+            sum.gIm[v] = hn::MulAdd(qu, cIm, sum.gIm[v]);
+            sum.fRe[v] = hn::MulAdd(qv, dRe, sum.fRe[v]);
+            sum.fIm[v] = hn::MulAdd(qv, dIm, sum.fIm[v]);
+        }
+    }
+    return sum;
+}
+
+/// h1 of the next degree.
+HWY_INLINE void StepHankel(Tag d, std::size_t l, Points& p) {
+    const V step = hn::Mul(hn::Set(d, 2.0 * static_cast<double>(l) + 1.0), p.inverseX);
+    const V nextRe = hn::MulSub(step, p.hRe, p.hReBefore);
+    const V nextIm = hn::MulSub(step, p.hIm, p.hImBefore);
+    p.hReBefore = p.hRe;
+    p.hImBefore = p.hIm;
+    p.hRe = nextRe;
+    p.hIm = nextIm;
+}
+
 void AddOutgoingWave(const KernelSource& source, const KernelDirections& u, double radius,
                      double* HWY_RESTRICT re, double* HWY_RESTRICT im) {
     const Tag d;
     const std::size_t lanes = hn::Lanes(d);
-    const double* gammas = HarmonicGammas();
     const auto n = static_cast<std::size_t>(source.L);
-    // For every m and each vector of points: p of the two degrees before, in turn, and (x + i y)^m. They
-    // stand together, so that no load meets a store of another m at the same place of a page.
-    enum Slot : std::size_t { kEven, kOdd, kPowerRe, kPowerIm, kSlots };
-    HWY_ALIGN double state[kLargestKernelL * kSlots * kUnroll * 8];
-    const std::size_t block = kUnroll * lanes;
-
+    HWY_ALIGN double state[kStateSize];
     for (std::size_t first = 0; first < u.count; first += kUnroll * lanes) {
         Points p[kUnroll];
         V sumRe[kUnroll];
@@ -69,79 +146,18 @@ void AddOutgoingWave(const KernelSource& source, const KernelDirections& u, doub
             p[v] = PointsAt(d, source, u, first + v * lanes, radius);
             sumRe[v] = hn::Zero(d);
             sumIm[v] = hn::Zero(d);
-            V a = hn::Set(d, 1.0);
-            V b = hn::Zero(d);
-            for (std::size_t m = 0; m < n; ++m) {
-                double* const at = state + m * kSlots * block + v * lanes;
-                hn::Store(hn::Zero(d), d, at + kEven * block);
-                hn::Store(hn::Zero(d), d, at + kOdd * block);
-                hn::Store(a, d, at + kPowerRe * block);
-                hn::Store(b, d, at + kPowerIm * block);
-                const V next = hn::MulSub(a, p[v].x, hn::Mul(b, p[v].y));
-                b = hn::MulAdd(a, p[v].y, hn::Mul(b, p[v].x));
-                a = next;
-            }
+            StartState(d, p[v], n, state + v * lanes);
         }
         const HarmonicPair* pair = source.pairs.data();
-        const double* gamma = gammas;
-        for (std::size_t l = 0; l < n; ++l) {
-            const std::size_t before = (l % 2 == 0 ? kOdd : kEven) * block;
-            const std::size_t now = (l % 2 == 0 ? kEven : kOdd) * block;
-            // Cosine and sine terms apart: two short chains of sums instead of a long one. The order m = l,
-            // where p is 1, starts them.
-            V gRe[kUnroll];
-            V gIm[kUnroll];
-            V fRe[kUnroll];
-            V fIm[kUnroll];
-            double* HWY_RESTRICT at = state;
-            const HarmonicPair& top = pair[l];
+        const double* gamma = HarmonicGammas();
+        for (std::size_t l = 0; l < n; pair += l + 1, gamma += l + 1, ++l) {
+            const DegreeSum sum = SumOrders(d, p, l, pair, gamma, state);
             for (std::size_t v = 0; v < kUnroll; ++v) {
-                double* const last = state + l * kSlots * block + v * lanes;
-                hn::Store(hn::Set(d, 1.0), d, last + now);
-                const V u0 = hn::Load(d, last + kPowerRe * block);
-                const V v0 = hn::Load(d, last + kPowerIm * block);
-                gRe[v] = hn::Mul(u0, hn::Set(d, top.c.real()));
-                gIm[v] = hn::Mul(u0, hn::Set(d, top.c.imag()));
-                fRe[v] = hn::Mul(v0, hn::Set(d, top.d.real()));
-                fIm[v] = hn::Mul(v0, hn::Set(d, top.d.imag()));
-            }
-            for (std::size_t m = 0; m < l; ++m, ++pair, ++gamma, at += kSlots * block) {
-                const V g = hn::Set(d, *gamma);
-                const V cRe = hn::Set(d, pair->c.real());
-                const V cIm = hn::Set(d, pair->c.imag());
-                const V dRe = hn::Set(d, pair->d.real());
-                const V dIm = hn::Set(d, pair->d.imag());
-                for (std::size_t v = 0; v < kUnroll; ++v) {
-                    double* HWY_RESTRICT here = at + v * lanes;
-                    const V q = hn::NegMulAdd(g, hn::Load(d, here + now),
-                                              hn::Mul(p[v].z, hn::Load(d, here + before)));
-                    hn::Store(q, d, here + now);
-                    const V qu = hn::Mul(q, hn::Load(d, here + kPowerRe * block));
-                    const V qv = hn::Mul(q, hn::Load(d, here + kPowerIm * block));
-                    gRe[v] = hn::MulAdd(qu, cRe, gRe[v]);
-                    gIm[v] = hn::MulAdd(qu, cIm, gIm[v]);
-                    fRe[v] = hn::MulAdd(qv, dRe, fRe[v]);
-                    fIm[v] = hn::MulAdd(qv, dIm, fIm[v]);
-                }
-            }
-            ++pair;
-            ++gamma;
-            for (std::size_t v = 0; v < kUnroll; ++v) {
-                gRe[v] = hn::Add(gRe[v], fRe[v]);
-                gIm[v] = hn::Add(gIm[v], fIm[v]);
-            }
-            const V factor = hn::Set(d, 2.0 * static_cast<double>(l) + 1.0);
-            for (std::size_t v = 0; v < kUnroll; ++v) {
-                Points& point = p[v];
-                sumRe[v] = hn::NegMulAdd(point.hIm, gIm[v], hn::MulAdd(point.hRe, gRe[v], sumRe[v]));
-                sumIm[v] = hn::MulAdd(point.hIm, gRe[v], hn::MulAdd(point.hRe, gIm[v], sumIm[v]));
-                const V step = hn::Mul(factor, point.inverseX);
-                const V nextRe = hn::MulSub(step, point.hRe, point.hReBefore);
-                const V nextIm = hn::MulSub(step, point.hIm, point.hImBefore);
-                point.hReBefore = point.hRe;
-                point.hImBefore = point.hIm;
-                point.hRe = nextRe;
-                point.hIm = nextIm;
+                const V gRe = hn::Add(sum.gRe[v], sum.fRe[v]);
+                const V gIm = hn::Add(sum.gIm[v], sum.fIm[v]);
+                sumRe[v] = hn::NegMulAdd(p[v].hIm, gIm, hn::MulAdd(p[v].hRe, gRe, sumRe[v]));
+                sumIm[v] = hn::MulAdd(p[v].hIm, gRe, hn::MulAdd(p[v].hRe, gIm, sumIm[v]));
+                StepHankel(d, l, p[v]);
             }
         }
         for (std::size_t v = 0; v < kUnroll; ++v) {

@@ -9,6 +9,9 @@
 // Vector kernels of the expansion: one source at many points, and the azimuthal sums of the samples. Each
 // exists for every instruction set of the machine's family and the best one is taken at run time.
 
+/// Widest vector of any instruction set, in numbers.
+constexpr std::size_t kSourceLanes = 8;
+
 /// Arrays of points and samples are padded: a kernel reads and writes up to this many elements beyond the
 /// count.
 constexpr std::size_t kKernelPadding = 32;
@@ -48,7 +51,7 @@ void AddPlaneWave(std::complex<double> amplitude, const double* q, const double*
 /// Azimuthal sums of one row of samples: for m = 0 .. size-1,
 ///     cosRe[m] + i cosIm[m] = sum over k of (re[k] + i im[k]) cosines[k * stride + m], and likewise with the
 ///     sines.
-/// `stride` and the results are padded to a multiple of 8.
+/// `stride` and the results are padded to a multiple of kSourceLanes.
 struct AzimuthalSums {
     double* cosRe;
     double* cosIm;

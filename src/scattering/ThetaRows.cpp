@@ -6,7 +6,6 @@
 #include <mutex>
 
 #include "foundation/Constants.h"
-#include "scattering/SphericalHarmonics.h"
 #include "scattering/WaveTranslation.h"
 
 namespace {

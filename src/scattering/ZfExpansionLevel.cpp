@@ -73,7 +73,7 @@ ZfLevelPoints GridPoints(std::int32_t level) {
 }
 
 ZfExpansionLevel::ZfExpansionLevel(std::int32_t level, std::int32_t lSize)
-    : stride((static_cast<std::size_t>(lSize) + 7) / 8 * 8) {
+    : stride((static_cast<std::size_t>(lSize) + kSourceLanes - 1) / kSourceLanes * kSourceLanes) {
     ZfLmDoubleTable norm;
     std::map<std::vector<double>, std::size_t> setOf;
     for (const auto& [parameter, phis] : RowsOf(GridPoints(level))) {

@@ -35,7 +35,7 @@ struct ZfExpansionLevel {
 
     std::size_t points = 0;
     std::size_t rowLength = 0;
-    std::size_t stride = 0;  ///< m = 0 .. lSize - 1, padded to a multiple of 8
+    std::size_t stride = 0;  ///< m = 0 .. lSize - 1, padded to a multiple of kSourceLanes
     std::vector<Row> rows;
     std::vector<PhiSet> phiSets;
     std::vector<double> x, y, z;  ///< unit vectors, padded

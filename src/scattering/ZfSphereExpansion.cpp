@@ -160,6 +160,6 @@ void ZfSphereExpansion::Expand(ZfLmComplexTable& result, const ZfWaveFunction& s
         level = refinement.level + 1;
         LevelIntegral(raw);
     } while (!refinement.Add(raw));
-    lastError = refinement.lastError;
+    lastError = refinement.decision.lastError;
     result = std::move(refinement.result);
 }

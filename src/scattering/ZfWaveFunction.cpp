@@ -15,20 +15,28 @@ KernelSource Prepare(const ZfFreeElectron& electron) {
     return source;
 }
 
-/// Distances of the nearest and the farthest of some points from the source, as k rho.
-struct Range {
-    double nearest;
-    double farthest;
-};
+double FarthestX(const ZfFreeElectron& electron, double radius) {
+    return electron.k * (std::sqrt(NormSquared(electron.position)) + radius);
+}
 
-Range RangeOf(const ZfFreeElectron& electron, const KernelDirections& directions, double radius) {
+/// On a sphere that comes too near for the kernel, the largest samples stay literal a little further out:
+/// they make up the table, and the arc cosine of the literal form costs digits that stored results have lost
+/// alike.
+constexpr double kLiteralRange = 1.5;
+
+/// Which points stand so near the source that the vector kernel does not serve.
+void FindNearPoints(const ZfFreeElectron& electron, const KernelDirections& directions, double radius,
+                    std::vector<std::size_t>& near) {
+    near.clear();
     const double* const p = electron.position.Data();
-    double towards = -1e300;
-    for (std::size_t i = 0; i < directions.count; ++i)
-        towards = std::max(towards, directions.x[i] * p[0] + directions.y[i] * p[1] + directions.z[i] * p[2]);
-    const double squared = NormSquared(electron.position);
-    const double nearest = std::max(squared + radius * radius - 2.0 * radius * towards, 0.0);
-    return {electron.k * std::sqrt(nearest), electron.k * (std::sqrt(squared) + radius)};
+    const double smallest = SmallestKernelX(electron.A.L) / electron.k;
+    if (std::abs(std::sqrt(NormSquared(electron.position)) - radius) >= smallest) return;
+    const double limit = kLiteralRange * smallest;
+    const double squares = NormSquared(electron.position) + radius * radius - limit * limit;
+    for (std::size_t i = 0; i < directions.count; ++i) {
+        const double along = directions.x[i] * p[0] + directions.y[i] * p[1] + directions.z[i] * p[2];
+        if (squares < 2.0 * radius * along) near.push_back(i);
+    }
 }
 
 /// The literal evaluation, wherever no kernel serves.
@@ -40,6 +48,27 @@ void AddPointByPoint(const ZfFreeElectron& electron, const KernelDirections& dir
                                  radius * directions.z[i]);
         re[i] += value.real();
         im[i] += value.imag();
+    }
+}
+
+/// The vector kernel, and the literal evaluation at the points near the source.
+void AddSource(const ZfFreeElectron& electron, const KernelSource& source, const KernelDirections& directions,
+               double radius, double* re, double* im) {
+    // Scratch of each thread: rows are sampled in parallel loops, which do not allocate.
+    thread_local std::vector<std::size_t> near;
+    thread_local std::vector<std::complex<double>> sums;
+    FindNearPoints(electron, directions, radius, near);
+    sums.clear();
+    for (const std::size_t i : near) {
+        std::complex<double> value;
+        electron.ValueFromOrigin(value, radius * directions.x[i], radius * directions.y[i],
+                                 radius * directions.z[i]);
+        sums.push_back(std::complex<double>(re[i], im[i]) + value);
+    }
+    if (near.size() < directions.count) AddOutgoingWave(source, directions, radius, re, im);
+    for (std::size_t n = 0; n < near.size(); ++n) {
+        re[near[n]] = sums[n].real();
+        im[near[n]] = sums[n].imag();
     }
 }
 
@@ -59,14 +88,13 @@ void ZfWaveVectorFreeElectron::Sample(const KernelDirections& directions, double
     for (std::size_t e = 0; e < prepared_.size(); ++e) {
         const ZfFreeElectron& electron = list->electrons[e];
         const KernelSource& source = prepared_[e];
-        const Range range = RangeOf(electron, directions, radius);
         if (!electron.IsPlaneWave && electron.A.L == 0 && electron.B.L == 0) continue;
-        const bool phaseInRange = range.farthest <= kLargestKernelPhase;
+        const bool phaseInRange = FarthestX(electron, radius) <= kLargestKernelPhase;
         if (electron.IsPlaneWave && phaseInRange)
             AddPlaneWave(electron.A.At(0, 0), electron.planeWaveVector.Data(), electron.position.Data(),
                          directions, radius, re, im);
-        else if (source.L > 0 && phaseInRange && range.nearest >= SmallestKernelX(source.L))
-            AddOutgoingWave(source, directions, radius, re, im);
+        else if (source.L > 0 && phaseInRange)
+            AddSource(electron, source, directions, radius, re, im);
         else
             AddPointByPoint(electron, directions, radius, re, im);
     }
