@@ -43,7 +43,9 @@ CellGrid::CellGrid(const CrystalCell& cell) : cell_(cell), reciprocal_(cell.Reci
 }
 
 std::size_t CellGrid::BoxOf(const std::array<int, 3>& place) const {
-    return static_cast<std::size_t>((place[0] * boxes_[1] + place[1]) * boxes_[2] + place[2]);
+    const std::size_t row = static_cast<std::size_t>(place[0]) * static_cast<std::size_t>(boxes_[1]) +
+                            static_cast<std::size_t>(place[1]);
+    return row * static_cast<std::size_t>(boxes_[2]) + static_cast<std::size_t>(place[2]);
 }
 
 std::vector<CellGrid::Found> CellGrid::Near(const gemmi::Vec3& fractional, double radius) const {

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <optional>
 #include <set>
+#include <utility>
 
 #include "foundation/ZfError.h"
 #include "prepare/cluster/ClusterDisplacements.h"
@@ -115,7 +116,7 @@ namespace {
 
 /// A request whose numbers are checked, with what follows from them.
 struct Settled {
-    explicit Settled(const ClusterRequest& wanted) : request(wanted) {
+    explicit Settled(ClusterRequest wanted) : request(std::move(wanted)) {
         CheckNumbers(request);
         CheckCell(request.cell);
         hasUiso = SettleDisplacements(request);

@@ -21,7 +21,7 @@ CrystalCell LoadCell(const std::string& path) {
         throw ZfError("Cannot tell the format of " + path +
                       ": a crystal is a .cif, .xyz, .extxyz or .cell file");
     return Naming(path, [&] {
-        const CrystalCell cell = ParseCell(extension, ReadTextFile(path));
+        CrystalCell cell = ParseCell(extension, ReadTextFile(path));
         CheckCell(cell);
         return cell;
     });

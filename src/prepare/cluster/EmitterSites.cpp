@@ -63,18 +63,18 @@ private:
     /// spoils a shift is the first to be looked at for the next.
     std::vector<std::size_t> Images(const gemmi::Vec3& shift) {
         std::vector<std::size_t> images(order_.size());
-        for (std::size_t i = 0; i < order_.size(); ++i) {
-            const CellAtom& from = cell_.atoms[order_[i]];
+        for (std::size_t& atom : order_) {
+            const CellAtom& from = cell_.atoms[atom];
             const std::vector<CellGrid::Found> found =
                 grid_.Near(from.fractional + shift, kSamePlace_angstrom);
             const auto image = std::find_if(found.begin(), found.end(), [&](const CellGrid::Found& to) {
                 return cell_.atoms[to.atom].element == from.element;
             });
             if (image == found.end()) {
-                std::swap(order_[0], order_[i]);
+                std::swap(order_[0], atom);
                 return {};
             }
-            images[order_[i]] = image->atom;
+            images[atom] = image->atom;
         }
         return images;
     }

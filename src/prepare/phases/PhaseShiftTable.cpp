@@ -66,6 +66,7 @@ PhaseShiftTable TableOfLines(const Rows& lines, std::size_t blocks, std::size_t 
     for (std::size_t i = 0; i + period <= lines.size(); i += period) {
         table.energies_eV.push_back(lines[i][0] * unit_eV);
         std::vector<double> degrees;
+        degrees.reserve(phases.size());
         for (std::size_t j = 0; j < perBlock; ++j)
             for (const double radians : lines[i + 1 + block * perBlock + j])
                 degrees.push_back(radians * kDegreesPerRadian);

@@ -142,10 +142,10 @@ void Check(const PhaseShiftRequest& request) {
         if (!(MuffinTinRadius(request, species) < species.NearestDistance() * kBohr_angstrom))
             throw ZfError("The radius of \"" + species.name +
                           "\" reaches the nearest neighbour: take a smaller radius");
-    for (const auto& [name, radius] : request.radius_angstrom)
+    for (const auto& given : request.radius_angstrom)
         if (std::none_of(request.species.begin(), request.species.end(),
-                         [&](const AtomSurroundings& species) { return species.name == name; }))
-            throw ZfError("There are no atoms of the name \"" + name + "\" whose radius is given");
+                         [&](const AtomSurroundings& species) { return species.name == given.first; }))
+            throw ZfError("There are no atoms of the name \"" + given.first + "\" whose radius is given");
 }
 
 }  // namespace
