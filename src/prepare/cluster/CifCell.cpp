@@ -2,10 +2,10 @@
 #define USE_STD_SNPRINTF
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <exception>
 #include <gemmi/cif.hpp>
 #include <gemmi/smcif.hpp>
-#include <regex>
 
 #include "foundation/ZfError.h"
 #include "prepare/cluster/CrystalSources.h"
@@ -108,8 +108,12 @@ CrystalCell Expand(gemmi::cif::Block& block) {
 
 /// "string:150:11(3041): expected value" names a source that nobody knows.
 std::string PlaceInWords(const std::string& message) {
-    static const std::regex place("^string:([0-9]+):([0-9]+)(\\([0-9]+\\))?: *");
-    return std::regex_replace(message, place, "line $1, column $2: ");
+    int line = 0;
+    int column = 0;
+    const std::size_t place = message.find(": ");
+    if (place == std::string::npos || std::sscanf(message.c_str(), "string:%d:%d", &line, &column) != 2)
+        return message;
+    return "line " + std::to_string(line) + ", column " + std::to_string(column) + message.substr(place);
 }
 
 }  // namespace
