@@ -219,7 +219,7 @@ std::string Planner::AddFile(const RecipeCase& one, const FileKind& kind, const 
 ClusterFacts Planner::AddCluster(const RecipeCase& one, ScatteringRequest& files) {
     RecipeTable section = RecipeTable(&one.settings, "recipe").Section("cluster");
     if (const auto ready = ReadReadyFile(section, place_)) {
-        const ZfCluster cluster = LoadReady<ZfCluster>(section, *ready, ZfLoadCluster);
+        const auto cluster = LoadReady<ZfCluster>(section, *ready, ZfLoadCluster);
         const std::string extension = fs::path(*ready).extension().string();
         files.clusterFile = AddFile(one, {"cluster", "cluster", extension, kCluster}, Copy(*ready));
         return section.Made("file", [&] { return FactsOf(cluster); });

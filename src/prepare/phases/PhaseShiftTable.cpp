@@ -66,7 +66,6 @@ PhaseShiftTable TableOfLines(const Rows& lines, std::size_t blocks, std::size_t 
     for (std::size_t i = 0; i + period <= lines.size(); i += period) {
         table.energies_eV.push_back(lines[i][0] * unit_eV);
         std::vector<double> degrees;
-        degrees.reserve(phases.size());
         for (std::size_t j = 0; j < perBlock; ++j)
             for (const double radians : lines[i + 1 + block * perBlock + j])
                 degrees.push_back(radians * kDegreesPerRadian);
@@ -129,6 +128,7 @@ PhaseShiftTable CsvTable(const std::string& text, const PhaseTableChoice& choice
         table.energies_eV.push_back(StrictNumber(row[*energy], "energy"));
         if (radius) table.radius_angstrom = StrictNumber(row[*radius], "radius");
         std::vector<double> degrees;
+        degrees.reserve(phases.size());
         for (const std::size_t column : phases) degrees.push_back(StrictNumber(row[column], "phase shift"));
         table.degrees.push_back(degrees);
     }
