@@ -32,10 +32,14 @@ void CheckAxes(const CrystalCell& cell) {
         const double spacing = 1.0 / reciprocal.row_copy(i).length();
         const double length = cell.axes.column_copy(i).length();
         if (spacing > kNearest_angstrom && length < kLargest_angstrom) continue;
-        throw ZfError(fmt::format(
-            "The cell has no sensible volume: its axis {} is {:.4g} angstrom long and its lattice "
-            "planes along it stand {:.4g} angstrom apart; check lengths (angstrom) and angles",
-            "abc"[i], length, spacing));
+        const std::string planes =
+            std::isfinite(spacing)
+                ? fmt::format(" and its lattice planes along it stand {:.4g} angstrom apart", spacing)
+                : "";
+        throw ZfError(
+            fmt::format("The cell has no sensible volume: its axis {} is {:.4g} angstrom long{}; check "
+                        "lengths (angstrom) and angles",
+                        "abc"[i], length, planes));
     }
 }
 
