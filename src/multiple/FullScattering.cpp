@@ -193,6 +193,7 @@ public:
     /// False when it was interrupted.
     bool Solve(std::vector<System>& systems) {
         std::vector<System*> open;
+        open.reserve(systems.size());
         for (System& system : systems) open.push_back(&system);
         while (!open.empty()) {
             if (applications_ >= request_.largestApplications) ThrowLimit(open);
@@ -208,6 +209,7 @@ private:
     /// From the residuals on: (1 - L)^-1 (1 - tG) (1 - U)^-1 v = (1 - L)^-1 rest, and A += (1 - U)^-1 v.
     bool Cycle(const std::vector<System*>& open) {
         std::vector<ClusterWave> rest;
+        rest.reserve(open.size());
         for (const System* s : open) rest.push_back(s->rest);
         scattering_.SweepOutward(rest);
         std::vector<Gmres> gmres;
@@ -219,6 +221,7 @@ private:
         if (!Iterate(open, gmres)) return false;
 
         std::vector<ClusterWave> change;
+        change.reserve(gmres.size());
         for (const Gmres& g : gmres) change.push_back(g.Solution());
         scattering_.SweepInward(change);
         for (std::size_t i = 0; i < open.size(); ++i)
@@ -291,12 +294,14 @@ private:
 
 std::vector<Complex> ScatteringFactors(const std::vector<Complex>& phaseShifts) {
     std::vector<Complex> t;
+    t.reserve(phaseShifts.size());
     for (const Complex delta : phaseShifts) t.push_back((std::exp(Complex(0.0, 2.0) * delta) - 1.0) / 2.0);
     return t;
 }
 
 std::vector<Complex> ScatteringFactors(const ZfPhaseShiftRecord& record) {
     std::vector<Complex> t;
+    t.reserve(static_cast<std::size_t>(record.scatteringFactors.VectorSize()));
     for (std::int32_t l = 0; l < record.scatteringFactors.VectorSize(); ++l)
         t.push_back(record.scatteringFactors.VectorValueAt(l) / 2.0);
     return t;
@@ -311,7 +316,7 @@ FullScatteringEstimate EstimateFullScattering(const FullScatteringRequest& reque
 
     // Fitted to fcc metals, Si and GaAs of 80 to 1000 atoms at 50 to 1400 eV. With damping, what counts are
     // the atoms within some mean free paths.
-    double atoms = static_cast<double>(request.positions.size());
+    auto atoms = static_cast<double>(request.positions.size());
     if (request.meanFreePath > 0.0) atoms = std::min(atoms, 13.0 * request.meanFreePath / kAngstrom_m);
     const double digits = -std::log10(request.tolerance);
     const double expected =

@@ -323,6 +323,7 @@ double ScatteringOperator::SecondsOfProduct(std::size_t waves) const {
         const PairSetting setting = {&weights_, scatterers_.damping, lSizes_[i % lSizes_.size()],
                                      lSizes_[i / lSizes_.size()]};
         std::vector<PairWave> ends;
+        ends.reserve(targets.size());
         for (auto& target : targets) ends.push_back({sources.data(), target.data()});
         // The best of some tries: the first one finds cold caches.
         double best = 1e9;
