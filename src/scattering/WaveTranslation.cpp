@@ -9,53 +9,10 @@
 #define HWY_TARGET_INCLUDE "scattering/WaveTranslation.cpp"
 #include <hwy/foreach_target.h>
 // Behind foreach_target.h, which includes this file once for every instruction set.
-#include "scattering/PackVectors-inl.h"
+#include "scattering/TranslationKernel-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace zf::HWY_NAMESPACE {
-
-/// Multiplies with d(pi/2): calls use(mu, E, O) for mu = 0 .. l, with E and O the sums of D_mum over the even
-/// and the odd m >= 0 below `count`. The element at mu is E + O, that at -mu (-1)^l (E - O); the transposed
-/// matrix has
-/// (-1)^mu (E - O) and (-1)^(l+mu) (E + O).
-template <class Use>
-HWY_INLINE void Turn(const Part& part, std::size_t l, std::size_t count, const MirrorSums* HWY_RESTRICT u,
-                     const Use& use) {
-    const Tag d;
-    const double* HWY_RESTRICT table = QuarterTurn(static_cast<std::int32_t>(l));
-    const std::size_t oddBegin = (l + 2) / 2 * kTurnTile;
-    for (std::size_t sign = 0; sign < 2; ++sign) {
-        for (std::size_t first = (l + sign) % 2; first <= l; first += 2 * kTurnTile) {
-            VC sum[2][kTurnTile];
-            for (std::size_t odd = 0; odd < 2; ++odd) {
-                for (VC& s : sum[odd]) s = part.Zero();
-                const double* HWY_RESTRICT element = table + odd * oddBegin;
-                for (std::size_t m = odd; m < count; m += 2, element += kTurnTile) {
-                    const VC value = part.Load(sign == 0 ? u[m].plus : u[m].minus);
-                    for (std::size_t r = 0; r < kTurnTile; ++r)
-                        sum[odd][r] = MulAdd(value, hn::Set(d, element[r]), sum[odd][r]);
-                }
-            }
-            table += (l + 1) * kTurnTile;
-            for (std::size_t r = 0; r < kTurnTile && first + 2 * r <= l; ++r)
-                use(first + 2 * r, sum[0][r], sum[1][r]);
-        }
-    }
-}
-
-/// From the elements at mu and -mu, times e^(i mu beta) and e^(-i mu beta), to their sums, or with the
-/// conjugate phases. `phase` is 2 e^(i mu beta), and 1 at mu = 0.
-template <bool kConjugate>
-HWY_INLINE void StorePhased(const Part& part, std::size_t l, VC e, VC o, VC phase, MirrorSums& out) {
-    const V sine = kConjugate ? hn::Neg(phase.im) : phase.im;
-    // plus = E cos + i O sin and minus = O cos + i E sin for even l
-    const VC a = {hn::NegMulAdd(o.im, sine, hn::Mul(e.re, phase.re)),
-                  hn::MulAdd(o.re, sine, hn::Mul(e.im, phase.re))};
-    const VC b = {hn::NegMulAdd(e.im, sine, hn::Mul(o.re, phase.re)),
-                  hn::MulAdd(e.re, sine, hn::Mul(o.im, phase.re))};
-    part.Store(l % 2 == 0 ? a : b, out.plus);
-    part.Store(l % 2 == 0 ? b : a, out.minus);
-}
 
 void FillPhases(const Part& part, const TranslationGeometry& geometry, std::size_t count,
                 TranslationScratch& w) {

@@ -1,0 +1,186 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include "Clusters.h"
+#include "ErrorText.h"
+#include "multiple/FullScattering.h"
+#include "multiple/PhaseShiftGuard.h"
+
+namespace {
+
+/// Says so from the given question on.
+class StopAt : public ZfNotifyTerminate {
+public:
+    explicit StopAt(int question) : left_(question) {}
+    bool IsTerminated() override { return --left_ <= 0; }
+
+private:
+    int left_;
+};
+
+std::string FailureOf(const FullScatteringRequest& request) {
+    return ErrorText([&] { Solved(request); });
+}
+
+}  // namespace
+
+// Phase shifts with rounding where the true ones have died out: cut there, and then as if they had been given
+// so.
+TEST(FullScatteringGuards, CutsPhaseShiftsThatSpoilTheSolution) {
+    FullScatteringRequest honest = FccCluster(20, 9);
+    FullScatteringRequest spoilt = honest;
+    for (int i = 0; i < 10; ++i) spoilt.listOfSpecies[0].t.emplace_back(0.0, 2e-5);
+    const FullScattering truth = Solved(honest);
+    const FullScattering solution = Solved(spoilt);
+    EXPECT_TRUE(truth.cuts.empty());
+    ASSERT_EQ(solution.cuts.size(), 1);
+    EXPECT_EQ(solution.cuts[0].name, "M");
+    EXPECT_EQ(solution.cuts[0].given, 19);
+    // Some of the small ones do no harm yet.
+    EXPECT_GE(solution.cuts[0].used, 9);
+    EXPECT_LE(solution.cuts[0].used, 13);
+    double difference = 0.0;
+    for (std::size_t i = 0; i < truth.waves[0].size(); ++i)
+        for (std::size_t j = 0; j < truth.waves[0][i].block.size(); ++j)
+            difference =
+                std::max(difference, std::abs(truth.waves[0][i].block[j] - solution.waves[0][i].block[j]));
+    EXPECT_LT(difference, 1e-3);
+}
+
+// S_Ll(x) for l = 0 has the closed form sqrt(2L+1) |h_L(x)|, and it is largest at m = 0, the only m.
+TEST(FullScatteringGuards, MeasuresTheGrowthOfTheTranslation) {
+    constexpr std::size_t lSize = 12;
+    const auto largest = LargestCoaxial(7.0, lSize);
+    for (unsigned L = 0; L < lSize; ++L) {
+        const double h = std::hypot(std::sph_bessel(L, 7.0), std::sph_neumann(L, 7.0));
+        EXPECT_NEAR(largest[L] / (std::sqrt(2.0 * L + 1.0) * h), 1.0, 1e-12);
+        EXPECT_EQ(largest[L], largest[L * lSize]);
+    }
+    EXPECT_TRUE(std::isinf(LargestCoaxial(0.5, 90).back()));
+}
+
+TEST(FullScatteringGuards, RefusesWhatHasNoSolution) {
+    const FullScatteringRequest good = MixedCluster(0.0);
+    const auto with = [&](auto&& change) {
+        FullScatteringRequest request = good;
+        request.waves = {{0, SWaveTable()}};
+        change(request);
+        return FailureOf(request);
+    };
+    EXPECT_EQ(with([](auto& r) {
+                  r.positions.clear();
+                  r.species.clear();
+              }),
+              "Full scattering: there are no atoms");
+    EXPECT_EQ(with([](auto& r) { r.species.pop_back(); }), "Full scattering: not every atom has a species");
+    EXPECT_EQ(with([](auto& r) { r.species[2] = 3; }),
+              "Full scattering: an atom of a species that is not listed");
+    EXPECT_EQ(with([](auto& r) { r.k = std::nan(""); }),
+              "Full scattering: the wave number is not a positive number");
+    EXPECT_EQ(with([](auto& r) { r.meanFreePath = -1.0; }),
+              "Full scattering: the mean free path is negative");
+    EXPECT_EQ(with([](auto& r) { r.tolerance = 0.0; }),
+              "Full scattering: the tolerance is not between 1e-14 and 1");
+    EXPECT_EQ(with([](auto& r) { r.waves[0].emitter = 7; }),
+              "Full scattering: a wave from an atom that is not there");
+    EXPECT_EQ(with([](auto& r) { r.waves[0].table.block[0] = std::numeric_limits<double>::infinity(); }),
+              "Full scattering: the emitted wave is not finite");
+    EXPECT_EQ(with([](auto& r) { r.listOfSpecies[1].t[0] = std::nan(""); }),
+              "Full scattering: the phase shifts of B are not finite");
+    EXPECT_EQ(with([](auto& r) {
+                  r.positions[4] = {0.0, 0.0, 0.4 * kAngstrom};
+              }),
+              "Full scattering: atoms 1 and 5 are 0.4 angstrom apart");
+    // A wide atom far too close to its like: no cut makes sense of it.
+    EXPECT_EQ(with([](auto& r) {
+                  r.positions[3] = {1.9 * kAngstrom, 0.3 * kAngstrom, 1.9 * kAngstrom};
+                  r.listOfSpecies[0].t.assign(5, {0.0, 0.5});
+              }),
+              "Full scattering: the phase shifts of A at l = 4 and A at l = 4 cannot be right for atoms 0.7 "
+              "angstrom apart");
+    EXPECT_EQ(with([](auto& r) {
+                  r.tolerance = 1e-12;
+                  r.largestApplications = 3;
+              }).substr(0, 39),
+              "Full scattering: the residual is still ");
+}
+
+TEST(FullScatteringGuards, OneAtomAndAtomsWithoutPhaseShiftsScatterNothing) {
+    FullScatteringRequest one = MixedCluster(0.0);
+    one.positions.resize(1);
+    one.species.resize(1);
+    one.waves = {{0, SWaveTable()}};
+    FullScatteringRequest empty = MixedCluster(0.0);
+    for (ScatteringSpecies& species : empty.listOfSpecies) species.t.assign(3, 0.0);
+    empty.listOfSpecies[1].t.clear();
+    empty.waves = {{0, SWaveTable()}};
+    for (const FullScatteringRequest& request : {one, empty}) {
+        const FullScattering solution = Solved(request);
+        EXPECT_EQ(solution.applications, 0);
+        EXPECT_EQ(solution.residual[0], 0.0);
+        ASSERT_EQ(solution.waves[0].size(), request.positions.size());
+        for (const ZfLmComplexTable& table : solution.waves[0])
+            for (const Complex a : table.block) EXPECT_EQ(a, 0.0);
+        EXPECT_GE(EstimateFullScattering(request).seconds, 0.0);
+    }
+}
+
+// One transparent species among others, and one wave of nothing among others: as if they were not there.
+TEST(FullScatteringGuards, WhatIsNothingChangesNothing) {
+    FullScatteringRequest request = MixedCluster(0.0);
+    request.listOfSpecies[2].t.clear();
+    request.waves = {{0, ZfLmComplexTable(2)}, {0, SWaveTable()}};
+    const FullScattering solution = Solved(request);
+    FullScatteringRequest without = request;
+    without.waves = {{0, SWaveTable()}};
+    for (std::size_t i = request.species.size(); i-- > 0;) {
+        if (request.species[i] != 2) continue;
+        without.positions.erase(without.positions.begin() + static_cast<std::ptrdiff_t>(i));
+        without.species.erase(without.species.begin() + static_cast<std::ptrdiff_t>(i));
+    }
+    const FullScattering truth = Solved(without);
+    std::size_t j = 0;
+    for (std::size_t i = 0; i < request.species.size(); ++i) {
+        if (request.species[i] == 2) {
+            EXPECT_EQ(solution.waves[1][i].L, 0);
+            continue;
+        }
+        for (std::size_t e = 0; e < truth.waves[0][j].block.size(); ++e)
+            EXPECT_LT(std::abs(truth.waves[0][j].block[e] - solution.waves[1][i].block[e]), 1e-12);
+        ++j;
+    }
+    for (const ZfLmComplexTable& table : solution.waves[0])
+        for (const Complex a : table.block) EXPECT_EQ(a, 0.0);
+}
+
+TEST(FullScatteringGuards, TellsItsProgressAndStopsWhenAsked) {
+    FullScatteringRequest request = FccCluster(30, 7);
+    std::vector<FullScatteringProgress> steps;
+    ZfNotifyTerminateThreadCalculation never;
+    const FullScattering solution = SolveFullScattering(
+        request, never, [&](const FullScatteringProgress& step) { steps.push_back(step); });
+    ASSERT_EQ(steps.size(), static_cast<std::size_t>(solution.applications));
+    for (std::size_t i = 1; i < steps.size(); ++i) EXPECT_LE(steps[i].residual, steps[i - 1].residual);
+    EXPECT_LE(steps.back().residual, request.tolerance);
+    EXPECT_LE(solution.residual[0], 2.0 * request.tolerance);
+    for (const int question : {1, 5, 40}) {
+        StopAt stop(question);
+        const FullScattering stopped = SolveFullScattering(request, stop);
+        EXPECT_TRUE(stopped.interrupted) << question;
+        EXPECT_TRUE(stopped.waves.empty());
+    }
+}
+
+TEST(FullScatteringGuards, EstimatesGrowWithTheWork) {
+    FullScatteringRequest small = FccCluster(20, 8);
+    FullScatteringRequest large = FccCluster(200, 8);
+    const FullScatteringEstimate a = EstimateFullScattering(small);
+    const FullScatteringEstimate b = EstimateFullScattering(large);
+    EXPECT_GT(b.seconds, a.seconds);
+    EXPECT_GT(b.bytes, 5.0 * a.bytes);
+    large.meanFreePath = 5.0 * kAngstrom;
+    EXPECT_LT(EstimateFullScattering(large).applications, b.applications);
+}
