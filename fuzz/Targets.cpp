@@ -156,6 +156,7 @@ void ReadBinaryText(std::string_view input) {
     const ZfBinaryDataToText codec;
     RefusingAny([&] {
         const auto bytes = codec.Decode(input.substr(1), alphabetB, standard);
+        if (bytes.empty()) return;  // the text of no bytes is a group of three
         std::string text;
         codec.Encode(bytes.data(), static_cast<std::int64_t>(bytes.size()), text, alphabetB, standard);
         if (codec.Decode(text, alphabetB, standard) != bytes) std::abort();
