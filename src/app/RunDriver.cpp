@@ -77,7 +77,7 @@ void RunImageStage(const ZfCmdParameters& parameters) {
                   .imageFile = parameters.imageFile,
                   .i0Wanted = parameters.i0Requested,
                   .i0File = parameters.i0ImageFile,
-                  .map = parameters.mappingMethod,
+                  .mappingCode = parameters.mappingMethod,
                   .meanFreePath = parameters.meanFreePath,
                   .byEmitterDistance = parameters.mfpByEmitterDistance,
                   .byDepth = parameters.mfpByDepth});

@@ -3,8 +3,6 @@
 #include <cstdint>
 #include <string>
 
-#include "pattern/SphereMap.h"
-
 // The two stages of a run, on the data of the one document.
 
 /// Computes the scattered wave of every atom by the method and saves it; an empty name saves nothing. Throws
@@ -19,7 +17,7 @@ struct ZfPatternRequest {
     std::string imageFile;
     bool i0Wanted = false;
     std::string i0File;
-    SphereMap map = SphereMap::kAzimuthalEquidistant;
+    std::int32_t mappingCode = 0;  ///< 0 azimuthal equidistant, 1 equidistant cylindrical
     double meanFreePath = 0.0;
     bool byEmitterDistance = false;
     bool byDepth = false;

@@ -6,17 +6,21 @@
 #include "foundation/Console.h"
 #include "foundation/Text.h"
 #include "foundation/ZfError.h"
+#include "pattern/SphereMap.h"
 #include "scattering/ZfScatteringData.h"
 
 namespace {
+
+// A method or map that is added to those words must not become a word of this command line.
+static_assert(kWords<ZfScatteringMethod>.size() == 3 && kWords<SphereMap>.size() == 2);
 
 std::int32_t ScatteringMethod(std::string_view name) {
     if (const auto method = ValueOfWord<ZfScatteringMethod>(name)) return *method;
     throw ZfError("Multiple scattering calculation method is not correct.");
 }
 
-SphereMap MappingMethod(std::string_view name) {
-    if (const auto map = ValueOfWord<SphereMap>(name)) return *map;
+std::int32_t MappingMethod(std::string_view name) {
+    if (const auto map = ValueOfWord<SphereMap>(name)) return static_cast<std::int32_t>(*map);
     throw ZfError("Mapping method is not correct.");
 }
 

@@ -3,8 +3,6 @@
 #include <cstdint>
 #include <string>
 
-#include "pattern/SphereMap.h"
-
 /// What the command line asks for.
 struct ZfCmdParameters {
     std::string clusterFile = "cluster.xml_cl";
@@ -26,7 +24,7 @@ struct ZfCmdParameters {
     double meanFreePath = 0.0;  ///< m
     bool mfpByEmitterDistance = false;
     bool mfpByDepth = false;
-    SphereMap mappingMethod = SphereMap::kAzimuthalEquidistant;
+    std::int32_t mappingMethod = 0;     ///< 0 azimuthal equidistant, 1 equidistant cylindrical
     std::int32_t scatteringMethod = 2;  ///< 0 single, 1 slow multiple, 2 multiple
 };
 

@@ -3,6 +3,7 @@
 #include "foundation/Console.h"
 #include "image/PlaneImage.h"
 #include "image/ZfDocData.h"
+#include "pattern/SphereMap.h"
 
 namespace {
 
@@ -20,8 +21,9 @@ ZfDocPattern& PatternOf(ZfCalcDocument& document, SphereMap map, double resoluti
 void ZfRunPattern(const ZfPatternRequest& request) {
     ZfCalcDocument& document = ZfCalcDocument::Instance();
     ZfScatteringData& data = *document.scatteringData;
-    const std::string name = ProjectionOf(request.map).Name();
-    ZfDocPattern& pattern = PatternOf(document, request.map, request.angularResolution);
+    const auto map = static_cast<SphereMap>(request.mappingCode);
+    const std::string name = ProjectionOf(map).Name();  // refuses a code of no map
+    ZfDocPattern& pattern = PatternOf(document, map, request.angularResolution);
     ConsolePrint("Scattering data =%zu\n", data.ListScatteringData.size());
     pattern.ActivateAll(data.ListScatteringData.size());
     pattern.clusterLimit = request.clusterLimit;

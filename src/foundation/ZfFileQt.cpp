@@ -13,6 +13,9 @@ ZfFileQt::ZfFileQt(const std::string& name, const std::string& mode) {
     stream_.setCodec("UTF-8");
 }
 
+ZfFileQt::ZfFileQt(const QString& name, const std::string& mode)
+    : ZfFileQt(QFile::encodeName(name).toStdString(), mode) {}
+
 void ZfFileQt::ReadLine(std::string& line) {
     line = stream_.readLine().toStdString();
 }

@@ -342,8 +342,9 @@ FullScattering SolveFullScattering(const FullScatteringRequest& request, ZfNotif
     std::vector<System> systems;
     for (std::size_t w = 0; w < request.waves.size(); ++w) {
         const EmissionFromAtom& wave = request.waves[w];
-        ClusterWave b =
-            scattering.Emit(wave.emitter, wave.table.block, static_cast<std::size_t>(wave.table.L));
+        ZfLmComplexTable sent = wave.table;
+        sent.Fill();
+        ClusterWave b = scattering.Emit(wave.emitter, sent.block, static_cast<std::size_t>(sent.L));
         const double size = Norm(b);
         if (!std::isfinite(size))
             throw ZfError("Full scattering: the emitted wave has too large an l for the atoms around");

@@ -39,10 +39,11 @@ bool ZfDocPattern::IsActive(std::int64_t record) const {
 
 void ZfDocPattern::RenewMapping(const MappingParameters& parameters,
                                 const std::function<ZfSphericalMapping()>& create) {
-    if (mappingIsNew_ && parameters == mappingParameters_) return;
-    mapping = create();
-    mappingParameters_ = parameters;
-    mappingIsNew_ = true;
+    if (builtMapping_.planes.empty() || parameters != mappingParameters_) {
+        builtMapping_ = create();
+        mappingParameters_ = parameters;
+    }
+    mapping = builtMapping_;
 }
 
 void ZfDocPattern::PrepareCalculation(ZfScatteringData& data, const ZfFluctuation& fluctuation,
@@ -184,7 +185,6 @@ void ZfDocPattern::Calculate(ZfNotifyTerminate& notifier, ZfScatteringData& data
     PrepareCalculation(data, fluctuation, debye);
     if (mapping.planes.size() < kWrittenPlanes) throw ZfError("Error: A pattern needs four planes");
     const ZfFarFieldDirections directions = Directions();
-    mappingIsNew_ = false;
     recordsDone = 0;
     std::int64_t added = 0;  // records before this one are in the planes
     for (std::int64_t s = 0; s < activeRecordCount; ++s) {

@@ -68,8 +68,8 @@ protected:
     void SetUpRecord(const ZfScatteringData& data, std::int64_t record);
 
     using MappingParameters = std::array<double, 2>;
-    /// Leaves a map as it is that was built with the same parameters and has had nothing added: a run asks
-    /// for one before it announces itself, and once more in each preparation.
+    /// A new map; built once for the same parameters, for a run asks for one before it announces itself, and
+    /// once more in each preparation.
     void RenewMapping(const MappingParameters& parameters, const std::function<ZfSphericalMapping()>& create);
 
 private:
@@ -83,7 +83,7 @@ private:
                              const ZfVectorFreeElectron& wave);
     void AddPixel(std::size_t pixel, std::complex<double> direct, std::complex<double> scattered);
 
-    bool mappingIsNew_ = false;
+    ZfSphericalMapping builtMapping_;
     MappingParameters mappingParameters_{};
 };
 

@@ -27,10 +27,9 @@ constexpr std::int32_t kUsualOrder = 128;
 /// Root of the summed squares over m of each l.
 std::vector<double> DegreeNorms(const ZfLmComplexTable& table) {
     std::vector<double> norms;
-    std::size_t i = 0;
     for (std::int32_t l = 0; l < table.L; ++l) {
         double sum = 0.0;
-        for (std::int32_t m = -l; m <= l; ++m) sum += std::norm(table.block[i++]);
+        for (std::int32_t m = -l; m <= l; ++m) sum += std::norm(table.At(l, m));
         norms.push_back(std::sqrt(sum));
     }
     return norms;

@@ -93,6 +93,10 @@ void FinishPass(ZfScatteringRecord& record) {
 void ZfScatteringData::Calculate(ZfNotifyTerminate& notifier, ZfCluster& cluster,
                                  const std::vector<ZfEmittedWave>& waves,
                                  const ZfPhaseShiftDocument& phaseShifts) {
+    struct Release {
+        ~Release() { structure.reset(); }
+        std::shared_ptr<StructureScattering>& structure;
+    } const release{structure_};
     EWCount = static_cast<std::int32_t>(waves.size());
     StCount = static_cast<std::int32_t>(cluster.structures.size());
     AtCount = 0;
@@ -122,7 +126,6 @@ void ZfScatteringData::Calculate(ZfNotifyTerminate& notifier, ZfCluster& cluster
             }
         }
     }
-    structure_.reset();
     if (fileName.empty()) return;
     ZfBarnFile file(fileName, "w");
     Exchange(file);
@@ -149,7 +152,7 @@ void ZfScatteringData::PlanStructure(ZfCluster& cluster, const std::vector<ZfEmi
     settings_.tolerance = EPS;
     settings_.nearTie = nearTie;
     structure_ =
-        std::make_unique<StructureScattering>(std::move(records), std::move(seen), phaseShifts,
+        std::make_shared<StructureScattering>(std::move(records), std::move(seen), phaseShifts,
                                               Version == kSlowMulti ? StructureScattering::Order::Successive
                                                                     : StructureScattering::Order::Independent,
                                               settings_);

@@ -93,7 +93,8 @@ private:
     void TellEmitters(std::size_t count);
 
     ExpansionSettings settings_;
-    std::unique_ptr<StructureScattering> structure_;  ///< all waves of the structure at hand, during a run
+    /// All waves of the structure at hand, while Calculate runs: it holds references to what that was given.
+    std::shared_ptr<StructureScattering> structure_;
 };
 
 /// Reads a scattered-wave file; one without the root leaves the data as it is.

@@ -7,6 +7,7 @@
 
 #include "scattering/LevelRefinement.h"
 #include "scattering/SourceKernel.h"
+#include "scattering/SphericalHarmonics.h"
 
 namespace {
 
@@ -115,6 +116,7 @@ void ZfSphereExpansion::AddRows(const ZfExpansionLevel& lattice, const RowSums& 
 }
 
 void ZfSphereExpansion::LevelIntegral(ZfLmComplexTable& result) {
+    RequireTables();
     if (level == 0) SampleLevels(0, std::clamp(maxLevel - 1, kFewestLevels, kLevelsAtOnce));
     if (level > kLevelsAtOnce) SampleLevels(level, level);
     const auto index = static_cast<std::size_t>(level);
@@ -130,7 +132,11 @@ void ZfSphereExpansion::Begin(const ZfWaveFunction& source) {
     wave = &source;
     sum.SetSize(lSize);  // refuses a size that no table can have, before anything is built for it
     sum.Zero();
-    if (!tables_ || tables_->lSize != lSize) Use(std::make_shared<const ExpansionTables>(lSize));
+    if (grid.lSize != lSize) {
+        grid.lSize = lSize;
+        grid.rebuild = true;
+    }
+    grid.BuildGrid();
     level = 0;
     points = 0;
     lastError = -1.0;
@@ -141,6 +147,11 @@ void ZfSphereExpansion::Use(std::shared_ptr<const ExpansionTables> tables) {
     tables_ = std::move(tables);
     lSize = tables_->lSize;
     grid = tables_->grid;
+}
+
+void ZfSphereExpansion::RequireTables() {
+    if (!tables_ || tables_->lSize != lSize) tables_ = std::make_shared<const ExpansionTables>(lSize);
+    if (legendreNorm.L < lSize) LegendreNormTable(legendreNorm, lSize);
 }
 
 void ZfSphereExpansion::End() {

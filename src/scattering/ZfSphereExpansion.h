@@ -31,6 +31,7 @@ public:
     /// j_l.
     void LevelIntegral(ZfLmComplexTable& result);
 
+    ZfLmDoubleTable legendreNorm;  ///< of the harmonics of `lSize`, built on first use
     std::int32_t level = 0;
     std::int32_t points = 0;  ///< added up so far
     ZfLmComplexTable sum;     ///< over all of them
@@ -54,6 +55,7 @@ private:
         std::size_t endRow;
     };
 
+    void RequireTables();
     void SampleLevels(std::int32_t first, std::int32_t last);
     void SampleRows(const Task& task, std::vector<double>& scratch);
     void AddRows(const ZfExpansionLevel& lattice, const RowSums& sums);

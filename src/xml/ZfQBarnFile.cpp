@@ -18,6 +18,9 @@ ZfQBarnFile::ZfQBarnFile(std::string path, const QString& mode) : ZfQBarnXml(mod
     status = kReady;
 }
 
+ZfQBarnFile::ZfQBarnFile(const QString& path, const QString& mode)
+    : ZfQBarnFile(QFile::encodeName(path).toStdString(), mode) {}
+
 ZfQBarnFile::~ZfQBarnFile() {
     if (!IsWriting() || written_) return;
     try {

@@ -14,7 +14,10 @@ public:
 /// Mode "w" touches no file until it is saved.
 class ZfQBarnFile final : public ZfQBarnXml {
 public:
+    /// The path is taken by its bytes, a QString in the encoding of file names. Throws ZfError.
     ZfQBarnFile(std::string path, const QString& mode);
+    ZfQBarnFile(const QString& path, const QString& mode);
+    ZfQBarnFile(const char* path, const QString& mode) : ZfQBarnFile(std::string(path), mode) {}
     ZfQBarnFile(const ZfQBarnFile&) = delete;
     ZfQBarnFile& operator=(const ZfQBarnFile&) = delete;
     /// Saves unless that was done; a failure is not reported.

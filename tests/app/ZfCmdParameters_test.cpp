@@ -33,7 +33,7 @@ TEST(ZfCmdParameters, ValuesOfOptions) {
     EXPECT_EQ(p.fluctuationFile, "300.flu");
     EXPECT_EQ(p.temperature, 300.0);
     EXPECT_TRUE(p.i0Requested && !p.imageRequested);
-    EXPECT_EQ(p.mappingMethod, SphereMap::kEquidistantCylindrical);
+    EXPECT_EQ(p.mappingMethod, 1);
     EXPECT_DOUBLE_EQ(p.clusterLimit, 7.5e-10);
     EXPECT_DOUBLE_EQ(p.meanFreePath, 5e-10);
     EXPECT_TRUE(p.mfpByEmitterDistance && p.mfpByDepth);  // an earlier flag stays
