@@ -12,7 +12,7 @@ TEST(ZfFileQt, ReadsAndWritesLines) {
     ZfFileQt(path, "r").ReadLines(lines);
     EXPECT_EQ(lines, (std::vector<std::string>{"one", "two"}));  // the last line is never stored
     std::string text;
-    ZfFileQt(path, "r").ReadAll(text);
+    ZfFileQt(QString::fromStdString(path), "r").ReadAll(text);
     EXPECT_EQ(text, "one\r\ntwo\n\xC3\xA9");
     EXPECT_EQ(ErrorText([&] { ZfFileQt(path, "rw"); }), "ZfFileQt::Undefined mode");
     EXPECT_EQ(folder.Read("f.txt"), text);

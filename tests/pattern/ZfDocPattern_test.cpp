@@ -103,6 +103,21 @@ TEST(ZfDocPattern, PlanesAreTheInterferenceOfTheAmplitudes) {
     for (std::size_t plane = 0; plane < 6; ++plane) ExpectSame(planes.at(plane), truth[plane]);
 }
 
+TEST(ZfDocPattern, EveryMapIsNew) {
+    ZfDocPattern_AzimuthalEquidistant pattern;
+    pattern.resolution = 30.0;
+    pattern.BuildMapping();
+    const double weight = pattern.mapping.pixelWeight.At(3, 3);
+    pattern.mapping.planes[1].At(2, 1) = 5.0;
+    pattern.mapping.pixelWeight.At(3, 3) = 0.0;
+    pattern.BuildMapping();
+    EXPECT_EQ(pattern.mapping.planes[1].At(2, 1), 0.0);
+    EXPECT_EQ(pattern.mapping.pixelWeight.At(3, 3), weight);
+    pattern.resolution = 45.0;
+    pattern.BuildMapping();
+    EXPECT_EQ(pattern.mapping.pixelWeight.ColSize, 5);
+}
+
 TEST(ZfDocPattern, LimitsLeaveOutWhatStandsOnThem) {
     const Plane whole = Limited(0, 0, 0);
     EXPECT_EQ(Limited(9e-10, 1e-10, 9e-10), whole);

@@ -113,4 +113,19 @@ TEST(ScatteringCalculators, StopWhenTheNotifierSaysSo) {
     EXPECT_EQ(next[1].A.L, 3);
     EXPECT_EQ(next[2].A.L, 0);
     EXPECT_FALSE(std::filesystem::exists(run.data.fileName));
+
+    // What the run had prepared with its phase shifts is gone.
+    ZfScatteringData data = run.data;
+    run.phaseShifts.records[0].scatteringFactors.VectorAt(0) = 0.0;
+    data.OneCalculateVer2(data.ListScatteringData[0], run.phaseShifts, 0, 2);
+    EXPECT_EQ(data.ListScatteringData[0].NextListScatterer.electrons[2].A.At(0, 0), 0.0);
+}
+
+TEST(ScatteringCalculators, AWaveOfASizeAloneIsZero) {
+    for (const std::int32_t method : {kSlowMulti, kMulti}) {
+        Calculation run(method, kRow);
+        run.waves[0].coeff.SetZero(3);
+        for (const ZfFreeElectron& atom : run.Run())
+            for (std::int32_t l = 0; l < 3; ++l) EXPECT_EQ(atom.A.At(l, -l), 0.0) << l;
+    }
 }

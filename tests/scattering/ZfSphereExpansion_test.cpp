@@ -76,3 +76,40 @@ TEST(ZfSphereExpansion, ComparesOnceHoweverLowTheLastLevel) {
         EXPECT_EQ(expansion.level, std::max(maxLevel - 1, 5));
     }
 }
+
+TEST(ZfSphereExpansion, LevelsCanBeTakenByHand) {
+    const ZfVectorFreeElectron list = ListOf({SWave(2e-10, 0, 1e-10)});
+    const ZfWaveVectorFreeElectron wave(&list);
+    list.PrepareNorms();
+    for (const std::int32_t groupSize : {8, 4}) {
+        ZfSphereExpansion whole;
+        ZfSphereExpansion byHand;
+        for (ZfSphereExpansion* expansion : {&whole, &byHand}) {
+            expansion->lSize = 10;
+            expansion->tolerance = 0.0;
+            expansion->maxLevel = 9;
+            expansion->grid.groupSize = groupSize;
+        }
+        ZfLmComplexTable truth;
+        whole.Expand(truth, wave, 2e-10);
+        EXPECT_EQ(whole.grid.Groups(), groupSize == 8 ? 2 : 3);
+
+        byHand.wave = &wave;
+        byHand.grid.lSize = 10;
+        byHand.grid.BuildGrid();
+        byHand.grid.SetWaveNumber(wave.WaveNumber());
+        byHand.sum.SetSize(10);
+        ZfLmComplexTable before;
+        ZfLmComplexTable raw;
+        for (byHand.level = 0; byHand.level < 9; ++byHand.level) {
+            before = raw;
+            byHand.LevelIntegral(raw);
+        }
+        EXPECT_EQ(byHand.points, whole.points);
+        EXPECT_EQ(byHand.legendreNorm.L, 10);
+        for (std::int32_t l = 0; l < 10; ++l)
+            EXPECT_EQ((4.0 * raw.At(l, l) - before.At(l, l)) / 3.0 /
+                          byHand.grid.besselAtGroup[static_cast<std::size_t>(l)],
+                      truth.At(l, l));
+    }
+}

@@ -55,7 +55,7 @@ TEST(ZfBarnFile, ReadingKeepsLineEndsOnlyOnTheStdioRoute) {
     EXPECT_TRUE(file.Text("a", value, ""));
     EXPECT_EQ(value, "x\ny \xC3\xA9");
     EXPECT_FALSE(file.OpenRack("c"));  // behind a zero byte nothing is read
-    EXPECT_TRUE(ZfQBarnFile(path, "r").Text("a", value, ""));
+    EXPECT_TRUE(ZfQBarnFile(QString::fromStdString(path), "r").Text("a", value, ""));
     EXPECT_EQ(value, "xy \xC3\xA9");
 }
 
