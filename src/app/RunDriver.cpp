@@ -114,14 +114,3 @@ int RunDriver(int argumentCount, const char* const* arguments) {
     }
     return -1;
 }
-
-bool AsksForScattering(int argumentCount, const char* const* arguments) {
-    const ConsoleRedirection quiet(nullptr);
-    ZfCmdParameters parameters;
-    try {
-        ZfParseCommandLine(parameters, argumentCount, arguments);
-    } catch (const ZfError&) {
-        return false;  // the run itself will say so
-    }
-    return parameters.runRequested && parameters.scatteringRequested;
-}

@@ -3,6 +3,3 @@
 /// One run of the program; returns its exit status, 0 or -1. Failures are reported on standard output, or end
 /// the run silently when they are no ZfError.
 int RunDriver(int argumentCount, const char* const* arguments);
-
-/// Whether the run will calculate the scattered wave, the stage of many parallel regions. Prints nothing.
-bool AsksForScattering(int argumentCount, const char* const* arguments);

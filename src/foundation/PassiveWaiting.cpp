@@ -1,14 +1,13 @@
-#include "foundation/PassiveWaiting.h"
-
-#include <omp.h>
-#include <unistd.h>
-
 #include <cstdlib>
 
-#include "foundation/ProgramFile.h"
+// Idle threads of the OpenMP runtime spin by default, which on busy cores makes two threads slower than one.
+// The runtime takes its policy from the environment before main: this has to run before it, and does where
+// the runtime is linked into the program, for constructors of a program run by rising priority.
 
-void RestartWithPassiveWaiting(char** argv) {
-    if (omp_get_max_threads() == 1 || std::getenv("OMP_WAIT_POLICY")) return;
-    const std::filesystem::path program = RunningProgram();
-    if (!program.empty() && setenv("OMP_WAIT_POLICY", "passive", 1) == 0) execv(program.c_str(), argv);
+namespace {
+
+[[gnu::constructor(101)]] void WaitPassively() {
+    setenv("OMP_WAIT_POLICY", "passive", 0);  // unless the user has set one
 }
+
+}  // namespace

@@ -8,6 +8,9 @@
 
 namespace {
 
+const std::string kBinaryTag = "base64";
+const std::string kSizeTag = "Size_l";
+
 void ExchangeElement(ZfBarnXml& xml, std::complex<double>& element) {
     double re = element.real();
     double im = element.imag();
@@ -53,11 +56,7 @@ void Write(ZfBarnXml& xml, ZfLmComplexTable& table, const std::string& format) {
         ExchangeText(xml, table);
         xml.CloseRack("Value");
     } else if (format == "b") {
-        std::string text;
-        table.Fill();
-        ZfBinaryDataToText().Encode(table.block.data(), static_cast<std::int64_t>(Bytes(table)), text, true,
-                                    false);
-        xml.RawValue("base64", text, "");
+        xml.PutValue(kBinaryTag, CoefficientText(table));
     } else {
         throw ZfError("Write Format Error");
     }
@@ -71,7 +70,7 @@ bool Read(ZfBarnXml& xml, ZfLmComplexTable& table) {
         return true;
     }
     std::string text;
-    return !xml.RawValue("base64", text, "") || ReadBinary(text, table);
+    return !xml.RawValue(kBinaryTag, text, "") || ReadBinary(text, table);
 }
 
 }  // namespace
@@ -88,7 +87,7 @@ bool ExchangeCoefficients(ZfBarnXml& xml, const std::string& tag, ZfLmComplexTab
                           const std::string& format) {
     if (!xml.OpenRack(tag)) return false;
     std::int32_t size = table.L;
-    xml.Int32("Size_l", size, 0);
+    xml.Int32(kSizeTag, size, 0);
     if (xml.IsWriting()) {
         Write(xml, table, format);
     } else {
@@ -97,4 +96,19 @@ bool ExchangeCoefficients(ZfBarnXml& xml, const std::string& tag, ZfLmComplexTab
     }
     xml.CloseRack(tag);
     return true;
+}
+
+std::string CoefficientText(ZfLmComplexTable& table) {
+    table.Fill();
+    std::string text;
+    ZfBinaryDataToText().Encode(table.block.data(), static_cast<std::int64_t>(Bytes(table)), text, true,
+                                false);
+    return text;
+}
+
+void PutCoefficients(ZfBarnXml& xml, const std::string& tag, std::int32_t size, std::string text) {
+    xml.OpenRack(tag);
+    xml.Int32(kSizeTag, size, 0);
+    xml.PutValue(kBinaryTag, std::move(text));
+    xml.CloseRack(tag);
 }

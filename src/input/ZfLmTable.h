@@ -115,3 +115,9 @@ using ZfLmLongTable = ZfLmTable<std::int32_t>;
 /// has size 1, and the tag's rack is left open, so that the closing of the enclosing item throws.
 bool ExchangeCoefficients(ZfBarnXml& xml, const std::string& tag, ZfLmComplexTable& table,
                           const std::string& format);
+
+/// The text of format "b".
+std::string CoefficientText(ZfLmComplexTable& table);
+
+/// What ExchangeCoefficients writes in format "b", of a table whose text is made.
+void PutCoefficients(ZfBarnXml& xml, const std::string& tag, std::int32_t size, std::string text);

@@ -198,6 +198,11 @@ void ExpansionPack::Add(const Row& row, ExpansionScratch& scratch) {
         kept = std::max(kept, needed);
     }
     const auto size = static_cast<std::size_t>(kept) * static_cast<std::size_t>(kept);
+    if (waves_.empty() && !scratch.spare.empty()) {
+        waves_ = std::move(scratch.spare.back());
+        scratch.spare.pop_back();
+        waves_.clear();
+    }
     if (waves_.size() < size) waves_.resize(size);
     AddMoved(kept, waves_, scratch.translation);
 }

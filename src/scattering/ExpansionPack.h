@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "scattering/ExpansionTables.h"
@@ -22,6 +23,7 @@ struct ExpansionScratch {
     PackedTable integral;
     PackedTable before;
     PackedTable result;
+    std::vector<PackedTable> spare;                    ///< tables of packs that are done
     std::map<std::int32_t, ZfSphereExpansion> direct;  ///< by l size
 };
 
@@ -51,6 +53,9 @@ public:
 
     /// Adds one source to each target.
     void Add(const Row& row, ExpansionScratch& scratch);
+
+    /// Ends the pack and leaves its memory to later ones.
+    void Release(ExpansionScratch& scratch) { scratch.spare.push_back(std::move(waves_)); }
 
     /// Expands the waves of the chosen targets, as far as their sources are added. The sources of a row must
     /// still be there. False for a target that has to be sampled: all its sources are near, or a decision is

@@ -23,17 +23,23 @@ const ZfPhaseShiftRecord& PhaseShiftOf(const ZfScatteringRecord& record,
     return CheckedAt(phaseShifts.records, record.phaseShiftIndex.VectorValueAt(entry));
 }
 
+/// Square of the radius at which the phase shifts of an entry end.
+double RadiusSquaredOf(const ZfScatteringRecord& record, const ZfPhaseShiftDocument& phaseShifts,
+                       std::int32_t entry) {
+    const std::vector<double>& lnX = PhaseShiftOf(record, phaseShifts, entry).radial.LnX;
+    const double radius = std::exp(CheckedAt(lnX, static_cast<std::int64_t>(lnX.size()) - 1));
+    return radius * radius;
+}
+
 /// Whether an atom stands within its own radius of the line from the origin of the coordinates to `target`,
 /// on the side of the target: the atoms that matter for the forward scattering of fast electrons.
 bool StandsNearLine(const ZfLDoubleMatrix& atom, const ZfLDoubleMatrix& target, double targetSquared,
-                    const ZfPhaseShiftRecord& phaseShift) {
-    const std::vector<double>& lnX = phaseShift.radial.LnX;
-    const double radius = std::exp(CheckedAt(lnX, static_cast<std::int64_t>(lnX.size()) - 1));
+                    double radiusSquared) {
     const double* r = atom.Data();
     const double* p = target.Data();
     const double d = r[0] * p[0] + r[1] * p[1] + r[2] * p[2];
     if (0.0 > d) return false;
-    const double q = NormSquared(atom) * targetSquared - d * d - radius * radius * targetSquared;
+    const double q = NormSquared(atom) * targetSquared - d * d - radiusSquared * targetSquared;
     return !(q > 0.0);
 }
 
@@ -41,17 +47,34 @@ void PrintLoop(const char* name, std::int32_t index, std::int32_t count) {
     ConsoleLine(name + std::to_string(index) + "/" + std::to_string(count));
 }
 
-/// The sources that target `at` sees by a method, those excepted that stand exactly where it does.
-SeenSources SourcesOf(std::int32_t method, const ZfScatteringRecord& record,
-                      const ZfPhaseShiftDocument& phaseShifts, std::int32_t at) {
-    const std::vector<ZfFreeElectron>& atoms = record.NextListScatterer.electrons;
+/// The sources that an entry sees by a method, those excepted that stand exactly where it does. For entries
+/// in rising order.
+class SourceFinder {
+public:
+    SourceFinder(std::int32_t method, const ZfScatteringRecord& record,
+                 const ZfPhaseShiftDocument& phaseShifts)
+        : method_(method), record_(record), phaseShifts_(phaseShifts) {}
+    SeenSources SourcesOf(std::int32_t at);
+
+private:
+    std::int32_t method_;
+    const ZfScatteringRecord& record_;
+    const ZfPhaseShiftDocument& phaseShifts_;
+    std::vector<double> radiiSquared_ = {0.0};
+};
+
+SeenSources SourceFinder::SourcesOf(std::int32_t at) {
+    const std::vector<ZfFreeElectron>& atoms = record_.NextListScatterer.electrons;
+    while (method_ == kMulti && std::ssize(radiiSquared_) < at)
+        radiiSquared_.push_back(
+            RadiusSquaredOf(record_, phaseShifts_, static_cast<std::int32_t>(radiiSquared_.size())));
     const ZfLDoubleMatrix& target = atoms[static_cast<std::size_t>(at)].position;
     const double targetSquared = NormSquared(target);
     SeenSources seen = {0};
-    for (std::int32_t i = 1; i < at && method != kSingle; ++i) {
-        const ZfLDoubleMatrix& atom = atoms[static_cast<std::size_t>(i)].position;
-        if (method == kSlowMulti ||
-            StandsNearLine(atom, target, targetSquared, PhaseShiftOf(record, phaseShifts, i)))
+    for (std::int32_t i = 1; i < at && method_ != kSingle; ++i) {
+        const auto entry = static_cast<std::size_t>(i);
+        if (method_ == kSlowMulti ||
+            StandsNearLine(atoms[entry].position, target, targetSquared, radiiSquared_[entry]))
             seen.push_back(i);
     }
     std::erase_if(seen, [&](std::int32_t i) {
@@ -61,14 +84,31 @@ SeenSources SourcesOf(std::int32_t method, const ZfScatteringRecord& record,
     return seen;
 }
 
+/// Whether the atoms of two records see the same sources: same places, same phase shifts.
+bool SeeTheSame(const ZfScatteringRecord& a, const ZfScatteringRecord& b) {
+    const std::vector<ZfFreeElectron>& atoms = a.NextListScatterer.electrons;
+    const std::vector<ZfFreeElectron>& others = b.NextListScatterer.electrons;
+    const auto samePlace = [](const ZfFreeElectron& p, const ZfFreeElectron& q) {
+        return std::equal(p.position.Data(), p.position.Data() + 3, q.position.Data());
+    };
+    const auto count = static_cast<std::int32_t>(a.atomLabels.size());
+    if (a.ListScatterer.Ek_eV != b.ListScatterer.Ek_eV || a.atomLabels.size() != b.atomLabels.size() ||
+        !std::equal(atoms.begin(), atoms.end(), others.begin(), others.end(), samePlace))
+        return false;
+    for (std::int32_t at = 1; at < count; ++at)
+        if (a.phaseShiftIndex.VectorValueAt(at) != b.phaseShiftIndex.VectorValueAt(at)) return false;
+    return true;
+}
+
 /// By atom, up to the first that cannot be computed: whoever comes to that one meets the failure.
 std::vector<SeenSources> SourcesOfAll(std::int32_t method, const ZfScatteringRecord& record,
                                       const ZfPhaseShiftDocument& phaseShifts) {
     std::vector<SeenSources> all = {{}};
     if (!(record.ListScatterer.Ek_eV > 0.0)) return all;
+    SourceFinder finder(method, record, phaseShifts);
     try {
         for (std::int32_t at = 1; at < std::ssize(record.atomLabels); ++at) {
-            SeenSources seen = SourcesOf(method, record, phaseShifts, at);
+            SeenSources seen = finder.SourcesOf(at);
             if (seen.empty() || PhaseShiftOf(record, phaseShifts, at).scatteringFactors.VectorSize() <= 0)
                 break;
             all.push_back(std::move(seen));
@@ -148,7 +188,9 @@ void ZfScatteringData::PlanStructure(ZfCluster& cluster, const std::vector<ZfEmi
         // told when its turn comes
     }
     for (const ZfScatteringRecord& record : records)
-        seen.push_back(SourcesOfAll(Version, record, phaseShifts));
+        seen.push_back(!seen.empty() && SeeTheSame(record, records.front())
+                           ? seen.front()
+                           : SourcesOfAll(Version, record, phaseShifts));
     settings_.tolerance = EPS;
     settings_.nearTie = nearTie;
     structure_ =
@@ -166,7 +208,7 @@ void ZfScatteringData::CalculateSingle(ZfScatteringRecord& record, const ZfPhase
         ClearTable(record.NextListScatterer.electrons.front(), 1);
         return;
     }
-    ScatterFrom(SourcesOf(kSingle, record, phaseShifts, atIndex), record, phaseShifts, atIndex);
+    ScatterAtEntry(kSingle, record, phaseShifts, atIndex);
 }
 
 void ZfScatteringData::CalculateSlowMulti(ZfScatteringRecord& record, const ZfPhaseShiftDocument& phaseShifts,
@@ -176,7 +218,7 @@ void ZfScatteringData::CalculateSlowMulti(ZfScatteringRecord& record, const ZfPh
         ClearTable(record.NextListScatterer.electrons.front(), record.ListScatterer.electrons.front().A.L);
         return;
     }
-    ScatterFrom(SourcesOf(kSlowMulti, record, phaseShifts, atIndex), record, phaseShifts, atIndex);
+    ScatterAtEntry(kSlowMulti, record, phaseShifts, atIndex);
 }
 
 void ZfScatteringData::OneCalculateVer2(ZfScatteringRecord& record, const ZfPhaseShiftDocument& phaseShifts,
@@ -194,27 +236,28 @@ void ZfScatteringData::OneCalculateVer2(ZfScatteringRecord& record, const ZfPhas
     const ZfLDoubleMatrix& target = now[static_cast<std::size_t>(atIndex)].position;
     ConsolePrint("Target atom positoin(r2)(x,y,z)=(%g)(%g,%g,%g)\n", NormSquared(target), target.Data()[0],
                  target.Data()[1], target.Data()[2]);
-    ScatterFrom(SourcesOf(kMulti, record, phaseShifts, atIndex), record, phaseShifts, atIndex);
+    ScatterAtEntry(kMulti, record, phaseShifts, atIndex);
 }
 
-/// Scatters the waves of some entries at an atom: as computed together with the other atoms of the structure,
+/// Scatters at an atom what it sees by a method: as computed together with the other atoms of the structure,
 /// or this one alone.
-void ZfScatteringData::ScatterFrom(const SeenSources& sources, ZfScatteringRecord& record,
-                                   const ZfPhaseShiftDocument& phaseShifts, std::int32_t atIndex) {
-    const ZfPhaseShiftRecord& phaseShift = PhaseShiftOf(record, phaseShifts, atIndex);
+void ZfScatteringData::ScatterAtEntry(std::int32_t method, ZfScatteringRecord& record,
+                                      const ZfPhaseShiftDocument& phaseShifts, std::int32_t atIndex) {
     ZfFreeElectron& target = record.NextListScatterer.electrons[static_cast<std::size_t>(atIndex)];
     const ScatteredWave* const wave = structure_ ? structure_->Wave(static_cast<std::size_t>(record.EWIndex),
                                                                     static_cast<std::size_t>(atIndex))
                                                  : nullptr;
     if (wave) {
-        TellEmitters(sources.size());
-        CurrSize_l_ = wave->table.L;
+        TellEmitters(wave->emitters);
+        CurrSize_l_ = wave->table->L;
         lastLevel = wave->level;
         const double k = record.ListScatterer.electrons.front().k;
         firstGroupKr = k * (settings_.Tables(CurrSize_l_)->grid.groupKr.front() / k);
-        target.A = wave->table;
+        target.A = *wave->table;
         return;
     }
+    const SeenSources sources = SourceFinder(method, record, phaseShifts).SourcesOf(atIndex);
+    const ZfPhaseShiftRecord& phaseShift = PhaseShiftOf(record, phaseShifts, atIndex);
     ZfVectorFreeElectron local;
     for (const std::int32_t i : sources)
         local.electrons.push_back(i == 0 ? record.ListScatterer.electrons.front()
@@ -227,8 +270,8 @@ void ZfScatteringData::ScatterFrom(const SeenSources& sources, ZfScatteringRecor
     ScatterAtAtom(target, seen, phaseShift);
 }
 
-void ZfScatteringData::TellEmitters(std::size_t count) {
-    currentEmitters = static_cast<std::int32_t>(count);
+void ZfScatteringData::TellEmitters(std::int32_t count) {
+    currentEmitters = count;
     ConsolePrint("Current N Emitter=%d\n", currentEmitters);
 }
 
@@ -242,7 +285,7 @@ void ZfScatteringData::ScatterAtAtom(ZfFreeElectron& target, const ZfVectorFreeE
 void ZfScatteringData::ExpandAroundOrigin(ZfFreeElectron& temporary, const ZfVectorFreeElectron& seen,
                                           const ZfPhaseShiftRecord& phaseShift) {
     const ZfWaveVectorFreeElectron wave(&seen);
-    TellEmitters(seen.electrons.size());
+    TellEmitters(static_cast<std::int32_t>(seen.electrons.size()));
     CurrSize_l_ = phaseShift.scatteringFactors.VectorSize();
     if (CurrSize_l_ <= 0) throw ZfError("Please set CurrSize_l_");
     if (wave.WaveNumber() == 0.0) throw ZfError("A wave of zero energy cannot be scattered");

@@ -1,3 +1,9 @@
+#include <atomic>
+#include <new>
+#include <string>
+#include <utility>
+#include <vector>
+
 #include "foundation/Console.h"
 #include "scattering/ZfScatteringData.h"
 #include "xml/ZfBarnFile.h"
@@ -15,8 +21,27 @@ void ExchangePlaneWave(ZfBarnXml& xml, ZfFreeElectron& source) {
     xml.LDouble("PlaneWaveZ", source.planeWaveVector.VectorAt(2), 0.0);
 }
 
-/// One source and its label; false when there is no further item.
-bool ExchangeSource(ZfBarnXml& xml, ZfFreeElectron& source, std::string& label, bool isEmitter) {
+/// The texts of all tables, made side by side.
+std::vector<std::string> CoefficientTexts(std::vector<ZfFreeElectron>& sources) {
+    std::vector<std::string> texts(sources.size());
+    std::atomic<bool> full = false;
+    const auto count = std::ssize(sources);
+#pragma omp parallel for schedule(static) if (count > 1)
+    for (std::ptrdiff_t i = 0; i < count; ++i) {
+        const auto place = static_cast<std::size_t>(i);
+        try {
+            texts[place] = CoefficientText(sources[place].A);
+        } catch (const std::bad_alloc&) {
+            full = true;
+        }
+    }
+    if (full) throw std::bad_alloc();
+    return texts;
+}
+
+/// One source and its label; false when there is no further item. Writing takes the text of its table.
+bool ExchangeSource(ZfBarnXml& xml, ZfFreeElectron& source, std::string& label, bool isEmitter,
+                    std::string coefficients = {}) {
     if (!xml.OpenRack("i")) return false;
     xml.LDouble("x", source.position.VectorAt(0), 0.0);
     xml.LDouble("y", source.position.VectorAt(1), 0.0);
@@ -24,7 +49,10 @@ bool ExchangeSource(ZfBarnXml& xml, ZfFreeElectron& source, std::string& label, 
     xml.Text("a", label, "");
     xml.Int32("an", source.atomicNumber, 0);
     xml.LDouble("Uiso", source.Uiso, 0.0);
-    ExchangeCoefficients(xml, "c", source.A, "b");
+    if (xml.IsWriting())
+        PutCoefficients(xml, "c", source.A.L, std::move(coefficients));
+    else
+        ExchangeCoefficients(xml, "c", source.A, "b");
     if (isEmitter) ExchangePlaneWave(xml, source);
     xml.CloseRack("i");
     return true;
@@ -50,11 +78,13 @@ void ExchangeList(ZfBarnXml& xml, const std::string& tag, ZfVectorFreeElectron& 
     xml.LDouble("Ek_eV", energy, 0.0);
     list.SetEnergy_eV(energy);
     if (xml.OpenRack("atom_list")) {
-        if (xml.IsWriting())
+        if (xml.IsWriting()) {
+            std::vector<std::string> texts = CoefficientTexts(list.electrons);
             for (std::size_t i = 0; i < list.electrons.size(); ++i)
-                ExchangeSource(xml, list.electrons[i], CheckedAt(labels, i), i == 0);
-        else
+                ExchangeSource(xml, list.electrons[i], CheckedAt(labels, i), i == 0, std::move(texts[i]));
+        } else {
             ReadSources(xml, list, labels);
+        }
         xml.CloseRack("atom_list");
     }
     xml.CloseRack(tag);

@@ -11,6 +11,9 @@ namespace {
 /// few enough to stay in memory. Later packs get all theirs at once.
 constexpr std::size_t kWindow = 64;
 
+/// Atoms finished at a time: enough that a later pack, once in the cache, is given several sources.
+constexpr std::size_t kBlock = 8;
+
 }  // namespace
 
 const std::shared_ptr<const ExpansionTables>& ExpansionSettings::Tables(std::int32_t lSize) {
@@ -123,7 +126,7 @@ void StructureScattering::PlanSuccessive() {
 const ScatteredWave* StructureScattering::Wave(std::size_t record, std::size_t atom) {
     if (record >= waves_.size() || atom >= seen_[record].size()) return nullptr;
     const ScatteredWave& wave = waves_[record][atom];
-    while (wave.table.L == 0)
+    while (!wave.table)
         if (!Advance()) return nullptr;
     return &wave;
 }
@@ -176,18 +179,21 @@ void StructureScattering::ExpandPack(const Pack& pack, ExpansionScratch& scratch
         expansion.Add(row, scratch);
     }
     Finish(pack, expansion, chosen, scratch);
+    expansion.Release(scratch);
 }
 
-/// The atoms of the next pack are finished by one task; the others add to later packs what was finished
+/// The atoms of the next packs are finished by one task; the others add to later packs what was finished
 /// before.
 bool StructureScattering::AdvanceSuccessive() {
     std::size_t first = 0;
     while (first < growing_.size() && growing_[first].targets.back().atom < finished_) ++first;
     if (first == growing_.size()) return false;
     const std::size_t ready = finished_;
-    const std::size_t end = growing_[first].targets.back().atom + 1;
+    std::size_t last = first;
+    while (last + 1 < growing_.size() && growing_[last].targets.back().atom + 1 < ready + kBlock) ++last;
+    const std::size_t end = growing_[last].targets.back().atom + 1;
     std::vector<GrowingPack*> later;
-    for (std::size_t p = first; p < std::min(first + kWindow, growing_.size()); ++p)
+    for (std::size_t p = last + 1; p < std::min(last + kWindow, growing_.size()); ++p)
         if (growing_[p].targets.front().atom >= end) later.push_back(&growing_[p]);
     const bool good = InParallel(later.size() + 1, [&](std::size_t i, ExpansionScratch& scratch) {
         if (i > 0) {
@@ -198,7 +204,10 @@ bool StructureScattering::AdvanceSuccessive() {
     });
     finished_ = end;
     for (std::size_t p = first; p < growing_.size() && growing_[p].targets.front().atom < end; ++p)
-        if (growing_[p].targets.back().atom < end) growing_[p].expansion.reset();
+        if (growing_[p].targets.back().atom < end && growing_[p].expansion) {
+            growing_[p].expansion->Release(settings_.scratch.front());
+            growing_[p].expansion.reset();
+        }
     if (!good) growing_.clear();
     return true;
 }
@@ -246,8 +255,9 @@ void StructureScattering::Finish(const Pack& targets, ExpansionPack& expansion,
         wave.level = expanded[lane].level;
         wave.emitters = static_cast<std::int32_t>(seen_[target.record][target.atom].size());
         for (std::complex<double>& c : expanded[lane].table.block) c *= 0.5;
-        wave.table = Scattered(expanded[lane].table, PhaseShift(target));
-        records_[target.record].NextListScatterer.electrons[target.atom].A = wave.table;
+        ZfLmComplexTable& table = records_[target.record].NextListScatterer.electrons[target.atom].A;
+        table = Scattered(expanded[lane].table, PhaseShift(target));
+        wave.table = &table;
     }
 }
 

@@ -25,7 +25,7 @@ struct ExpansionSettings {
 
 /// What an atom sends out under the wave around it.
 struct ScatteredWave {
-    ZfLmComplexTable table;
+    const ZfLmComplexTable* table = nullptr;  ///< null while it is still to come
     std::int32_t level = 0;
     std::int32_t emitters = 0;  ///< sources that the atom sees
 };
@@ -93,7 +93,8 @@ private:
     const ZfPhaseShiftDocument& phaseShifts_;
     Order order_;
     ExpansionSettings& settings_;
-    std::vector<std::vector<ScatteredWave>> waves_;  ///< by record and atom; empty tables are still to come
+    std::vector<std::vector<ScatteredWave>>
+        waves_;                             ///< by record and atom; their tables stand in the records
     std::vector<std::vector<Pack>> steps_;  ///< independent: packs whose sources are ready at that step
     std::size_t step_ = 0;
     std::vector<GrowingPack> growing_;  ///< successive: in the order of their first atoms

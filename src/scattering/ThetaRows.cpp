@@ -24,25 +24,66 @@ double RowTheta(std::int32_t block, std::size_t row) {
     return kPi * static_cast<double>(i) / LatticeOf(block);
 }
 
-/// Column of theta factors, L = M .. orders - 1, by the recurrence in L at fixed M.
-std::vector<double> ThetaColumn(std::int32_t M, std::int32_t orders, double theta) {
-    const double s = std::sin(theta);
-    const double c = std::cos(theta);
-    double now = std::sqrt(0.5);
-    for (std::int32_t i = 1; i <= M; ++i) now *= std::sqrt((2.0 * i + 1.0) / (2.0 * i)) * s;
+/// Coefficients a_L of order M, L = M .. orders - 1, of the recurrence
+/// a_L Theta_(L+1) = cos(theta) Theta_L - a_(L-1) Theta_(L-1).
+std::vector<double> RecurrenceCoefficients(std::int32_t M, std::int32_t orders) {
+    std::vector<double> a;
+    for (std::int32_t L = M; L < orders; ++L)
+        a.push_back(std::sqrt(((L + 1.0) * (L + 1.0) - static_cast<double>(M) * M) /
+                              ((2.0 * L + 1.0) * (2.0 * L + 3.0))));
+    return a;
+}
+
+/// Theta factor at a row, L = M, of the order M that it has come to.
+class Sectorial {
+public:
+    explicit Sectorial(double theta) : sine_(std::sin(theta)) {}
+    void Raise() {
+        ++M_;
+        value_ *= std::sqrt((2.0 * M_ + 1.0) / (2.0 * M_)) * sine_;
+    }
+    double Value() const { return value_; }
+
+private:
+    double sine_;
+    double value_ = std::sqrt(0.5);
+    std::int32_t M_ = 0;
+};
+
+/// Column of theta factors from the one of L = M upwards.
+void FillColumn(double sectorial, double cosine, const std::vector<double>& a, std::vector<double>& column) {
+    column.resize(a.size());
     double before = 0.0;
-    double a = 0.0;
-    std::vector<double> column;
-    for (std::int32_t L = M; L < orders; ++L) {
-        column.push_back(now);
-        const double next = std::sqrt(((L + 1.0) * (L + 1.0) - static_cast<double>(M) * M) /
-                                      ((2.0 * L + 1.0) * (2.0 * L + 3.0)));
-        const double above = (c * now - a * before) / next;
+    double atBefore = 0.0;
+    double now = sectorial;
+    for (std::size_t i = 0; i < a.size(); ++i) {
+        column[i] = now;
+        const double above = (cosine * now - atBefore * before) / a[i];
         before = now;
         now = above;
-        a = next;
+        atBefore = a[i];
     }
-    return column;
+}
+
+/// Calls take(M, row, column) for the theta factors of every order and row.
+template <class Take>
+void ForColumns(std::int32_t block, std::int32_t orders, const Take& take) {
+    const std::size_t rows = RowsOf(block);
+    std::vector<Sectorial> sectorial;
+    std::vector<double> cosines;
+    for (std::size_t row = 0; row < rows; ++row) {
+        sectorial.emplace_back(RowTheta(block, row));
+        cosines.push_back(std::cos(RowTheta(block, row)));
+    }
+    std::vector<double> column;
+    for (std::int32_t M = 0; M < orders; ++M) {
+        const std::vector<double> a = RecurrenceCoefficients(M, orders);
+        for (std::size_t row = 0; row < rows; ++row) {
+            FillColumn(sectorial[row].Value(), cosines[row], a, column);
+            take(M, row, column);
+            sectorial[row].Raise();
+        }
+    }
 }
 
 ThetaRows MakeThetaRows(std::int32_t block, std::int32_t orders) {
@@ -50,22 +91,21 @@ ThetaRows MakeThetaRows(std::int32_t block, std::int32_t orders) {
     result.orders = orders;
     const std::size_t rows = RowsOf(block);
     result.limit.assign(rows / kRowTile, 0);
+    std::size_t count = 0;
     for (std::int32_t M = 0; M < orders; ++M) {
-        result.first.push_back(result.values.size());
-        for (std::size_t tile = 0; tile < rows / kRowTile; ++tile) {
-            std::array<std::vector<double>, kRowTile> columns;
-            for (std::size_t r = 0; r < kRowTile; ++r)
-                columns[r] = ThetaColumn(M, orders, RowTheta(block, tile * kRowTile + r));
-            for (const std::size_t odd : {0U, 1U}) {
-                for (std::size_t i = odd; i < columns[0].size(); i += 2) {
-                    for (const std::vector<double>& column : columns) {
-                        result.values.push_back(column[i]);
-                        if (std::abs(column[i]) > kNegligible) result.limit[tile] = M + 1;
-                    }
-                }
-            }
-        }
+        result.first.push_back(count);
+        count += rows * result.Degrees(M);
     }
+    result.values.resize(count);
+    ForColumns(block, orders, [&](std::int32_t M, std::size_t row, const std::vector<double>& column) {
+        const std::size_t tile = row / kRowTile;
+        double* const even = result.values.data() + result.TileBegin(M, tile);
+        double* const odd = even + result.OddBegin(M);
+        for (std::size_t i = 0; i < column.size(); ++i) {
+            (i % 2 == 0 ? even : odd)[i / 2 * kRowTile + row % kRowTile] = column[i];
+            if (std::abs(column[i]) > kNegligible) result.limit[tile] = M + 1;
+        }
+    });
     return result;
 }
 
@@ -92,17 +132,14 @@ std::vector<double> ProjectionWeights(std::int32_t block, std::int32_t lSize) {
     const std::size_t rows = RowsOf(block);
     const auto n = static_cast<std::size_t>(lSize);
     std::vector<double> weights(n * (n + 1) / 2 * rows);
-    for (std::size_t row = 0; row < rows; ++row) {
-        const double theta = RowTheta(block, row);
+    ForColumns(block, lSize, [&](std::int32_t m, std::size_t row, const std::vector<double>& column) {
+        const double sine = std::sin(RowTheta(block, row));
         const bool equator = block == 0 && row + 1 == rows;
-        const double factor = equator ? std::sin(theta) : 2.0 * std::sin(theta);
-        for (std::int32_t m = 0; m < lSize; ++m) {
-            const std::vector<double> column = ThetaColumn(m, lSize, theta);
-            for (std::size_t i = 0; i < column.size(); ++i) {
-                const std::size_t l = static_cast<std::size_t>(m) + i;
-                weights[(l * (l + 1) / 2 + static_cast<std::size_t>(m)) * rows + row] = factor * column[i];
-            }
+        const double factor = equator ? sine : 2.0 * sine;
+        for (std::size_t i = 0; i < column.size(); ++i) {
+            const std::size_t l = static_cast<std::size_t>(m) + i;
+            weights[(l * (l + 1) / 2 + static_cast<std::size_t>(m)) * rows + row] = factor * column[i];
         }
-    }
+    });
     return weights;
 }

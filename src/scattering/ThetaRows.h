@@ -23,9 +23,9 @@ std::size_t RowsOf(std::int32_t block);
 struct ThetaRows {
     /// Of order M in a tile: the factors of the tile's rows side by side, for L = M, M + 2, ... first and
     /// then for L = M + 1, M + 3, ...
-    const double* Tile(std::int32_t M, std::size_t tile) const {
-        const auto m = static_cast<std::size_t>(M);
-        return values.data() + first[m] + tile * Degrees(M) * kRowTile;
+    const double* Tile(std::int32_t M, std::size_t tile) const { return values.data() + TileBegin(M, tile); }
+    std::size_t TileBegin(std::int32_t M, std::size_t tile) const {
+        return first[static_cast<std::size_t>(M)] + tile * Degrees(M) * kRowTile;
     }
     std::size_t Degrees(std::int32_t M) const { return static_cast<std::size_t>(orders - M); }
     std::size_t OddBegin(std::int32_t M) const { return (Degrees(M) + 1) / 2 * kRowTile; }

@@ -88,9 +88,9 @@ public:
 private:
     void PlanStructure(ZfCluster& cluster, const std::vector<ZfEmittedWave>& waves,
                        const ZfPhaseShiftDocument& phaseShifts);
-    void ScatterFrom(const SeenSources& sources, ZfScatteringRecord& record,
-                     const ZfPhaseShiftDocument& phaseShifts, std::int32_t atIndex);
-    void TellEmitters(std::size_t count);
+    void ScatterAtEntry(std::int32_t method, ZfScatteringRecord& record,
+                        const ZfPhaseShiftDocument& phaseShifts, std::int32_t atIndex);
+    void TellEmitters(std::int32_t count);
 
     ExpansionSettings settings_;
     /// All waves of the structure at hand, while Calculate runs: it holds references to what that was given.

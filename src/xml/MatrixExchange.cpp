@@ -2,6 +2,7 @@
 #include <array>
 #include <charconv>
 #include <cstring>
+#include <utility>
 
 #include "foundation/Text.h"
 #include "foundation/ZfError.h"
@@ -205,8 +206,7 @@ void WriteText(ZfBarnXml& xml, const Member& matrix) {
     text.Convert(matrix);
     xml.OpenRack("zf_matrix");
     Shape::Of(matrix).Exchange(xml);
-    std::string elements = ElementText(text);
-    xml.RawValue("elements", elements, "");
+    xml.PutValue("elements", ElementText(text));
     xml.CloseRack("zf_matrix");
 }
 
@@ -217,7 +217,7 @@ void WriteBinary(ZfBarnXml& xml, const Member& matrix, const BinaryForm& form) {
     std::string text;
     const auto length = matrix.Count() * static_cast<std::int64_t>(sizeof(typename Member::Element));
     ZfBinaryDataToText().Encode(matrix.Data(), length, text, form.alphabetB, form.standard);
-    xml.RawValue(form.tag, text, "");
+    xml.PutValue(form.tag, std::move(text));
     xml.CloseRack(kBinaryTags<Member>[0]);
 }
 

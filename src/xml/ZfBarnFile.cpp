@@ -6,10 +6,17 @@
 
 #include "foundation/ZfError.h"
 
+namespace {
+
+constexpr std::size_t kWriteBuffer = 1U << 18U;
+
+}  // namespace
+
 ZfBarnFile::ZfBarnFile(std::string path, const std::string& mode) : ZfBarnXml(mode), path_(std::move(path)) {
     if (IsWriting()) {
         file_.reset(std::fopen(path_.c_str(), "w"));
         if (!file_) throw ZfError("Cannot File Open " + path_);
+        std::setvbuf(file_.get(), nullptr, _IOFBF, kWriteBuffer);
         return;
     }
     statusText = "Loading....";
@@ -51,8 +58,10 @@ std::string ZfBarnFile::ReadText() {
 }
 
 void ZfBarnFile::Save() {
-    const std::string text = Document();
-    const bool written = std::fwrite(text.data(), 1, text.size(), file_.get()) == text.size();
+    bool written = true;
+    WriteDocument([&](std::string_view piece) {
+        written = std::fwrite(piece.data(), 1, piece.size(), file_.get()) == piece.size() && written;
+    });
     const bool closed = std::fclose(file_.release()) == 0;
     if (!written || !closed) throw ZfError("Cannot File Write " + path_);
 }

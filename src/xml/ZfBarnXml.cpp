@@ -90,25 +90,32 @@ void ZfBarnXml::Parse(std::string text) {
 }
 
 std::string ZfBarnXml::Document() const {
-    std::string out;
+    std::string text;
+    WriteDocument([&](std::string_view piece) { text += piece; });
+    return text;
+}
+
+void ZfBarnXml::WriteDocument(const std::function<void(std::string_view)>& write) const {
     const ZfBarnXmlRack* top = root_.firstChild;
     const ZfBarnXmlRack* rack = top;
     while (rack) {
-        out.append("<").append(rack->name).append(">").append(rack->value);
+        for (const std::string_view piece : {std::string_view("<"), rack->name, std::string_view(">")})
+            write(piece);
+        write(rack->value);
         if (rack->firstChild) {
             rack = rack->firstChild;
             continue;
         }
         // Close this element and all those that end with it, then go on with the next one.
         while (true) {
-            out.append("</").append(rack->name).append(">\n");
-            if (rack == top) return out;
+            for (const std::string_view piece : {std::string_view("</"), rack->name, std::string_view(">\n")})
+                write(piece);
+            if (rack == top) return;
             if (rack->next) break;
             rack = rack->parent;
         }
         rack = rack->next;
     }
-    return out;
 }
 
 bool ZfBarnXml::OpenRack(std::string_view tag) {

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -37,6 +38,8 @@ public:
 
     /// The document as text: the first top element and nothing else, each close tag followed by a line feed.
     std::string Document() const;
+    /// The same, piece by piece.
+    void WriteDocument(const std::function<void(std::string_view)>& write) const;
 
     /// Writing: appends an element and enters it. Reading: enters the first element of that name which is
     /// left.
@@ -46,6 +49,7 @@ public:
 
     // Each exchanges one value under one tag. False when reading and the tag is absent.
     bool RawValue(std::string_view tag, std::string& value, const std::string& absent);  ///< no escapes
+    void PutValue(std::string_view tag, std::string value);                              ///< writing alone
     bool Text(std::string_view tag, std::string& value, const std::string& absent);
     /// An absent tag leaves the variable as it is; a text that is neither "true" nor "false" gives
     /// `otherwise` and false.
@@ -83,7 +87,6 @@ private:
     std::string_view ValueOf(const ZfBarnXmlRack& rack) const;
     /// Reading: the value under the tag, which is consumed; false when absent.
     bool TakeValue(std::string_view tag, std::string_view& value);
-    void PutValue(std::string_view tag, std::string value);
     template <class Number, class ToText, class FromText>
     bool ExchangeNumber(std::string_view tag, Number& value, Number absent, ToText toText, FromText fromText);
 

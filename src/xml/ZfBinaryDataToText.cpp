@@ -18,12 +18,16 @@ std::int64_t Groups(std::int64_t length) {
     return (length - 1) / 3 + 1;
 }
 
-/// Three bytes from the front of the data, filled up with zeros.
-std::array<unsigned, 3> Group(const unsigned char* data, std::int64_t length, std::int64_t begin) {
-    std::array<unsigned, 3> bytes{};
-    for (std::int64_t i = 0; i < 3 && begin + i < length; ++i)
-        bytes[static_cast<std::size_t>(i)] = data[begin + i];
-    return bytes;
+/// put(b0, b1, b2) for every group, the last one filled up with zeros.
+template <class Put>
+void ForGroups(const unsigned char* data, std::int64_t length, const Put& put) {
+    const std::int64_t whole = length / 3;
+    for (std::int64_t g = 0; g < whole; ++g, data += 3)
+        put(unsigned{data[0]}, unsigned{data[1]}, unsigned{data[2]});
+    if (whole == Groups(length)) return;
+    std::array<unsigned, 2> last{};
+    for (std::int64_t i = 0; i < length % 3; ++i) last[static_cast<std::size_t>(i)] = data[i];
+    put(last[0], last[1], 0U);
 }
 
 std::vector<unsigned char> NewBlock(std::int64_t size) {
@@ -63,13 +67,13 @@ void ZfBinaryDataToText::Encode(const void* data, std::int64_t length, std::stri
     text.assign(header.data());
     text.resize(static_cast<std::size_t>(kHeader + 4 * Groups(length)));
     char* out = text.data() + kHeader;
-    for (std::int64_t g = 0; g < Groups(length); ++g, out += 4) {
-        const auto [b0, b1, b2] = Group(bytes, length, 3 * g);
+    ForGroups(bytes, length, [&](unsigned b0, unsigned b1, unsigned b2) {
         out[0] = t[b0 & 63U];
         out[1] = t[(b1 & 15U) * 4 | b0 >> 6];
         out[2] = t[(b2 & 3U) * 16 | b1 >> 4];
         out[3] = t[b2 >> 2];
-    }
+        out += 4;
+    });
 }
 
 void ZfBinaryDataToText::EncodeStandard(const unsigned char* data, std::int64_t length,
@@ -77,13 +81,13 @@ void ZfBinaryDataToText::EncodeStandard(const unsigned char* data, std::int64_t 
     const std::array<char, 64>& t = b_.encode;
     text.resize(static_cast<std::size_t>(4 * Groups(length)));
     char* out = text.data();
-    for (std::int64_t g = 0; g < Groups(length); ++g, out += 4) {
-        const auto [b0, b1, b2] = Group(data, length, 3 * g);
+    ForGroups(data, length, [&](unsigned b0, unsigned b1, unsigned b2) {
         out[0] = t[b0 >> 2];
         out[1] = t[(b0 & 3U) * 16 | b1 >> 4];
         out[2] = t[(b1 & 15U) * 4 | b2 >> 6];
         out[3] = t[b2 & 63U];
-    }
+        out += 4;
+    });
     const std::int64_t last = length % 3;
     if (last != 0) text.back() = '=';
     if (last == 1) text[text.size() - 2] = '=';
