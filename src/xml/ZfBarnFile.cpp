@@ -3,6 +3,7 @@
 #include <limits>
 #include <new>
 #include <utility>
+#include <vector>
 
 #include "foundation/ZfError.h"
 
@@ -16,7 +17,6 @@ ZfBarnFile::ZfBarnFile(std::string path, const std::string& mode) : ZfBarnXml(mo
     if (IsWriting()) {
         file_.reset(std::fopen(path_.c_str(), "w"));
         if (!file_) throw ZfError("Cannot File Open " + path_);
-        std::setvbuf(file_.get(), nullptr, _IOFBF, kWriteBuffer);
         return;
     }
     statusText = "Loading....";
@@ -58,10 +58,13 @@ std::string ZfBarnFile::ReadText() {
 }
 
 void ZfBarnFile::Save() {
+    std::vector<char> buffer(kWriteBuffer);
+    File file = std::move(file_);  // closed before its buffer goes
+    std::setvbuf(file.get(), buffer.data(), _IOFBF, buffer.size());
     bool written = true;
     WriteDocument([&](std::string_view piece) {
-        written = std::fwrite(piece.data(), 1, piece.size(), file_.get()) == piece.size() && written;
+        written = std::fwrite(piece.data(), 1, piece.size(), file.get()) == piece.size() && written;
     });
-    const bool closed = std::fclose(file_.release()) == 0;
+    const bool closed = std::fclose(file.release()) == 0;
     if (!written || !closed) throw ZfError("Cannot File Write " + path_);
 }
