@@ -7,6 +7,8 @@
 #include "scattering/ScattererLists.h"
 #include "scattering/SphericalHarmonics.h"
 
+using namespace qvre;
+
 namespace copper {
 namespace {
 
@@ -15,8 +17,8 @@ constexpr double kHalfLattice_angstrom = 3.61 / 2;
 constexpr double kRadius_m = 1.2763e-10;
 constexpr int kSurface = 2;  // layers above the emitter
 
-ZfAtom AtomAt(int x, int y, int z) {
-    ZfAtom atom;
+ClusterAtom AtomAt(int x, int y, int z) {
+    ClusterAtom atom;
     atom.name = "Cu";
     atom.atom = "Cu";
     atom.SetPositionAngstrom(
@@ -24,14 +26,14 @@ ZfAtom AtomAt(int x, int y, int z) {
     return atom;
 }
 
-ZfStructure HalfSpace(std::size_t atoms) {
+Structure HalfSpace(std::size_t atoms) {
     const int reach = 3 + static_cast<int>(std::cbrt(static_cast<double>(atoms)));
-    std::map<int, std::vector<ZfAtom>> shells;
+    std::map<int, std::vector<ClusterAtom>> shells;
     for (int z = -reach; z <= kSurface; ++z)
         for (int y = -reach; y <= reach; ++y)
             for (int x = -reach; x <= reach; ++x)
                 if ((x + y + z) % 2 == 0) shells[x * x + y * y + z * z].push_back(AtomAt(x, y, z));
-    ZfStructure structure;
+    Structure structure;
     for (const auto& [distance, shell] : shells) {
         if (2 * structure.atoms.size() + shell.size() > 2 * atoms) break;  // nearer to `atoms` without it
         structure.atoms.insert(structure.atoms.end(), shell.begin(), shell.end());
@@ -60,7 +62,7 @@ void ScatterPlaneWave(ZfFreeElectron& source, const ZfLComplexMatrix& t) {
 
 ZfPhaseShiftDocument PhaseShifts(std::int32_t lSize) {
     ZfPhaseShiftDocument document;
-    ZfPhaseShiftRecord& record = document.records.emplace_back();
+    PhaseShiftRecord& record = document.records.emplace_back();
     record.Ek_eV = kEnergy_eV;
     record.AtomName = "Cu";
     record.AtomElement = "Cu";
@@ -74,14 +76,14 @@ ZfPhaseShiftDocument PhaseShifts(std::int32_t lSize) {
     return document;
 }
 
-ZfCluster Cluster(std::size_t atoms) {
-    ZfCluster cluster;
+Cluster ClusterOf(std::size_t atoms) {
+    Cluster cluster;
     cluster.structures.push_back(HalfSpace(atoms));
     return cluster;
 }
 
-std::vector<ZfEmittedWave> EmittedWaves(std::size_t waves) {
-    std::vector<ZfEmittedWave> list(waves);
+std::vector<EmittedWave> EmittedWaves(std::size_t waves) {
+    std::vector<EmittedWave> list(waves);
     for (std::size_t w = 0; w < waves; ++w) {
         const auto m = static_cast<std::int32_t>((w + 1) % 3) - 1;
         list[w].Ek = kEnergy_eV;
@@ -93,7 +95,7 @@ std::vector<ZfEmittedWave> EmittedWaves(std::size_t waves) {
 }
 
 ZfScatteringRecord Record(std::size_t atoms, const ZfPhaseShiftDocument& phaseShifts) {
-    ZfCluster cluster = Cluster(atoms);
+    Cluster cluster = ClusterOf(atoms);
     ZfScatteringData data;
     return AddScatteringRecord(data, cluster, 0, EmittedWaves(2), 1, phaseShifts);
 }
@@ -111,8 +113,8 @@ ZfScatteringData ScatteredData(std::size_t atoms, std::int32_t lSize) {
     return data;
 }
 
-ZfFluctuation RoomTemperature() {
-    ZfFluctuation fluctuation;
+Fluctuation RoomTemperature() {
+    Fluctuation fluctuation;
     fluctuation.Temperature_K_ = 300.0;
     fluctuation.DebyeElement_ = {"Cu"};
     fluctuation.DebyeTemperature_K_ = {343.0};

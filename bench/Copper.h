@@ -3,8 +3,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "input/Fluctuation.h"
 #include "input/ZfDebye.h"
-#include "input/ZfFluctuation.h"
 #include "input/ZfPhaseShiftDocument.h"
 #include "scattering/ZfScatteringData.h"
 
@@ -22,10 +22,10 @@ ZfPhaseShiftDocument PhaseShifts(std::int32_t lSize);
 
 /// An fcc half space around an emitter in the third layer: as many whole shells by distance as come nearest
 /// to `atoms`.
-ZfCluster Cluster(std::size_t atoms);
+qvre::Cluster ClusterOf(std::size_t atoms);
 
 /// The outgoing s and d waves of a p level, as often as told: parts of one line that differ in m.
-std::vector<ZfEmittedWave> EmittedWaves(std::size_t waves);
+std::vector<qvre::EmittedWave> EmittedWaves(std::size_t waves);
 
 /// The same as a record ready for scattering, with one emitted wave.
 ZfScatteringRecord Record(std::size_t atoms, const ZfPhaseShiftDocument& phaseShifts);
@@ -35,7 +35,7 @@ ZfScatteringRecord Record(std::size_t atoms, const ZfPhaseShiftDocument& phaseSh
 ZfScatteringData ScatteredData(std::size_t atoms, std::int32_t lSize);
 
 /// Debye model at room temperature.
-ZfFluctuation RoomTemperature();
+qvre::Fluctuation RoomTemperature();
 ZfDebye Weights();
 
 }  // namespace copper

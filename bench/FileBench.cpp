@@ -7,6 +7,8 @@
 #include "foundation/Console.h"
 #include "xml/ZfBarnFile.h"
 
+using namespace qvre;
+
 namespace {
 
 constexpr std::size_t kAtoms = 1000;

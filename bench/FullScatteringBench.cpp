@@ -5,6 +5,8 @@
 
 #include "multiple/FullScattering.h"
 
+using namespace qvre;
+
 namespace {
 
 constexpr double kAngstrom = 1e-10;  // m

@@ -6,6 +6,8 @@
 #include "pattern/ZfDocPatternNano.h"
 #include "scattering/ZfSphericalBessel.h"
 
+using namespace qvre;
+
 namespace {
 
 constexpr double kEnergy_eV = 560.0;  // Cu 2p under Al K-alpha
@@ -14,8 +16,8 @@ constexpr double kRadius_m = 1.276e-10;
 constexpr std::int32_t kDegrees = 14;
 
 /// Free radial solutions, with phase shifts like those of a medium atom.
-ZfPhaseShiftRecord PhaseShift(double k) {
-    ZfPhaseShiftRecord record;
+PhaseShiftRecord PhaseShift(double k) {
+    PhaseShiftRecord record;
     record.PhaseShiftValue.SetVectorSize(kDegrees);
     for (std::int32_t l = 0; l < kDegrees; ++l)
         record.PhaseShiftValue.VectorAt(l) = 150.0 * std::exp(-0.4 * l);
@@ -36,7 +38,7 @@ ZfPhaseShiftRecord PhaseShift(double k) {
 }
 
 /// An fcc cluster below the emitter's layer and in it, every atom with a wave of its own.
-ZfScatteringRecord Cluster(int cells) {
+ZfScatteringRecord Crystallite(int cells) {
     ZfScatteringRecord record;
     std::vector<ZfFreeElectron>& list = record.ListScatterer.electrons;
     list.emplace_back().A.SetSize(4);
@@ -63,7 +65,7 @@ ZfScatteringRecord Cluster(int cells) {
 void WaveOnAPlane(benchmark::State& state) {
     const ConsoleRedirection quiet(nullptr);
     ZfScatteringData data;
-    data.ListScatteringData = {Cluster(static_cast<int>(state.range(0)))};
+    data.ListScatteringData = {Crystallite(static_cast<int>(state.range(0)))};
     const ZfVectorFreeElectron& list = data.ListScatteringData[0].ListScatterer;
     ZfPhaseShiftDocument phaseShifts;
     phaseShifts.records = {PhaseShift(list.electrons[0].k)};

@@ -4,12 +4,14 @@
 #include "pattern/ZfBlurForSPattern.h"
 #include "pattern/ZfDocScatteringPatternMatrix.h"
 
+using namespace qvre;
+
 namespace {
 
 constexpr double kEnergy_eV = 560.0;
 
-ZfPhaseShiftRecord PhaseShift(std::int32_t lSize) {
-    ZfPhaseShiftRecord record;
+PhaseShiftRecord PhaseShift(std::int32_t lSize) {
+    PhaseShiftRecord record;
     record.Ek_eV = kEnergy_eV;
     record.AtomName = record.AtomElement = "Cu";
     record.PhaseShiftValue.SetVectorSize(lSize);
@@ -18,8 +20,8 @@ ZfPhaseShiftRecord PhaseShift(std::int32_t lSize) {
     return record;
 }
 
-ZfEmittedWave PWave() {
-    ZfEmittedWave wave;
+EmittedWave PWave() {
+    EmittedWave wave;
     wave.Ek = kEnergy_eV;
     wave.coeff.SetSize(2);
     wave.coeff.At(1, 0) = 1.0;
@@ -31,8 +33,8 @@ void PairTable(benchmark::State& state) {
     const ConsoleRedirection quiet(nullptr);
     ZfScatteringData data;
     const ZfPhaseShiftDocument phaseShifts = {{PhaseShift(static_cast<std::int32_t>(state.range(0)))}};
-    const std::vector<ZfEmittedWave> waves = {PWave()};
-    const ZfFluctuation fluctuation;
+    const std::vector<EmittedWave> waves = {PWave()};
+    const Fluctuation fluctuation;
     const ZfDebye debye;
     ZfDocScatteringPatternMatrix matrix;
     matrix.PDocScattering_ = &data;

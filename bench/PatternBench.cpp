@@ -4,6 +4,8 @@
 #include "foundation/Console.h"
 #include "pattern/ZfDocPattern.h"
 
+using namespace qvre;
+
 namespace {
 
 constexpr std::int32_t kLSize = 15;
@@ -13,7 +15,7 @@ template <class Map>
 void Pattern(benchmark::State& state) {
     const ConsoleRedirection quiet(nullptr);
     ZfScatteringData data = copper::ScatteredData(static_cast<std::size_t>(state.range(0)), kLSize);
-    const ZfFluctuation fluctuation = copper::RoomTemperature();
+    const Fluctuation fluctuation = copper::RoomTemperature();
     const ZfDebye debye = copper::Weights();
     Map pattern;
     pattern.resolution = 1.0 / static_cast<double>(state.range(1));

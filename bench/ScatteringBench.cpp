@@ -3,6 +3,8 @@
 #include "Copper.h"
 #include "foundation/Console.h"
 
+using namespace qvre;
+
 namespace {
 
 constexpr std::int32_t kLSize = 15;
@@ -10,11 +12,11 @@ constexpr std::int32_t kLSize = 15;
 constexpr std::size_t kWaves = 3;
 
 // A run over all atoms of a cluster, with the waves of one line.
-void Scattering(benchmark::State& state, ZfScatteringMethod method) {
+void Scattering(benchmark::State& state, ScatteringMethod method) {
     const ConsoleRedirection quiet(nullptr);
     const ZfPhaseShiftDocument phaseShifts = copper::PhaseShifts(kLSize);
-    const std::vector<ZfEmittedWave> waves = copper::EmittedWaves(kWaves);
-    ZfCluster cluster = copper::Cluster(static_cast<std::size_t>(state.range(0)));
+    const std::vector<EmittedWave> waves = copper::EmittedWaves(kWaves);
+    Cluster cluster = copper::ClusterOf(static_cast<std::size_t>(state.range(0)));
     for (auto _ : state) {
         ZfScatteringData data;
         data.Version = method;

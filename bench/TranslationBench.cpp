@@ -4,6 +4,8 @@
 
 #include "scattering/LevelSynthesis.h"
 
+using namespace qvre;
+
 namespace {
 
 constexpr double kWaveNumber = 19.3;  // 1420 eV, per angstrom: all lengths here are angstrom

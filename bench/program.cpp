@@ -22,6 +22,8 @@
 #include "reference/PlainPattern.h"
 #include "scattering/ThermalModels.h"
 
+using namespace qvre;
+
 namespace {
 
 double Milliseconds(int who) {
@@ -64,7 +66,7 @@ double OfProgram(const std::vector<std::string>& arguments) {
 double OfPlainPattern(const std::string& wave, const std::string& fluctuationFile) {
     constexpr int kRuns = 3;
     ZfScatteringData data;
-    ZfFluctuation fluctuation;
+    Fluctuation fluctuation;
     ZfDebye debye;
     const ConsoleRedirection quiet(nullptr);
     ZfLoadScatteredWave(data, wave);

@@ -108,9 +108,8 @@ void PrintRow(const std::string& what, std::size_t atoms, double plainSeconds, d
     std::fflush(stdout);
 }
 
-ZfScatteringData Scatter(ZfScatteringMethod method, ZfCluster& cluster,
-                         const std::vector<ZfEmittedWave>& waves, const ZfPhaseShiftDocument& phaseShifts,
-                         double nearTie) {
+ZfScatteringData Scatter(ScatteringMethod method, Cluster& cluster, const std::vector<EmittedWave>& waves,
+                         const ZfPhaseShiftDocument& phaseShifts, double nearTie) {
     ZfScatteringData data;
     data.Version = method;
     data.MultiScattering = 1;
@@ -120,11 +119,11 @@ ZfScatteringData Scatter(ZfScatteringMethod method, ZfCluster& cluster,
     return data;
 }
 
-void CompareScattering(const std::string& what, ZfScatteringMethod method, std::size_t about,
+void CompareScattering(const std::string& what, ScatteringMethod method, std::size_t about,
                        std::int32_t lSize, std::size_t waveCount) {
     const ZfPhaseShiftDocument phaseShifts = copper::PhaseShifts(lSize);
-    const std::vector<ZfEmittedWave> waves = copper::EmittedWaves(waveCount);
-    ZfCluster cluster = copper::Cluster(about);
+    const std::vector<EmittedWave> waves = copper::EmittedWaves(waveCount);
+    Cluster cluster = copper::ClusterOf(about);
 
     ZfScatteringData translated;
     const double translatedSeconds =
@@ -158,7 +157,7 @@ void CompareScattering(const std::string& what, ZfScatteringMethod method, std::
 template <class Map>
 void ComparePattern(const std::string& map, double resolution, std::size_t about, std::int32_t lSize) {
     ZfScatteringData data = copper::ScatteredData(about, lSize);
-    const ZfFluctuation fluctuation = copper::RoomTemperature();
+    const Fluctuation fluctuation = copper::RoomTemperature();
     const ZfDebye debye = copper::Weights();
 
     Map fast;

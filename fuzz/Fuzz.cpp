@@ -6,6 +6,8 @@
 #include "Targets.h"
 #include "foundation/Console.h"
 
+using namespace qvre;
+
 // The fuzzer of all targets; the environment names the one that runs: QVRE_FUZZ_TARGET=xml.
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

@@ -9,6 +9,8 @@
 #include "Targets.h"
 #include "foundation/Console.h"
 
+using namespace qvre;
+
 // Reads every file of a folder as an input of the target that the folder is named after: an input that once
 // failed stays mended. Usage: qvre_replay FOLDER
 

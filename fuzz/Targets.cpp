@@ -19,10 +19,10 @@
 #include "foundation/ZfError.h"
 #include "foundation/ZfFloatMatrix3D.h"
 #include "image/ZfDocData.h"
-#include "input/ZfCluster.h"
+#include "input/Cluster.h"
+#include "input/EmittedWave.h"
+#include "input/Fluctuation.h"
 #include "input/ZfDebye.h"
-#include "input/ZfEmittedWave.h"
-#include "input/ZfFluctuation.h"
 #include "input/ZfPhaseShiftDocument.h"
 #include "prepare/cluster/CrystalSources.h"
 #include "prepare/phases/PhaseShiftTable.h"
@@ -33,6 +33,8 @@
 #include "xml/ZfBarnXml.h"
 #include "xml/ZfBinaryDataToText.h"
 #include "xml/ZfQBarnFile.h"
+
+using namespace qvre;
 
 namespace {
 
@@ -165,21 +167,21 @@ void ReadBinaryText(std::string_view input) {
 
 void ReadClusterXml(std::string_view input) {
     ReadBothWays("cluster.xml_cl", input, [](const std::string& path) {
-        ZfCluster cluster;
+        Cluster cluster;
         ZfLoadCluster(cluster, path);
     });
 }
 
 void ReadClusterXyz(std::string_view input) {
     ReadBothWays("cluster.xyz", input, [](const std::string& path) {
-        ZfCluster cluster;
+        Cluster cluster;
         ZfLoadCluster(cluster, path);
     });
 }
 
 void ReadWaves(std::string_view input) {
     ReadBothWays("emitter.xml_emt", input, [](const std::string& path) {
-        std::vector<ZfEmittedWave> waves;
+        std::vector<EmittedWave> waves;
         ZfLoadEmittedWave(waves, path);
     });
 }
@@ -193,7 +195,7 @@ void ReadPhaseShifts(std::string_view input) {
 
 void ReadFluctuation(std::string_view input) {
     ReadBothWays("fluctuation.xml_flu", input, [](const std::string& path) {
-        ZfFluctuation fluctuation;
+        Fluctuation fluctuation;
         ZfLoadFluctuation(fluctuation, path);
     });
 }

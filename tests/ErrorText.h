@@ -5,6 +5,8 @@
 
 #include "foundation/ZfError.h"
 
+using namespace qvre;
+
 /// The message with which an action fails; "no failure" when it does not. Bare texts come after "bare: ".
 template <class Action>
 std::string ErrorText(Action action) {

@@ -14,6 +14,8 @@
 #include "foundation/ZfError.h"
 #include "foundation/ZfFileQt.h"
 
+namespace qvre {
+
 namespace {
 
 constexpr const char* kWeightTable = "AtomicWeight.txt";
@@ -114,3 +116,5 @@ int RunDriver(int argumentCount, const char* const* arguments) {
     }
     return -1;
 }
+
+}  // namespace qvre

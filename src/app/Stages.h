@@ -9,8 +9,10 @@
 /// ZfError.
 void ZfRunScattering(const std::string& outputFile, std::int32_t method);
 
+namespace qvre {
+
 /// What the image stage is asked for. Lengths are metres.
-struct ZfPatternRequest {
+struct PatternRequest {
     double angularResolution = 1.0;  ///< degrees a pixel
     double clusterLimit = 0.0;
     double clusterLowerLimit = 0.0;
@@ -23,6 +25,8 @@ struct ZfPatternRequest {
     bool byDepth = false;
 };
 
+}  // namespace qvre
+
 /// Turns the scattered wave into the pattern image and, on demand, the image of the direct wave alone. Throws
 /// ZfError.
-void ZfRunPattern(const ZfPatternRequest& request);
+void ZfRunPattern(const qvre::PatternRequest& request);

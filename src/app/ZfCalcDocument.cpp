@@ -2,6 +2,8 @@
 
 #include "crystal/CrystalPresets.h"
 
+using namespace qvre;
+
 ZfCalcDocument& ZfCalcDocument::Instance() {
     static ZfCalcDocument* document = nullptr;
     if (!document) document = new ZfCalcDocument;

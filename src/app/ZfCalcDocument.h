@@ -4,10 +4,10 @@
 #include <vector>
 
 #include "crystal/ZfCrystal.h"
-#include "input/ZfCluster.h"
+#include "input/Cluster.h"
+#include "input/EmittedWave.h"
+#include "input/Fluctuation.h"
 #include "input/ZfDebye.h"
-#include "input/ZfEmittedWave.h"
-#include "input/ZfFluctuation.h"
 #include "input/ZfPhaseShiftDocument.h"
 #include "pattern/ZfDocPattern.h"
 #include "pattern/ZfDocPatternNano.h"
@@ -24,8 +24,8 @@ public:
     ZfCalcDocument(const ZfCalcDocument&) = delete;
     ZfCalcDocument& operator=(const ZfCalcDocument&) = delete;
 
-    ZfCluster cluster;
-    std::vector<ZfEmittedWave> emittedWaves;
+    qvre::Cluster cluster;
+    std::vector<qvre::EmittedWave> emittedWaves;
     std::unique_ptr<ZfPhaseShiftDocument> phaseShifts;
     std::unique_ptr<ZfScatteringData> scatteringData;
     ZfDocPattern_Diana patternDiana;
@@ -38,7 +38,7 @@ public:
     ZfCrystalTable crystalPresets;
     ZfDocPatternNano patternNano;
     ZfDebye debye;
-    ZfFluctuation fluctuation;
+    qvre::Fluctuation fluctuation;
 
 private:
     ZfCalcDocument();

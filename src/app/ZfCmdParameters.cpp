@@ -9,13 +9,15 @@
 #include "pattern/SphereMap.h"
 #include "scattering/ZfScatteringData.h"
 
+using namespace qvre;
+
 namespace {
 
 // A method or map that is added to those words must not become a word of this command line.
-static_assert(kWords<ZfScatteringMethod>.size() == 3 && kWords<SphereMap>.size() == 2);
+static_assert(kWords<ScatteringMethod>.size() == 3 && kWords<SphereMap>.size() == 2);
 
-std::int32_t ScatteringMethod(std::string_view name) {
-    if (const auto method = ValueOfWord<ZfScatteringMethod>(name)) return *method;
+std::int32_t MethodCode(std::string_view name) {
+    if (const auto method = ValueOfWord<ScatteringMethod>(name)) return *method;
     throw ZfError("Multiple scattering calculation method is not correct.");
 }
 
@@ -59,7 +61,7 @@ void TakeOption(ZfCmdParameters& p, std::string_view option, const std::string& 
     } else if (option == "-LL") {
         p.clusterLowerLimit = Metres(value);
     } else if (option == "-MS") {
-        p.scatteringMethod = ScatteringMethod(value);
+        p.scatteringMethod = MethodCode(value);
     } else if (option == "-M") {
         p.mappingMethod = MappingMethod(value);
     } else if (option == "-MFPE") {

@@ -5,6 +5,8 @@
 #include "image/ZfDocData.h"
 #include "pattern/SphereMap.h"
 
+using namespace qvre;
+
 namespace {
 
 ZfDocPattern& PatternOf(ZfCalcDocument& document, SphereMap map, double resolution) {
@@ -18,7 +20,7 @@ ZfDocPattern& PatternOf(ZfCalcDocument& document, SphereMap map, double resoluti
 
 }  // namespace
 
-void ZfRunPattern(const ZfPatternRequest& request) {
+void ZfRunPattern(const PatternRequest& request) {
     ZfCalcDocument& document = ZfCalcDocument::Instance();
     ZfScatteringData& data = *document.scatteringData;
     const auto map = static_cast<SphereMap>(request.mappingCode);

@@ -2,6 +2,8 @@
 #include "app/ZfCalcDocument.h"
 #include "foundation/Console.h"
 
+using namespace qvre;
+
 namespace {
 
 constexpr double kTolerance = 0.01;

@@ -1,5 +1,7 @@
 #include "crystal/CrystalPresets.h"
 
+namespace qvre {
+
 namespace {
 
 void AddFaceCentredBasis(ZfCrystal& crystal, const std::string& element) {
@@ -55,3 +57,5 @@ void AddCrystalPresets(ZfCrystalTable& table) {
     AddDiamond(table, "Ge", "Ge", 5.658);
     AddDiamond(table, "alpha-Sn", "Sn", 6.49);
 }
+
+}  // namespace qvre

@@ -5,6 +5,8 @@
 #include "crystal/ZfParser.h"
 #include "foundation/ZfError.h"
 
+using namespace qvre;
+
 namespace {
 
 void SetAlongAxes(ZfLDoubleMatrix& target, const std::array<ZfLDoubleMatrix, 3>& axes, ZfParser& parser,

@@ -22,7 +22,7 @@ public:
     std::array<std::string, 3> coordinates;  ///< expressions, along the axes
     std::int32_t kind = 0;
     double weight = 0.0;
-    ZfLDoubleMatrix position = Vector3(0.0, 0.0, 0.0);  ///< angstrom; set by Build
+    ZfLDoubleMatrix position = qvre::Vector3(0.0, 0.0, 0.0);  ///< angstrom; set by Build
 };
 
 /// A crystal: axes with their lattice constants, lattice vectors and a basis of atoms. Coordinates are texts
@@ -43,16 +43,16 @@ struct ZfCrystal {
 
     std::string name;
     std::array<double, 3> latticeConstants = {};  ///< angstrom; 0 counts as the first one
-    std::array<ZfLDoubleMatrix, 3> axisDirections = {Vector3(0.0, 0.0, 0.0), Vector3(0.0, 0.0, 0.0),
-                                                     Vector3(0.0, 0.0, 0.0)};
+    std::array<ZfLDoubleMatrix, 3> axisDirections = {
+        qvre::Vector3(0.0, 0.0, 0.0), qvre::Vector3(0.0, 0.0, 0.0), qvre::Vector3(0.0, 0.0, 0.0)};
     // Expressions of the components of the lattice vectors, one entry a vector.
     std::vector<std::string> latticeX = std::vector<std::string>(3);
     std::vector<std::string> latticeY = std::vector<std::string>(3);
     std::vector<std::string> latticeZ = std::vector<std::string>(3);
-    std::array<ZfLDoubleMatrix, 3> axes = {Vector3(1.0, 0.0, 0.0), Vector3(0.0, 1.0, 0.0),
-                                           Vector3(0.0, 0.0, 1.0)};  ///< angstrom once built
-    std::array<ZfLDoubleMatrix, 3> latticeVectors;                   ///< angstrom
-    std::set<std::int32_t> kinds;                                    ///< of the atoms
+    std::array<ZfLDoubleMatrix, 3> axes = {qvre::Vector3(1.0, 0.0, 0.0), qvre::Vector3(0.0, 1.0, 0.0),
+                                           qvre::Vector3(0.0, 0.0, 1.0)};  ///< angstrom once built
+    std::array<ZfLDoubleMatrix, 3> latticeVectors;                         ///< angstrom
+    std::set<std::int32_t> kinds;                                          ///< of the atoms
     std::vector<ZfAtomAttr> atoms;
 };
 

@@ -7,6 +7,8 @@
 
 #include "foundation/ZfError.h"
 
+using namespace qvre;
+
 namespace {
 
 // Only a function call recurses; some hundred bytes of stack a level.
@@ -75,7 +77,7 @@ double ApplyBinary(std::int32_t code, double left, double right) {
 }
 
 /// Replaces the operands on top of the stack by the result.
-void Apply(const ZfParserToken& token, std::vector<double>& operands) {
+void Apply(const ParserToken& token, std::vector<double>& operands) {
     const std::size_t count = RuleOf(token.code).operands;
     if (operands.size() < count) throw ZfError("error:a parameter for the oeprand:" + token.text);
     const double last = operands.back();
@@ -102,10 +104,10 @@ double ZfParser::Calculate(const std::string& text) {
 // The recursion with CallFunction ends at kMaxCallDepth.
 // NOLINTNEXTLINE(misc-no-recursion)
 double ZfParser::Evaluate(std::int32_t depth) {
-    std::vector<ZfParserToken> operators = {{kTokenDummy, 0.0, "DUMMY"}};
+    std::vector<ParserToken> operators = {{kTokenDummy, 0.0, "DUMMY"}};
     std::vector<double> operands;
     while (true) {
-        const ZfParserToken& token = lexer.Token(tokenIndex++);
+        const ParserToken& token = lexer.Token(tokenIndex++);
         if (token.code == kTokenFunction) {
             --tokenIndex;
             operands.push_back(CallFunction(depth));

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "crystal/ZfParserFunc.h"
+#include "crystal/ParserFunc.h"
 #include "crystal/ZfParserLexer.h"
 
 /// Evaluates one arithmetic expression in 64-bit floats, such as "3/4" or "2*cos(radian(30))".
@@ -23,7 +23,7 @@ public:
 
     ZfParserLexer lexer;
     std::int32_t tokenIndex = 0;
-    ZfParserFuncTable functions;
+    qvre::ParserFuncTable functions;
     std::vector<double> parameters = std::vector<double>(26, 0.0);  ///< "a" to "z"
 
 private:

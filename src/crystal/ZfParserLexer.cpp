@@ -4,6 +4,8 @@
 
 #include "foundation/ZfError.h"
 
+using namespace qvre;
+
 namespace {
 
 // Tokens take some 50 bytes a character: this keeps a hostile text below a few hundred megabytes.
@@ -43,8 +45,8 @@ void ZfParserLexer::Lex(const std::string& expression) {
     }
 }
 
-const ZfParserToken& ZfParserLexer::Token(std::int32_t index) const {
-    static const ZfParserToken none;
+const ParserToken& ZfParserLexer::Token(std::int32_t index) const {
+    static const ParserToken none;
     return static_cast<std::size_t>(index) < tokens.size() ? tokens[static_cast<std::size_t>(index)] : none;
 }
 

@@ -6,8 +6,10 @@
 #include <string>
 #include <vector>
 
+namespace qvre {
+
 /// What a token is; also the index of its name in ZfParserLexer::names.
-enum ZfParserCode : std::int32_t {
+enum ParserCode : std::int32_t {
     kTokenFunction = 0,  ///< a name with '(' right behind it
     kTokenConstant = 1,
     kTokenParameter = 2,  ///< any other name
@@ -25,11 +27,13 @@ enum ZfParserCode : std::int32_t {
     kTokenNone = 16  ///< what stands behind the last token
 };
 
-struct ZfParserToken {
+struct ParserToken {
     std::int32_t code = kTokenNone;
     double value = 0.0;  ///< of a constant
     std::string text;
 };
+
+}  // namespace qvre
 
 /// Cuts an expression into tokens: names, decimal numbers such as "2", ".5" or "1.5e-3", the operators
 /// ( ) * / % + - and the comma. A + or - is binary behind a number, a parameter or ')', otherwise unary.
@@ -41,9 +45,9 @@ public:
     void Lex(const std::string& expression);
 
     /// The token at `index`, or one of code kTokenNone past the end.
-    const ZfParserToken& Token(std::int32_t index) const;
+    const qvre::ParserToken& Token(std::int32_t index) const;
 
-    std::vector<ZfParserToken> tokens;
+    std::vector<qvre::ParserToken> tokens;
     std::string text;
     std::int32_t position = 0;
     std::array<std::string, 17> names = {

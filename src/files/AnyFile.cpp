@@ -9,6 +9,8 @@
 #include "foundation/ZfError.h"
 #include "xml/ZfQBarnFile.h"
 
+namespace qvre {
+
 namespace {
 
 constexpr std::streamoff kEndLength = 4096;
@@ -53,10 +55,10 @@ void RequireEnd(const Ends& ends, const std::string& root) {
 }
 
 /// A frame that ends early and lines behind the last frame are no failure of the reader.
-void RequireWholeXyz(const std::string& path, const ZfCluster& cluster) {
+void RequireWholeXyz(const std::string& path, const Cluster& cluster) {
     const std::vector<std::string> lines = LineSplit(ReadTextFile(path));
     std::size_t next = 0;
-    for (const ZfStructure& structure : cluster.structures) {
+    for (const Structure& structure : cluster.structures) {
         const std::int32_t count = TextToInt(lines[next]);
         if (static_cast<std::size_t>(std::max(count, 0)) != structure.atoms.size())
             throw ZfError("a frame tells " + std::to_string(count) + " atoms and has lines for " +
@@ -152,7 +154,7 @@ AnyFile Load(const std::string& path) {
     const Ends ends = ReadEnds(path);
     if (!path.ends_with(".xyz")) return LoadXml(path, ends);
     AnyFile file{.path = path, .content = Loaded(ZfLoadCluster, path)};
-    RequireWholeXyz(path, std::get<ZfCluster>(file.content));
+    RequireWholeXyz(path, std::get<Cluster>(file.content));
     return file;
 }
 
@@ -169,10 +171,12 @@ AnyFile LoadAnyFile(const std::string& path) {
     return Naming(path, [&] { return Load(path); });
 }
 
-ZfCluster LoadClusterFile(const std::string& path) {
-    return LoadKind<ZfCluster>(path, "cluster file (.xml_cl or .xyz)");
+Cluster LoadClusterFile(const std::string& path) {
+    return LoadKind<Cluster>(path, "cluster file (.xml_cl or .xyz)");
 }
 
-std::vector<ZfEmittedWave> LoadWaveFile(const std::string& path) {
-    return LoadKind<std::vector<ZfEmittedWave>>(path, "emitted-wave file (.xml_emt)");
+std::vector<EmittedWave> LoadWaveFile(const std::string& path) {
+    return LoadKind<std::vector<EmittedWave>>(path, "emitted-wave file (.xml_emt)");
 }
+
+}  // namespace qvre

@@ -7,15 +7,17 @@
 #include <vector>
 
 #include "image/ZfDocData.h"
-#include "input/ZfCluster.h"
-#include "input/ZfEmittedWave.h"
-#include "input/ZfFluctuation.h"
+#include "input/Cluster.h"
+#include "input/EmittedWave.h"
+#include "input/Fluctuation.h"
 #include "input/ZfPhaseShiftDocument.h"
 #include "scattering/ZfScatteringData.h"
 
+namespace qvre {
+
 /// Any file of the project, loaded. Its kind is the alternative that the content holds.
 struct AnyFile {
-    using Content = std::variant<ZfCluster, std::vector<ZfEmittedWave>, ZfPhaseShiftDocument, ZfFluctuation,
+    using Content = std::variant<Cluster, std::vector<EmittedWave>, ZfPhaseShiftDocument, Fluctuation,
                                  std::unique_ptr<ZfScatteringData>, std::unique_ptr<ZfDocData>>;
 
     std::string path;
@@ -28,5 +30,7 @@ struct AnyFile {
 AnyFile LoadAnyFile(const std::string& path);
 
 // The same for one kind, which the file has to be of.
-ZfCluster LoadClusterFile(const std::string& path);
-std::vector<ZfEmittedWave> LoadWaveFile(const std::string& path);
+Cluster LoadClusterFile(const std::string& path);
+std::vector<EmittedWave> LoadWaveFile(const std::string& path);
+
+}  // namespace qvre

@@ -10,6 +10,8 @@
 #include "prepare/checks/NearestNeighbours.h"
 #include "scattering/ThermalModels.h"
 
+namespace qvre {
+
 namespace {
 
 std::string Left(std::size_t count) {
@@ -18,9 +20,9 @@ std::string Left(std::size_t count) {
     return text + std::to_string(count - kLongestList) + " more\n";
 }
 
-std::string NameCounts(const std::vector<ZfAtom>& atoms) {
+std::string NameCounts(const std::vector<ClusterAtom>& atoms) {
     std::map<std::string, std::size_t> counts;
-    for (const ZfAtom& atom : atoms)
+    for (const ClusterAtom& atom : atoms)
         ++counts[atom.name == atom.atom ? atom.name : atom.name + " (" + atom.atom + ")"];
     std::string text;
     for (const auto& [name, count] : counts)
@@ -33,19 +35,19 @@ std::string LengthText(double metres) {
     return DoubleToText(std::round(metres * 1e14) / 1e4 + 0.0);
 }
 
-std::string ExtentText(const std::vector<ZfAtom>& atoms, std::int32_t axis) {
+std::string ExtentText(const std::vector<ClusterAtom>& atoms, std::int32_t axis) {
     const auto [low, high] =
-        std::minmax_element(atoms.begin(), atoms.end(), [axis](const ZfAtom& a, const ZfAtom& b) {
+        std::minmax_element(atoms.begin(), atoms.end(), [axis](const ClusterAtom& a, const ClusterAtom& b) {
             return a.position.Data()[axis] < b.position.Data()[axis];
         });
     return LengthText(low->position.Data()[axis]) + " to " + LengthText(high->position.Data()[axis]);
 }
 
-std::string DisplacementText(const std::vector<ZfAtom>& atoms) {
+std::string DisplacementText(const std::vector<ClusterAtom>& atoms) {
     double low = std::numeric_limits<double>::infinity();
     double high = -low;
     std::size_t given = 0;
-    for (const ZfAtom& atom : atoms) {
+    for (const ClusterAtom& atom : atoms) {
         if (atom.U.Count() == 0) continue;
         ++given;
         low = std::min(low, *atom.U.Data() * 1e20);
@@ -55,9 +57,9 @@ std::string DisplacementText(const std::vector<ZfAtom>& atoms) {
     return RangeText(low, high) + " angstrom^2 on " + Counted(given, "atom");
 }
 
-std::string StructureSummary(const std::vector<ZfAtom>& atoms) {
+std::string StructureSummary(const std::vector<ClusterAtom>& atoms) {
     if (atoms.empty()) return "no atoms\n";
-    const ZfAtom& emitter = atoms[NearestToOrigin(atoms)];
+    const ClusterAtom& emitter = atoms[NearestToOrigin(atoms)];
     const std::vector<Neighbour> nearest = NearestNeighbours(atoms);
     double distance = std::numeric_limits<double>::infinity();
     for (const Neighbour& neighbour : nearest) distance = std::min(distance, neighbour.distance_angstrom);
@@ -70,7 +72,7 @@ std::string StructureSummary(const std::vector<ZfAtom>& atoms) {
     return text + "    Uiso " + DisplacementText(atoms) + "\n";
 }
 
-std::string Summary(const ZfCluster& cluster) {
+std::string Summary(const Cluster& cluster) {
     std::string text = "cluster\n  ";
     text += Counted(cluster.structures.size(), "structure") + "\n";
     const std::size_t shown = std::min(cluster.structures.size(), kLongestList);
@@ -91,7 +93,7 @@ std::string StrengthText(const ZfLmComplexTable& coefficients) {
     return text.empty() ? "nothing" : text;
 }
 
-std::string WaveText(const ZfEmittedWave& wave) {
+std::string WaveText(const EmittedWave& wave) {
     std::string text = DoubleToText(wave.Ek);
     text += " eV, ";
     if (wave.IsPlaneWave)
@@ -100,11 +102,11 @@ std::string WaveText(const ZfEmittedWave& wave) {
     return text + "l size " + std::to_string(wave.coeff.L) + ", |A|^2 of " + StrengthText(wave.coeff);
 }
 
-std::string Summary(const std::vector<ZfEmittedWave>& waves) {
+std::string Summary(const std::vector<EmittedWave>& waves) {
     std::string text = "emitted waves\n  ";
     text += Counted(waves.size(), "wave") + "\n";
     double sum = 0.0;
-    for (const ZfEmittedWave& wave : waves)
+    for (const EmittedWave& wave : waves)
         for (const auto& c : wave.coeff.block) sum += std::norm(c);
     for (std::size_t i = 0; i < std::min(waves.size(), kLongestList); ++i)
         text += "  " + std::to_string(i) + ": " + WaveText(waves[i]) + "\n";
@@ -112,7 +114,7 @@ std::string Summary(const std::vector<ZfEmittedWave>& waves) {
            DoubleToText(sum / (4.0 * kPi)) + " times 4 pi\n";
 }
 
-std::string RecordText(const ZfPhaseShiftRecord& record) {
+std::string RecordText(const PhaseShiftRecord& record) {
     const std::int32_t size = record.PhaseShiftValue.VectorSize();
     std::string text = record.AtomName;
     if (record.AtomElement != record.AtomName) text += " (" + record.AtomElement + ")";
@@ -134,7 +136,7 @@ std::string Summary(const ZfPhaseShiftDocument& document) {
     return text + Left(document.records.size());
 }
 
-std::string Summary(const ZfFluctuation& f) {
+std::string Summary(const Fluctuation& f) {
     std::string text = "fluctuation\n  temperature ";
     text += DoubleToText(f.Temperature_K_) + " K\n  Uiso from ";
     switch (ThermalModelOf(f)) {
@@ -173,10 +175,10 @@ std::string RangeText(double smallest, double largest) {
 std::string FileSummary(const AnyFile& file) {
     struct Visitor {
         std::int32_t imageVersion;
-        std::string operator()(const ZfCluster& cluster) const { return Summary(cluster); }
-        std::string operator()(const std::vector<ZfEmittedWave>& waves) const { return Summary(waves); }
+        std::string operator()(const Cluster& cluster) const { return Summary(cluster); }
+        std::string operator()(const std::vector<EmittedWave>& waves) const { return Summary(waves); }
         std::string operator()(const ZfPhaseShiftDocument& document) const { return Summary(document); }
-        std::string operator()(const ZfFluctuation& fluctuation) const { return Summary(fluctuation); }
+        std::string operator()(const Fluctuation& fluctuation) const { return Summary(fluctuation); }
         std::string operator()(const std::unique_ptr<ZfScatteringData>& data) const {
             return ScatteredWaveSummary(*data);
         }
@@ -186,3 +188,5 @@ std::string FileSummary(const AnyFile& file) {
     };
     return file.path + ": " + std::visit(Visitor{file.imageVersion}, file.content);
 }
+
+}  // namespace qvre

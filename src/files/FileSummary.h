@@ -4,6 +4,8 @@
 
 #include "files/AnyFile.h"
 
+namespace qvre {
+
 /// What a file holds, as lines to read: the path and the kind first, indented lines with numbers and units
 /// behind it.
 std::string FileSummary(const AnyFile& file);
@@ -20,3 +22,5 @@ std::string RangeText(double smallest, double largest);
 
 /// Lists are cut at this length, with a line that tells how many are left out.
 constexpr std::size_t kLongestList = 40;
+
+}  // namespace qvre

@@ -10,6 +10,8 @@
 
 // Summaries of what a run makes: the scattered waves and the images.
 
+namespace qvre {
+
 namespace {
 
 std::string LabelCounts(const std::vector<std::string>& labels) {
@@ -131,3 +133,5 @@ std::string ImageSummary(const ZfDocData& document, std::int32_t version) {
     for (const auto& [key, list] : document.infoValue) text += InfoText(key, list);
     return text;
 }
+
+}  // namespace qvre

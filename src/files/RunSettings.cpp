@@ -10,13 +10,15 @@
 #include "foundation/FileReading.h"
 #include "foundation/ZfError.h"
 #include "image/ZfDocData.h"
-#include "input/ZfCluster.h"
-#include "input/ZfEmittedWave.h"
-#include "input/ZfFluctuation.h"
+#include "input/Cluster.h"
+#include "input/EmittedWave.h"
+#include "input/Fluctuation.h"
 #include "input/ZfPhaseShiftDocument.h"
 #include "scattering/ThermalModels.h"
 #include "xml/ZfBarnFile.h"
 #include "xml/ZfQBarnFile.h"
+
+namespace qvre {
 
 namespace {
 
@@ -55,13 +57,13 @@ void AddScatteredWave(RunSettings& settings, const std::string& path) {
 }
 
 void AddCluster(RunSettings& settings, const std::string& path) {
-    ZfCluster cluster;
+    Cluster cluster;
     ZfLoadCluster(cluster, path);
     std::vector<double> atoms;
     std::set<std::string> elements;
-    for (const ZfStructure& structure : cluster.structures) {
+    for (const Structure& structure : cluster.structures) {
         atoms.push_back(static_cast<double>(structure.atoms.size()));
-        for (const ZfAtom& atom : structure.atoms) elements.insert(atom.atom);
+        for (const ClusterAtom& atom : structure.atoms) elements.insert(atom.atom);
     }
     settings.push_back({"cluster_file", FileName(path), ""});
     settings.push_back({"cluster_atoms", std::move(atoms), ""});
@@ -69,12 +71,12 @@ void AddCluster(RunSettings& settings, const std::string& path) {
 }
 
 void AddEmittedWaves(RunSettings& settings, const std::string& path) {
-    std::vector<ZfEmittedWave> waves;
+    std::vector<EmittedWave> waves;
     ZfLoadEmittedWave(waves, path);
     if (waves.empty()) throw ZfError("there are no emitted waves in it");
     std::vector<double> energies;
     energies.reserve(waves.size());
-    for (const ZfEmittedWave& wave : waves) energies.push_back(wave.Ek);
+    for (const EmittedWave& wave : waves) energies.push_back(wave.Ek);
     settings.push_back({"emitted_wave_file", FileName(path), ""});
     settings.push_back({"emitted_wave_energies", std::move(energies), "eV"});
 }
@@ -85,7 +87,7 @@ void AddPhaseShifts(RunSettings& settings, const std::string& path) {
     if (document.records.empty()) throw ZfError("there are no phase shifts in it");
     std::set<double> energies;
     std::set<std::string> atoms;
-    for (const ZfPhaseShiftRecord& record : document.records) {
+    for (const PhaseShiftRecord& record : document.records) {
         energies.insert(record.Ek_eV);
         atoms.insert(record.AtomName);
     }
@@ -94,7 +96,7 @@ void AddPhaseShifts(RunSettings& settings, const std::string& path) {
     settings.push_back({"phase_shift_energies", Sorted(energies), "eV"});
 }
 
-std::string ThermalModelName(const ZfFluctuation& fluctuation) {
+std::string ThermalModelName(const Fluctuation& fluctuation) {
     switch (ThermalModelOf(fluctuation)) {
         case ThermalModel::kEinstein:
             return "Einstein model";
@@ -108,7 +110,7 @@ std::string ThermalModelName(const ZfFluctuation& fluctuation) {
 }
 
 void AddFluctuation(RunSettings& settings, const std::string& path) {
-    ZfFluctuation fluctuation;
+    Fluctuation fluctuation;
     ZfBarnFile file(path, "r");
     if (!ExchangeFluctuation(file, fluctuation, "DocFluctuation"))
         throw ZfError("there is no fluctuation in it");
@@ -193,3 +195,5 @@ void LoadScatteredWaveRecords(ZfScatteringData& data, const std::string& path) {
                 throw ZfError("a record has no atoms: the file may be cut short");
     });
 }
+
+}  // namespace qvre

@@ -6,6 +6,8 @@
 
 #include "scattering/ZfScatteringData.h"
 
+namespace qvre {
+
 /// One fact about a run.
 struct RunSetting {
     std::string name;
@@ -32,3 +34,5 @@ void AddWaveSettings(RunSettings& settings, const ZfScatteringData& data);
 /// A scattered-wave file (.xml_sf) with at least one record, and atoms in each. Throws ZfError with the name
 /// of the file.
 void LoadScatteredWaveRecords(ZfScatteringData& data, const std::string& path);
+
+}  // namespace qvre

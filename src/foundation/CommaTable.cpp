@@ -9,6 +9,8 @@
 #include "foundation/FileReading.h"
 #include "foundation/ZfError.h"
 
+namespace qvre {
+
 namespace {
 
 constexpr std::string_view kBlanks = " \t\r";
@@ -80,3 +82,5 @@ std::size_t CommaTable::Column(const std::string& title) const {
     if (const auto column = Find(title)) return *column;
     throw ZfError(fmt::format("it has no column {}", title));
 }
+
+}  // namespace qvre

@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+namespace qvre {
+
 enum class FieldSeparator {
     kComma,
     kAny,  ///< a comma, a semicolon or a run of blanks
@@ -32,3 +34,5 @@ public:
     std::vector<std::string> titles;
     std::vector<std::vector<std::string>> rows;
 };
+
+}  // namespace qvre

@@ -2,6 +2,8 @@
 
 #include <cstdarg>
 
+namespace qvre {
+
 namespace {
 
 std::FILE* progress = stdout;
@@ -30,3 +32,5 @@ ConsoleRedirection::ConsoleRedirection(std::FILE* stream) : former_(progress) {
 ConsoleRedirection::~ConsoleRedirection() {
     progress = former_;
 }
+
+}  // namespace qvre

@@ -3,6 +3,8 @@
 #include <cstdio>
 #include <string_view>
 
+namespace qvre {
+
 /// Progress goes to standard output through C formatted output alone, so no two channels can reorder.
 /// A progress message carries its own "\n". Worker threads do not print.
 [[gnu::format(printf, 1, 2)]] void ConsolePrint(const char* format, ...);
@@ -21,3 +23,5 @@ public:
 private:
     std::FILE* former_;
 };
+
+}  // namespace qvre

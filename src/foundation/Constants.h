@@ -3,6 +3,8 @@
 // Mathematical and physical constants. The physical ones come from several adjustments of CODATA. Those of
 // 1986 and 1998 are not to be updated: every wave number, and with it every result, hangs on them.
 
+namespace qvre {
+
 constexpr double kPi = 3.141592653589793;
 constexpr double kTwoPi = 6.283185307179586;
 constexpr double kDegree = kPi / 180;  // rad
@@ -24,3 +26,5 @@ constexpr double Radians(double degrees) {
 constexpr double Degrees(double radians) {
     return radians * 180 / kPi;
 }
+
+}  // namespace qvre

@@ -4,6 +4,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+namespace qvre {
+
 bool OpenFile(QFile& file, const std::string& name, QIODevice::OpenModeFlag mode) {
     constexpr mode_t kByUmask = 0666;
     const int access = mode == QIODevice::WriteOnly ? O_WRONLY | O_CREAT | O_TRUNC : O_RDONLY;
@@ -15,3 +17,5 @@ bool OpenFile(QFile& file, const std::string& name, QIODevice::OpenModeFlag mode
     close(descriptor);
     return false;
 }
+
+}  // namespace qvre

@@ -14,6 +14,8 @@
 
 #include "foundation/ZfError.h"
 
+namespace qvre {
+
 namespace {
 
 [[noreturn]] void Fail(const std::string& path, int reason) {
@@ -88,3 +90,5 @@ void RethrowNaming(const std::string& path) {
         throw ZfError(place + "it is damaged (" + error.what() + ")");
     }
 }
+
+}  // namespace qvre

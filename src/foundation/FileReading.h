@@ -2,6 +2,8 @@
 
 #include <string>
 
+namespace qvre {
+
 /// The bytes of a file, pipes included. Throws ZfError "path: reason".
 std::string ReadWholeFile(const std::string& path);
 
@@ -25,3 +27,5 @@ auto Naming(const std::string& path, const Reader& read) {
         RethrowNaming(path);
     }
 }
+
+}  // namespace qvre

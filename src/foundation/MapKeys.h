@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+namespace qvre {
+
 /// The names of a table, in alphabetical order.
 template <class Value>
 std::vector<std::string> MapKeys(const std::map<std::string, Value>& table) {
@@ -12,3 +14,5 @@ std::vector<std::string> MapKeys(const std::map<std::string, Value>& table) {
     for (const auto& entry : table) names.push_back(entry.first);
     return names;
 }
+
+}  // namespace qvre

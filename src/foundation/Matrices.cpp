@@ -3,6 +3,8 @@
 #include <cmath>
 #include <functional>
 
+using namespace qvre;
+
 namespace {
 
 /// Runs an operation and reports any failure inside it under the operator's own text.
@@ -137,6 +139,8 @@ ZfLDoubleMatrix EulerRotation(double x1, double x2, double x3) {
     return Multiply(RotationZ(x3), inner);
 }
 
+namespace qvre {
+
 ZfLDoubleMatrix Vector3(double x, double y, double z) {
     ZfLDoubleMatrix v(3);
     v.VectorAt(0) = x;
@@ -144,3 +148,5 @@ ZfLDoubleMatrix Vector3(double x, double y, double z) {
     v.VectorAt(2) = z;
     return v;
 }
+
+}  // namespace qvre

@@ -1,6 +1,8 @@
 #include <sstream>
 
-#include "foundation/ZfMatrix.h"
+#include "foundation/MatrixBase.h"
+
+namespace qvre {
 
 void ThrowMatrixOverRange(std::int64_t col, std::int64_t row, std::int32_t colSize, std::int32_t rowSize,
                           std::int32_t colBegin, std::int32_t rowBegin, bool fastReturn) {
@@ -13,3 +15,5 @@ void ThrowMatrixOverRange(std::int64_t col, std::int64_t row, std::int32_t colSi
 void ThrowNotVector() {
     throw ZfError("This is not vector");
 }
+
+}  // namespace qvre

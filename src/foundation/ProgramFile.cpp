@@ -4,6 +4,8 @@
 
 #include "foundation/ZfError.h"
 
+namespace qvre {
+
 std::filesystem::path RunningProgram() {
     std::error_code failure;
     const std::filesystem::path running = std::filesystem::read_symlink("/proc/self/exe", failure);
@@ -19,3 +21,5 @@ std::string ProgramFile(const std::string& name) {
                       beside.string());
     return beside.string();
 }
+
+}  // namespace qvre

@@ -17,6 +17,8 @@
 
 #include "foundation/ZfError.h"
 
+namespace qvre {
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -203,3 +205,5 @@ bool IsTemporaryOf(const std::string& name, const std::string& target) {
     return name.size() == start.size() + kRandomDigits && name.starts_with(start) &&
            name.find_first_not_of("0123456789abcdef", start.size()) == std::string::npos;
 }
+
+}  // namespace qvre

@@ -3,6 +3,8 @@
 #include <functional>
 #include <string>
 
+namespace qvre {
+
 /// A file that appears whole or not at all: it is written under a temporary name in the folder of its target
 /// and takes the target's place at Commit. Without a Commit the destructor removes it, and a former file of
 /// the target's name stays as it was; otherwise it hands on its mode and owner. Where the name is a symbolic
@@ -44,3 +46,5 @@ void WriteWholeFile(const std::string& target, const std::string& text);
 
 /// Whether a file of this name is what a program that was killed has left of an output; both without folders.
 bool IsTemporaryOf(const std::string& name, const std::string& target);
+
+}  // namespace qvre

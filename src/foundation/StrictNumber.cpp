@@ -5,6 +5,8 @@
 
 #include "foundation/ZfError.h"
 
+namespace qvre {
+
 double StrictNumber(const std::string& text, const std::string& what) {
     const char* begin = text.data();
     const char* end = begin + text.size();
@@ -15,3 +17,5 @@ double StrictNumber(const std::string& text, const std::string& what) {
         throw ZfError(what + ": \"" + text + "\" is no number");
     return value;
 }
+
+}  // namespace qvre

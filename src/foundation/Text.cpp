@@ -4,6 +4,8 @@
 #include <charconv>
 #include <system_error>
 
+using namespace qvre;
+
 namespace {
 
 constexpr std::string_view kBlanks = " \t\n\v\f\r";
@@ -88,6 +90,8 @@ std::vector<std::string> Split(std::string_view text, std::string_view separator
 
 }  // namespace
 
+namespace qvre {
+
 std::string IntToText(std::int64_t value) {
     return std::to_string(value);
 }
@@ -146,6 +150,8 @@ std::vector<std::string> TokenSplit(std::string_view line) {
 std::vector<std::string> LineSplit(std::string_view text) {
     return Split(text, "\n\r");
 }
+
+}  // namespace qvre
 
 std::complex<double> IPower(int n) {
     switch ((n % 4 + 4) % 4) {

@@ -6,6 +6,8 @@
 #include <string_view>
 #include <vector>
 
+namespace qvre {
+
 /// Numbers to text: general notation with 6 significant digits, as short as "%g" makes it.
 std::string IntToText(std::int64_t value);
 std::string FloatToText(float value);
@@ -33,6 +35,8 @@ std::vector<std::string> TokenSplit(std::string_view line);
 
 /// Splits a text at runs of line feed and carriage return: blank lines vanish.
 std::vector<std::string> LineSplit(std::string_view text);
+
+}  // namespace qvre
 
 /// (-i)^n for any integer n: the factor of the far field of an outgoing partial wave.
 std::complex<double> IPower(int n);

@@ -8,6 +8,8 @@
 #include <string_view>
 #include <vector>
 
+namespace qvre {
+
 /// A value of an enumeration with the name that options, recipes and files have for it.
 template <class Enumeration>
 struct Word {
@@ -43,3 +45,5 @@ std::string WordFor(Enumeration value) {
                                     [value](const Word<Enumeration>& word) { return word.value == value; });
     return std::string(found->name);
 }
+
+}  // namespace qvre

@@ -15,6 +15,8 @@ struct ZfError {
     std::string message;
 };
 
+namespace qvre {
+
 [[noreturn]] inline void ThrowInvalidSubscript() {
     throw std::out_of_range("invalid vector<T> subscript");
 }
@@ -25,3 +27,5 @@ auto& CheckedAt(Container& container, Index index) {
     if (index < 0 || static_cast<std::size_t>(index) >= container.size()) ThrowInvalidSubscript();
     return container[static_cast<std::size_t>(index)];
 }
+
+}  // namespace qvre

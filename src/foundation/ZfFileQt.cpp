@@ -5,6 +5,8 @@
 #include "foundation/FileBytes.h"
 #include "foundation/ZfError.h"
 
+using namespace qvre;
+
 ZfFileQt::ZfFileQt(const std::string& name, const std::string& mode) {
     if (mode != "r" && mode != "w") throw ZfError("ZfFileQt::Undefined mode");
     if (!OpenFile(file_, name, mode == "w" ? QIODevice::WriteOnly : QIODevice::ReadOnly))

@@ -12,6 +12,8 @@
 #include "prepare/cluster/ClusterWriting.h"
 #include "prepare/cluster/CrystalSources.h"
 
+namespace qvre {
+
 namespace {
 
 constexpr const char* kExample = R"(Examples:
@@ -186,3 +188,5 @@ void AddClusterCommand(CLI::App& program) {
     command->footer(kExample);
     command->callback([options] { Run(*options); });
 }
+
+}  // namespace qvre

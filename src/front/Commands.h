@@ -4,6 +4,8 @@ namespace CLI {
 class App;
 }
 
+namespace qvre {
+
 // Each adds one subcommand with its options to the program. The subcommand runs at the end of the parsing and
 // throws ZfError when it fails.
 void AddClusterCommand(CLI::App& program);
@@ -17,3 +19,5 @@ void AddRunCommand(CLI::App& program);
 void AddThermalCommand(CLI::App& program);
 
 void AddCommands(CLI::App& program);  ///< all of them, of which one has to be called
+
+}  // namespace qvre

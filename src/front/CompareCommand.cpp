@@ -9,6 +9,8 @@
 #include "report/compare/PatternComparison.h"
 #include "report/picture/ComparisonOutput.h"
 
+namespace qvre {
+
 namespace {
 
 constexpr const char* kExample =
@@ -125,3 +127,5 @@ void AddCompareCommand(CLI::App& program) {
     command.footer(kExample);
     command.callback([options] { Run(*options); });
 }
+
+}  // namespace qvre

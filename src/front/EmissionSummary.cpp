@@ -8,6 +8,8 @@
 #include "scattering/SphericalHarmonics.h"
 #include "scattering/ZfFreeElectron.h"
 
+namespace qvre {
+
 std::string EnergyText(double kinetic_eV) {
     ZfFreeElectron electron;
     electron.SetEnergy_eV(kinetic_eV);
@@ -31,3 +33,5 @@ std::string ChannelText(const Emission& emission) {
     return text +
            fmt::format("  orbital          calculated at {:.1f} eV\n", emission.orbital.energy * kHartree_eV);
 }
+
+}  // namespace qvre

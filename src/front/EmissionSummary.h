@@ -6,6 +6,10 @@
 
 // Lines that tell of an emission, as `qvre emit` prints them.
 
+namespace qvre {
+
 std::string EnergyText(double kinetic_eV);
 std::string ZeroText(double zero_eV);               ///< of the muffin-tin zero
 std::string ChannelText(const Emission& emission);  ///< radial integrals, phases, beta, the orbital
+
+}  // namespace qvre

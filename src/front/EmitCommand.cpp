@@ -18,6 +18,8 @@
 #include "prepare/emission/EmitterField.h"
 #include "prepare/emission/PhotonEnergy.h"
 
+namespace qvre {
+
 namespace {
 
 constexpr const char* kExample =
@@ -84,10 +86,10 @@ void RunIsotropic(const EmitOptions& options) {
 }
 
 /// The species of a list of surroundings that the option names.
-ZfAtom EmitterOfList(const EmitOptions& options, const PhaseShiftRequest& crystal) {
+ClusterAtom EmitterOfList(const EmitOptions& options, const PhaseShiftRequest& crystal) {
     for (const AtomSurroundings& species : crystal.species)
         if (species.name == options.element) {
-            ZfAtom emitter;
+            ClusterAtom emitter;
             emitter.name = species.name;
             emitter.atom = species.element;
             return emitter;
@@ -95,9 +97,9 @@ ZfAtom EmitterOfList(const EmitOptions& options, const PhaseShiftRequest& crysta
     throw ZfError(options.surroundingsFile + " has no species \"" + options.element + "\"");
 }
 
-ZfAtom EmitterOfCluster(const EmitOptions& options, PhaseShiftRequest& crystal) {
-    const ZfCluster cluster = LoadClusterFile(options.clusterFile);
-    ZfAtom emitter = EmitterOf(cluster);
+ClusterAtom EmitterOfCluster(const EmitOptions& options, PhaseShiftRequest& crystal) {
+    const Cluster cluster = LoadClusterFile(options.clusterFile);
+    ClusterAtom emitter = EmitterOf(cluster);
     if (!options.element.empty() && options.element != emitter.atom)
         throw ZfError("The atom at the origin of the cluster is " + emitter.atom + ", not " +
                       options.element);
@@ -106,14 +108,14 @@ ZfAtom EmitterOfCluster(const EmitOptions& options, PhaseShiftRequest& crystal) 
 }
 
 /// Name and element of the emitter; sets what surrounds it in a crystal.
-ZfAtom FindEmitter(const EmitOptions& options, PhaseShiftRequest& crystal) {
+ClusterAtom FindEmitter(const EmitOptions& options, PhaseShiftRequest& crystal) {
     if (options.relativistic) crystal.equation = RadialEquation::kScalarRelativistic;
     if (!options.clusterFile.empty()) return EmitterOfCluster(options, crystal);
     if (!options.surroundingsFile.empty()) {
         crystal.species = ReadSurroundings(options.surroundingsFile);
         return EmitterOfList(options, crystal);
     }
-    ZfAtom free;
+    ClusterAtom free;
     free.atom = options.element;
     return free;
 }
@@ -124,7 +126,7 @@ void RunLevel(const EmitOptions& options) {
     request.light = Usage("the light", [&] { return LightOf(options); });
     request.weight = options.weight;
     PhaseShiftRequest crystal = options.crystal;
-    const ZfAtom emitter = FindEmitter(options, crystal);
+    const ClusterAtom emitter = FindEmitter(options, crystal);
     const ScreeningTable atoms(ProgramFile("screening_dhfs.csv"));
     request.atom = atoms.Find(emitter.atom);
     std::string origin = SetEnergy(options, request);
@@ -258,3 +260,5 @@ void AddEmitCommand(CLI::App& program) {
     command.footer(kExample);
     command.callback([options] { Run(*options); });
 }
+
+}  // namespace qvre

@@ -7,6 +7,8 @@
 #include "report/export/ImageExport.h"
 #include "report/export/WaveExport.h"
 
+namespace qvre {
+
 namespace {
 
 constexpr const char* kExample =
@@ -66,3 +68,5 @@ void AddExportCommand(CLI::App& program) {
     command.footer(kExample);
     command.callback([request] { Run(*request); });
 }
+
+}  // namespace qvre

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <set>
 
+namespace qvre {
+
 namespace {
 
 std::string Listed(const std::string& label, const std::set<CLI::Option*>& options) {
@@ -21,3 +23,5 @@ std::string HelpFormatter::make_option_opts(const CLI::Option* option) const {
         text.resize(std::min(text.size(), text.find(unordered)));
     return text + Listed("Needs", option->get_needs()) + Listed("Excludes", option->get_excludes());
 }
+
+}  // namespace qvre

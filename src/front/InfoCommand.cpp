@@ -15,6 +15,8 @@
 #include "prepare/checks/InputCheck.h"
 #include "prepare/thermal/AtomicWeights.h"
 
+namespace qvre {
+
 namespace {
 
 constexpr const char* kExample =
@@ -30,7 +32,7 @@ struct InfoOptions {
     std::string method = "MULTI";
 };
 
-ZfScatteringMethod MethodOf(const std::string& name) {
+ScatteringMethod MethodOf(const std::string& name) {
     if (name == "SINGLE") return kSingle;
     return name == "SLOWMULTI" ? kSlowMulti : kMulti;
 }
@@ -82,13 +84,13 @@ void PrintFindings(const std::vector<InputFinding>& findings) {
                     finding.remedy.c_str());
 }
 
-void CheckSet(const std::vector<AnyFile>& files, ZfScatteringMethod method) {
+void CheckSet(const std::vector<AnyFile>& files, ScatteringMethod method) {
     bool several = false;
     InputSet set;
-    set.cluster = Only<ZfCluster>(files, several);
-    set.waves = Only<std::vector<ZfEmittedWave>>(files, several);
+    set.cluster = Only<Cluster>(files, several);
+    set.waves = Only<std::vector<EmittedWave>>(files, several);
     set.phaseShifts = Only<ZfPhaseShiftDocument>(files, several);
-    set.fluctuation = Only<ZfFluctuation>(files, several);
+    set.fluctuation = Only<Fluctuation>(files, several);
     set.method = method;
     const int parts = int{set.cluster != nullptr} + int{set.waves != nullptr} +
                       int{set.phaseShifts != nullptr} + int{set.fluctuation != nullptr};
@@ -130,3 +132,5 @@ void AddInfoCommand(CLI::App& program) {
     command.footer(kExample);
     command.callback([options] { Run(*options); });
 }
+
+}  // namespace qvre

@@ -18,6 +18,8 @@
 #include "prepare/phases/PhaseShiftTable.h"
 #include "prepare/phases/PhaseShifts.h"
 
+namespace qvre {
+
 namespace {
 
 constexpr const char* kFooter =
@@ -233,3 +235,5 @@ void AddPhasesCommand(CLI::App& program) {
     command->footer(kFooter);
     command->callback([options] { Run(*options); });
 }
+
+}  // namespace qvre

@@ -11,6 +11,8 @@
 #include "front/SharedOptions.h"
 #include "report/picture/PatternPlot.h"
 
+namespace qvre {
+
 namespace {
 
 constexpr double kHighestEnergy = 1e6;    // eV
@@ -154,3 +156,5 @@ void AddPlotCommand(CLI::App& program) {
     command->footer(kExamples);
     command->callback([options] { Plot(*options); });
 }
+
+}  // namespace qvre

@@ -16,6 +16,8 @@
 #include "front/HelpFormatter.h"
 #include "run/RunProgress.h"
 
+namespace qvre {
+
 namespace {
 
 constexpr int kDone = 0;
@@ -98,3 +100,5 @@ int RunProgram(int argumentCount, const char* const* arguments) {
     AddCommands(program);
     return CheckOutput(program, Parse(program, argumentCount, arguments));
 }
+
+}  // namespace qvre

@@ -7,6 +7,8 @@
 #include "recipe/RecipePlan.h"
 #include "run/CarryOut.h"
 
+namespace qvre {
+
 namespace {
 
 constexpr const char* kExamples =
@@ -48,3 +50,5 @@ void AddRunCommand(CLI::App& program) {
     command->footer(kExamples);
     command->callback([options] { Run(*options); });
 }
+
+}  // namespace qvre

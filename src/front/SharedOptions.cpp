@@ -8,6 +8,8 @@
 
 #include "foundation/StrictNumber.h"
 
+namespace qvre {
+
 CLI::Validator Between(double low, double high) {
     const auto check = [low, high](const std::string& text) {
         double value = 0.0;
@@ -91,3 +93,5 @@ void CheckOutput(const std::string& path, const std::string& extension) {
     if (std::filesystem::path(path).extension() != extension)
         throw CLI::ValidationError("--output", "has to end in " + extension);
 }
+
+}  // namespace qvre

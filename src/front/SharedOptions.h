@@ -15,6 +15,8 @@
 
 // What the options of several subcommands have in common.
 
+namespace qvre {
+
 /// Runs an action whose ZfError is bad usage of the option.
 template <class Action>
 auto Usage(const char* option, Action action) {
@@ -77,3 +79,5 @@ std::vector<std::pair<std::string, double>> DebyeTemperatures(const std::vector<
 
 /// Throws CLI::ValidationError unless the path has a name and this extension.
 void CheckOutput(const std::string& path, const std::string& extension);
+
+}  // namespace qvre

@@ -19,6 +19,8 @@
 #include "prepare/thermal/MeanSquareDisplacement.h"
 #include "prepare/thermal/Vibrations.h"
 
+namespace qvre {
+
 namespace {
 
 constexpr const char* kExample =
@@ -46,7 +48,7 @@ void AddElement(std::vector<std::string>& elements, const std::string& element) 
 }
 
 /// The elements of the cluster, or those named, or those with a Debye temperature.
-VibrationRequest RequestOf(const ThermalOptions& options, const ZfCluster& cluster) {
+VibrationRequest RequestOf(const ThermalOptions& options, const Cluster& cluster) {
     if (!(options.temperature_K >= 0.0) || !std::isfinite(options.temperature_K))
         throw CLI::ValidationError("--temperature", "has to be 0 kelvin or above");
     VibrationRequest request;
@@ -67,10 +69,10 @@ VibrationRequest RequestOf(const ThermalOptions& options, const ZfCluster& clust
 }
 
 /// U of the atoms of an element as they stand in the cluster, angstrom^2.
-std::string ClusterText(const ZfCluster& cluster, const std::string& element) {
+std::string ClusterText(const Cluster& cluster, const std::string& element) {
     std::map<std::string, std::size_t> counts;
-    for (const ZfStructure& structure : cluster.structures)
-        for (const ZfAtom& atom : structure.atoms)
+    for (const Structure& structure : cluster.structures)
+        for (const ClusterAtom& atom : structure.atoms)
             if (atom.atom == element)
                 ++counts[atom.U.Count() == 1 ? DoubleToText(*atom.U.Data() * 1e20) : "none"];
     std::string text;
@@ -80,7 +82,7 @@ std::string ClusterText(const ZfCluster& cluster, const std::string& element) {
     return text.empty() ? "from the cluster" : text;
 }
 
-std::string DebyeText(const ZfFluctuation& fluctuation, const VibrationRequest& request, std::size_t i) {
+std::string DebyeText(const Fluctuation& fluctuation, const VibrationRequest& request, std::size_t i) {
     const std::string& element = fluctuation.DebyeElement_[i];
     std::string text = "   Debye temperature ";
     return text + DoubleToText(fluctuation.DebyeTemperature_K_[i]) + " K (" +
@@ -88,8 +90,8 @@ std::string DebyeText(const ZfFluctuation& fluctuation, const VibrationRequest& 
 }
 
 /// One line an element, as the run will have it.
-std::string ResultText(const ZfFluctuation& fluctuation, const VibrationRequest& request,
-                       const ZfCluster& cluster, const ZfDebye& weights) {
+std::string ResultText(const Fluctuation& fluctuation, const VibrationRequest& request,
+                       const Cluster& cluster, const ZfDebye& weights) {
     std::string text;
     for (std::size_t i = 0; i < request.elements.size(); ++i) {
         const std::string& element = request.elements[i];
@@ -110,14 +112,14 @@ std::string ResultText(const ZfFluctuation& fluctuation, const VibrationRequest&
 }
 
 /// Elements alone stand for a cluster: what the model refuses or ignores of them.
-ZfCluster ClusterOf(const std::vector<std::string>& elements) {
-    ZfCluster cluster;
+Cluster ClusterOf(const std::vector<std::string>& elements) {
+    Cluster cluster;
     cluster.structures.resize(1);
     for (const std::string& element : elements) cluster.structures[0].atoms.emplace_back().atom = element;
     return cluster;
 }
 
-void PrintFindings(const ZfFluctuation& fluctuation, const ZfCluster& cluster, const ZfDebye& weights) {
+void PrintFindings(const Fluctuation& fluctuation, const Cluster& cluster, const ZfDebye& weights) {
     InputSet set;
     set.cluster = &cluster;
     set.fluctuation = &fluctuation;
@@ -130,12 +132,12 @@ void PrintFindings(const ZfFluctuation& fluctuation, const ZfCluster& cluster, c
 
 void Run(const ThermalOptions& options) {
     CheckOutput(options.output, ".xml_flu");
-    ZfCluster cluster;
+    Cluster cluster;
     if (!options.clusterFile.empty()) cluster = LoadClusterFile(options.clusterFile);
     const VibrationRequest request = RequestOf(options, cluster);
     const DebyeTable table(ProgramFile("debye_temperatures.csv"));
     const ZfDebye weights = LoadAtomicWeights(ProgramFile("AtomicWeight.txt"));
-    const ZfFluctuation fluctuation = MakeFluctuation(request, table);
+    const Fluctuation fluctuation = MakeFluctuation(request, table);
     const std::string result = ResultText(fluctuation, request, cluster, weights);
     SaveFluctuation(fluctuation, options.output);
     std::printf("%s: %s K\n%s", options.output.c_str(), DoubleToText(request.temperature_K).c_str(),
@@ -176,3 +178,5 @@ void AddThermalCommand(CLI::App& program) {
     command.footer(kExample);
     command.callback([options] { Run(*options); });
 }
+
+}  // namespace qvre

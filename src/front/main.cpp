@@ -3,6 +3,8 @@
 #include "foundation/StandardStreams.h"
 #include "front/Program.h"
 
+using namespace qvre;
+
 int main(int argc, char** argv) {
     OpenClosedStandardStreams();
     const int status = RunProgram(argc, argv);

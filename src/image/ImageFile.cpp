@@ -5,6 +5,8 @@
 #include "image/ZfDocData.h"
 #include "xml/ZfBarnXml.h"
 
+using namespace qvre;
+
 // The image file in its present form, version 5, and its neighbours: version 4 with one image, and version 6,
 // which differs in the binary form of its matrices alone. A matrix tells its form by its tag, so one routine
 // serves both; voxel blocks have one form in all versions.

@@ -8,6 +8,8 @@
 #include "image/ZfRegion.h"
 #include "xml/ZfBarnXml.h"
 
+namespace qvre {
+
 namespace {
 
 constexpr const char* kInformations = "Informations";
@@ -158,3 +160,5 @@ void LoadVersion3(ZfBarnXml& xml, ZfDocData& data) {
     xml.CloseRack(kInformations);
     xml.Matrix("Image", data.OnlyImage(), "b");
 }
+
+}  // namespace qvre

@@ -4,6 +4,8 @@
 
 #include "xml/ZfQBarnFile.h"
 
+namespace qvre {
+
 void SavePlane(ZfDocData& image, const ZfLDoubleMatrix& plane, const std::string& fileName) {
     ZfQBarnFile file(fileName, "w");
     ZfFloatMatrix pixels;
@@ -12,3 +14,5 @@ void SavePlane(ZfDocData& image, const ZfLDoubleMatrix& plane, const std::string
     image.SaveLoad(file);
     file.Save();
 }
+
+}  // namespace qvre

@@ -6,6 +6,8 @@
 #include "foundation/Text.h"
 #include "xml/ZfBarnXml.h"
 
+using namespace qvre;
+
 namespace {
 
 constexpr std::size_t kCommandFields = 3;

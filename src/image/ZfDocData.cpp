@@ -8,6 +8,8 @@
 #include "foundation/Text.h"
 #include "foundation/ZfError.h"
 
+using namespace qvre;
+
 namespace {
 
 constexpr std::size_t kHeadLines = 4;

@@ -4,8 +4,10 @@
 #include "foundation/Text.h"
 #include "foundation/ZfError.h"
 #include "foundation/ZfFileQt.h"
-#include "input/ZfCluster.h"
+#include "input/Cluster.h"
 #include "xml/ZfBarnFile.h"
+
+using namespace qvre;
 
 // The two formats of a cluster on disk: the choice between them, and Extended XYZ.
 
@@ -21,8 +23,8 @@ std::string Extension(const std::string& path) {
     return path.substr(dot + 1);
 }
 
-ZfAtom XyzAtom(const std::vector<std::string>& tokens) {
-    ZfAtom atom;
+ClusterAtom XyzAtom(const std::vector<std::string>& tokens) {
+    ClusterAtom atom;
     atom.name = tokens[0];
     atom.atom = tokens[0];
     atom.SetPositionAngstrom(
@@ -44,7 +46,9 @@ void CheckXyzLine(const std::vector<std::string>& tokens, const std::string& tit
 
 }  // namespace
 
-void ZfCluster::ReadXyz(ZfFile& file) {
+namespace qvre {
+
+void Cluster::ReadXyz(ZfFile& file) {
     structures.clear();
     std::string text;
     file.ReadAll(text);
@@ -55,7 +59,7 @@ void ZfCluster::ReadXyz(ZfFile& file) {
         const std::string& title = lines[next + 1];
         next += 2;
         if (count == 0) return;
-        ZfStructure structure;
+        Structure structure;
         for (std::int32_t i = 0; i < count && next < lines.size(); ++i, ++next) {
             const std::vector<std::string> tokens = TokenSplit(lines[next]);
             CheckXyzLine(tokens, title);
@@ -65,7 +69,9 @@ void ZfCluster::ReadXyz(ZfFile& file) {
     }
 }
 
-void ZfLoadCluster(ZfCluster& cluster, const std::string& path) {
+}  // namespace qvre
+
+void ZfLoadCluster(Cluster& cluster, const std::string& path) {
     const std::string extension = Extension(path);
     if (extension == "xml_cl") {
         ZfBarnFile file(path, "r");

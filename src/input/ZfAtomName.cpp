@@ -6,6 +6,8 @@
 
 #include "foundation/ZfError.h"
 
+using namespace qvre;
+
 namespace {
 
 constexpr std::array<std::string_view, 104> kElements = {

@@ -6,6 +6,8 @@
 #include "foundation/Text.h"
 #include "foundation/ZfError.h"
 
+using namespace qvre;
+
 namespace {
 
 constexpr double kThreeHbarSquared = 3.3363705433969256e-68;  // J^2 s^2

@@ -6,6 +6,8 @@
 #include "foundation/Constants.h"
 #include "xml/ZfBarnFile.h"
 
+using namespace qvre;
+
 namespace {
 
 ZfLDoubleMatrix MatrixOf(const std::vector<double>& list) {
@@ -41,7 +43,9 @@ std::vector<std::vector<double>> RowsOf(const ZfLDoubleMatrix& matrix) {
 
 }  // namespace
 
-void ZfRadialTables::Exchange(ZfBarnXml& xml, const std::string& tag) {
+namespace qvre {
+
+void RadialTables::Exchange(ZfBarnXml& xml, const std::string& tag) {
     if (!xml.OpenRack(tag)) return;
     xml.LDouble("EPS_DIFF_EQ_", EPS_DIFF_EQ_, EPS_DIFF_EQ_);
     ZfLDoubleMatrix lnX;
@@ -71,7 +75,7 @@ void ZfRadialTables::Exchange(ZfBarnXml& xml, const std::string& tag) {
     xml.CloseRack(tag);
 }
 
-bool ZfPhaseShiftRecord::Exchange(ZfBarnXml& xml, const std::string& itemTag) {
+bool PhaseShiftRecord::Exchange(ZfBarnXml& xml, const std::string& itemTag) {
     if (!xml.OpenRack(itemTag)) return false;
     xml.LDouble("Ek_eV", Ek_eV, 0.0);
     xml.Text("AtomName", AtomName, "");
@@ -86,7 +90,7 @@ bool ZfPhaseShiftRecord::Exchange(ZfBarnXml& xml, const std::string& itemTag) {
     return true;
 }
 
-void ZfPhaseShiftRecord::CalculateScatteringFactors() {
+void PhaseShiftRecord::CalculateScatteringFactors() {
     const std::int32_t size = PhaseShiftValue.VectorSize();
     scatteringFactors.SetVectorSize(size);
     for (std::int32_t l = 0; l < size; ++l) {
@@ -95,6 +99,8 @@ void ZfPhaseShiftRecord::CalculateScatteringFactors() {
         scatteringFactors.VectorAt(l) = {std::cos(x) - 1.0, std::sin(x)};
     }
 }
+
+}  // namespace qvre
 
 bool ZfPhaseShiftDocument::Exchange(ZfBarnXml& xml) {
     if (!xml.OpenRack("PhaseShiftData")) return false;

@@ -15,6 +15,8 @@
 #include "multiple/ScatteringOperator.h"
 #include "scattering/SourceKernel.h"
 
+namespace qvre {
+
 namespace {
 
 using Complex = std::complex<double>;
@@ -299,7 +301,7 @@ std::vector<Complex> ScatteringFactors(const std::vector<Complex>& phaseShifts) 
     return t;
 }
 
-std::vector<Complex> ScatteringFactors(const ZfPhaseShiftRecord& record) {
+std::vector<Complex> ScatteringFactors(const PhaseShiftRecord& record) {
     std::vector<Complex> t;
     t.reserve(static_cast<std::size_t>(record.scatteringFactors.VectorSize()));
     for (std::int32_t l = 0; l < record.scatteringFactors.VectorSize(); ++l)
@@ -366,3 +368,5 @@ FullScattering SolveFullScattering(const FullScatteringRequest& request, ZfNotif
         result.waves.push_back(Tables(scattering, *solution, request.positions.size()));
     return result;
 }
+
+}  // namespace qvre

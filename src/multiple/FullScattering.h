@@ -9,7 +9,7 @@
 
 #include "foundation/Vec3.h"
 #include "foundation/ZfNotifyTerminate.h"
-#include "input/ZfLmTable.h"
+#include "input/LmTable.h"
 #include "input/ZfPhaseShiftDocument.h"
 
 // Multiple scattering in full: every path over every atom, forward, back and sideways, in all orders. With
@@ -27,6 +27,8 @@
 // F. J. Garcia de Abajo, M. A. Van Hove, C. S. Fadley, Phys. Rev. B 63, 075404 (2001). They are solved by
 // GMRES, preconditioned on both sides by sweeps over the shells around the emitter.
 
+namespace qvre {
+
 /// What scatters alike.
 struct ScatteringSpecies {
     std::string name;                     ///< for messages
@@ -36,7 +38,7 @@ struct ScatteringSpecies {
 /// t_l = (exp(2 i delta_l) - 1) / 2; delta_l in radians, with a positive imaginary part where flux is lost.
 std::vector<std::complex<double>> ScatteringFactors(const std::vector<std::complex<double>>& phaseShifts);
 /// The same from a record whose scattering factors, exp(2 i delta_l) - 1, are calculated.
-std::vector<std::complex<double>> ScatteringFactors(const ZfPhaseShiftRecord& record);
+std::vector<std::complex<double>> ScatteringFactors(const PhaseShiftRecord& record);
 
 /// An outgoing wave from one atom.
 struct EmissionFromAtom {
@@ -97,3 +99,5 @@ FullScatteringEstimate EstimateFullScattering(const FullScatteringRequest& reque
 /// atom, or atoms that scatter nothing, give zero. `progress` is called after each application.
 FullScattering SolveFullScattering(const FullScatteringRequest& request, ZfNotifyTerminate& notifier,
                                    const std::function<void(const FullScatteringProgress&)>& progress = {});
+
+}  // namespace qvre

@@ -3,6 +3,8 @@
 #include <cmath>
 #include <utility>
 
+namespace qvre {
+
 namespace {
 
 using Complex = std::complex<double>;
@@ -94,3 +96,5 @@ Gmres::Vector Gmres::Solution() const {
     for (std::size_t i = 0; i < steps; ++i) AddMultiple(x, factors[i], basis_[i]);
     return x;
 }
+
+}  // namespace qvre

@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <vector>
 
+namespace qvre {
+
 /// The generalised minimal residual method (Y. Saad, M. H. Schultz, SIAM J. Sci. Stat. Comput. 7, 856 (1986))
 /// for one complex system A x = b from x = 0, driven from outside, so that several systems can share the
 /// products with A:
@@ -40,3 +42,5 @@ private:
 };
 
 double Norm(const Gmres::Vector& x);
+
+}  // namespace qvre

@@ -12,7 +12,7 @@
 #include "scattering/TranslationKernel-inl.h"
 
 HWY_BEFORE_NAMESPACE();
-namespace zf::HWY_NAMESPACE {
+namespace qvre::HWY_NAMESPACE {
 namespace {
 
 constexpr double kSamePlaceSquared = 1e-6;
@@ -318,15 +318,15 @@ void AddUpLanes(const PackedComplex* targets, std::size_t lSize, std::complex<do
 }
 
 }  // namespace
-}  // namespace zf::HWY_NAMESPACE
+}  // namespace qvre::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
 
-namespace zf {
+namespace qvre {
+
 HWY_EXPORT(AddWaves);
 HWY_EXPORT(AddUpLanes);
-}  // namespace zf
 
 std::vector<CoaxialWeights> MakeCoaxialWeights(std::int32_t largestLSize) {
     std::vector<CoaxialWeights> all;
@@ -361,7 +361,6 @@ PairScratch::PairScratch(std::size_t largestLSize, std::size_t waves)
 
 void AddWavesAt(const Vec3& target, const SourceGroup& group, const PairSetting& setting,
                 std::span<const PairWave> waves, PairScratch& scratch) {
-    using namespace zf;
     if (setting.sourceLSize == 0 || setting.targetLSize == 0) return;
     for (std::size_t first = 0; first < waves.size(); first += PairScratch::kWavesTogether) {
         const auto together =
@@ -371,12 +370,13 @@ void AddWavesAt(const Vec3& target, const SourceGroup& group, const PairSetting&
 }
 
 void SumLanes(const PackedComplex* targets, std::size_t lSize, std::complex<double>* c) {
-    using namespace zf;
     HWY_DYNAMIC_DISPATCH(AddUpLanes)(targets, lSize, c);
     for (std::size_t l = 0; l < lSize; ++l) {
         const std::complex<double> power = IPower(static_cast<int>(l));
         for (std::size_t i = l * l; i < (l + 1) * (l + 1); ++i) c[i] *= power;
     }
 }
+
+}  // namespace qvre
 
 #endif  // HWY_ONCE

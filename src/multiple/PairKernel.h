@@ -25,6 +25,8 @@
 // All lengths are in units of 1/k. The kernel exists for every instruction set and the best one is taken at
 // run time.
 
+namespace qvre {
+
 /// Positions of eight sources.
 struct alignas(64) SourceGroup {
     double x[kTranslationPack]{};
@@ -88,3 +90,5 @@ void AddWavesAt(const Vec3& target, const SourceGroup& group, const PairSetting&
 
 /// c(L,M) from the sums of AddWavesAt: the lanes added up, and divided by i^L.
 void SumLanes(const PackedComplex* targets, std::size_t lSize, std::complex<double>* c);
+
+}  // namespace qvre

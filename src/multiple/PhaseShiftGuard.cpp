@@ -7,6 +7,8 @@
 
 #include "scattering/TranslationTables.h"
 
+namespace qvre {
+
 namespace {
 
 using Complex = std::complex<double>;
@@ -85,3 +87,5 @@ PairGrowth LargestGrowth(const std::vector<Complex>& t1, const std::vector<Compl
     }
     return growth;
 }
+
+}  // namespace qvre

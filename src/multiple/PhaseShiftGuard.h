@@ -13,6 +13,8 @@
 // at the distance d of the nearest pair: below 0.5 for phase shifts of atoms that touch, 20 to 1e8 for tables
 // in which rounding, or a fixed number of decimals, stands for the true values at high l.
 
+namespace qvre {
+
 /// Largest |S^m_ll'(x)| over m, for l, l' < lSize; element l * lSize + l'. May be infinite.
 std::vector<double> LargestCoaxial(double x, std::size_t lSize);
 
@@ -32,3 +34,5 @@ PairGrowth LargestGrowth(const std::vector<std::complex<double>>& t1,
 
 /// Above it no solution is to be believed.
 constexpr double kLargestGrowth = 2.0;
+
+}  // namespace qvre

@@ -9,6 +9,8 @@
 
 #include "foundation/Text.h"
 
+namespace qvre {
+
 namespace {
 
 /// Groups of sources that one task sums up. Fixed, so that sums do not depend on the threads.
@@ -348,3 +350,5 @@ double ScatteringOperator::Bytes() const {
         static_cast<double>(largestWaves_ * 6 * largestLSize_ * largestLSize_) * sizeof(PackedComplex);
     return packed * sizeof(PackedComplex) + static_cast<double>(scratch_.size()) * perThread;
 }
+
+}  // namespace qvre

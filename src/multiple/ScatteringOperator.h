@@ -9,6 +9,8 @@
 #include "foundation/ZfNotifyTerminate.h"
 #include "multiple/PairKernel.h"
 
+namespace qvre {
+
 /// The tables of all atoms, one atom behind the other in the order of the atoms; element (l, m) of an atom's
 /// table at l (l + 1) + m.
 using ClusterWave = std::vector<std::complex<double>>;
@@ -122,3 +124,5 @@ private:
     ZfNotifyTerminate* notifier_ = nullptr;
     bool interrupted_ = false;
 };
+
+}  // namespace qvre

@@ -11,7 +11,7 @@ struct FuncGauss {
     explicit FuncGauss(double width) : sigma(width) {
         if (!(sigma > 0.0)) throw ZfError("FuncGauss: Sigma should be positive");
         a = -1.0 / (2.0 * sigma * sigma);
-        c = 1.0 / std::sqrt(kTwoPi * sigma * sigma);
+        c = 1.0 / std::sqrt(qvre::kTwoPi * sigma * sigma);
     }
 
     double operator()(double t) const { return c * std::exp(a * t * t); }

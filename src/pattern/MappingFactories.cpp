@@ -7,6 +7,8 @@
 #include "pattern/ZfSphericalMapping.h"
 #include "pattern/ZfSphericalMappingConvert.h"
 
+using namespace qvre;
+
 namespace {
 
 ZfLDoubleMatrix Filled(std::int32_t width, std::int32_t height, double value) {

@@ -9,6 +9,8 @@
 #include "foundation/ZfError.h"
 #include "scattering/SphericalHarmonics.h"
 
+using namespace qvre;
+
 namespace {
 
 constexpr double kPerMetre_A = 1e10;
@@ -79,6 +81,8 @@ double Window(std::int32_t type, double x) {
 
 }  // namespace
 
+namespace qvre {
+
 ZfLDoubleMatrix ModulationFunction(const ZfLDoubleMatrix& total, const ZfLDoubleMatrix& direct) {
     return DivideElements(Subtract(total, direct), direct);
 }
@@ -93,33 +97,12 @@ ZfLDoubleMatrix InterferencePhase(const ZfLDoubleMatrix& total, const ZfLDoubleM
     return DivideElements(Subtract(Subtract(total, direct), scattered), product);
 }
 
-ZfLDoubleMatrix CompareToLast(const ZfLDoubleMatrix& total) {
-    ZfLDoubleMatrix result;
-    result.CopyShape(total);
-    for (std::int32_t i = 0; i < total.ColSize; ++i) {
-        const double last = std::sqrt(total.ValueAt(i, total.RowSize - 1));
-        for (std::int32_t j = 0; j < total.RowSize; ++j)
-            result.At(i, j) = 1.0 - std::sqrt(total.ValueAt(i, j)) / last;
-    }
-    return result;
-}
-
 ZfLDoubleMatrix Modulus(const ZfLDoubleMatrix& x, const ZfLDoubleMatrix& y) {
     x.CheckSameShape(y);
     ZfLDoubleMatrix result;
     result.CopyShape(x);  // a copy would empty a temporary
     for (std::int64_t i = 0; i < x.Count(); ++i) result.Data()[i] = std::hypot(x.Data()[i], y.Data()[i]);
     return result;
-}
-
-std::vector<double> Normalise(ZfLDoubleMatrix& table, const ZfLDoubleMatrix& distances, std::int32_t type) {
-    std::vector<double> factors;
-    for (std::int32_t i = 0; i < table.ColSize; ++i) {
-        const double f = NormalisationFactor(table, i, distances.VectorValueAt(i), type);
-        for (std::int32_t j = 0; j < table.RowSize; ++j) table.At(i, j) *= f;
-        factors.push_back(f);
-    }
-    return factors;
 }
 
 void SmoothOverWaveNumber(ZfLDoubleMatrix& total, const ZfLDoubleMatrix& direct,
@@ -141,6 +124,29 @@ std::vector<double> FirstMinima(const ZfLDoubleMatrix& table) {
         minima.push_back(j < 0 ? 0.0 : GridZ(j, table.RowSize));
     }
     return minima;
+}
+
+}  // namespace qvre
+
+ZfLDoubleMatrix CompareToLast(const ZfLDoubleMatrix& total) {
+    ZfLDoubleMatrix result;
+    result.CopyShape(total);
+    for (std::int32_t i = 0; i < total.ColSize; ++i) {
+        const double last = std::sqrt(total.ValueAt(i, total.RowSize - 1));
+        for (std::int32_t j = 0; j < total.RowSize; ++j)
+            result.At(i, j) = 1.0 - std::sqrt(total.ValueAt(i, j)) / last;
+    }
+    return result;
+}
+
+std::vector<double> Normalise(ZfLDoubleMatrix& table, const ZfLDoubleMatrix& distances, std::int32_t type) {
+    std::vector<double> factors;
+    for (std::int32_t i = 0; i < table.ColSize; ++i) {
+        const double f = NormalisationFactor(table, i, distances.VectorValueAt(i), type);
+        for (std::int32_t j = 0; j < table.RowSize; ++j) table.At(i, j) *= f;
+        factors.push_back(f);
+    }
+    return factors;
 }
 
 void ApplyMask(ZfLDoubleMatrix& table, std::int32_t type, const std::vector<double>& starts) {

@@ -16,6 +16,8 @@
 // so T and Q hold the two quadratures of the interference; whatever is told of T below holds for Q as well.
 // A division by zero gives an infinity or not-a-number where nothing else is said.
 
+namespace qvre {
+
 /// chi = (T - D) / D, the modulation function of photoelectron diffraction (D. P. Woodruff, A. M. Bradshaw,
 /// Rep. Prog. Phys. 57, 1029 (1994)); 0 where D is 0.
 ZfLDoubleMatrix ModulationFunction(const ZfLDoubleMatrix& total, const ZfLDoubleMatrix& direct);
@@ -26,21 +28,8 @@ ZfLDoubleMatrix ModulationFunction(const ZfLDoubleMatrix& total, const ZfLDouble
 ZfLDoubleMatrix InterferencePhase(const ZfLDoubleMatrix& total, const ZfLDoubleMatrix& direct,
                                   const ZfLDoubleMatrix& scattered);
 
-/// 1 - sqrt(T / T_last), the amplitude against the one at the last angle of the line.
-ZfLDoubleMatrix CompareToLast(const ZfLDoubleMatrix& total);
-
 /// sqrt(x^2 + y^2), the envelope of the two quadratures.
 ZfLDoubleMatrix Modulus(const ZfLDoubleMatrix& x, const ZfLDoubleMatrix& y);
-
-/// Multiplies each line by a factor, by type
-///     0: r / angstrom   against the 1/r of the wave that reaches the scatterer
-///     1: 1
-///     2: 1 / sqrt(sum of squares)
-///     3: 1 / first local maximum from the last angle; infinite if there is none
-///     4: 1 / sum of (w value)^2,  w = exp(-(n-1-j)^2 d^2),  d = 4/(n-1)
-///     5: sqrt(r / angstrom)
-/// and returns the factors. Distances are in metres. Throws ZfError for another type.
-std::vector<double> Normalise(ZfLDoubleMatrix& table, const ZfLDoubleMatrix& distances, std::int32_t type);
 
 /// Replaces T by its mean over a Gaussian distribution of wave numbers, of standard deviation `sigma` (1/m).
 ///
@@ -55,6 +44,21 @@ void SmoothOverWaveNumber(ZfLDoubleMatrix& total, const ZfLDoubleMatrix& direct,
 /// z of the first local minimum of each line, from the last angle down: where the forward maximum ends. 0,
 /// the equator, for a line without one.
 std::vector<double> FirstMinima(const ZfLDoubleMatrix& table);
+
+}  // namespace qvre
+
+/// 1 - sqrt(T / T_last), the amplitude against the one at the last angle of the line.
+ZfLDoubleMatrix CompareToLast(const ZfLDoubleMatrix& total);
+
+/// Multiplies each line by a factor, by type
+///     0: r / angstrom   against the 1/r of the wave that reaches the scatterer
+///     1: 1
+///     2: 1 / sqrt(sum of squares)
+///     3: 1 / first local maximum from the last angle; infinite if there is none
+///     4: 1 / sum of (w value)^2,  w = exp(-(n-1-j)^2 d^2),  d = 4/(n-1)
+///     5: sqrt(r / angstrom)
+/// and returns the factors. Distances are in metres. Throws ZfError for another type.
+std::vector<double> Normalise(ZfLDoubleMatrix& table, const ZfLDoubleMatrix& distances, std::int32_t type);
 
 /// Multiplies each line by a window that is 1 at the last angle and ends at the start value z0 of the line,
 /// with x = pi (1 - z) / (1 - z0); values below z0 become 0. By type

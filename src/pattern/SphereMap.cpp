@@ -3,6 +3,8 @@
 #include "foundation/ZfError.h"
 #include "pattern/ZfDocPattern.h"
 
+namespace qvre {
+
 namespace {
 
 template <class Pattern>
@@ -33,3 +35,5 @@ std::unique_ptr<ZfDocPattern> MakePattern(SphereMap map, double resolution) {
         return Make<ZfDocPattern_EquidistantCylindrical>(resolution);
     return Make<ZfDocPattern_AzimuthalEquidistant>(resolution);
 }
+
+}  // namespace qvre

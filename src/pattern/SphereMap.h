@@ -11,6 +11,8 @@
 
 class ZfDocPattern;
 
+namespace qvre {
+
 /// The two maps of patterns that are calculated and stored; the values are the codes of the command line.
 /// Rows and columns count from 0.
 ///
@@ -33,3 +35,5 @@ std::optional<SphereMap> SphereMapOfName(std::string_view name);
 
 /// A pattern on a map of `resolution` degrees a pixel.
 std::unique_ptr<ZfDocPattern> MakePattern(SphereMap map, double resolution);
+
+}  // namespace qvre

@@ -10,6 +10,8 @@
 #include "pattern/FuncGauss.h"
 #include "scattering/SphericalHarmonics.h"
 
+using namespace qvre;
+
 namespace {
 
 constexpr std::int32_t kStepsPerSigma = 20;  // at least

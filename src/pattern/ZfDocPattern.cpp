@@ -7,9 +7,11 @@
 #include "foundation/Console.h"
 #include "foundation/Constants.h"
 #include "foundation/ZfError.h"
+#include "scattering/FarField.h"
 #include "scattering/SphericalHarmonics.h"
 #include "scattering/ThermalModels.h"
-#include "scattering/ZfFarField.h"
+
+using namespace qvre;
 
 namespace {
 
@@ -46,7 +48,7 @@ void ZfDocPattern::RenewMapping(const MappingParameters& parameters,
     mapping = builtMapping_;
 }
 
-void ZfDocPattern::PrepareCalculation(ZfScatteringData& data, const ZfFluctuation& fluctuation,
+void ZfDocPattern::PrepareCalculation(ZfScatteringData& data, const Fluctuation& fluctuation,
                                       const ZfDebye& debye) {
     if ((data.Version == kSlowMulti || data.Version == kMulti) && patternType == 1)
         throw ZfError("The conbination of Version and Type is not permitted");
@@ -85,9 +87,9 @@ void ZfDocPattern::SetUpRecord(const ZfScatteringData& data, std::int64_t record
     directWave.electrons.assign(first, first + (list.electrons.empty() ? 0 : 1));
 }
 
-ZfFarFieldDirections ZfDocPattern::Directions() const {
+FarFieldDirections ZfDocPattern::Directions() const {
     const double* r = orientation.Data();
-    ZfFarFieldDirections directions;
+    FarFieldDirections directions;
     directions.directions.reserve(static_cast<std::size_t>(mapping.pixelWeight.Count()));
     for (std::int64_t i = 0; i < mapping.pixelWeight.Count(); ++i) {
         if (mapping.pixelWeight.Data()[i] == 0.0) continue;
@@ -117,10 +119,10 @@ std::vector<ZfVectorFreeElectron> ZfDocPattern::WavesFrom(const ZfScatteringData
     std::vector<ZfVectorFreeElectron> waves{scatteredWave};
     const auto stored = static_cast<std::int64_t>(data.ListScatteringData.size());
     const std::int64_t end = std::min(activeRecordCount, stored);
-    if (!ZfFarField::Serves(scatteredWave)) return waves;
-    while (waves.size() < ZfFarField::kMostWaves && ++record < end && IsActive(record)) {
+    if (!FarField::Serves(scatteredWave)) return waves;
+    while (waves.size() < FarField::kMostWaves && ++record < end && IsActive(record)) {
         SetUpRecord(data, record);
-        if (!ZfFarField::Serves(scatteredWave) || !ZfFarField::CanShare(waves.front(), scatteredWave)) break;
+        if (!FarField::Serves(scatteredWave) || !FarField::CanShare(waves.front(), scatteredWave)) break;
         waves.push_back(scatteredWave);
     }
     return waves;
@@ -129,24 +131,24 @@ std::vector<ZfVectorFreeElectron> ZfDocPattern::WavesFrom(const ZfScatteringData
 // In both forms a pixel belongs to one thread, and its sum has one order: the same bits for any number of
 // threads.
 
-void ZfDocPattern::AddWaves(ZfNotifyTerminate& notifier, const ZfFarFieldDirections& directions,
+void ZfDocPattern::AddWaves(ZfNotifyTerminate& notifier, const FarFieldDirections& directions,
                             std::span<const ZfVectorFreeElectron> waves) {
-    if (!ZfFarField::Serves(waves.front())) {
+    if (!FarField::Serves(waves.front())) {
         AddWavePixelByPixel(notifier, directions, waves.front());
         return;
     }
-    const ZfFarField farField(waves);
+    const FarField farField(waves);
     const auto tasks = static_cast<std::int64_t>(directions.tasks.size());
     const std::size_t sources = waves.size() * waves.front().electrons.size();
 
 #pragma omp parallel if (sources * directions.directions.size() > kWorthThreads)
     {
         std::vector<double> scratch;
-        std::vector<ZfFarField::Amplitudes> amplitudes;
+        std::vector<FarField::Amplitudes> amplitudes;
 #pragma omp for schedule(dynamic)
         for (std::int64_t t = 0; t < tasks; ++t) {
             if (notifier.IsTerminated()) continue;
-            const ZfFarFieldDirections::Task& task = directions.tasks[static_cast<std::size_t>(t)];
+            const FarFieldDirections::Task& task = directions.tasks[static_cast<std::size_t>(t)];
             try {
                 farField.Calculate(directions, task, scratch, amplitudes);
             } catch (...) {  // NOLINT(bugprone-empty-catch): the pixels keep the sums they had
@@ -154,7 +156,7 @@ void ZfDocPattern::AddWaves(ZfNotifyTerminate& notifier, const ZfFarFieldDirecti
             }
             const std::size_t first = directions.FirstDirection(task);
             for (std::size_t i = first; i < directions.EndDirection(task); ++i)
-                for (const ZfFarField::Amplitudes& wave : amplitudes)
+                for (const FarField::Amplitudes& wave : amplitudes)
                     AddPixel(directions.directions[i].index, wave.direct[i - first],
                              wave.scattered[i - first]);
         }
@@ -162,14 +164,14 @@ void ZfDocPattern::AddWaves(ZfNotifyTerminate& notifier, const ZfFarFieldDirecti
 }
 
 /// For tables and clusters beyond what the vector kernels take.
-void ZfDocPattern::AddWavePixelByPixel(ZfNotifyTerminate& notifier, const ZfFarFieldDirections& directions,
+void ZfDocPattern::AddWavePixelByPixel(ZfNotifyTerminate& notifier, const FarFieldDirections& directions,
                                        const ZfVectorFreeElectron& wave) {
     wave.PrepareNorms();
     const auto pixels = static_cast<std::int64_t>(directions.directions.size());
 #pragma omp parallel for schedule(static)
     for (std::int64_t i = 0; i < pixels; ++i) {
         if (notifier.IsTerminated()) continue;
-        const ZfFarFieldDirections::Direction& u = directions.directions[static_cast<std::size_t>(i)];
+        const FarFieldDirections::Direction& u = directions.directions[static_cast<std::size_t>(i)];
         try {
             const double theta = std::acos(u.z);
             const double phi = u.x == 0.0 && u.y == 0.0 ? 0.0 : std::atan2(u.y, u.x);
@@ -181,10 +183,10 @@ void ZfDocPattern::AddWavePixelByPixel(ZfNotifyTerminate& notifier, const ZfFarF
 }
 
 void ZfDocPattern::Calculate(ZfNotifyTerminate& notifier, ZfScatteringData& data,
-                             const ZfFluctuation& fluctuation, const ZfDebye& debye) {
+                             const Fluctuation& fluctuation, const ZfDebye& debye) {
     PrepareCalculation(data, fluctuation, debye);
     if (mapping.planes.size() < kWrittenPlanes) throw ZfError("Error: A pattern needs four planes");
-    const ZfFarFieldDirections directions = Directions();
+    const FarFieldDirections directions = Directions();
     recordsDone = 0;
     std::int64_t added = 0;  // records before this one are in the planes
     for (std::int64_t s = 0; s < activeRecordCount; ++s) {

@@ -8,10 +8,10 @@
 #include <vector>
 
 #include "foundation/ZfNotifyTerminate.h"
+#include "input/Fluctuation.h"
 #include "input/ZfDebye.h"
-#include "input/ZfFluctuation.h"
 #include "pattern/ZfSphericalMapping.h"
-#include "scattering/ZfFarFieldDirections.h"
+#include "scattering/FarFieldDirections.h"
 #include "scattering/ZfScatteringData.h"
 
 /// One pattern calculation: settings, the map with its planes, and the wave list at work. A subclass fixes
@@ -29,13 +29,14 @@ public:
 
     /// Prepares, then adds up all active records. Stops quietly when the notifier says so. Throws ZfError.
     virtual void Calculate(ZfNotifyTerminate& notifier, ZfScatteringData& data,
-                           const ZfFluctuation& fluctuation, const ZfDebye& debye);
+                           const qvre::Fluctuation& fluctuation, const ZfDebye& debye);
     /// A new map with zeroed planes.
     virtual void BuildMapping() = 0;
 
     /// Checks the combination of method and type, sets the orientation, builds the map and applies the
     /// thermal model to both lists of every record; the displacements stay in `data`.
-    void PrepareCalculation(ZfScatteringData& data, const ZfFluctuation& fluctuation, const ZfDebye& debye);
+    void PrepareCalculation(ZfScatteringData& data, const qvre::Fluctuation& fluctuation,
+                            const ZfDebye& debye);
 
     /// All records of the data take part.
     void ActivateAll(std::size_t records);
@@ -74,12 +75,12 @@ protected:
 
 private:
     /// Of the pixels inside the map, in the frame of the cluster; the index is the place in a plane.
-    ZfFarFieldDirections Directions() const;
+    qvre::FarFieldDirections Directions() const;
     /// The record's filtered list and those of the active records behind it that share its far field.
     std::vector<ZfVectorFreeElectron> WavesFrom(const ZfScatteringData& data, std::int64_t record);
-    void AddWaves(ZfNotifyTerminate& notifier, const ZfFarFieldDirections& directions,
+    void AddWaves(ZfNotifyTerminate& notifier, const qvre::FarFieldDirections& directions,
                   std::span<const ZfVectorFreeElectron> waves);
-    void AddWavePixelByPixel(ZfNotifyTerminate& notifier, const ZfFarFieldDirections& directions,
+    void AddWavePixelByPixel(ZfNotifyTerminate& notifier, const qvre::FarFieldDirections& directions,
                              const ZfVectorFreeElectron& wave);
     void AddPixel(std::size_t pixel, std::complex<double> direct, std::complex<double> scattered);
 

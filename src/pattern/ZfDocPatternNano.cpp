@@ -8,6 +8,8 @@
 #include "foundation/ZfError.h"
 #include "scattering/ScattererLists.h"
 
+using namespace qvre;
+
 namespace {
 
 constexpr double kReach = 0.68;  // of the radius of an atom
@@ -51,7 +53,7 @@ std::array<std::size_t, 3> ZfDocPatternNano::Axes() const {
 }
 
 void ZfDocPatternNano::Calculate(ZfNotifyTerminate& notifier, ZfScatteringData& data,
-                                 const ZfFluctuation& fluctuation, const ZfDebye& debye) {
+                                 const Fluctuation& fluctuation, const ZfDebye& debye) {
     PrepareCalculation(data, fluctuation, debye);
     if (!pDocScatteringPaseShift_)
         throw ZfError("ZfDocPatternNano::Calculate() ERROR: pDocScatteringPaseShift_==NULL");
@@ -75,7 +77,7 @@ std::vector<ZfDocPatternNano::Atom> ZfDocPatternNano::AtomsInPlane(ZfNotifyTermi
     for (std::size_t i = 0; i < list.size() && !notifier.IsTerminated(); ++i) {
         if (IsLeftOut(list[i])) continue;
         ++entry;
-        const ZfPhaseShiftRecord& phaseShift =
+        const PhaseShiftRecord& phaseShift =
             CheckedAt(pDocScatteringPaseShift_->records, index.VectorValueAt(static_cast<std::int32_t>(i)));
         const double radius = AtomRadius(phaseShift.radial);
         if (radius == 0.0) throw ZfError("Please calculate phase shift.");
@@ -91,7 +93,7 @@ std::vector<ZfDocPatternNano::Atom> ZfDocPatternNano::AtomsInPlane(ZfNotifyTermi
 /// Outgoing and incoming tables around an entry of the list: half of the regular wave of the other sources
 /// each, and the entry's own wave on the outgoing one.
 ZfFreeElectron ZfDocPatternNano::FieldAround(ZfScatteringData& data, std::int32_t entry,
-                                             const ZfPhaseShiftRecord& phaseShift) {
+                                             const PhaseShiftRecord& phaseShift) {
     ZfVectorFreeElectron seen;
     scatteredWave.ShiftOrigin(seen, entry);
     ZfFreeElectron field;

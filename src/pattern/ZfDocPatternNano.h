@@ -5,14 +5,14 @@
 #include <vector>
 
 #include "input/ZfPhaseShiftDocument.h"
+#include "pattern/RadialWave.h"
 #include "pattern/ZfDocPattern.h"
-#include "pattern/ZfRadialWave.h"
 
 /// The wave itself, on a plane through the cluster, instead of its far field.
 ///
 /// Pixel (i, j) is the point at firstMin + i gridStep on the first axis, secondMin + j gridStep on the second
 /// and planeHeight on the normal. Within 0.68 R of an atom of radius R the wave is that atom's radial
-/// expansion (ZfRadialWave), made to join the field around the atom: the waves of all other sources of the
+/// expansion (RadialWave), made to join the field around the atom: the waves of all other sources of the
 /// list, expanded around it by the data's own expansion and tolerance, plus what the atom itself sends out.
 /// Anywhere else it is the sum of the free waves. The emitter's surroundings count as free space, and the
 /// first atom of the list decides where two overlap.
@@ -25,7 +25,7 @@ public:
     /// A record without phase-shift indices, as a file gives it, gets them by energy and name. Stops quietly
     /// when the notifier says so. Throws ZfError; also where the plane cuts an atom of which the record has
     /// no solution tables.
-    void Calculate(ZfNotifyTerminate& notifier, ZfScatteringData& data, const ZfFluctuation& fluctuation,
+    void Calculate(ZfNotifyTerminate& notifier, ZfScatteringData& data, const qvre::Fluctuation& fluctuation,
                    const ZfDebye& debye) override;
     void BuildMapping() override;
 
@@ -49,14 +49,14 @@ private:
     struct Atom {
         Point position;
         double reach;  ///< m: nearer than this the radial expansion counts
-        ZfRadialWave wave;
+        qvre::RadialWave wave;
     };
 
     std::array<std::size_t, 3> Axes() const;
     std::vector<Atom> AtomsInPlane(ZfNotifyTerminate& notifier, ZfScatteringData& data,
                                    const ZfScatteringRecord& record);
     ZfFreeElectron FieldAround(ZfScatteringData& data, std::int32_t entry,
-                               const ZfPhaseShiftRecord& phaseShift);
+                               const qvre::PhaseShiftRecord& phaseShift);
     std::complex<double> WaveAt(const Point& point, const std::vector<Atom>& atoms) const;
     double Output(std::complex<double> wave, const Point& point) const;
     void AddRecord(ZfNotifyTerminate& notifier, const std::vector<Atom>& atoms, double factor);

@@ -11,6 +11,8 @@
 #include "pattern/ZfBlurForSPattern.h"
 #include "scattering/SphericalHarmonics.h"
 
+using namespace qvre;
+
 namespace {
 
 void Blur(ZfLDoubleMatrix& table, double degrees) {
@@ -77,7 +79,7 @@ void ZfDocScatteringPatternMatrix::FillTables() {
     CheckDocuments();
     const std::size_t phaseShift = SelectedPhaseShift();
     const double energy = PDocScatteringPhaseShift_->records[phaseShift].Ek_eV;
-    const auto hasEnergy = [energy](const ZfEmittedWave& wave) { return wave.Ek == energy; };
+    const auto hasEnergy = [energy](const EmittedWave& wave) { return wave.Ek == energy; };
     const auto waves = std::count_if(PDocFinalState_->begin(), PDocFinalState_->end(), hasEnergy);
     if (waves == 0)
         throw ZfError("Error: Emitter settings is not good. Corresponding kinetic energy is not found");
@@ -87,15 +89,15 @@ void ZfDocScatteringPatternMatrix::FillTables() {
     results.assign(1, {energy, totalTable});
     state = 0;
     stepCount = waves * std::intptr_t{distanceCount};
-    for (const ZfEmittedWave& wave : *PDocFinalState_) {
+    for (const EmittedWave& wave : *PDocFinalState_) {
         if (!hasEnergy(wave)) continue;
         AddEmittedWave(wave, phaseShift);
         if (stop != 0) return;
     }
 }
 
-void ZfDocScatteringPatternMatrix::AddEmittedWave(const ZfEmittedWave& wave, std::size_t phaseShift) {
-    const ZfPhaseShiftRecord& atom = PDocScatteringPhaseShift_->records[phaseShift];
+void ZfDocScatteringPatternMatrix::AddEmittedWave(const EmittedWave& wave, std::size_t phaseShift) {
+    const PhaseShiftRecord& atom = PDocScatteringPhaseShift_->records[phaseShift];
     for (std::int32_t i = 0; i < distanceCount; ++i) {
         ++state;
         if (stop != 0) return;

@@ -6,14 +6,18 @@
 
 #include "foundation/Matrices.h"
 #include "foundation/ZfSThCalc.h"
+#include "input/Fluctuation.h"
 #include "input/ZfDebye.h"
-#include "input/ZfFluctuation.h"
 #include "scattering/ZfScatteringData.h"
 
-struct ZfScatteringPatternResult {
+namespace qvre {
+
+struct ScatteringPatternResult {
     double Ek_eV = 0.0;
     ZfLDoubleMatrix pattern;  ///< distance by angle
 };
+
+}  // namespace qvre
 
 /// How one atom scatters the wave of another of its kind, over their distance and the polar angle: the far
 /// field of a pair on the z axis, emitter at the origin, seen in the plane phi = 0.
@@ -58,29 +62,29 @@ public:
     ZfLDoubleMatrix quadratureTable;
     ZfScatteringData* PDocScattering_ = nullptr;  ///< its tolerance and its expansions serve
     const ZfPhaseShiftDocument* PDocScatteringPhaseShift_ = nullptr;
-    const std::vector<ZfEmittedWave>* PDocFinalState_ = nullptr;
-    const ZfFluctuation* PDocFluctuation_ = nullptr;
+    const std::vector<qvre::EmittedWave>* PDocFinalState_ = nullptr;
+    const qvre::Fluctuation* PDocFluctuation_ = nullptr;
     const ZfDebye* PDebye_ = nullptr;
     double distanceStart = 0.0;  ///< m
     double distanceStep = 0.0;   ///< m
     std::int32_t distanceCount = 0;
-    std::int32_t keepTables = 0;                     ///< do the processing only
-    std::vector<bool> phaseShiftSelection;           ///< one bit a phase-shift record; one is set
-    std::int32_t angleCount = 0;                     ///< at least 2
-    ZfLDoubleMatrix distances;                       ///< vector, m
-    ZfLDoubleMatrix angleCosines;                    ///< vector: from -1 to 1, with equalAngles from 1 to -1
-    std::int32_t normalisationType = 0;              ///< of Normalise
-    std::int32_t equalAngles = 0;                    ///< angles equal in theta rather than in cosine
-    std::vector<ZfScatteringPatternResult> results;  ///< one
-    std::vector<double> normalisationFactors;        ///< by distance, of the table normalised last
-    std::int32_t searchMode = 0;                     ///< the mask starts at the first minimum
+    std::int32_t keepTables = 0;            ///< do the processing only
+    std::vector<bool> phaseShiftSelection;  ///< one bit a phase-shift record; one is set
+    std::int32_t angleCount = 0;            ///< at least 2
+    ZfLDoubleMatrix distances;              ///< vector, m
+    ZfLDoubleMatrix angleCosines;           ///< vector: from -1 to 1, with equalAngles from 1 to -1
+    std::int32_t normalisationType = 0;     ///< of Normalise
+    std::int32_t equalAngles = 0;           ///< angles equal in theta rather than in cosine
+    std::vector<qvre::ScatteringPatternResult> results;  ///< one
+    std::vector<double> normalisationFactors;            ///< by distance, of the table normalised last
+    std::int32_t searchMode = 0;                         ///< the mask starts at the first minimum
 
 private:
     void FillTables();
     void CheckDocuments() const;
     std::size_t SelectedPhaseShift() const;
     void FillGrids();
-    void AddEmittedWave(const ZfEmittedWave& wave, std::size_t phaseShift);
+    void AddEmittedWave(const qvre::EmittedWave& wave, std::size_t phaseShift);
     void AddPair(ZfScatteringRecord& pair, std::int32_t line);
     void CheckTables() const;
     void SmoothInEnergy(ZfLDoubleMatrix& total, ZfLDoubleMatrix& quadrature) const;

@@ -5,6 +5,8 @@
 
 #include "foundation/Constants.h"
 
+using namespace qvre;
+
 namespace {
 
 constexpr double kInversePi = 0.3183098861837907;

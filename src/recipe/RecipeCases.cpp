@@ -18,6 +18,8 @@
 #include "foundation/ZfError.h"
 #include "recipe/RecipeTable.h"
 
+namespace qvre {
+
 namespace {
 
 constexpr std::size_t kMostCases = 1000;
@@ -218,3 +220,5 @@ std::vector<RecipeGroup> ExpandRecipe(const std::string& text, const std::string
     scan.RefuseUnread();
     return groups;
 }
+
+}  // namespace qvre

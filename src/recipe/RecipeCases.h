@@ -5,6 +5,8 @@
 
 #include <toml++/toml.h>
 
+namespace qvre {
+
 /// A setting that takes several values in a run.
 struct RecipeVariation {
     std::string section;  ///< "thermal"
@@ -35,3 +37,5 @@ std::vector<RecipeGroup> ExpandRecipe(const std::string& text, const std::string
 
 /// The text of a recipe. Throws ZfError for a file that is missing or cannot be one.
 std::string ReadRecipe(const std::string& path);
+
+}  // namespace qvre

@@ -10,6 +10,8 @@
 
 // The emission of a recipe: what `qvre emit` makes of a cluster.
 
+namespace qvre {
+
 namespace {
 
 /// The energy of a laboratory source, "Al", or a number.
@@ -87,3 +89,5 @@ WavesRequest ReadWavesRequest(RecipeTable section, const ClusterFacts& cluster) 
     CheckWaves(section, request, cluster.emitter);
     return request;
 }
+
+}  // namespace qvre

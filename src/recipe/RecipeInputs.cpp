@@ -14,6 +14,8 @@
 #include "prepare/emission/EmitterField.h"
 #include "prepare/thermal/Elements.h"
 
+namespace qvre {
+
 namespace {
 
 std::vector<int> Integers(RecipeTable& section, const std::string& key) {
@@ -62,10 +64,10 @@ ClusterFacts FactsOf(const ClusterRequest& request) {
     return {elements, elements, emitter.empty() ? elements.front() : emitter};
 }
 
-ClusterFacts FactsOf(const ZfCluster& cluster) {
+ClusterFacts FactsOf(const Cluster& cluster) {
     std::set<std::string> names;
-    for (const ZfStructure& structure : cluster.structures)
-        for (const ZfAtom& atom : structure.atoms) names.insert(atom.name);
+    for (const Structure& structure : cluster.structures)
+        for (const ClusterAtom& atom : structure.atoms) names.insert(atom.name);
     return {{names.begin(), names.end()}, ElementsOf(cluster), EmitterOf(cluster).atom};
 }
 
@@ -135,3 +137,5 @@ VibrationRequest ReadVibrationRequest(RecipeTable section, const ClusterFacts& c
     section.Check([&] { MakeFluctuation(complete, DebyeTable(ProgramFile("debye_temperatures.csv"))); });
     return request;
 }
+
+}  // namespace qvre

@@ -7,6 +7,8 @@
 #include "recipe/RecipeTable.h"
 #include "run/InputFiles.h"
 
+namespace qvre {
+
 /// Where the files of a recipe are looked for: beside the recipe.
 struct RecipeFolder {
     std::string Path(const std::string& name) const;  ///< an absolute name stays
@@ -22,7 +24,7 @@ struct ClusterFacts {
 };
 
 ClusterFacts FactsOf(const ClusterRequest& request);
-ClusterFacts FactsOf(const ZfCluster& cluster);  ///< throws ZfError without an emitter at the origin
+ClusterFacts FactsOf(const Cluster& cluster);  ///< throws ZfError without an emitter at the origin
 
 // The input sections of a recipe. Each function reads its section whole and refuses what cannot work, so that
 // a mistake shows before anything is made. They throw ZfError.
@@ -34,3 +36,5 @@ ClusterRequest ReadClusterRequest(RecipeTable section, const RecipeFolder& place
 WavesRequest ReadWavesRequest(RecipeTable section, const ClusterFacts& cluster);
 PhaseShiftRequest ReadPhaseShiftRequest(RecipeTable section, const ClusterFacts& cluster);
 VibrationRequest ReadVibrationRequest(RecipeTable section, const ClusterFacts& cluster);
+
+}  // namespace qvre

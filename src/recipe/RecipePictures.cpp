@@ -5,6 +5,8 @@
 #include <filesystem>
 #include <set>
 
+namespace qvre {
+
 namespace {
 
 void ReadTreatment(RecipeTable& section, PatternPlot& plot) {
@@ -74,3 +76,5 @@ PatternPlot PlotOf(const RecipePicture& picture, const std::string& image, const
     plot.output = output;
     return plot;
 }
+
+}  // namespace qvre

@@ -6,6 +6,8 @@
 #include "recipe/RecipeTable.h"
 #include "report/picture/PatternPlot.h"
 
+namespace qvre {
+
 enum class PictureQuantity { kModulation, kIntensity, kDirect };
 
 template <>
@@ -31,3 +33,5 @@ std::vector<RecipePicture> ReadPictures(RecipeTable& recipe);
 /// The picture of one result, by full paths.
 PatternPlot PlotOf(const RecipePicture& picture, const std::string& image, const std::string& directImage,
                    const std::string& output);
+
+}  // namespace qvre

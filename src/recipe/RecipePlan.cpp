@@ -20,6 +20,8 @@
 #include "run/RunStages.h"
 #include "run/SummedImages.h"
 
+namespace qvre {
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -219,7 +221,7 @@ std::string Planner::AddFile(const RecipeCase& one, const FileKind& kind, const 
 ClusterFacts Planner::AddCluster(const RecipeCase& one, ScatteringRequest& files) {
     RecipeTable section = RecipeTable(&one.settings, "recipe").Section("cluster");
     if (const auto ready = ReadReadyFile(section, place_)) {
-        const auto cluster = LoadReady<ZfCluster>(section, *ready, ZfLoadCluster);
+        const auto cluster = LoadReady<Cluster>(section, *ready, ZfLoadCluster);
         const std::string extension = fs::path(*ready).extension().string();
         files.clusterFile = AddFile(one, {"cluster", "cluster", extension, kCluster}, Copy(*ready));
         return section.Made("file", [&] { return FactsOf(cluster); });
@@ -235,7 +237,7 @@ void Planner::AddWaves(const RecipeCase& one, const PhaseShiftRequest& crystal, 
     RecipeTable section = RecipeTable(&one.settings, "recipe").Section("emission");
     FileMaker maker;
     if (const auto ready = ReadReadyFile(section, place_)) {
-        LoadReady<std::vector<ZfEmittedWave>>(section, *ready, ZfLoadEmittedWave);
+        LoadReady<std::vector<EmittedWave>>(section, *ready, ZfLoadEmittedWave);
         maker = Copy(*ready);
     } else {
         maker = [request = ReadWavesRequest(section, facts), crystal, cluster = files.clusterFile](
@@ -269,7 +271,7 @@ std::string Planner::AddFluctuation(const RecipeCase& one, const ClusterFacts& f
     RecipeTable section = RecipeTable(&one.settings, "recipe").Section("thermal");
     FileMaker maker;
     if (const auto ready = ReadReadyFile(section, place_)) {
-        LoadReady<ZfFluctuation>(section, *ready, ZfLoadFluctuation);
+        LoadReady<Fluctuation>(section, *ready, ZfLoadFluctuation);
         maker = Copy(*ready);
     } else {
         maker = [request = ReadVibrationRequest(section, facts), clusterFile](const std::string& output) {
@@ -354,3 +356,5 @@ void Planner::AddPicture(const RunResult& result, const RecipePicture& picture) 
 RunPlan PlanRecipe(const std::string& recipePath, const RecipeOptions& options) {
     return Planner(recipePath, options).Plan();
 }
+
+}  // namespace qvre

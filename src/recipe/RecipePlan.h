@@ -4,6 +4,8 @@
 
 #include "run/RunPlan.h"
 
+namespace qvre {
+
 struct RecipeOptions {
     std::string folder;        ///< of the results
     std::string measuredFile;  ///< compared with the result, in place of the one that the recipe names
@@ -13,3 +15,5 @@ struct RecipeOptions {
 /// and so are two steps that would write the same file. Nothing is made in the folder of the results. Throws
 /// ZfError.
 RunPlan PlanRecipe(const std::string& recipePath, const RecipeOptions& options);
+
+}  // namespace qvre

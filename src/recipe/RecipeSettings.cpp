@@ -6,6 +6,8 @@
 #include "report/compare/MeasuredPattern.h"
 #include "report/picture/ComparisonOutput.h"
 
+namespace qvre {
+
 namespace {
 
 constexpr double kAngstrom_m = 1e-10;
@@ -51,8 +53,8 @@ void CompleteBackground(CompareRequest& request) {
 
 }  // namespace
 
-ZfScatteringMethod ReadMethod(RecipeTable section) {
-    const ZfScatteringMethod method = section.Word("method", ScatteringRequest().method);
+ScatteringMethod ReadMethod(RecipeTable section) {
+    const ScatteringMethod method = section.Word("method", ScatteringRequest().method);
     section.RefuseUnread();
     return method;
 }
@@ -88,3 +90,5 @@ RunComparison ReadCompareSection(RecipeTable section, const RecipeFolder& place,
         CompleteBackground(request);
     return comparison;
 }
+
+}  // namespace qvre

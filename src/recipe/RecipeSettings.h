@@ -10,7 +10,9 @@
 // The sections of a recipe that make no file of the input set. Each function reads its section whole and
 // throws ZfError.
 
-ZfScatteringMethod ReadMethod(RecipeTable section);
+namespace qvre {
+
+ScatteringMethod ReadMethod(RecipeTable section);
 
 /// Without the files.
 ImageRequest ReadImageSection(RecipeTable section);
@@ -20,3 +22,5 @@ ImageRequest ReadImageSection(RecipeTable section);
 /// pattern. Refuses measured points that cannot be compared with any pattern.
 RunComparison ReadCompareSection(RecipeTable section, const RecipeFolder& place,
                                  const std::string& measuredFile);
+
+}  // namespace qvre

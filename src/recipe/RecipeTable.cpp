@@ -12,6 +12,8 @@
 #include "foundation/Constants.h"
 #include "foundation/Text.h"
 
+namespace qvre {
+
 namespace {
 
 struct NamedUnit {
@@ -288,3 +290,5 @@ void RecipeTable::RefuseUnread() const {
         Fail(key, "there is no such key" + hint);
     }
 }
+
+}  // namespace qvre

@@ -13,6 +13,8 @@
 #include "foundation/Words.h"
 #include "foundation/ZfError.h"
 
+namespace qvre {
+
 /// What a number of a recipe measures. A plain number is in the unit named here; a text may carry another one
 /// of the same kind, such as "1.4866 keV".
 enum class RecipeUnit : std::uint8_t { kNone, kElectronVolt, kAngstrom, kDegree, kKelvin };
@@ -91,3 +93,5 @@ private:
 /// Number with an optional unit, such as "560 eV" or "0.25 nm", in the unit of `unit`. Throws ZfError with
 /// the units that serve.
 double ParseQuantity(const std::string& text, RecipeUnit unit);
+
+}  // namespace qvre

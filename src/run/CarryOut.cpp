@@ -11,6 +11,8 @@
 #include "run/RunLog.h"
 #include "run/RunProgress.h"
 
+namespace qvre {
+
 namespace {
 
 void TellStep(const RunStep& step, const std::string& result, RunLog& log) {
@@ -66,3 +68,5 @@ void CarryOut(const RunPlan& plan, bool repeatsAll) {
     TellStale(folder.NewlyStale(outputs), log);
     log.Line("results in " + plan.folder);
 }
+
+}  // namespace qvre

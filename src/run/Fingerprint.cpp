@@ -5,6 +5,8 @@
 
 #include "foundation/ZfError.h"
 
+namespace qvre {
+
 std::string FingerprintOf(const std::string& text) {
     const QByteArray bytes = QByteArray::fromStdString(text);
     return QCryptographicHash::hash(bytes, QCryptographicHash::Sha256).toHex().toStdString();
@@ -17,3 +19,5 @@ std::string FingerprintOfFile(const std::string& path) {
         throw ZfError("Cannot read the file " + path);
     return hash.result().toHex().toStdString();
 }
+
+}  // namespace qvre

@@ -12,10 +12,12 @@
 #include "prepare/phases/EnergyList.h"
 #include "prepare/thermal/Elements.h"
 
+namespace qvre {
+
 namespace {
 
-ZfCluster Load(const std::string& clusterFile) {
-    ZfCluster cluster;
+Cluster Load(const std::string& clusterFile) {
+    Cluster cluster;
     ZfLoadCluster(cluster, clusterFile);
     return cluster;
 }
@@ -23,8 +25,8 @@ ZfCluster Load(const std::string& clusterFile) {
 /// The emitter's species in its field, with the settings that its phase shifts have. Returns its element.
 std::string SetField(EmissionRequest& request, PhaseShiftRequest crystal, const PhotoelectronEnergy& energy,
                      const std::string& clusterFile) {
-    const ZfCluster cluster = Load(clusterFile);
-    const ZfAtom emitter = EmitterOf(cluster);
+    const Cluster cluster = Load(clusterFile);
+    const ClusterAtom emitter = EmitterOf(cluster);
     const ScreeningTable atoms(ProgramFile("screening_dhfs.csv"));
     request.atom = atoms.Find(emitter.atom);
     request.kinetic_eV = KineticEnergyOf(energy, request.atom, request.level);
@@ -97,3 +99,5 @@ std::string MakeFluctuationFile(const VibrationRequest& request, const std::stri
     SaveFluctuation(MakeFluctuation(complete, DebyeTable(ProgramFile("debye_temperatures.csv"))), output);
     return {};
 }
+
+}  // namespace qvre

@@ -10,6 +10,8 @@
 // The files of an input set, made from requests and from each other. Each function writes one file, whole or
 // not at all, and returns what the user should know of it, in lines. They throw ZfError.
 
+namespace qvre {
+
 std::string CopyReadyFile(const std::string& path, const std::string& output);
 
 std::string MakeClusterFile(const ClusterRequest& request, const std::string& output);
@@ -35,3 +37,5 @@ std::string MakePhaseShiftFile(const PhaseShiftRequest& request, const std::stri
 /// Of the elements of the cluster.
 std::string MakeFluctuationFile(const VibrationRequest& request, const std::string& clusterFile,
                                 const std::string& output);
+
+}  // namespace qvre

@@ -10,6 +10,8 @@
 #include "report/picture/LinePlot.h"
 #include "run/RunProgress.h"
 
+namespace qvre {
+
 namespace {
 
 struct ComparedResult {
@@ -82,3 +84,5 @@ void CompareResults(const RunPlan& plan, ResultFolder& folder, RunLog& log) {
     if (!plan.scannedName.empty()) TellScan(plan.scannedName, results, folder, log);
     folder.Remember({"comparison", {}, ComparisonOutputs(plan), {}});
 }
+
+}  // namespace qvre

@@ -16,6 +16,8 @@
 #include "foundation/ReplacedFile.h"
 #include "foundation/ZfError.h"
 
+namespace qvre {
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -143,3 +145,5 @@ void ResultFolder::ForgetAll() {
     done_.clear();
     WriteRecord();
 }
+
+}  // namespace qvre

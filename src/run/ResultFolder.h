@@ -7,6 +7,8 @@
 
 #include "run/RunPlan.h"
 
+namespace qvre {
+
 /// The folder of a run. It remembers which steps are done, with what they depended on and how their files
 /// looked, so that the same run goes on where it was stopped and repeats nothing that did not change. One run
 /// at a time works in a folder.
@@ -42,3 +44,5 @@ private:
     std::map<std::string, std::string> done_;  // stamps of the files, by step name and key
     std::set<std::string> toldStale_;
 };
+
+}  // namespace qvre

@@ -4,9 +4,11 @@
 
 #include "foundation/ReplacedFile.h"
 #include "foundation/ZfError.h"
-#include "input/ZfFluctuation.h"
+#include "input/Fluctuation.h"
 #include "prepare/checks/InputCheck.h"
 #include "prepare/thermal/AtomicWeights.h"
+
+namespace qvre {
 
 namespace {
 
@@ -28,7 +30,7 @@ std::string ReportOf(const std::vector<InputFinding>& findings) {
 std::string CheckRun(const ScatteringRequest& inputs, const std::string& fluctuationFile,
                      const std::string& atomicWeightFile, const std::string& reportFile) {
     const LoadedInputs loaded(inputs);
-    ZfFluctuation fluctuation;
+    Fluctuation fluctuation;
     ZfLoadFluctuation(fluctuation, fluctuationFile);
     const ZfDebye weights = LoadAtomicWeights(atomicWeightFile);
     const std::vector<InputFinding> findings = CheckInputs(
@@ -38,3 +40,5 @@ std::string CheckRun(const ScatteringRequest& inputs, const std::string& fluctua
     WriteWholeFile(reportFile, report);
     return report;
 }
+
+}  // namespace qvre

@@ -10,6 +10,8 @@
 
 #include "foundation/ZfError.h"
 
+namespace qvre {
+
 RunLog::RunLog(const std::string& path) : path_(path), file_(std::fopen(path.c_str(), "ae")) {
     if (!file_) throw ZfError("Cannot write " + path_ + ": " + std::generic_category().message(errno));
 }
@@ -36,3 +38,5 @@ void RunLog::Note(const std::string& text) {
     if (std::fflush(file_.get()) != 0)
         throw ZfError("Cannot write " + path_ + ": " + std::generic_category().message(errno));
 }
+
+}  // namespace qvre

@@ -4,6 +4,8 @@
 #include <memory>
 #include <string>
 
+namespace qvre {
+
 /// What a run tells: to the console, and with the time of day to a file that keeps the story of all runs in a
 /// folder.
 class RunLog {
@@ -22,3 +24,5 @@ private:
     std::string path_;
     std::unique_ptr<std::FILE, Closer> file_;
 };
+
+}  // namespace qvre

@@ -2,6 +2,8 @@
 
 #include <filesystem>
 
+namespace qvre {
+
 std::string RunResult::FileName(const std::string& name) const {
     if (label.empty()) return name;
     const std::filesystem::path file = name;
@@ -23,3 +25,5 @@ std::vector<std::string> OutputsOf(const RunPlan& plan) {
         names.insert(names.end(), step.outputs.begin(), step.outputs.end());
     return names;
 }
+
+}  // namespace qvre

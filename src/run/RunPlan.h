@@ -6,6 +6,8 @@
 
 #include "report/compare/PatternComparison.h"
 
+namespace qvre {
+
 /// One piece of work of a run, which makes files of the result folder from files and settings.
 struct RunStep {
     std::string name;                  ///< shown to the user
@@ -51,3 +53,5 @@ std::vector<std::string> ComparisonOutputs(const RunPlan& plan);
 
 /// All file names in the folder that the plan writes, the record of the run aside.
 std::vector<std::string> OutputsOf(const RunPlan& plan);
+
+}  // namespace qvre

@@ -10,6 +10,8 @@
 #include <cstdio>
 #include <utility>
 
+namespace qvre {
+
 namespace {
 
 /// The first signal, 0 without one. Set in a signal handler, read by all threads.
@@ -90,3 +92,5 @@ std::string DurationText(double seconds) {
     if (whole < 3600) return fmt::format("{} min {} s", whole / 60, whole % 60);
     return fmt::format("{} h {} min", whole / 3600, whole / 60 % 60);
 }
+
+}  // namespace qvre

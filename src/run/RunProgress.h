@@ -7,6 +7,8 @@
 #include "foundation/ZfError.h"
 #include "foundation/ZfNotifyTerminate.h"
 
+namespace qvre {
+
 /// What stops a run that a signal asks to end.
 struct Interruption : ZfError {
     explicit Interruption(int number)
@@ -54,3 +56,5 @@ private:
 
 /// A time in the words of a progress line: "0.4 s", "12 s", "3 min 5 s", "1 h 20 min".
 std::string DurationText(double seconds);
+
+}  // namespace qvre

@@ -6,12 +6,14 @@
 
 #include "foundation/ReplacedFile.h"
 #include "image/PlaneImage.h"
-#include "input/ZfFluctuation.h"
+#include "input/Fluctuation.h"
 #include "pattern/SphereMap.h"
 #include "pattern/ZfDocPattern.h"
 #include "prepare/thermal/AtomicWeights.h"
 #include "run/RunProgress.h"
 #include "xml/ZfBarnFile.h"
+
+namespace qvre {
 
 namespace {
 
@@ -28,7 +30,7 @@ std::size_t UnreachedAtoms(const ZfScatteringData& data, const ZfPhaseShiftDocum
     std::size_t count = 0;
     for (const ZfScatteringRecord& record : data.ListScatteringData)
         for (std::size_t i = 1; i < record.ListScatterer.electrons.size(); ++i) {
-            const ZfPhaseShiftRecord& phases = CheckedAt(
+            const PhaseShiftRecord& phases = CheckedAt(
                 phaseShifts.records, record.phaseShiftIndex.VectorValueAt(static_cast<std::int32_t>(i)));
             const auto isZero = [](const std::complex<double>& a) { return a == 0.0; };
             const std::vector<std::complex<double>>& sent = record.ListScatterer.electrons[i].A.block;
@@ -48,7 +50,7 @@ void WarnOfUnreachedAtoms(const ZfScatteringData& data, const ZfPhaseShiftDocume
 void Calculate(ZfDocPattern& pattern, const ImageRequest& request) {
     ZfScatteringData data;
     ZfLoadScatteredWave(data, request.scatteredWaveFile);
-    ZfFluctuation fluctuation;
+    Fluctuation fluctuation;
     ZfLoadFluctuation(fluctuation, request.fluctuationFile);
     pattern.ActivateAll(data.ListScatteringData.size());
     pattern.clusterLimit = request.clusterLimit;
@@ -106,3 +108,5 @@ void CalculateImages(const ImageRequest& request, const std::string& imageFile,
     Calculate(*pattern, request);
     SaveImages(pattern->mapping, ProjectionOf(request.map).Name(), imageFile, directImageFile);
 }
+
+}  // namespace qvre

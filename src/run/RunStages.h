@@ -10,19 +10,21 @@
 // The two stages of a calculation on the files of an input set. Both stop with ZfError when an interrupt asks
 // them to, and write their outputs whole or not at all.
 
+namespace qvre {
+
 struct ScatteringRequest {
     std::string clusterFile;
     std::string wavesFile;
     std::string phaseShiftFile;
-    ZfScatteringMethod method = kMulti;
+    ScatteringMethod method = kMulti;
 };
 
 /// The files of a request, loaded. Throws ZfError.
 struct LoadedInputs {
     explicit LoadedInputs(const ScatteringRequest& request);
 
-    ZfCluster cluster;
-    std::vector<ZfEmittedWave> waves;
+    Cluster cluster;
+    std::vector<EmittedWave> waves;
     ZfPhaseShiftDocument phaseShifts;
 };
 
@@ -42,3 +44,5 @@ struct ImageRequest {
 /// The pattern and the image of the direct wave alone.
 void CalculateImages(const ImageRequest& request, const std::string& imageFile,
                      const std::string& directImageFile);
+
+}  // namespace qvre

@@ -5,6 +5,8 @@
 #include "image/PlaneImage.h"
 #include "xml/ZfQBarnFile.h"
 
+namespace qvre {
+
 namespace {
 
 void Load(ZfDocData& document, const std::string& path) {
@@ -34,3 +36,5 @@ void SumImages(const std::vector<std::string>& imageFiles, const std::string& ou
     output.Write([&](const std::string& path) { SavePlane(sum, total, path); });
     output.Commit();
 }
+
+}  // namespace qvre

@@ -7,6 +7,8 @@
 
 #include "scattering/LevelRefinement.h"
 
+namespace qvre {
+
 namespace {
 
 constexpr double kExpansionRadius_m = 2e-10;  ///< any but 0
@@ -290,3 +292,5 @@ std::array<bool, kTranslationPack> ExpansionPack::Expand(const std::array<bool, 
     }
     return done;
 }
+
+}  // namespace qvre

@@ -12,6 +12,8 @@
 #include "scattering/WaveTranslation.h"
 #include "scattering/ZfSphereExpansion.h"
 
+namespace qvre {
+
 /// What a thread needs to expand waves; kept from one pack to the next.
 struct ExpansionScratch {
     ZfSphereExpansion& Direct(const std::shared_ptr<const ExpansionTables>& tables);
@@ -84,3 +86,5 @@ private:
 ExpandedWave SampleWave(const ZfVectorFreeElectron& seen,
                         const std::shared_ptr<const ExpansionTables>& tables, double tolerance,
                         ExpansionScratch& scratch);
+
+}  // namespace qvre

@@ -2,6 +2,8 @@
 
 #include "scattering/WaveTranslation.h"
 
+namespace qvre {
+
 namespace {
 
 template <class Entry, class Make>
@@ -17,8 +19,8 @@ ExpansionTables::ExpansionTables(std::int32_t size) : lSize(size) {
     grid.BuildGrid();
 }
 
-const ZfExpansionLevel& ExpansionTables::Level(std::int32_t level) const {
-    return Get(levels_.at(static_cast<std::size_t>(level)), [&] { return ZfExpansionLevel(level, lSize); });
+const ExpansionLevel& ExpansionTables::Level(std::int32_t level) const {
+    return Get(levels_.at(static_cast<std::size_t>(level)), [&] { return ExpansionLevel(level, lSize); });
 }
 
 const std::vector<std::vector<double>>& ExpansionTables::Bessel() const {
@@ -36,3 +38,5 @@ const std::vector<std::vector<double>>& ExpansionTables::Bessel() const {
 const std::vector<double>& ExpansionTables::Weights(std::int32_t block) const {
     return Get(weights_.at(static_cast<std::size_t>(block)), [&] { return ProjectionWeights(block, lSize); });
 }
+
+}  // namespace qvre

@@ -5,9 +5,11 @@
 #include <optional>
 #include <vector>
 
+#include "scattering/ExpansionLevel.h"
 #include "scattering/ThetaRows.h"
 #include "scattering/ZfExpansionGrid.h"
-#include "scattering/ZfExpansionLevel.h"
+
+namespace qvre {
 
 /// What an expansion takes from its l size alone. Threads may share it: parts that not every run needs are
 /// built when first asked for.
@@ -15,7 +17,7 @@ class ExpansionTables {
 public:
     explicit ExpansionTables(std::int32_t size);
 
-    const ZfExpansionLevel& Level(std::int32_t level) const;
+    const ExpansionLevel& Level(std::int32_t level) const;
     /// By group: j_L(x) kOrderScale^-L on its sphere, L < kLargestOrder.
     const std::vector<std::vector<double>>& Bessel() const;
     /// ProjectionWeights of a block of rows.
@@ -32,7 +34,9 @@ private:
     };
     static constexpr std::size_t kLevels = 40;
 
-    mutable std::array<OnDemand<ZfExpansionLevel>, kLevels> levels_;
+    mutable std::array<OnDemand<ExpansionLevel>, kLevels> levels_;
     mutable OnDemand<std::vector<std::vector<double>>> bessel_;
     mutable std::array<OnDemand<std::vector<double>>, kRowBlocks> weights_;
 };
+
+}  // namespace qvre

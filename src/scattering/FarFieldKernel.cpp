@@ -9,7 +9,7 @@
 #include "scattering/VectorMath-inl.h"
 
 HWY_BEFORE_NAMESPACE();
-namespace zf::HWY_NAMESPACE {
+namespace qvre::HWY_NAMESPACE {
 
 constexpr std::size_t kPack = kFarFieldPack;
 constexpr std::size_t kValues = kFarFieldValues;
@@ -40,7 +40,7 @@ HWY_INLINE const double* SumOverDegrees(Tag d, std::size_t degrees, const double
 /// Phase factors of a pack in the directions of a task, damped if need be: by direction, kPack cosines and
 /// kPack sines of kd.
 template <bool kDamped>
-HWY_INLINE void PhasesOfPack(const double* HWY_RESTRICT geometry, const ZfFarFieldDirections::Direction* u,
+HWY_INLINE void PhasesOfPack(const double* HWY_RESTRICT geometry, const FarFieldDirections::Direction* u,
                              std::size_t count, double* HWY_RESTRICT phases) {
     const Tag d;
     for (std::size_t part = 0; part < kPack; part += hn::Lanes(d)) {
@@ -70,7 +70,7 @@ HWY_INLINE void PhasesOfPack(const double* HWY_RESTRICT geometry, const ZfFarFie
 template <bool kDisplaced, std::size_t kCount>
 HWY_INLINE void AddGroups(Tag d, std::size_t n, const double* HWY_RESTRICT orders,
                           const double* HWY_RESTRICT powers, const double* HWY_RESTRICT phases,
-                          const ZfFarFieldDirections& all, std::size_t group, double* HWY_RESTRICT sums) {
+                          const FarFieldDirections& all, std::size_t group, double* HWY_RESTRICT sums) {
     // [parity of m][group]: sums of G Re w^m and of H Im w^m.
     V gRe[2][kCount];
     V gIm[2][kCount];
@@ -113,9 +113,9 @@ HWY_INLINE void AddGroups(Tag d, std::size_t n, const double* HWY_RESTRICT order
         const V gImMinus = hn::Sub(gIm[0][i], gIm[1][i]);
         const V hReMinus = hn::Sub(hRe[0][i], hRe[1][i]);
         const V hImMinus = hn::Sub(hIm[0][i], hIm[1][i]);
-        const ZfFarFieldDirections::Group& members = all.groups[group + i];
+        const FarFieldDirections::Group& members = all.groups[group + i];
         for (std::size_t k = 0; k < members.count; ++k, sums += 2 * kPack, phases += 2 * kPack) {
-            const ZfFarFieldDirections::Direction& u = all.directions[members.first + k];
+            const FarFieldDirections::Direction& u = all.directions[members.first + k];
             const bool left = u.x < 0.0;
             const bool turned = left != (u.y < 0.0);
             const V sign = hn::Set(d, turned ? -1.0 : 1.0);
@@ -141,7 +141,7 @@ template <bool kDisplaced>
 HWY_INLINE void AddPack(std::size_t n, const double* HWY_RESTRICT coefficients, const FarFieldTables& tables,
                         const double* phases, double* orders, double* sums) {
     const Tag d;
-    const ZfFarFieldDirections& all = tables.all;
+    const FarFieldDirections& all = tables.all;
     const std::size_t pairs = n * (n + 1) / 2;
     const std::size_t ringStride = n * kValues * kPack;
     const std::size_t firstGroup = all.segments[tables.task.firstSegment].firstGroup;
@@ -183,7 +183,7 @@ void AddPacks(const FarFieldSources& sources, const FarFieldTables& tables, doub
     double* const orders = phases + directions * 2 * kPack;
     for (std::size_t pack = 0; pack < sources.packs; ++pack) {
         const double* const geometry = sources.geometry.data() + pack * kFarFieldGeometry * kPack;
-        const ZfFarFieldDirections::Direction* const u = tables.all.directions.data() + first;
+        const FarFieldDirections::Direction* const u = tables.all.directions.data() + first;
         if (sources.damped)
             PhasesOfPack<true>(geometry, u, directions, phases);
         else if (sources.displaced)
@@ -200,24 +200,25 @@ void AddPacks(const FarFieldSources& sources, const FarFieldTables& tables, doub
     }
 }
 
-}  // namespace zf::HWY_NAMESPACE
+}  // namespace qvre::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
 
-namespace zf {
+namespace qvre {
+
 HWY_EXPORT(AddPacks);
-}  // namespace zf
 
 void AddFarField(const FarFieldSources& sources, const FarFieldTables& tables, double* scratch,
                  double* sums) {
-    using namespace zf;
     HWY_DYNAMIC_DISPATCH(AddPacks)(sources, tables, scratch, sums);
 }
 
 std::size_t FarFieldScratchSize(std::int32_t L, std::size_t directions) {
-    constexpr std::size_t kRings = zf::HWY_NAMESPACE::kRings;
+    constexpr std::size_t kRings = HWY_NAMESPACE::kRings;
     return (directions * 2 + kRings * static_cast<std::size_t>(L) * kFarFieldValues) * kFarFieldPack;
 }
+
+}  // namespace qvre
 
 #endif  // HWY_ONCE

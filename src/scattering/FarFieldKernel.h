@@ -4,11 +4,13 @@
 #include <cstdint>
 #include <vector>
 
-#include "scattering/ZfFarFieldDirections.h"
+#include "scattering/FarFieldDirections.h"
 
 // Vector kernel of the far field: it runs over packs of sources, exists for every instruction set of the
 // machine's family, and the best one is taken at run time. The sum of a direction has one order, whatever the
 // instruction set.
+
+namespace qvre {
 
 constexpr std::size_t kFarFieldPack = 8;      ///< sources side by side
 constexpr std::size_t kFarFieldValues = 4;    ///< of a coefficient: Re C, Im C, Re D, Im D
@@ -30,8 +32,8 @@ struct FarFieldSources {
 
 /// A task and the tables of its directions alone.
 struct FarFieldTables {
-    const ZfFarFieldDirections& all;
-    const ZfFarFieldDirections::Task& task;
+    const FarFieldDirections& all;
+    const FarFieldDirections::Task& task;
     const double* theta;   ///< p_lm of each segment, in the order of the coefficients
     const double* powers;  ///< real and imaginary part of (|x| + i |y|)^m, of each group
 };
@@ -41,3 +43,5 @@ struct FarFieldTables {
 /// FarFieldScratchSize numbers.
 void AddFarField(const FarFieldSources& sources, const FarFieldTables& tables, double* scratch, double* sums);
 std::size_t FarFieldScratchSize(std::int32_t L, std::size_t directions);
+
+}  // namespace qvre

@@ -5,6 +5,8 @@
 #include "foundation/Constants.h"
 #include "scattering/SphericalHarmonics.h"
 
+namespace qvre {
+
 namespace {
 
 std::vector<double> MakeGammas() {
@@ -57,3 +59,5 @@ std::vector<HarmonicPair> HarmonicPairs(const ZfLmComplexTable& table) {
     }
     return pairs;
 }
+
+}  // namespace qvre

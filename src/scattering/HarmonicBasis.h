@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "input/ZfLmTable.h"
+#include "input/LmTable.h"
 
 // The form in which the vector kernels sum spherical harmonics over many directions at once. With the unit
 // vector (x, y, z) of a direction and (x + i y)^m = u_m + i v_m,
@@ -19,6 +19,8 @@
 // and every norm and sign stands in C and D. No angle is needed, no direction is special, and half of the
 // products are saved against a sum over all m (W. H. Press et al., Numerical Recipes, 3rd ed., section 6.7,
 // for the norms).
+
+namespace qvre {
 
 /// Largest table that the kernels take; beyond it the range of p_lm and of the Hankel functions would need
 /// care.
@@ -42,3 +44,5 @@ struct HarmonicPair {
 /// The coefficients of a table in the order of HarmonicGammas. The table must not be larger than
 /// kLargestKernelL.
 std::vector<HarmonicPair> HarmonicPairs(const ZfLmComplexTable& table);
+
+}  // namespace qvre

@@ -5,6 +5,8 @@
 
 #include "foundation/ZfError.h"
 
+namespace qvre {
+
 namespace {
 
 LevelChange Compare(const ZfLmComplexTable& before, const ZfLmComplexTable& now) {
@@ -46,3 +48,5 @@ bool LevelDecision::Stops(std::int32_t level, const LevelChange& change) {
     }
     return level >= maxLevel - 1;
 }
+
+}  // namespace qvre

@@ -1,7 +1,9 @@
 #pragma once
 
-#include "input/ZfLmTable.h"
+#include "input/LmTable.h"
 #include "scattering/ZfExpansionGrid.h"
+
+namespace qvre {
 
 /// Squared norms of the result of a level and of its change in the next.
 struct LevelChange {
@@ -40,3 +42,5 @@ private:
     const ZfExpansionGrid* grid_;
     ZfLmComplexTable raw_;
 };
+
+}  // namespace qvre

@@ -14,7 +14,7 @@
 #ifndef QVRE_LEVELSYNTHESIS_ONCE
 #define QVRE_LEVELSYNTHESIS_ONCE
 
-namespace zf {
+namespace qvre {
 
 /// Period of the coarsest fold of a block's own levels; orders are handled in classes modulo it.
 constexpr std::int32_t kClassPeriod = 32;
@@ -45,12 +45,12 @@ struct GroupSynthesis {
     LevelScratch& scratch;
 };
 
-}  // namespace zf
+}  // namespace qvre
 
 #endif
 
 HWY_BEFORE_NAMESPACE();
-namespace zf::HWY_NAMESPACE {
+namespace qvre::HWY_NAMESPACE {
 
 /// A vector with few registers takes +M and -M one after the other.
 constexpr std::size_t kSignsAtOnce = HWY_MAX_BYTES >= 64 ? 2 : 1;
@@ -266,16 +266,16 @@ void Refine(const PackedTable& integral, const PackedTable& before, const ZfExpa
     }
 }
 
-}  // namespace zf::HWY_NAMESPACE
+}  // namespace qvre::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
 
-namespace zf {
+namespace qvre {
+
 HWY_EXPORT(AddGroup);
 HWY_EXPORT(Combine);
 HWY_EXPORT(Refine);
-}  // namespace zf
 
 namespace {
 
@@ -290,7 +290,6 @@ constexpr std::int32_t kFineLSize = 23;
 
 void RefineLevel(const PackedTable& integral, const PackedTable& before, const ZfExpansionGrid& grid,
                  PackedTable& result, PackedChange& change) {
-    using namespace zf;
     HWY_DYNAMIC_DISPATCH(Refine)(integral, before, grid, result, change);
 }
 
@@ -322,7 +321,6 @@ const PackedTable& LevelSynthesis::Level(std::int32_t level) {
 
 /// From the sum over the rows to the integral.
 void LevelSynthesis::ScaleLevel(std::int32_t level) {
-    using namespace zf;
     const double step = kPi / static_cast<double>(1 << (level / 2));
     PackedTable& table = levels_[static_cast<std::size_t>(level)];
     if (level % 2 == 0)
@@ -340,8 +338,8 @@ void LevelSynthesis::AddBlock(std::int32_t block, bool own, bool fine) {
         return table.data();
     };
     // Which level wants which rows of the block's lattice, folded with which period.
-    std::vector<zf::FoldedSum> sums;
-    std::vector<zf::FoldedSum> coarse;
+    std::vector<FoldedSum> sums;
+    std::vector<FoldedSum> coarse;
     if (own && block == 0) {
         sums = {{sumOf(12), 64, false, 0, 1}, {sumOf(11), 32, true, 0, 2}, {sumOf(10), 32, false, 1, 2}};
         coarse = {{sumOf(9), 16, true, 0, 2}, {sumOf(8), 16, false, 1, 2}, {sumOf(7), 8, true, 1, 4},
@@ -364,8 +362,8 @@ void LevelSynthesis::AddBlock(std::int32_t block, bool own, bool fine) {
     if (block > 0) ScaleLevel(11 + 2 * block);
 }
 
-void LevelSynthesis::AddRows(std::int32_t block, const std::vector<zf::FoldedSum>& sums,
-                             const std::vector<zf::FoldedSum>& coarse) {
+void LevelSynthesis::AddRows(std::int32_t block, const std::vector<FoldedSum>& sums,
+                             const std::vector<FoldedSum>& coarse) {
     const std::size_t rows = RowsOf(block);
     const auto largest = static_cast<std::size_t>(largestOrder_);
     const auto reserve = [](PackedTable& list, std::size_t size) {
@@ -373,17 +371,18 @@ void LevelSynthesis::AddRows(std::int32_t block, const std::vector<zf::FoldedSum
     };
     reserve(scratch_.column, 2 * largest + 4);
     reserve(scratch_.samples, (largest / 16 + 2) * 4 * rows);
-    reserve(scratch_.coarse, 2 * zf::kClassPeriod * zf::kCoarseRows);
+    reserve(scratch_.coarse, 2 * kClassPeriod * kCoarseRows);
     reserve(scratch_.values, rows);
     const ThetaRows& theta = ThetaRowsOf(block, largestOrder_);
     const ZfExpansionGrid& grid = tables_->grid;
     for (std::int32_t g = 0; g < grid.Groups(); ++g) {
         const auto group = static_cast<std::size_t>(g);
-        using namespace zf;
         HWY_DYNAMIC_DISPATCH(AddGroup)
         ({*waves_, tables_->Bessel()[group], theta, tables_->Weights(block), rows, orders_[group],
           g * grid.groupSize, std::min((g + 1) * grid.groupSize, tables_->lSize), sums, coarse, scratch_});
     }
 }
+
+}  // namespace qvre
 
 #endif  // HWY_ONCE

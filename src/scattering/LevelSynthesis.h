@@ -20,10 +20,11 @@
 // hangs. On the lattice exp(i j N phi_0) is 1, or (-1)^j where a level adds the centres of cells. Eight
 // targets stand side by side, as in the translation.
 
+namespace qvre {
+
 constexpr std::int32_t kFirstSynthesisedLevel = 4;
 constexpr std::int32_t kLastSynthesisedLevel = 16;
 
-namespace zf {
 struct FoldedSum;
 
 struct OrderSlot {
@@ -40,7 +41,6 @@ struct LevelScratch {
     std::vector<const PackedComplex*> plus;  ///< the rows of the orders that fold onto one m with this sign
     std::vector<const PackedComplex*> minus;
 };
-}  // namespace zf
 
 /// The levels of eight waves. An object serves one thread and keeps its scratch.
 class LevelSynthesis {
@@ -59,8 +59,8 @@ public:
 
 private:
     void AddBlock(std::int32_t block, bool own, bool fine);
-    void AddRows(std::int32_t block, const std::vector<zf::FoldedSum>& sums,
-                 const std::vector<zf::FoldedSum>& coarse);
+    void AddRows(std::int32_t block, const std::vector<FoldedSum>& sums,
+                 const std::vector<FoldedSum>& coarse);
     void ScaleLevel(std::int32_t level);
 
     const ExpansionTables* tables_ = nullptr;
@@ -71,7 +71,7 @@ private:
     std::int32_t fineBlocks_ = 0;  ///< and in `fine_`
     std::array<PackedTable, kLastSynthesisedLevel + 1> levels_;
     PackedTable fine_;  ///< sums over all rows of the blocks, folded only as the even levels beyond 12 do
-    zf::LevelScratch scratch_;
+    LevelScratch scratch_;
 };
 
 /// Squared norms of the results of eight waves and of their change.
@@ -83,3 +83,5 @@ struct PackedChange {
 /// One step of LevelRefinement for eight waves: `result` is of the level before, and becomes the new one.
 void RefineLevel(const PackedTable& integral, const PackedTable& before, const ZfExpansionGrid& grid,
                  PackedTable& result, PackedChange& change);
+
+}  // namespace qvre

@@ -12,7 +12,7 @@
 #include "scattering/WaveTranslation.h"
 
 HWY_BEFORE_NAMESPACE();
-namespace zf::HWY_NAMESPACE {
+namespace qvre::HWY_NAMESPACE {
 
 static_assert(sizeof(PackedComplex) == 2 * kTranslationPack * sizeof(double));
 
@@ -58,7 +58,7 @@ HWY_INLINE VC MulAdd(VC a, VC b, VC c) {
             hn::MulAdd(a.im, b.re, hn::MulAdd(a.re, b.im, c.im))};
 }
 
-}  // namespace zf::HWY_NAMESPACE
+}  // namespace qvre::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
 #endif

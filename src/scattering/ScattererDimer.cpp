@@ -5,10 +5,12 @@
 #include "scattering/ThermalModels.h"
 #include "scattering/ZfScatteringRecord.h"
 
+using namespace qvre;
+
 void ZfScatteringRecord::SetListScattererDimerOnZ(const ZfLmComplexTable& coefficients, double energy,
                                                   double z, const std::string& atomName,
                                                   const std::string& elementName, std::int32_t phaseShift,
-                                                  const ZfFluctuation& fluctuation, const ZfDebye& debye) {
+                                                  const Fluctuation& fluctuation, const ZfDebye& debye) {
     try {
         ZfAtomName element;
         element.SetName(elementName);

@@ -10,6 +10,8 @@
 #include "input/ZfAtomName.h"
 #include "scattering/SphericalHarmonics.h"
 
+using namespace qvre;
+
 namespace {
 
 constexpr double kAtOriginSquared_m2 = 1e-22;
@@ -21,7 +23,7 @@ double IsotropicDisplacement(const ZfLDoubleMatrix& u) {
     return *u.Data();
 }
 
-ZfFreeElectron SourceAt(const ZfAtom& atom) {
+ZfFreeElectron SourceAt(const ClusterAtom& atom) {
     ZfFreeElectron source;
     source.SetEnergy_eV(0.0);
     source.position = atom.position;
@@ -32,7 +34,7 @@ ZfFreeElectron SourceAt(const ZfAtom& atom) {
     return source;
 }
 
-void SortForWave(std::vector<ZfAtom>& atoms, const ZfEmittedWave& wave, std::int32_t atomOrder) {
+void SortForWave(std::vector<ClusterAtom>& atoms, const EmittedWave& wave, std::int32_t atomOrder) {
     if (wave.IsPlaneWave) {
         const double theta = Radians(wave.PlaneWaveBeta_deg);
         const double phi = Radians(wave.PlaneWaveGamma_deg);
@@ -47,7 +49,7 @@ void SortForWave(std::vector<ZfAtom>& atoms, const ZfEmittedWave& wave, std::int
 
 /// Truncates to a 32-bit integer after every addition, as lengths were once summed; with metres it comes to
 /// 0.
-std::int32_t TruncatedMean(const std::vector<ZfAtom>& atoms, std::int32_t axis) {
+std::int32_t TruncatedMean(const std::vector<ClusterAtom>& atoms, std::int32_t axis) {
     std::int32_t sum = 0;
     for (std::size_t i = 1; i < atoms.size(); ++i)
         sum = TruncateToInt32(sum + atoms[i].position.VectorValueAt(axis));
@@ -56,8 +58,8 @@ std::int32_t TruncatedMean(const std::vector<ZfAtom>& atoms, std::int32_t axis) 
 
 }  // namespace
 
-ZfScatteringRecord& AddScatteringRecord(ZfScatteringData& data, ZfCluster& cluster, std::int32_t stIndex,
-                                        const std::vector<ZfEmittedWave>& waves, std::int32_t ewIndex,
+ZfScatteringRecord& AddScatteringRecord(ZfScatteringData& data, Cluster& cluster, std::int32_t stIndex,
+                                        const std::vector<EmittedWave>& waves, std::int32_t ewIndex,
                                         const ZfPhaseShiftDocument& phaseShifts) {
     ZfScatteringRecord& record = data.ListScatteringData.emplace_back();
     SetListFromCluster(record, cluster, waves, stIndex, data.atomOrder);
@@ -66,26 +68,24 @@ ZfScatteringRecord& AddScatteringRecord(ZfScatteringData& data, ZfCluster& clust
     return record;
 }
 
-void SetListFromCluster(ZfScatteringRecord& record, ZfCluster& cluster,
-                        const std::vector<ZfEmittedWave>& waves, std::int32_t stIndex,
-                        std::int32_t atomOrder) {
+void SetListFromCluster(ZfScatteringRecord& record, Cluster& cluster, const std::vector<EmittedWave>& waves,
+                        std::int32_t stIndex, std::int32_t atomOrder) {
     record.StIndex = stIndex;
-    std::vector<ZfAtom>& atoms = CheckedAt(cluster.structures, stIndex).atoms;
+    std::vector<ClusterAtom>& atoms = CheckedAt(cluster.structures, stIndex).atoms;
     if (waves.empty()) throw ZfError("Emitted wave is not defined");
     SortForWave(atoms, waves.front(), atomOrder);
     record.ListScatterer.electrons.clear();
     record.atomLabels.clear();
-    for (const ZfAtom& atom : atoms) {
+    for (const ClusterAtom& atom : atoms) {
         record.ListScatterer.electrons.push_back(SourceAt(atom));
         record.atomLabels.push_back(atom.name);
     }
     record.NextListScatterer = record.ListScatterer;
 }
 
-void SetEmittedWave(ZfScatteringRecord& record, const std::vector<ZfEmittedWave>& waves,
-                    std::int32_t ewIndex) {
+void SetEmittedWave(ZfScatteringRecord& record, const std::vector<EmittedWave>& waves, std::int32_t ewIndex) {
     record.EWIndex = ewIndex;
-    const ZfEmittedWave& wave = CheckedAt(waves, ewIndex);
+    const EmittedWave& wave = CheckedAt(waves, ewIndex);
     if (record.ListScatterer.electrons.empty()) throw ZfError("Structure has no atoms");
     ZfFreeElectron& emitter = record.ListScatterer.electrons.front();
     emitter.SetEnergy_eV(wave.Ek);
@@ -110,7 +110,7 @@ void SetPhaseShiftIndex(ZfScatteringRecord& record, const ZfPhaseShiftDocument& 
     for (std::int32_t i = 0; i < size; ++i) {
         const std::string& label = CheckedAt(record.atomLabels, i);
         const auto& records = phaseShifts.records;
-        const auto found = std::find_if(records.begin(), records.end(), [&](const ZfPhaseShiftRecord& r) {
+        const auto found = std::find_if(records.begin(), records.end(), [&](const PhaseShiftRecord& r) {
             return r.Ek_eV == record.ListScatterer.Ek_eV && r.AtomName == label;
         });
         const auto index = found - records.begin();
@@ -121,13 +121,13 @@ void SetPhaseShiftIndex(ZfScatteringRecord& record, const ZfPhaseShiftDocument& 
     if (missing) throw ZfError("Error: There is no phase shift data");
 }
 
-void SortAtomsByDepth(std::vector<ZfAtom>& atoms) {
+void SortAtomsByDepth(std::vector<ClusterAtom>& atoms) {
     if (atoms.size() < 2) return;
     const double x0 = TruncatedMean(atoms, 0);
     const double y0 = TruncatedMean(atoms, 1);
     std::vector<double> distance;
     std::vector<double> depth;
-    for (const ZfAtom& atom : atoms) {
+    for (const ClusterAtom& atom : atoms) {
         const double* p = atom.position.Data();
         distance.push_back(std::sqrt((p[0] - x0) * (p[0] - x0) + (p[1] - y0) * (p[1] - y0)));
         depth.push_back(-p[2]);
@@ -140,12 +140,12 @@ void SortAtomsByDepth(std::vector<ZfAtom>& atoms) {
     SelectionSort(atoms, std::move(keys));
 }
 
-void SortAtomsAlongWave(std::vector<ZfAtom>& atoms, const ZfLDoubleMatrix& direction) {
+void SortAtomsAlongWave(std::vector<ClusterAtom>& atoms, const ZfLDoubleMatrix& direction) {
     const double length = std::sqrt(NormSquared(direction));
     if (length == 0.0) throw ZfError("ERROR: WAVE VECTOR IS ZERO");
     const double* d = direction.Data();
     std::vector<double> keys;
-    for (const ZfAtom& atom : atoms) {
+    for (const ClusterAtom& atom : atoms) {
         const double* p = atom.position.Data();
         const bool atOrigin = NormSquared(atom.position) < kAtOriginSquared_m2;
         keys.push_back(atOrigin ? kOriginKey

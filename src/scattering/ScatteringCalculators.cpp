@@ -7,6 +7,8 @@
 #include "scattering/ZfScatteringData.h"
 #include "xml/ZfBarnFile.h"
 
+using namespace qvre;
+
 namespace {
 
 void RefuseLaterPasses(std::int32_t muIndex) {
@@ -18,8 +20,8 @@ void ClearTable(ZfFreeElectron& source, std::int32_t size) {
     source.A.Zero();
 }
 
-const ZfPhaseShiftRecord& PhaseShiftOf(const ZfScatteringRecord& record,
-                                       const ZfPhaseShiftDocument& phaseShifts, std::int32_t entry) {
+const PhaseShiftRecord& PhaseShiftOf(const ZfScatteringRecord& record,
+                                     const ZfPhaseShiftDocument& phaseShifts, std::int32_t entry) {
     return CheckedAt(phaseShifts.records, record.phaseShiftIndex.VectorValueAt(entry));
 }
 
@@ -130,8 +132,8 @@ void FinishPass(ZfScatteringRecord& record) {
 
 }  // namespace
 
-void ZfScatteringData::Calculate(ZfNotifyTerminate& notifier, ZfCluster& cluster,
-                                 const std::vector<ZfEmittedWave>& waves,
+void ZfScatteringData::Calculate(ZfNotifyTerminate& notifier, Cluster& cluster,
+                                 const std::vector<EmittedWave>& waves,
                                  const ZfPhaseShiftDocument& phaseShifts) {
     struct Release {
         ~Release() { structure.reset(); }
@@ -173,7 +175,7 @@ void ZfScatteringData::Calculate(ZfNotifyTerminate& notifier, ZfCluster& cluster
 }
 
 /// Makes ready to compute all waves of the structure at hand together, from the records as they will come.
-void ZfScatteringData::PlanStructure(ZfCluster& cluster, const std::vector<ZfEmittedWave>& waves,
+void ZfScatteringData::PlanStructure(Cluster& cluster, const std::vector<EmittedWave>& waves,
                                      const ZfPhaseShiftDocument& phaseShifts) {
     structure_.reset();
     if (Version != kSingle && Version != kSlowMulti && Version != kMulti) return;
@@ -257,7 +259,7 @@ void ZfScatteringData::ScatterAtEntry(std::int32_t method, ZfScatteringRecord& r
         return;
     }
     const SeenSources sources = SourceFinder(method, record, phaseShifts).SourcesOf(atIndex);
-    const ZfPhaseShiftRecord& phaseShift = PhaseShiftOf(record, phaseShifts, atIndex);
+    const PhaseShiftRecord& phaseShift = PhaseShiftOf(record, phaseShifts, atIndex);
     ZfVectorFreeElectron local;
     for (const std::int32_t i : sources)
         local.electrons.push_back(i == 0 ? record.ListScatterer.electrons.front()
@@ -276,14 +278,14 @@ void ZfScatteringData::TellEmitters(std::int32_t count) {
 }
 
 void ZfScatteringData::ScatterAtAtom(ZfFreeElectron& target, const ZfVectorFreeElectron& seen,
-                                     const ZfPhaseShiftRecord& phaseShift) {
+                                     const PhaseShiftRecord& phaseShift) {
     ZfFreeElectron temporary;
     ExpandAroundOrigin(temporary, seen, phaseShift);
     ApplyPhaseShift(target, temporary, phaseShift);
 }
 
 void ZfScatteringData::ExpandAroundOrigin(ZfFreeElectron& temporary, const ZfVectorFreeElectron& seen,
-                                          const ZfPhaseShiftRecord& phaseShift) {
+                                          const PhaseShiftRecord& phaseShift) {
     const ZfWaveVectorFreeElectron wave(&seen);
     TellEmitters(static_cast<std::int32_t>(seen.electrons.size()));
     CurrSize_l_ = phaseShift.scatteringFactors.VectorSize();
@@ -305,6 +307,6 @@ void ZfScatteringData::ExpandAroundOrigin(ZfFreeElectron& temporary, const ZfVec
 }
 
 void ZfScatteringData::ApplyPhaseShift(ZfFreeElectron& target, const ZfFreeElectron& temporary,
-                                       const ZfPhaseShiftRecord& phaseShift) const {
+                                       const PhaseShiftRecord& phaseShift) const {
     target.A = Scattered(temporary.A, phaseShift);
 }

@@ -8,6 +8,8 @@
 #include "scattering/ZfScatteringData.h"
 #include "xml/ZfBarnFile.h"
 
+using namespace qvre;
+
 // The scattered-wave file: the result of the scattering stage in internal units (metres, 1/m), coefficient
 // tables with all bits. One walk through the tags reads and writes.
 

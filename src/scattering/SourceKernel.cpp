@@ -9,7 +9,7 @@
 #include "scattering/VectorMath-inl.h"
 
 HWY_BEFORE_NAMESPACE();
-namespace zf::HWY_NAMESPACE {
+namespace qvre::HWY_NAMESPACE {
 
 /// Vectors of points that share the broadcast coefficients.
 constexpr std::size_t kUnroll = 2;
@@ -212,16 +212,16 @@ void SumAzimuth(const double* re, const double* im, std::size_t count, const dou
     }
 }
 
-}  // namespace zf::HWY_NAMESPACE
+}  // namespace qvre::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
 
-namespace zf {
+namespace qvre {
+
 HWY_EXPORT(AddOutgoingWave);
 HWY_EXPORT(AddPlaneWave);
 HWY_EXPORT(SumAzimuth);
-}  // namespace zf
 
 double SmallestKernelX(std::int32_t L) {
     return std::max(1.0, 0.25 * L);
@@ -229,21 +229,20 @@ double SmallestKernelX(std::int32_t L) {
 
 void AddOutgoingWave(const KernelSource& source, const KernelDirections& directions, double radius,
                      double* re, double* im) {
-    using namespace zf;
     HWY_DYNAMIC_DISPATCH(AddOutgoingWave)(source, directions, radius, re, im);
 }
 
 void AddPlaneWave(std::complex<double> amplitude, const double* q, const double* position,
                   const KernelDirections& directions, double radius, double* re, double* im) {
-    using namespace zf;
     HWY_DYNAMIC_DISPATCH(AddPlaneWave)
     (amplitude.real(), amplitude.imag(), q, position, directions, radius, re, im);
 }
 
 void SumAzimuth(const double* re, const double* im, std::size_t count, const double* cosines,
                 const double* sines, std::size_t stride, const AzimuthalSums& sums) {
-    using namespace zf;
     HWY_DYNAMIC_DISPATCH(SumAzimuth)(re, im, count, cosines, sines, stride, sums);
 }
+
+}  // namespace qvre
 
 #endif  // HWY_ONCE

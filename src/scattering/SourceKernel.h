@@ -9,6 +9,8 @@
 // Vector kernels of the expansion: one source at many points, and the azimuthal sums of the samples. Each
 // exists for every instruction set of the machine's family and the best one is taken at run time.
 
+namespace qvre {
+
 /// Widest vector of any instruction set, in numbers.
 constexpr std::size_t kSourceLanes = 8;
 
@@ -60,3 +62,5 @@ struct AzimuthalSums {
 };
 void SumAzimuth(const double* re, const double* im, std::size_t count, const double* cosines,
                 const double* sines, std::size_t stride, const AzimuthalSums& sums);
+
+}  // namespace qvre

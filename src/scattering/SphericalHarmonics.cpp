@@ -5,6 +5,8 @@
 
 #include "foundation/Constants.h"
 
+using namespace qvre;
+
 namespace {
 
 const double kPhiNorm = 1.0 / std::sqrt(kTwoPi);

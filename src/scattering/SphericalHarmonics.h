@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "input/ZfLmTable.h"
+#include "input/LmTable.h"
 
 // Spherical harmonics, orthonormal on the unit sphere and with the Condon-Shortley phase:
 //     Y_lm(theta, phi) = sqrt((2l+1)/(4 pi) (l-m)!/(l+m)!) P_lm(cos theta) exp(i m phi),

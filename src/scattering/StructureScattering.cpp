@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <atomic>
 
+namespace qvre {
+
 namespace {
 
 /// Packs behind the one at hand whose sources are added as soon as they are ready: enough for the threads,
@@ -38,7 +40,7 @@ ExpandedWave ExpandWave(const ZfVectorFreeElectron& seen, std::int32_t lSize, Ex
     return SampleWave(seen, tables, settings.tolerance, scratch);
 }
 
-ZfLmComplexTable Scattered(const ZfLmComplexTable& outgoing, const ZfPhaseShiftRecord& phaseShift) {
+ZfLmComplexTable Scattered(const ZfLmComplexTable& outgoing, const PhaseShiftRecord& phaseShift) {
     ZfLmComplexTable table(outgoing.L);
     std::size_t i = 0;
     for (std::int32_t l = 0; l < outgoing.L; ++l) {
@@ -71,7 +73,7 @@ StructureScattering::StructureScattering(std::vector<ZfScatteringRecord> records
         PlanSuccessive();
 }
 
-const ZfPhaseShiftRecord& StructureScattering::PhaseShift(const Target& target) const {
+const PhaseShiftRecord& StructureScattering::PhaseShift(const Target& target) const {
     const std::int8_t index =
         records_[target.record].phaseShiftIndex.VectorValueAt(static_cast<std::int32_t>(target.atom));
     return phaseShifts_.records[static_cast<std::size_t>(index)];
@@ -281,3 +283,5 @@ ExpansionPack::Seen StructureScattering::SeenFrom(const Target& target, std::int
     const double* const t = atoms[target.atom].position.Data();
     return {&electron, {r[0] - t[0], r[1] - t[1], r[2] - t[2]}};
 }
+
+}  // namespace qvre

@@ -9,6 +9,8 @@
 #include "scattering/ExpansionPack.h"
 #include "scattering/ZfScatteringRecord.h"
 
+namespace qvre {
+
 /// Relative distance of an error from the tolerance within which a wave is sampled instead of translated:
 /// rounding moves errors by some 1e-10.
 constexpr double kNearTie = 1e-8;
@@ -31,7 +33,7 @@ struct ScatteredWave {
 };
 
 /// Outgoing table of an atom, t_l a(l,m), of the outgoing half a = c/2 of the wave around it, sum c j_l Y_lm.
-ZfLmComplexTable Scattered(const ZfLmComplexTable& outgoing, const ZfPhaseShiftRecord& phaseShift);
+ZfLmComplexTable Scattered(const ZfLmComplexTable& outgoing, const PhaseShiftRecord& phaseShift);
 
 /// Expands the wave of a list around its origin. Throws ZfError if it is not finite.
 ExpandedWave ExpandWave(const ZfVectorFreeElectron& seen, std::int32_t lSize, ExpansionSettings& settings);
@@ -81,7 +83,7 @@ private:
                 const std::array<bool, kTranslationPack>& chosen, ExpansionScratch& scratch);
     ExpandedWave Sample(const Target& target, ExpansionScratch& scratch) const;
     ExpansionPack::Seen SeenFrom(const Target& target, std::int32_t source) const;
-    const ZfPhaseShiftRecord& PhaseShift(const Target& target) const;
+    const PhaseShiftRecord& PhaseShift(const Target& target) const;
     std::int32_t LSize(const Target& target) const {
         return PhaseShift(target).scatteringFactors.VectorSize();
     }
@@ -100,3 +102,5 @@ private:
     std::vector<GrowingPack> growing_;  ///< successive: in the order of their first atoms
     std::size_t finished_ = 1;          ///< successive: atoms before this one have their waves
 };
+
+}  // namespace qvre

@@ -8,6 +8,8 @@
 #include "foundation/Constants.h"
 #include "scattering/WaveTranslation.h"
 
+namespace qvre {
+
 namespace {
 
 constexpr std::int32_t kOrderStep = 32;
@@ -143,3 +145,5 @@ std::vector<double> ProjectionWeights(std::int32_t block, std::int32_t lSize) {
     });
     return weights;
 }
+
+}  // namespace qvre

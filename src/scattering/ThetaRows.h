@@ -7,6 +7,8 @@
 // Theta factors of the rows on which the expansion samples a wave, as its synthesis and its projection take
 // them. Rows theta and pi - theta mirror each other, so only those up to the equator stand here.
 
+namespace qvre {
+
 /// Rows that stand side by side.
 constexpr std::size_t kRowTile = 4;
 
@@ -45,3 +47,5 @@ std::vector<double> ProjectionWeights(std::int32_t block, std::int32_t lSize);
 
 /// Blocks that there are: enough for level 16.
 constexpr std::int32_t kRowBlocks = 3;
+
+}  // namespace qvre

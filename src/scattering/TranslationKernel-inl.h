@@ -12,7 +12,7 @@
 #include "scattering/TranslationTables.h"
 
 HWY_BEFORE_NAMESPACE();
-namespace zf::HWY_NAMESPACE {
+namespace qvre::HWY_NAMESPACE {
 
 /// The first kRows rows of a tile of d(pi/2) times u: calls use(mu, E, O) for each, two rows lying between
 /// one and the next. The sums over even and odd m run side by side, so that additions need not wait. They
@@ -104,7 +104,7 @@ HWY_INLINE void StorePhased(const Part& part, std::size_t l, VC e, VC o, VC phas
     part.Store(l % 2 == 0 ? b : a, out.minus);
 }
 
-}  // namespace zf::HWY_NAMESPACE
+}  // namespace qvre::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
 #endif

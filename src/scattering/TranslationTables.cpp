@@ -6,6 +6,8 @@
 
 #include "scattering/WaveTranslation.h"
 
+namespace qvre {
+
 namespace {
 
 template <class Table>
@@ -87,3 +89,5 @@ const CoaxialTable& CoaxialTableOf(std::int32_t m) {
     std::call_once(entry.flag, [&] { entry.table = MakeCoaxialTable(m); });
     return entry.table;
 }
+
+}  // namespace qvre

@@ -6,6 +6,8 @@
 
 // Constants of the translation of waves, built when first asked for, from any thread, and kept.
 
+namespace qvre {
+
 /// Rows of a quarter turn that stand side by side.
 constexpr std::size_t kTurnTile = 4;
 
@@ -25,3 +27,5 @@ struct CoaxialTable {
     std::vector<double> first;  ///< S_Lm / (f_L(kR) (kR)^-m)
 };
 const CoaxialTable& CoaxialTableOf(std::int32_t m);
+
+}  // namespace qvre

@@ -11,7 +11,7 @@
 #include <hwy/highway.h>
 
 HWY_BEFORE_NAMESPACE();
-namespace zf::HWY_NAMESPACE {
+namespace qvre::HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
 
 using Tag = hn::CappedTag<double, 8>;
@@ -59,7 +59,7 @@ HWY_INLINE void SinCos(Tag d, V x, V& sine, V& cosine) {
     cosine = hn::Xor(hn::IfThenElse(odd, s, c), cosineSign);
 }
 
-}  // namespace zf::HWY_NAMESPACE
+}  // namespace qvre::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
 #endif

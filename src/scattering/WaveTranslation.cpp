@@ -12,7 +12,7 @@
 #include "scattering/TranslationKernel-inl.h"
 
 HWY_BEFORE_NAMESPACE();
-namespace zf::HWY_NAMESPACE {
+namespace qvre::HWY_NAMESPACE {
 
 void FillPhases(const Part& part, const TranslationGeometry& geometry, std::size_t count,
                 TranslationScratch& w) {
@@ -224,16 +224,16 @@ void Recur(const TranslationGeometry& geometry, std::size_t count, PackedComplex
     }
 }
 
-}  // namespace zf::HWY_NAMESPACE
+}  // namespace qvre::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
 
-namespace zf {
+namespace qvre {
+
 HWY_EXPORT(Move);
 HWY_EXPORT(TurnAllBack);
 HWY_EXPORT(Recur);
-}  // namespace zf
 
 void TranslationGeometry::Clear() {
     kR = inverse = alpha = beta = PackedComplex();
@@ -257,7 +257,6 @@ void TranslationGeometry::Remove(std::size_t lane) {
 }
 
 void TranslationGeometry::CalculateRadial(RadialKind kind, std::int32_t count) {
-    using namespace zf;
     const auto size = static_cast<std::size_t>(std::max(count, 2));
     radial.assign(size, PackedComplex());
     for (std::size_t lane = 0; lane < kTranslationPack; ++lane) {
@@ -310,7 +309,6 @@ std::vector<std::complex<double>> ScaledBessel(std::complex<double> x, std::int3
 
 void MoveWaves(const PackedTable& sources, std::int32_t lSize, const TranslationGeometry& geometry,
                std::int32_t order, TranslationScratch& scratch) {
-    using namespace zf;
     const auto n = static_cast<std::size_t>(lSize);
     const auto K = static_cast<std::size_t>(order);
     const std::size_t degrees = std::max(n, K);
@@ -328,12 +326,11 @@ void MoveWaves(const PackedTable& sources, std::int32_t lSize, const Translation
     reserve(scratch.moved, K * scratch.movedStride);
     reserve(scratch.sums, K);
     reserve(scratch.power, K);
-    reserve(scratch.columns, (zf::HWY_NAMESPACE::kColumns + 2) * scratch.columnSize);
+    reserve(scratch.columns, (HWY_NAMESPACE::kColumns + 2) * scratch.columnSize);
     HWY_DYNAMIC_DISPATCH(Move)(sources, n, geometry, K, scratch);
 }
 
 void AddMoved(std::int32_t order, PackedTable& targets, TranslationScratch& scratch) {
-    using namespace zf;
     HWY_DYNAMIC_DISPATCH(TurnAllBack)(scratch.orders, static_cast<std::size_t>(order), targets, scratch);
 }
 
@@ -343,5 +340,7 @@ void AddTranslated(const PackedTable& sources, std::int32_t lSize, const Transla
     MoveWaves(sources, lSize, geometry, order, scratch);
     AddMoved(order, targets, scratch);
 }
+
+}  // namespace qvre
 
 #endif  // HWY_ONCE

@@ -25,6 +25,8 @@
 // Eight pairs of source and target are translated side by side, each with its own displacement, wave number
 // and table; the kernel exists for every instruction set and the best one is taken at run time.
 
+namespace qvre {
+
 /// Pairs of a pack.
 constexpr std::size_t kTranslationPack = 8;
 
@@ -111,3 +113,5 @@ void AddMoved(std::int32_t order, PackedTable& targets, TranslationScratch& scra
 
 /// j_l(x) scale^l for l = 0 .. count - 1.
 std::vector<std::complex<double>> ScaledBessel(std::complex<double> x, std::int32_t count, double scale);
+
+}  // namespace qvre

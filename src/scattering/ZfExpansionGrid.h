@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "input/ZfLmTable.h"
+#include "input/LmTable.h"
 
 /// What a spherical expansion takes from its l size and wave number alone: groups of l values, and for each
 /// group the radius of the sphere on which the wave is sampled.

@@ -7,6 +7,8 @@
 #include "scattering/SphericalHarmonics.h"
 #include "scattering/ZfSphericalBessel.h"
 
+using namespace qvre;
+
 namespace {
 
 constexpr double kTwoElectronMass_kg = 1.82187794e-30;  // CODATA 1986

@@ -4,7 +4,7 @@
 #include <cstdint>
 
 #include "foundation/Matrices.h"
-#include "input/ZfLmTable.h"
+#include "input/LmTable.h"
 
 /// One source of an electron wave: around its position R, with rho = r - R,
 ///     psi(r) = sum_lm A(l,m) h1_l(k rho) Y_lm(rho) + sum_lm B(l,m) h2_l(k rho) Y_lm(rho),
@@ -34,10 +34,10 @@ public:
     double k = 0.0;                        ///< 1/m
     mutable ZfLmDoubleTable legendreNorm;  ///< cache of the evaluation
     bool IsPlaneWave = false;
-    ZfLDoubleMatrix planeWaveVector = Vector3(0.0, 0.0, 0.0);  ///< 1/m
-    double Uiso = 0.0;                                         ///< mean square displacement, m^2
+    ZfLDoubleMatrix planeWaveVector = qvre::Vector3(0.0, 0.0, 0.0);  ///< 1/m
+    double Uiso = 0.0;                                               ///< mean square displacement, m^2
     std::int32_t atomicNumber = 0;
     ZfLmComplexTable A;  ///< coefficients of h1_l
     ZfLmComplexTable B;  ///< of h2_l; empty except while an incoming wave is being scattered
-    ZfLDoubleMatrix position = Vector3(0.0, 0.0, 0.0);  ///< m
+    ZfLDoubleMatrix position = qvre::Vector3(0.0, 0.0, 0.0);  ///< m
 };

@@ -7,28 +7,32 @@
 
 #include "foundation/Words.h"
 #include "foundation/ZfNotifyTerminate.h"
-#include "input/ZfCluster.h"
-#include "input/ZfEmittedWave.h"
+#include "input/Cluster.h"
+#include "input/EmittedWave.h"
 #include "input/ZfPhaseShiftDocument.h"
 #include "scattering/StructureScattering.h"
 #include "scattering/ZfScatteringRecord.h"
 
 class ZfBarnXml;
 
+namespace qvre {
+
 /// The method by which an atom gathers the sources it sees; the values of the command line and of files.
-enum ZfScatteringMethod : std::int32_t { kSingle = 0, kSlowMulti = 1, kMulti = 2 };
+enum ScatteringMethod : std::int32_t { kSingle = 0, kSlowMulti = 1, kMulti = 2 };
 
 template <>
-inline constexpr auto kWords<ZfScatteringMethod> = std::to_array<Word<ZfScatteringMethod>>(
+inline constexpr auto kWords<ScatteringMethod> = std::to_array<Word<ScatteringMethod>>(
     {{"MULTI", kMulti}, {"SLOWMULTI", kSlowMulti}, {"SINGLE", kSingle}});
+
+}  // namespace qvre
 
 /// One scattering run: settings, live counters, and its records.
 class ZfScatteringData {
 public:
     /// Computes the wave of every atom, for each structure and emitted wave, and saves the file if one is
     /// named. Returns at once, without a file, when the notifier says so.
-    void Calculate(ZfNotifyTerminate& notifier, ZfCluster& cluster, const std::vector<ZfEmittedWave>& waves,
-                   const ZfPhaseShiftDocument& phaseShifts);
+    void Calculate(ZfNotifyTerminate& notifier, qvre::Cluster& cluster,
+                   const std::vector<qvre::EmittedWave>& waves, const ZfPhaseShiftDocument& phaseShifts);
 
     // One target atom each. Only the first pass (muIndex 0) is supported; throw ZfError otherwise. Entry 0,
     // the emitter, scatters nothing. Target n sees
@@ -45,15 +49,15 @@ public:
 
     /// The outgoing wave of `target` under the sources of `seen`, a list in the frame of the target.
     void ScatterAtAtom(ZfFreeElectron& target, const ZfVectorFreeElectron& seen,
-                       const ZfPhaseShiftRecord& phaseShift);
+                       const qvre::PhaseShiftRecord& phaseShift);
 
     /// Expands the wave of `seen` around the origin: A = B = c/2 on `temporary`, from sum of c j_l Y_lm.
     void ExpandAroundOrigin(ZfFreeElectron& temporary, const ZfVectorFreeElectron& seen,
-                            const ZfPhaseShiftRecord& phaseShift);
+                            const qvre::PhaseShiftRecord& phaseShift);
 
     /// Outgoing table of the target, t_l A(l,m).
     void ApplyPhaseShift(ZfFreeElectron& target, const ZfFreeElectron& temporary,
-                         const ZfPhaseShiftRecord& phaseShift) const;
+                         const qvre::PhaseShiftRecord& phaseShift) const;
 
     bool Exchange(ZfBarnXml& xml);  ///< false without the root
 
@@ -69,7 +73,7 @@ public:
     std::int32_t MuIndex = 0;
     std::int32_t MuCount = 0;
     std::int32_t MuStart = 0;
-    std::int32_t Version = 0;          ///< a ZfScatteringMethod
+    std::int32_t Version = 0;          ///< a ScatteringMethod
     std::int32_t lastLevel = 0;        ///< final level of the last expansion
     std::int32_t currentEmitters = 0;  ///< sources of the last expansion
     double targetEnergy = 0.0;         ///< eV
@@ -79,22 +83,22 @@ public:
     double EPS = 0.01;  ///< convergence tolerance of the expansions
     /// How near the tolerance an error has to be for its wave to be sampled instead of translated; infinite:
     /// always.
-    double nearTie = kNearTie;
+    double nearTie = qvre::kNearTie;
     std::string fileName;
     std::int32_t MultiScattering = 0;  ///< number of passes
     std::int32_t atomOrder = 0;        ///< 0 by distance, 1 by depth, other: as in the cluster
     std::vector<ZfScatteringRecord> ListScatteringData;
 
 private:
-    void PlanStructure(ZfCluster& cluster, const std::vector<ZfEmittedWave>& waves,
+    void PlanStructure(qvre::Cluster& cluster, const std::vector<qvre::EmittedWave>& waves,
                        const ZfPhaseShiftDocument& phaseShifts);
     void ScatterAtEntry(std::int32_t method, ZfScatteringRecord& record,
                         const ZfPhaseShiftDocument& phaseShifts, std::int32_t atIndex);
     void TellEmitters(std::int32_t count);
 
-    ExpansionSettings settings_;
+    qvre::ExpansionSettings settings_;
     /// All waves of the structure at hand, while Calculate runs: it holds references to what that was given.
-    std::shared_ptr<StructureScattering> structure_;
+    std::shared_ptr<qvre::StructureScattering> structure_;
 };
 
 /// Reads a scattered-wave file; one without the root leaves the data as it is.

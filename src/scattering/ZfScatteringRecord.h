@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "foundation/Matrices.h"
+#include "input/Fluctuation.h"
 #include "input/ZfDebye.h"
-#include "input/ZfFluctuation.h"
 #include "scattering/ZfVectorFreeElectron.h"
 
 class ZfBarnXml;
@@ -21,7 +21,7 @@ struct ZfScatteringRecord {
     /// Throws ZfError, also for a phase-shift index that no record can hold.
     void SetListScattererDimerOnZ(const ZfLmComplexTable& coefficients, double energy, double z,
                                   const std::string& atomName, const std::string& elementName,
-                                  std::int32_t phaseShift, const ZfFluctuation& fluctuation,
+                                  std::int32_t phaseShift, const qvre::Fluctuation& fluctuation,
                                   const ZfDebye& debye);
 
     ZfVectorFreeElectron ListScatterer;      ///< sources of the current scattering order; the result

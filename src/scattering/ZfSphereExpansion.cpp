@@ -9,6 +9,8 @@
 #include "scattering/SourceKernel.h"
 #include "scattering/SphericalHarmonics.h"
 
+using namespace qvre;
+
 namespace {
 
 constexpr double kParameterArea = 19.739208802178716;  // 2 pi^2: (0, pi) by (0, 2 pi)
@@ -25,7 +27,7 @@ constexpr std::size_t kTaskPoints = 128;
 
 /// Sums over phi of the samples of some rows. The result of a row depends on nothing but the row.
 void ZfSphereExpansion::SampleRows(const Task& task, std::vector<double>& scratch) {
-    const ZfExpansionLevel& lattice = tables_->Level(task.level);
+    const ExpansionLevel& lattice = tables_->Level(task.level);
     RowSums& sums = sampled_[static_cast<std::size_t>(task.level)];
     const auto groups = static_cast<std::size_t>(grid.Groups());
     const std::size_t first = lattice.rows[task.firstRow].firstPoint;
@@ -44,7 +46,7 @@ void ZfSphereExpansion::SampleRows(const Task& task, std::vector<double>& scratc
     for (std::size_t g = 0; g < groups; ++g) {
         wave->Sample(directions, grid.groupRadius[g], re, im);
         for (std::size_t row = task.firstRow; row < task.endRow; ++row) {
-            const ZfExpansionLevel::PhiSet& set = lattice.phiSets[lattice.rows[row].phiSet];
+            const ExpansionLevel::PhiSet& set = lattice.phiSets[lattice.rows[row].phiSet];
             const std::size_t offset = (row - task.firstRow) * lattice.rowLength;
             SumAzimuth(re + offset, im + offset, lattice.rowLength, set.cosines.data(), set.sines.data(),
                        lattice.stride, a);
@@ -65,7 +67,7 @@ void ZfSphereExpansion::SampleLevels(std::int32_t first, std::int32_t last) {
     std::vector<Task> tasks;
     for (std::int32_t n = first; n <= last; ++n) {
         const auto index = static_cast<std::size_t>(n);
-        const ZfExpansionLevel& lattice = tables_->Level(n);
+        const ExpansionLevel& lattice = tables_->Level(n);
         if (sampled_.size() <= index) sampled_.emplace_back();
         const std::size_t size = lattice.rows.size() * static_cast<std::size_t>(grid.Groups()) * Orders();
         sampled_[index].re.resize(size);
@@ -95,7 +97,7 @@ void ZfSphereExpansion::SampleLevels(std::int32_t first, std::int32_t last) {
     if (failure) std::rethrow_exception(failure);
 }
 
-void ZfSphereExpansion::AddRows(const ZfExpansionLevel& lattice, const RowSums& sums) {
+void ZfSphereExpansion::AddRows(const ExpansionLevel& lattice, const RowSums& sums) {
     const auto groups = static_cast<std::size_t>(grid.Groups());
     const auto middle = static_cast<std::ptrdiff_t>(lSize) - 1;
     for (std::size_t row = 0; row < lattice.rows.size(); ++row) {
@@ -120,7 +122,7 @@ void ZfSphereExpansion::LevelIntegral(ZfLmComplexTable& result) {
     if (level == 0) SampleLevels(0, std::clamp(maxLevel - 1, kFewestLevels, kLevelsAtOnce));
     if (level > kLevelsAtOnce) SampleLevels(level, level);
     const auto index = static_cast<std::size_t>(level);
-    const ZfExpansionLevel& lattice = tables_->Level(level);
+    const ExpansionLevel& lattice = tables_->Level(level);
     AddRows(lattice, sampled_[index]);
     points += static_cast<std::int32_t>(lattice.points);
     result.SetSize(lSize);

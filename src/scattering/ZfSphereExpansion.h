@@ -4,7 +4,7 @@
 #include <memory>
 #include <vector>
 
-#include "input/ZfLmTable.h"
+#include "input/LmTable.h"
 #include "scattering/ExpansionTables.h"
 #include "scattering/ZfWaveFunction.h"
 
@@ -23,7 +23,7 @@ public:
     void Expand(ZfLmComplexTable& result, const ZfWaveFunction& source, double radius);
 
     /// One level after the other by hand, on tables that are shared; the caller counts `level` up from 0.
-    void Use(std::shared_ptr<const ExpansionTables> tables);
+    void Use(std::shared_ptr<const qvre::ExpansionTables> tables);
     void Begin(const ZfWaveFunction& source);
     void End();  ///< forgets the wave
 
@@ -58,9 +58,9 @@ private:
     void RequireTables();
     void SampleLevels(std::int32_t first, std::int32_t last);
     void SampleRows(const Task& task, std::vector<double>& scratch);
-    void AddRows(const ZfExpansionLevel& lattice, const RowSums& sums);
+    void AddRows(const qvre::ExpansionLevel& lattice, const RowSums& sums);
     std::size_t Orders() const { return 2 * static_cast<std::size_t>(lSize) - 1; }
 
-    std::shared_ptr<const ExpansionTables> tables_;
+    std::shared_ptr<const qvre::ExpansionTables> tables_;
     std::vector<RowSums> sampled_;  ///< by level, of the wave at hand
 };

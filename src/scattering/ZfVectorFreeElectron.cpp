@@ -7,6 +7,8 @@
 #include "foundation/ZfError.h"
 #include "scattering/SphericalHarmonics.h"
 
+using namespace qvre;
+
 namespace {
 
 struct Direction {

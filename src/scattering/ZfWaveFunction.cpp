@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+using namespace qvre;
+
 namespace {
 
 KernelSource Prepare(const ZfFreeElectron& electron) {

@@ -20,7 +20,8 @@ public:
 
     /// The wave at many points of one radius; `re` and `im` are padded by kKernelPadding. Called from
     /// several threads at once.
-    virtual void Sample(const KernelDirections& directions, double radius, double* re, double* im) const = 0;
+    virtual void Sample(const qvre::KernelDirections& directions, double radius, double* re,
+                        double* im) const = 0;
 };
 
 /// A list of sources seen as a wave; the list is not owned and must stay as it is meanwhile. All operations
@@ -33,10 +34,11 @@ public:
         List().Value(result, r, theta, phi);
     }
     double WaveNumber() const override {
-        return CheckedAt(List().electrons, 0).k;
+        return qvre::CheckedAt(List().electrons, 0).k;
     }  ///< out-of-range without entries
     double KineticEnergy() const override { return List().Ek_eV; }
-    void Sample(const KernelDirections& directions, double radius, double* re, double* im) const override;
+    void Sample(const qvre::KernelDirections& directions, double radius, double* re,
+                double* im) const override;
 
     const ZfVectorFreeElectron* list;
 
@@ -46,5 +48,5 @@ private:
         return *list;
     }
 
-    std::vector<KernelSource> prepared_;  ///< one an entry; L is 0 for those that no kernel serves
+    std::vector<qvre::KernelSource> prepared_;  ///< one an entry; L is 0 for those that no kernel serves
 };

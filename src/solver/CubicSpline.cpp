@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstddef>
 
+namespace qvre {
+
 // The equations at the points are
 //     h_i/6 s_i-1 + (h_i + h_i+1)/3 s_i + h_i+1/6 s_i+1 = d_i+1 - d_i
 // with h_i = x_i - x_i-1 and d_i = (y_i - y_i-1)/h_i; an end with a slope has the half row
@@ -47,3 +49,5 @@ double SplineValue(const std::vector<double>& x, const std::vector<double>& y,
     return a * y[i - 1] + b * y[i] +
            ((a * a * a - a) * second[i - 1] + (b * b * b - b) * second[i]) * (h * h) / 6.0;
 }
+
+}  // namespace qvre

@@ -2,6 +2,8 @@
 
 #include <vector>
 
+namespace qvre {
+
 /// An end slope above this asks for a natural end: a second derivative of zero.
 constexpr double kNaturalEnd = 9.9e29;
 
@@ -15,3 +17,5 @@ std::vector<double> SplineSecondDerivatives(const std::vector<double>& x, const 
 /// Outside the points the first or the last cubic goes on.
 double SplineValue(const std::vector<double>& x, const std::vector<double>& y,
                    const std::vector<double>& second, double at);
+
+}  // namespace qvre

@@ -5,6 +5,8 @@
 
 #include "foundation/ZfError.h"
 
+using namespace qvre;
+
 namespace {
 
 constexpr double kElectronMassTimesCharge = 1.45948576674755e-49;  // kg C

@@ -6,9 +6,11 @@
 #include "solver/CubicSpline.h"
 #include "solver/ZfDiffEqFunc.h"
 
+namespace qvre {
+
 /// An atomic potential on the grid of a radial solution.
-struct ZfAtomicPotentialRecord {
-    ZfRadialTables radial;         ///< LnX is the grid, x = ln(r/m), strictly rising
+struct AtomicPotentialRecord {
+    RadialTables radial;           ///< LnX is the grid, x = ln(r/m), strictly rising
     std::vector<double> V;         ///< eV, at the grid points
     std::vector<double> rV;        ///< eV m; set with the spline
     std::vector<double> rVSecond;  ///< second derivatives of the spline of rV over x
@@ -16,6 +18,8 @@ struct ZfAtomicPotentialRecord {
     double rVLastSlope = 1e30;
     double E = 0.0;  ///< eV
 };
+
+}  // namespace qvre
 
 /// The radial Schroedinger equation of an electron in an atomic potential, in x = ln r. With R_l(r) =
 /// r^l p_l(x) the equation R'' + 2 R'/r - l(l+1) R/r^2 = 2m/hbar^2 (V - E) R becomes
@@ -35,7 +39,7 @@ public:
     /// The spline tables have to be there.
     double V(double x) const;
 
-    ZfAtomicPotentialRecord* record = nullptr;  ///< not owned
+    qvre::AtomicPotentialRecord* record = nullptr;  ///< not owned
 
 private:
     void BuildSpline();

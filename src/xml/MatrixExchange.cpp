@@ -10,6 +10,8 @@
 #include "xml/ZfBarnXml.h"
 #include "xml/ZfBinaryDataToText.h"
 
+using namespace qvre;
+
 // Matrices in a document: as readable text, or as the bytes of the element block (column index fastest,
 // little-endian IEEE 754) in one of the forms of ZfBinaryDataToText.
 

@@ -7,6 +7,8 @@
 #include "foundation/ZfADateTime.h"
 #include "foundation/ZfError.h"
 
+using namespace qvre;
+
 namespace {
 
 constexpr std::array<std::pair<std::string_view, char>, 4> kEscapes = {

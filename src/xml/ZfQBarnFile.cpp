@@ -7,6 +7,8 @@
 #include "foundation/FileBytes.h"
 #include "foundation/ZfError.h"
 
+using namespace qvre;
+
 ZfQBarnFile::ZfQBarnFile(std::string path, const QString& mode) : ZfQBarnXml(mode), path_(std::move(path)) {
     if (IsWriting()) return;
     statusText = "Loading....";

@@ -6,6 +6,8 @@
 #include <tuple>
 #include <utility>
 
+using namespace qvre;
+
 TEST(Text, NumbersHaveSixDigits) {
     const std::pair<double, const char*> cases[] = {{1000.0, "1000"},    {1234567.0, "1.23457e+06"},
                                                     {999999.5, "1e+06"}, {0.000012345678, "1.23457e-05"},

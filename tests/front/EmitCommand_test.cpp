@@ -12,7 +12,7 @@
 #include "RunQvre.h"
 #include "TempFolder.h"
 #include "foundation/Constants.h"
-#include "input/ZfEmittedWave.h"
+#include "input/EmittedWave.h"
 
 namespace {
 
@@ -39,11 +39,11 @@ TEST(EmitCommand, WritesTheWavesAndTellsTheEnergy) {
                             "zero 9 eV\n"),
         std::string::npos);
     EXPECT_NE(outcome.output.find("beta = 1.38"), std::string::npos);
-    std::vector<ZfEmittedWave> waves;
+    std::vector<EmittedWave> waves;
     ZfLoadEmittedWave(waves, file);
     ASSERT_EQ(waves.size(), 3U);
     double sum = 0.0;
-    for (const ZfEmittedWave& wave : waves) {
+    for (const EmittedWave& wave : waves) {
         EXPECT_EQ(wave.Ek, 562.9);
         for (const std::complex<double>& a : wave.coeff.block) sum += std::norm(a);
     }
@@ -80,7 +80,7 @@ TEST(EmitCommand, TellsLeftFromRight) {
                        std::string(light) + " -o " + folder.Path("e.xml_emt"))
                       .status,
                   0);
-        std::vector<ZfEmittedWave> waves;
+        std::vector<EmittedWave> waves;
         ZfLoadEmittedWave(waves, folder.Path("e.xml_emt"));
         ASSERT_EQ(waves.size(), 1U);
         EXPECT_GT(std::abs(waves[0].coeff.At(1, m)), 1.0) << light;

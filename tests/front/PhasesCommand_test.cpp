@@ -5,7 +5,7 @@
 
 #include "RunQvre.h"
 #include "TempFolder.h"
-#include "input/ZfEmittedWave.h"
+#include "input/EmittedWave.h"
 #include "input/ZfPhaseShiftDocument.h"
 
 namespace {
@@ -38,8 +38,8 @@ TEST(PhasesCommand, MeetsTheShippedFiles) {
         ZfPhaseShiftDocument shipped = Load(path + "/phaseshift.xml_ph");
         ASSERT_EQ(made.records.size(), shipped.records.size());
         for (std::size_t i = 0; i < made.records.size(); ++i) {
-            ZfPhaseShiftRecord a = made.records[i];
-            ZfPhaseShiftRecord& b = shipped.records[i];
+            PhaseShiftRecord a = made.records[i];
+            PhaseShiftRecord& b = shipped.records[i];
             EXPECT_EQ(a.AtomName, b.AtomName);
             EXPECT_EQ(a.Ek_eV, b.Ek_eV);
             ASSERT_EQ(a.PhaseShiftValue.VectorSize(), b.PhaseShiftValue.VectorSize());

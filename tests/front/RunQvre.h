@@ -7,6 +7,8 @@
 
 #include "front/Program.h"
 
+using namespace qvre;
+
 struct QvreResult {
     int status = 0;
     std::string output;

@@ -2,12 +2,12 @@
 
 #include "ErrorText.h"
 #include "TempFolder.h"
-#include "input/ZfCluster.h"
+#include "input/Cluster.h"
 
 namespace {
 
 /// What loading prints, then the failure, if any.
-std::string Load(ZfCluster& cluster, const std::string& path) {
+std::string Load(Cluster& cluster, const std::string& path) {
     testing::internal::CaptureStdout();
     const std::string error = ErrorText([&] { ZfLoadCluster(cluster, path); });
     return testing::internal::GetCapturedStdout() + error;
@@ -21,10 +21,10 @@ TEST(ClusterFile, XyzFrames) {
     const TempFolder folder;
     const std::string text = std::string("\n2\nany title\nGa 0 0 0\n\nAs\t1,2, 3\r\n1 atom\nx ") + kUiso +
                              " y\nSi 0.5 0 x 0.01\n3\ntoo few lines\nH 9 9 9";
-    ZfCluster cluster;
+    Cluster cluster;
     EXPECT_EQ(Load(cluster, folder.Write("a.b.xyz", text)),
               "loaded cluster 3\nThe number of atoms in cluster2\nno failure");
-    const std::vector<ZfStructure>& s = cluster.structures;
+    const std::vector<Structure>& s = cluster.structures;
     ASSERT_EQ(s.size(), 3U);
     EXPECT_EQ(s[0].atoms[1].name, "As");
     EXPECT_EQ(s[0].atoms[1].position.VectorValueAt(2), 3 * 1e-10);
@@ -44,7 +44,7 @@ TEST(ClusterFile, Faults) {
         {"1\nt\nA 0 0", "File is not XYZ structure"},
         {"1\nt\nA 0 0 0 1", title + "\n please see https://github.com/libAtoms/extxyz"},
         {"0\nt\n", "Cluster is empity"}};
-    ZfCluster cluster;
+    Cluster cluster;
     for (const auto& [text, error] : cases)
         EXPECT_TRUE(Load(cluster, folder.Write("f.xyz", text)).ends_with(error)) << text;
     for (const char* path : {"a.XML_CL", "a.xyz/b", "a.xyz\\b", ".xyz", "a.", ""})

@@ -6,8 +6,8 @@
 
 #include "ErrorText.h"
 #include "TempFolder.h"
+#include "input/Fluctuation.h"
 #include "input/ZfAtomName.h"
-#include "input/ZfFluctuation.h"
 
 namespace {
 
@@ -44,9 +44,9 @@ TEST(ZfDebye, WeightTable) {
         EXPECT_EQ(LoadError(debye, text), "Debye:LoadAtomicWeight File: order is not correct.") << text;
 }
 
-TEST(ZfFluctuation, KeepsWhatIsAbsent) {
+TEST(Fluctuation, KeepsWhatIsAbsent) {
     const TempFolder folder;
-    ZfFluctuation f;
+    Fluctuation f;
     f.Temperature_K_ = 77.0;
     ZfLoadFluctuation(f, folder.Write("f",
                                       "<DocFluctuation><DebyeElement_><r>Cu</r></DebyeElement_>"

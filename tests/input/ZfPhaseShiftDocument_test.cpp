@@ -13,7 +13,7 @@ std::string Matrix(const std::string& tag, int colSize, int rowSize, const std::
                                     Tag("RowSize", std::to_string(rowSize)) + Tag("elements", elements)));
 }
 
-std::vector<ZfPhaseShiftRecord> Read(const std::string& text) {
+std::vector<PhaseShiftRecord> Read(const std::string& text) {
     XmlReader xml(text);
     ZfPhaseShiftDocument document;
     document.Exchange(xml);
@@ -56,7 +56,7 @@ TEST(ZfPhaseShiftDocument, ASavedRecordLosesDp) {
     const std::string text = xml.Document();
     EXPECT_TRUE(
         text.starts_with("<PhaseShiftData><data><ListScatteringPhaseShift><i><Ek_eV>0</Ek_eV>\n<AtomName>"));
-    const ZfRadialTables back = Read(text).at(0).radial;
+    const RadialTables back = Read(text).at(0).radial;
     EXPECT_EQ(back.LnX, (std::vector<double>{-1, -2}));
     EXPECT_EQ(back.P, (Rows{{1, 2}}));
     EXPECT_EQ(back.DPDLnX, (Rows{{7, 8}}));

@@ -9,6 +9,8 @@
 #include "multiple/FullScattering.h"
 #include "scattering/SphericalHarmonics.h"
 
+using namespace qvre;
+
 // Requests that several tests share, and what a solution is compared by.
 
 using Complex = std::complex<double>;
@@ -94,8 +96,8 @@ inline FullScattering Solved(const FullScatteringRequest& request) {
 }
 
 /// Far field of the tables and of the emitted wave, without exp(ikr)/(kr).
-inline Complex FarField(const FullScatteringRequest& request, const std::vector<ZfLmComplexTable>& tables,
-                        const EmissionFromAtom& emission, double theta, double phi) {
+inline Complex FarFieldOf(const FullScatteringRequest& request, const std::vector<ZfLmComplexTable>& tables,
+                          const EmissionFromAtom& emission, double theta, double phi) {
     ZfLmDoubleTable norm;
     ZfLmComplexTable y;
     std::int32_t largest = emission.table.L;

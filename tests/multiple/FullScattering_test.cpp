@@ -154,7 +154,7 @@ FullScatteringRequest ChainRequest() {
 /// Against the intensity of the emitted s wave, 1 / (4 pi).
 double ChainIntensity(const FullScatteringRequest& request, const std::vector<ZfLmComplexTable>& tables,
                       double theta_deg) {
-    return std::norm(FarField(request, tables, request.waves[0], theta_deg * kDegree, 0.0)) * 4.0 * kPi;
+    return std::norm(FarFieldOf(request, tables, request.waves[0], theta_deg * kDegree, 0.0)) * 4.0 * kPi;
 }
 
 constexpr double kChainDigits = 2e-4;
@@ -228,8 +228,8 @@ TEST(FullScattering, KeepsTheFlux) {
         for (std::size_t j = 0; j < azimuths; ++j)
             left +=
                 gauss.weights[i] * kTwoPi / azimuths *
-                std::norm(FarField(request, solution.waves[0], request.waves[0], std::acos(gauss.nodes[i]),
-                                   kTwoPi * static_cast<double>(j) / azimuths));
+                std::norm(FarFieldOf(request, solution.waves[0], request.waves[0], std::acos(gauss.nodes[i]),
+                                     kTwoPi * static_cast<double>(j) / azimuths));
     double right = 0.0;
     const auto& t = request.listOfSpecies[request.species[0]].t;
     const ZfLmComplexTable& e = request.waves[0].table;

@@ -7,6 +7,8 @@
 #include "foundation/Constants.h"
 #include "pattern/ZfDocPattern.h"
 
+using namespace qvre;
+
 namespace {
 
 const std::string kFolder = std::string(QVRE_EXAMPLES) + "/cu001_small/";
@@ -24,15 +26,15 @@ struct Cu001 {
         data.Calculate(notifier, cluster, waves, phaseShifts);
         pattern.resolution = 5.0;
         pattern.ActivateAll(data.ListScatteringData.size());
-        pattern.Calculate(notifier, data, ZfFluctuation(), ZfDebye());
+        pattern.Calculate(notifier, data, Fluctuation(), ZfDebye());
     }
     double At(int plane, int theta, int phi) const {
         return pattern.mapping.planes.at(static_cast<std::size_t>(plane))
             .ValueAt(((phi % 360 + 360) % 360) / 5, theta / 5);
     }
 
-    ZfCluster cluster;
-    std::vector<ZfEmittedWave> waves;
+    Cluster cluster;
+    std::vector<EmittedWave> waves;
     ZfPhaseShiftDocument phaseShifts;
     ZfScatteringData data;
     ZfDocPattern_EquidistantCylindrical pattern;

@@ -43,9 +43,9 @@ double WaveNumber() {
 }
 
 /// Solutions r^l p = j_l(q r) of a constant potential, of any scale, and phase shifts of zero.
-ZfPhaseShiftRecord Solutions(double q, double scale = 1.0) {
+PhaseShiftRecord Solutions(double q, double scale = 1.0) {
     constexpr int kPoints = 2000;
-    ZfPhaseShiftRecord record;
+    PhaseShiftRecord record;
     record.Ek_eV = kEnergy_eV;
     record.AtomName = "X";
     record.PhaseShiftValue.SetVectorSize(kDegrees);
@@ -88,7 +88,7 @@ ZfScatteringRecord PlaneWave(double ratio = 1.0) {
 }
 
 struct Nano : ZfDocPatternNano {
-    Nano(std::vector<ZfScatteringRecord> records, const ZfPhaseShiftRecord& phaseShift) {
+    Nano(std::vector<ZfScatteringRecord> records, const PhaseShiftRecord& phaseShift) {
         data.ListScatteringData = std::move(records);
         data.EPS = 1e-5;
         phaseShifts.records = {phaseShift};
@@ -174,7 +174,7 @@ TEST(ZfDocPatternNano, WaveInsideASquareWell) {
     const double nodeOfJ1 = 4.493409457909064;  // its first zero
     for (const double q : {1.4 * WaveNumber(), nodeOfJ1 / kRadius_m}) {
         const Well well(q, kRadius_m);
-        ZfPhaseShiftRecord phaseShift = Solutions(q);
+        PhaseShiftRecord phaseShift = Solutions(q);
         for (std::int32_t l = 0; l < kDegrees; ++l)
             phaseShift.PhaseShiftValue.VectorAt(l) = well.PhaseShift_deg(l);
         phaseShift.CalculateScatteringFactors();
@@ -209,7 +209,7 @@ TEST(ZfDocPatternNano, WaveInsideASquareWell) {
 // Entries that the limits take out take their phase-shift index with them; atoms off the plane need no
 // tables.
 TEST(ZfDocPatternNano, TablesAreThoseOfTheEntriesInThePlane) {
-    ZfPhaseShiftRecord bare = Solutions(WaveNumber());
+    PhaseShiftRecord bare = Solutions(WaveNumber());
     bare.radial.P.clear();
     Nano nano({Cluster({{0.0, 3e-10, 0.0}, {7e-10, 0.0, 0.0}})}, bare);
     nano.phaseShifts.records.push_back(Solutions(WaveNumber()));
@@ -291,25 +291,24 @@ TEST(ZfDocPatternNano, Failures) {
     EXPECT_EQ(ErrorText([&] { nano.Run(); }),
               "ZfDocPatternNano::Calculate() ERROR: pDocScatteringPaseShift_==NULL");
 
-    const ZfPhaseShiftRecord good = Solutions(WaveNumber());
+    const PhaseShiftRecord good = Solutions(WaveNumber());
     ZfFreeElectron field;
     field.SetEnergy_eV(kEnergy_eV);
     field.A.SetSize(kDegrees);
     field.B.SetSize(kDegrees);
     field.B.At(1, 0) = 1.0;
-    const ZfRadialWave wave = JoinRadialWave(good.radial, field);
+    const RadialWave wave = JoinRadialWave(good.radial, field);
     EXPECT_EQ(RadialWaveAtPoint(wave, 0.0, 0.0, 0.0), 0.0);
     EXPECT_NE(RadialWaveAtPoint(wave, 1e-20, 0.0, 0.0), 0.0);  // below the first grid point
     EXPECT_EQ(ErrorText([&] { RadialWaveAtPoint(wave, 1.001 * kRadius_m, 0.0, 0.0); }),
               "Radius is not found");
 
-    const std::function<void(ZfRadialTables&)> faults[] = {
-        [](ZfRadialTables& t) { t.L.pop_back(); }, [](ZfRadialTables& t) { t.P[3].pop_back(); },
-        [](ZfRadialTables& t) { t.LnX[7] = t.LnX[6]; },
-        [](ZfRadialTables& t) { t.P[2].back() = t.L[2].back() = 0.0; },
-        [](ZfRadialTables& t) { t.LnX.clear(); }};
+    const std::function<void(RadialTables&)> faults[] = {
+        [](RadialTables& t) { t.L.pop_back(); }, [](RadialTables& t) { t.P[3].pop_back(); },
+        [](RadialTables& t) { t.LnX[7] = t.LnX[6]; },
+        [](RadialTables& t) { t.P[2].back() = t.L[2].back() = 0.0; }, [](RadialTables& t) { t.LnX.clear(); }};
     for (const auto& fault : faults) {
-        ZfRadialTables bad = good.radial;
+        RadialTables bad = good.radial;
         fault(bad);
         EXPECT_EQ(ErrorText([&] { JoinRadialWave(bad, field); }), "Please calculate phase shift.")
             << &fault - faults;

@@ -34,7 +34,7 @@ std::vector<Plane> PlanesWith(const std::function<void(ZfDocPattern&, ZfScatteri
     pattern.ActivateAll(1);
     change(pattern, data);
     ZfNotifyTerminateThreadCalculation notifier;
-    pattern.Calculate(notifier, data, ZfFluctuation(), ZfDebye());
+    pattern.Calculate(notifier, data, Fluctuation(), ZfDebye());
     std::vector<Plane> planes;
     for (const ZfLDoubleMatrix& m : pattern.mapping.planes)
         planes.emplace_back(m.Data(), m.Data() + m.Count());

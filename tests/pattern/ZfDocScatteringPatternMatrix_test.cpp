@@ -18,8 +18,8 @@ using Complex = std::complex<double>;
 
 constexpr double kEnergy_eV = 500.0;
 
-ZfPhaseShiftRecord PhaseShift(double energy, const std::vector<double>& degrees) {
-    ZfPhaseShiftRecord record;
+PhaseShiftRecord PhaseShift(double energy, const std::vector<double>& degrees) {
+    PhaseShiftRecord record;
     record.Ek_eV = energy;
     record.AtomName = "bulk";
     record.AtomElement = "Cu";
@@ -29,8 +29,8 @@ ZfPhaseShiftRecord PhaseShift(double energy, const std::vector<double>& degrees)
     return record;
 }
 
-ZfEmittedWave Wave(double energy, std::int32_t l, std::int32_t m) {
-    ZfEmittedWave wave;
+EmittedWave Wave(double energy, std::int32_t l, std::int32_t m) {
+    EmittedWave wave;
     wave.Ek = energy;
     wave.coeff.SetSize(l + 1);
     wave.coeff.At(l, m) = 1.0;
@@ -62,8 +62,8 @@ protected:
 
     ZfScatteringData data;
     ZfPhaseShiftDocument phaseShifts;
-    std::vector<ZfEmittedWave> waves;
-    ZfFluctuation fluctuation;
+    std::vector<EmittedWave> waves;
+    Fluctuation fluctuation;
     ZfDebye debye;
     ZfDocScatteringPatternMatrix matrix;
 };
@@ -115,10 +115,10 @@ TEST_F(ScatteringPatternMatrix, AgreesWithThePatternOfATwoAtomCluster) {
     matrix.CalcPattern();
     EXPECT_EQ(matrix.Result(), 2);
 
-    ZfCluster cluster;
+    Cluster cluster;
     cluster.structures.resize(1);
     for (const double z : {0.0, 2.5e-10}) {
-        ZfAtom& atom = cluster.structures[0].atoms.emplace_back();
+        ClusterAtom& atom = cluster.structures[0].atoms.emplace_back();
         atom.position.VectorAt(2) = z;
         atom.name = "bulk";
         atom.atom = "Cu";
@@ -303,7 +303,7 @@ TEST_F(ScatteringPatternMatrix, StopsAtTheNextDistance) {
 
 // What the pair has in either list, the one of the emitted and the one of the scattered wave.
 TEST(SetListScattererDimerOnZ, Lists) {
-    ZfFluctuation fluctuation;
+    Fluctuation fluctuation;
     fluctuation.IsUseUisoEinsteinModel_ = true;
     fluctuation.Temperature_K_ = 300.0;
     ZfScatteringRecord record;

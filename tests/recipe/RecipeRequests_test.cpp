@@ -10,6 +10,8 @@
 #include "recipe/RecipePictures.h"
 #include "recipe/RecipeSettings.h"
 
+using namespace qvre;
+
 // What each key of a recipe sets, in which unit, and what holds without it.
 
 namespace {
@@ -222,13 +224,13 @@ TEST(RecipeRequests, Vibrations) {
 }
 
 TEST(RecipeRequests, ScatteringAndImage) {
-    const auto method = [](const ZfScatteringMethod& m) { return Text(static_cast<double>(m)); };
-    ExpectFields<ZfScatteringMethod>("",
-                                     {{"", method, "2"},  // as files number them
-                                      {"method = \"SINGLE\"", method, "0"},
-                                      {"method = \"SLOWMULTI\"", method, "1"},
-                                      {"method = \"MULTI\"", method, "2"}},
-                                     ReadMethod);
+    const auto method = [](const ScatteringMethod& m) { return Text(static_cast<double>(m)); };
+    ExpectFields<ScatteringMethod>("",
+                                   {{"", method, "2"},  // as files number them
+                                    {"method = \"SINGLE\"", method, "0"},
+                                    {"method = \"SLOWMULTI\"", method, "1"},
+                                    {"method = \"MULTI\"", method, "2"}},
+                                   ReadMethod);
     using R = ImageRequest;
     const auto map = [](const R& r) { return WordFor(r.map); };
     const auto resolution = [](const R& r) { return Text(r.resolution); };

@@ -12,6 +12,8 @@
 #include "scattering/SphericalHarmonics.h"
 #include "scattering/ZfSphericalBessel.h"
 
+using namespace qvre;
+
 namespace plain {
 namespace {
 

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "input/ZfLmTable.h"
+#include "input/LmTable.h"
 #include "scattering/ZfWaveFunction.h"
 
 /// The calculation as its formulas are written: one source at one point at a time, every table made anew

@@ -12,7 +12,7 @@ namespace {
 /// Whether an atom stands within its own radius of the line from the origin to `target`, on the side of the
 /// target.
 bool StandsNearLine(const ZfFreeElectron& atom, const ZfFreeElectron& target,
-                    const ZfPhaseShiftRecord& phaseShift) {
+                    const PhaseShiftRecord& phaseShift) {
     const std::vector<double>& lnX = phaseShift.radial.LnX;
     const double radius = std::exp(CheckedAt(lnX, static_cast<std::int64_t>(lnX.size()) - 1));
     const double* r = atom.position.Data();
@@ -25,7 +25,7 @@ bool StandsNearLine(const ZfFreeElectron& atom, const ZfFreeElectron& target,
 
 /// The emitter and the atoms before the target that it sees, in the frame of the target.
 ZfVectorFreeElectron SourcesSeen(const ZfScatteringRecord& record, const std::vector<ZfFreeElectron>& waves,
-                                 const ZfPhaseShiftDocument& phaseShifts, ZfScatteringMethod method,
+                                 const ZfPhaseShiftDocument& phaseShifts, ScatteringMethod method,
                                  std::size_t target) {
     ZfVectorFreeElectron local;
     local.electrons.push_back(record.ListScatterer.electrons.front());
@@ -47,7 +47,7 @@ ZfVectorFreeElectron SourcesSeen(const ZfScatteringRecord& record, const std::ve
 }  // namespace
 
 Scattering Scatter(const ZfScatteringRecord& record, const ZfPhaseShiftDocument& phaseShifts,
-                   ZfScatteringMethod method, double tolerance) {
+                   ScatteringMethod method, double tolerance) {
     std::vector<ZfFreeElectron> waves = record.NextListScatterer.electrons;
     waves.front().A.Zero();
     Scattering result;

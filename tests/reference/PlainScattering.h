@@ -6,6 +6,8 @@
 #include "input/ZfPhaseShiftDocument.h"
 #include "scattering/ZfScatteringData.h"
 
+using namespace qvre;
+
 namespace plain {
 
 /// The waves of one pass; entry 0 is the emitter.
@@ -16,6 +18,6 @@ struct Scattering {
 
 /// One pass over the atoms of a record as AddScatteringRecord leaves it, by kMulti or kSlowMulti.
 Scattering Scatter(const ZfScatteringRecord& record, const ZfPhaseShiftDocument& phaseShifts,
-                   ZfScatteringMethod method, double tolerance);
+                   ScatteringMethod method, double tolerance);
 
 }  // namespace plain

@@ -9,6 +9,8 @@
 #include "report/sphere/SphereImage.h"
 #include "xml/ZfQBarnFile.h"
 
+using namespace qvre;
+
 constexpr SphereMap kMaps[] = {SphereMap::kAzimuthalEquidistant, SphereMap::kEquidistantCylindrical};
 
 /// A pattern document's map filled with f(x, y, z), which is where stored images come from.

@@ -4,6 +4,8 @@
 
 #include "run/RunProgress.h"
 
+using namespace qvre;
+
 TEST(RunProgress, TimesAreToldInWords) {
     const std::pair<double, const char*> cases[] = {
         {0.44, "0.4 s"},       {9.94, "9.9 s"},        {12.4, "12 s"},

@@ -7,6 +7,8 @@
 #include "foundation/Matrices.h"
 #include "scattering/SphericalHarmonics.h"
 
+using namespace qvre;
+
 /// c_lm = factor(l) conj(Y_lm) in the direction of `v`.
 template <class Factor>
 ZfLmComplexTable TableAlong(const ZfLDoubleMatrix& v, std::int32_t lSize, Factor factor) {

@@ -162,13 +162,12 @@ TEST(ExpansionPack, LeavesNearTiesToTheSamples) {
 
 // With every decision taken for a near tie, the run must give the sampled waves, whatever else was computed.
 TEST(ExpansionPack, SamplingEverythingGivesTheSampledRun) {
-    ZfCluster cluster =
-        ClusterOf({AtomAt("Cu", 0, 0, 0), AtomAt("Cu", 0, 0, 2.6), AtomAt("other", 2.5, 0.4, 0),
-                   AtomAt("Cu", 5.1, 0.7, 0.1), AtomAt("other", 0.2, 0.1, 5.5), AtomAt("Cu", 7.4, 1.3, 0.3),
-                   AtomAt("Cu", 0, 0, -4)});
+    Cluster cluster = ClusterOf({AtomAt("Cu", 0, 0, 0), AtomAt("Cu", 0, 0, 2.6), AtomAt("other", 2.5, 0.4, 0),
+                                 AtomAt("Cu", 5.1, 0.7, 0.1), AtomAt("other", 0.2, 0.1, 5.5),
+                                 AtomAt("Cu", 7.4, 1.3, 0.3), AtomAt("Cu", 0, 0, -4)});
     ZfPhaseShiftDocument phaseShifts;
     phaseShifts.records = {PhaseShiftOf("Cu", 7, 1.2), PhaseShiftOf("other", 10, 1.4)};
-    std::vector<ZfEmittedWave> waves = {EmittedSWave(), EmittedSWave(), EmittedSWave()};
+    std::vector<EmittedWave> waves = {EmittedSWave(), EmittedSWave(), EmittedSWave()};
     waves[1].coeff.SetSize(2);
     waves[1].coeff.At(1, 0) = {0.3, -1.0};
     waves[2].IsPlaneWave = true;

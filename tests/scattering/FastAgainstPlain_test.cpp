@@ -29,7 +29,7 @@ void ExpectTable(const ZfLmComplexTable& fast, const ZfLmComplexTable& plain, co
 }
 
 plain::Scattering Scattered(ZfScatteringRecord record, const ZfPhaseShiftDocument& phaseShifts,
-                            ZfScatteringMethod method) {
+                            ScatteringMethod method) {
     plain::Scattering result;
     ZfScatteringData data;
     testing::internal::CaptureStdout();
@@ -64,8 +64,8 @@ TEST(FastAgainstPlain, Expansions) {
 }
 
 TEST(FastAgainstPlain, ScatteringWithAnyNumberOfThreads) {
-    ZfCluster cluster = ClusterOf({});
-    std::vector<ZfAtom>& atoms = cluster.structures[0].atoms;
+    Cluster cluster = ClusterOf({});
+    std::vector<ClusterAtom>& atoms = cluster.structures[0].atoms;
     for (int i = 0; i < 27; ++i) {  // fcc, in steps of half the lattice constant
         const int x = i % 3 - 1, y = i / 3 % 3 - 1, z = -(i / 9);
         if ((x + y + z) % 2 == 0) atoms.push_back(AtomAt("Cu", 1.8 * x, 1.8 * y, 1.8 * z));
@@ -76,7 +76,7 @@ TEST(FastAgainstPlain, ScatteringWithAnyNumberOfThreads) {
     const ZfScatteringRecord& record =
         AddScatteringRecord(data, cluster, 0, {EmittedSWave()}, 0, phaseShifts);
     const int before = omp_get_max_threads();
-    for (const ZfScatteringMethod method : {kMulti, kSlowMulti}) {
+    for (const ScatteringMethod method : {kMulti, kSlowMulti}) {
         const plain::Scattering truth = plain::Scatter(record, phaseShifts, method, data.EPS);
         omp_set_num_threads(1);
         const plain::Scattering one = Scattered(record, phaseShifts, method);

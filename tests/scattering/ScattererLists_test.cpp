@@ -9,7 +9,7 @@
 namespace {
 
 /// The order in which SetListFromCluster leaves the atoms.
-std::string Order(ZfCluster& cluster, const std::vector<ZfEmittedWave>& waves, std::int32_t atomOrder) {
+std::string Order(Cluster& cluster, const std::vector<EmittedWave>& waves, std::int32_t atomOrder) {
     ZfScatteringRecord record;
     SetListFromCluster(record, cluster, waves, 0, atomOrder);
     std::string text;
@@ -17,8 +17,8 @@ std::string Order(ZfCluster& cluster, const std::vector<ZfEmittedWave>& waves, s
     return text;
 }
 
-ZfEmittedWave PlaneWave(double beta, double gamma) {
-    ZfEmittedWave wave = EmittedSWave();
+EmittedWave PlaneWave(double beta, double gamma) {
+    EmittedWave wave = EmittedSWave();
     wave.IsPlaneWave = true;
     wave.PlaneWaveBeta_deg = beta;
     wave.PlaneWaveGamma_deg = gamma;
@@ -28,7 +28,7 @@ ZfEmittedWave PlaneWave(double beta, double gamma) {
 }  // namespace
 
 TEST(ScattererLists, MakeEveryAtomASource) {
-    ZfCluster cluster = ClusterOf({AtomAt("b", 0, 0, 3), AtomAt("a", 0, 0, 0), AtomAt("c", 2, 0, 0)});
+    Cluster cluster = ClusterOf({AtomAt("b", 0, 0, 3), AtomAt("a", 0, 0, 0), AtomAt("c", 2, 0, 0)});
     cluster.structures[0].atoms[0].U.SetSize(1, 1);
     cluster.structures[0].atoms[0].U.At(0, 0) = 5e-23;
     ZfPhaseShiftDocument phaseShifts;
@@ -54,9 +54,9 @@ TEST(ScattererLists, MakeEveryAtomASource) {
 
 TEST(ScattererLists, FollowTheFirstEmittedWaveIfThatIsPlane) {
     // Along -x: the atom at the origin first all the same.
-    ZfCluster cluster =
+    Cluster cluster =
         ClusterOf({AtomAt("n", -3, 0, 0), AtomAt("p", 2, 0, 0), AtomAt("o", 0, 0, 0), AtomAt("q", 4, 1, 0)});
-    const std::vector<ZfEmittedWave> waves = {PlaneWave(90, 180), EmittedSWave(), PlaneWave(60, 30)};
+    const std::vector<EmittedWave> waves = {PlaneWave(90, 180), EmittedSWave(), PlaneWave(60, 30)};
     EXPECT_EQ(Order(cluster, waves, 0), "oqpn");
     EXPECT_EQ(Order(cluster, {waves[1], waves[0]}, 0), "opnq");
     ZfScatteringRecord record;
@@ -67,13 +67,13 @@ TEST(ScattererLists, FollowTheFirstEmittedWaveIfThatIsPlane) {
     EXPECT_NEAR(emitter.planeWaveVector.VectorValueAt(0), emitter.k * 0.75, 1e-4);
     EXPECT_NEAR(emitter.planeWaveVector.VectorValueAt(2), emitter.k / 2, 1e-4);
 
-    ZfCluster layers = ClusterOf({AtomAt("e", 0, 0, 0), AtomAt("a", 1, 0, -4), AtomAt("b", 0, 2, 2),
-                                  AtomAt("c", 3, 0, 2), AtomAt("d", 0, 3, -4)});
+    Cluster layers = ClusterOf({AtomAt("e", 0, 0, 0), AtomAt("a", 1, 0, -4), AtomAt("b", 0, 2, 2),
+                                AtomAt("c", 3, 0, 2), AtomAt("d", 0, 3, -4)});
     EXPECT_EQ(Order(layers, {EmittedSWave()}, 1), "cbeda");  // from the top, outward atoms first
 }
 
 TEST(ScattererLists, PhaseShiftIndexIsASignedByte) {
-    ZfCluster cluster = ClusterOf({AtomAt("x", 0, 0, 0)});
+    Cluster cluster = ClusterOf({AtomAt("x", 0, 0, 0)});
     ZfPhaseShiftDocument phaseShifts;
     phaseShifts.records.assign(127, PhaseShiftOf("other", 1, 1.0));
     phaseShifts.records.push_back(PhaseShiftOf("x", 1, 1.0));
@@ -86,7 +86,7 @@ TEST(ScattererLists, PhaseShiftIndexIsASignedByte) {
 }
 
 TEST(ScattererLists, RefuseWhatTheyCannotUse) {
-    ZfCluster cluster = ClusterOf({AtomAt("x", 0, 0, 0)});
+    Cluster cluster = ClusterOf({AtomAt("x", 0, 0, 0)});
     ZfScatteringRecord record;
     const auto fill = [&] { SetListFromCluster(record, cluster, {EmittedSWave()}, 0, 0); };
     EXPECT_EQ(ErrorText([&] { Order(cluster, {}, 0); }), "Emitted wave is not defined");

@@ -9,7 +9,7 @@
 namespace {
 
 struct Calculation {
-    Calculation(std::int32_t method, const ZfCluster& atoms, std::int32_t lSize = 3) : cluster(atoms) {
+    Calculation(std::int32_t method, const Cluster& atoms, std::int32_t lSize = 3) : cluster(atoms) {
         data.Version = method;
         data.MultiScattering = 1;
         phaseShifts.records = {PhaseShiftOf("Cu", lSize, 1.0)};
@@ -24,21 +24,21 @@ struct Calculation {
     }
 
     ZfScatteringData data;
-    ZfCluster cluster;
-    std::vector<ZfEmittedWave> waves = {EmittedSWave()};
+    Cluster cluster;
+    std::vector<EmittedWave> waves = {EmittedSWave()};
     ZfPhaseShiftDocument phaseShifts;
 };
 
-const ZfCluster kRow = ClusterOf({AtomAt("Cu", 0, 0, 0), AtomAt("Cu", 2.5, 0, 0), AtomAt("Cu", 5.5, 0.9, 0)});
+const Cluster kRow = ClusterOf({AtomAt("Cu", 0, 0, 0), AtomAt("Cu", 2.5, 0, 0), AtomAt("Cu", 5.5, 0.9, 0)});
 
 }  // namespace
 
 // A source (3 + i) h_0 Y_00 at the emitter makes of each atom t_l c_lm / 2.
 TEST(ScatteringCalculators, ScatterTheEmittedWaveAtEachAtom) {
     for (const std::int32_t method : {kSingle, kSlowMulti, kMulti}) {
-        const ZfAtom other = AtomAt("Cu", 1.9, 0, 0);  // nearer; SINGLE does not see it
-        const ZfAtom emitter = AtomAt("Cu", 0, 0, 0);
-        const ZfAtom atom = AtomAt("Cu", -1.2, 1.9, 0.8);
+        const ClusterAtom other = AtomAt("Cu", 1.9, 0, 0);  // nearer; SINGLE does not see it
+        const ClusterAtom emitter = AtomAt("Cu", 0, 0, 0);
+        const ClusterAtom atom = AtomAt("Cu", -1.2, 1.9, 0.8);
         Calculation run(
             method, method == kSingle ? ClusterOf({emitter, other, atom}) : ClusterOf({emitter, atom}), 5);
         run.phaseShifts.records[0].radial.LnX.clear();  // nobody asks for the radius of an atom here
@@ -61,7 +61,7 @@ TEST(ScatteringCalculators, ScatterTheEmittedWaveAtEachAtom) {
 // The line runs from the origin of the coordinates to the target; an atom joins when it stands within its
 // own radius of the line and not behind the origin.
 TEST(ScatteringCalculators, MultiFiltersByTheLineToTheTarget) {
-    const auto sources = [](const ZfAtom& candidate, double radius) {
+    const auto sources = [](const ClusterAtom& candidate, double radius) {
         Calculation run(kMulti, ClusterOf({AtomAt("Cu", 0, 0, 0), candidate, AtomAt("far", 0, 0, 9)}), 1);
         run.phaseShifts.records = {PhaseShiftOf("far", 1, 50.0), PhaseShiftOf("Cu", 1, radius)};
         run.Run();

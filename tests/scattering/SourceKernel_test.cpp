@@ -4,7 +4,7 @@
 #include <cmath>
 
 #include "Sources.h"
-#include "scattering/ZfFarField.h"
+#include "scattering/FarField.h"
 #include "scattering/ZfWaveFunction.h"
 
 // The vector kernels against the literal evaluation point by point, which ZfFreeElectron and
@@ -103,17 +103,17 @@ TEST_P(Kernels, AgreeWithTheLiteralFarField) {
         for (std::size_t e = 0; e < list.electrons.size(); ++e)
             list.electrons[e].Uiso = 1e-23 * static_cast<double>(e);
         list.SetMeanFreePath_m(2e-9);
-        ASSERT_TRUE(ZfFarField::Serves(list));
+        ASSERT_TRUE(FarField::Serves(list));
 
         const Directions directions;
         std::vector<double> scratch;
-        std::vector<ZfFarField::Amplitudes> amplitudes;
-        ZfFarFieldDirections rings;
+        std::vector<FarField::Amplitudes> amplitudes;
+        FarFieldDirections rings;
         for (std::size_t i = 0; i < directions.count; ++i)
             rings.Add(i, directions.x[i], directions.y[i], directions.z[i]);
         rings.Order();
         ASSERT_EQ(rings.tasks.size(), 1U);
-        ZfFarField({&list, 1}).Calculate(rings, rings.tasks[0], scratch, amplitudes);
+        FarField({&list, 1}).Calculate(rings, rings.tasks[0], scratch, amplitudes);
         for (std::size_t n = 0; n < directions.count; ++n) {
             const std::size_t i = rings.directions[n].index;
             const std::complex<double> direct = list.DirectAmplitude(directions.theta[i], directions.phi[i]);
@@ -124,5 +124,5 @@ TEST_P(Kernels, AgreeWithTheLiteralFarField) {
                 << "L " << l << ", direction " << i;
         }
     }
-    EXPECT_FALSE(ZfFarField::Serves(ListOf({FullSource(2, 0.0, 0.0, 0.0), FullSource(2, 2e-6, 0.0, 0.0)})));
+    EXPECT_FALSE(FarField::Serves(ListOf({FullSource(2, 0.0, 0.0, 0.0), FullSource(2, 2e-6, 0.0, 0.0)})));
 }

@@ -11,7 +11,7 @@ TEST(ThermalModels, FlagsChooseTheModel) {
     ZfFreeElectron& emitter = list.electrons[0];
     emitter.atomicNumber = 1;
     list.electrons[1].atomicNumber = 2;
-    ZfFluctuation f;
+    Fluctuation f;
     f.Temperature_K_ = 300.0;
     f.DebyeElement_ = {"H", "He", "H"};  // the first of two entries of an element
     f.DebyeTemperature_K_ = {110.0, 26.0, 1.0};

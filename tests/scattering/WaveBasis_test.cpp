@@ -6,6 +6,8 @@
 #include "scattering/SphericalHarmonics.h"
 #include "scattering/ZfSphericalBessel.h"
 
+using namespace qvre;
+
 TEST(ZfSphericalBessel, AgreesWithTheStandardLibrary) {
     ZfSphericalBessel bessel;
     for (const double x : {0.001, 0.0999999, 0.1, 0.1000001, 1.0, 3.14159, 14.5, 31.0, 200.0}) {

@@ -15,9 +15,9 @@ constexpr double kRydberg_eV = 13.605693122994;    // (CODATA 2018)
 constexpr double kCoulomb_eVm = 1.43996454784e-9;  // e^2/(4 pi eps0), eV m
 constexpr int kDegrees = 4;                        // l = 0 to 3
 
-ZfAtomicPotentialRecord Record(double rBegin, double rEnd, const std::function<double(double)>& V_eV) {
+AtomicPotentialRecord Record(double rBegin, double rEnd, const std::function<double(double)>& V_eV) {
     constexpr int kPoints = 4000;
-    ZfAtomicPotentialRecord record;
+    AtomicPotentialRecord record;
     for (int i = 0; i < kPoints; ++i) {
         record.radial.LnX.push_back(std::log(rBegin) + std::log(rEnd / rBegin) * i / (kPoints - 1));
         record.V.push_back(V_eV(std::exp(record.radial.LnX.back())));
@@ -59,7 +59,7 @@ void Integrate(ZfLnAtomicPotentialC& equation, const std::function<void(double r
 // seventh digit between adjustments, and a wrong energy grows along r.
 TEST(ZfLnAtomicPotentialC, BoundStatesOfHydrogenLikeAtoms) {
     for (const double Z : {1.0, 3.0}) {
-        ZfAtomicPotentialRecord record =
+        AtomicPotentialRecord record =
             Record(1e-8 * kBohr / Z, 8.0 * kBohr / Z, [Z](double r) { return -Z * kCoulomb_eVm / r; });
         ZfLnAtomicPotentialC equation;
         equation.record = &record;
@@ -82,7 +82,7 @@ TEST(ZfLnAtomicPotentialC, FreeWaveInAConstantPotential) {
     constexpr double inner_eV = -30.0;
     constexpr double rBegin = 1e-6 * kBohr;
     constexpr double rEnd = 6.0 * kBohr;
-    ZfAtomicPotentialRecord record = Record(rBegin, rEnd, [](double) { return inner_eV; });
+    AtomicPotentialRecord record = Record(rBegin, rEnd, [](double) { return inner_eV; });
     record.E = 70.0;
     record.rVFirstSlope = rBegin * inner_eV;
     record.rVLastSlope = rEnd * inner_eV;
@@ -102,7 +102,7 @@ TEST(ZfLnAtomicPotentialC, FreeWaveInAConstantPotential) {
 // The clamped spline of a cubic is that cubic, on any grid.
 TEST(ZfLnAtomicPotentialC, SplineOfACubic) {
     const auto cubic = [](double x) { return 2.0 * x * x * x - x + 0.5; };
-    ZfAtomicPotentialRecord record;
+    AtomicPotentialRecord record;
     record.radial.LnX = {-1.0, -0.7, 0.1, 0.2, 1.0, 1.5};
     for (const double x : record.radial.LnX) record.V.push_back(cubic(x) / std::exp(x));
     record.rVFirstSlope = 5.0;
@@ -127,7 +127,7 @@ TEST(ZfLnAtomicPotentialC, Failures) {
     Values result;
     ZfLnAtomicPotentialC equation;
     EXPECT_EQ(ErrorText([&] { equation.InitialValues(d, d, d, d); }), "Error");
-    ZfAtomicPotentialRecord record;
+    AtomicPotentialRecord record;
     equation.record = &record;
     for (const Values& grid : {Values{}, {1.0}, {1.0, 1.0}, {1.0, 2.0, 3.0}}) {
         record.radial.LnX = grid;

@@ -6,6 +6,8 @@
 #include "foundation/CommaTable.h"
 #include "foundation/Text.h"
 
+namespace qvre {
+
 BindingEnergies::BindingEnergies(const std::string& path) {
     const CommaTable table = CommaTable::Load(path);
     for (const std::vector<std::string>& row : table.rows)
@@ -27,3 +29,5 @@ std::optional<double> BindingEnergies::Entry(const std::string& element, const s
     const auto entry = row->second.find(column);
     return entry == row->second.end() ? std::nullopt : std::optional(entry->second);
 }
+
+}  // namespace qvre

@@ -6,6 +6,8 @@
 
 #include "prepare/atomic/CoreLevel.h"
 
+namespace qvre {
+
 /// Binding energies of core levels in eV, below the Fermi level of a metal or the top of the valence band.
 class BindingEnergies {
 public:
@@ -20,3 +22,5 @@ private:
 
     std::map<std::string, std::map<std::string, double>> energies_;  // by element, then by level
 };
+
+}  // namespace qvre

@@ -11,6 +11,8 @@
 #include "scattering/ZfSphericalBessel.h"
 #include "solver/ZfLnAtomicPotentialC.h"
 
+namespace qvre {
+
 namespace {
 
 constexpr double kBohr_m = kBohr_angstrom * 1e-10;
@@ -94,8 +96,8 @@ void Check(const ContinuumRequest& request) {
         throw ZfError("The number of partial waves has to lie between 1 and 61");
 }
 
-ZfAtomicPotentialRecord Tabulate(const ContinuumRequest& request) {
-    ZfAtomicPotentialRecord record;
+AtomicPotentialRecord Tabulate(const ContinuumRequest& request) {
+    AtomicPotentialRecord record;
     record.E = request.energy_eV;
     const double ratio = std::log(request.radius * kBeyond / kFirstRadius);
     for (std::size_t i = 0; i < kPotentialPoints; ++i) {
@@ -219,7 +221,7 @@ private:
     void Match();
 
     const ContinuumRequest& request_;
-    ZfAtomicPotentialRecord record_;
+    AtomicPotentialRecord record_;
     double factor_;  // 2m/hbar^2, 1/(eV m^2)
     bool relativistic_;
     ZfLnAtomicPotentialC plain_;
@@ -302,3 +304,5 @@ ContinuumWave SolveContinuum(const ContinuumRequest& request) {
 double FirstLogRadius() {
     return std::log(kFirstRadius * kBohr_m);
 }
+
+}  // namespace qvre

@@ -4,6 +4,8 @@
 #include <functional>
 #include <vector>
 
+namespace qvre {
+
 /// A potential around a nucleus: r in bohr, result in hartree, 0 outside the sphere.
 using RadialPotential = std::function<double(double)>;
 
@@ -54,3 +56,5 @@ ContinuumWave SolveContinuum(const ContinuumRequest& request);
 
 /// ln(r/m) at which the integration starts, r = 1e-5 bohr.
 double FirstLogRadius();
+
+}  // namespace qvre

@@ -4,6 +4,8 @@
 
 #include "foundation/ZfError.h"
 
+namespace qvre {
+
 namespace {
 
 const std::string kLetters = "spdf";
@@ -25,3 +27,5 @@ CoreLevel ParseCoreLevel(const std::string& text) {
             }
     throw ZfError("\"" + text + "\" is no core level: give one of 1s to 4f, such as 2p or 2p3/2");
 }
+
+}  // namespace qvre

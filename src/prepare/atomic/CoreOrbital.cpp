@@ -10,6 +10,8 @@
 #include "scattering/SphericalHarmonics.h"
 #include "solver/CubicSpline.h"
 
+namespace qvre {
+
 namespace {
 
 constexpr double kFirstRadius = 1e-7;  // bohr
@@ -170,3 +172,5 @@ double DipoleIntegral(const CoreOrbital& orbital, const ContinuumWave& wave, int
     }
     return DipoleIntegral(orbital, u);
 }
+
+}  // namespace qvre

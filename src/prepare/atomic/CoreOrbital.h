@@ -5,6 +5,8 @@
 #include "prepare/atomic/ContinuumWave.h"
 #include "prepare/atomic/ScreenedAtom.h"
 
+namespace qvre {
+
 /// A bound state of the radial Schroedinger equation in a central field, atomic units.
 struct CoreOrbital {
     int n = 0;
@@ -32,3 +34,5 @@ double DipoleIntegral(const CoreOrbital& orbital, const std::vector<double>& u);
 
 /// The same with u_l of a continuum wave: bohr^(5/2).
 double DipoleIntegral(const CoreOrbital& orbital, const ContinuumWave& wave, int l);
+
+}  // namespace qvre

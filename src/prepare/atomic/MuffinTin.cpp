@@ -5,6 +5,8 @@
 #include "foundation/Constants.h"
 #include "foundation/ZfError.h"
 
+namespace qvre {
+
 namespace {
 
 double Total(const SuperposedField& field, ExchangeKind exchange, double energy, double r) {
@@ -70,3 +72,5 @@ double MuffinTinZero(const std::vector<MuffinTinSite>& sites, ExchangeKind excha
 double MuffinTinPotential::operator()(double r) const {
     return Total(*field, exchange, kinetic + zero, r) - zero;
 }
+
+}  // namespace qvre

@@ -5,6 +5,8 @@
 #include "foundation/Words.h"
 #include "prepare/atomic/SuperposedField.h"
 
+namespace qvre {
+
 /// The local exchange potential of a continuum electron.
 enum class ExchangeKind {
     kFurnessMcCarthy,  ///< J. B. Furness, I. E. McCarthy, J. Phys. B 6, 2280 (1973): falls with the energy
@@ -48,3 +50,5 @@ struct MuffinTinPotential {
     double kinetic = 0.0;  ///< hartree: the energy above the muffin-tin zero
     double zero = 0.0;     ///< hartree: the muffin-tin zero
 };
+
+}  // namespace qvre

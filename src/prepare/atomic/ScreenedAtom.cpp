@@ -9,6 +9,8 @@
 #include "foundation/Text.h"
 #include "foundation/ZfError.h"
 
+namespace qvre {
+
 namespace {
 
 constexpr std::size_t kColumns = 7;  // Z, symbol, A1, A2, alpha1, alpha2, alpha3
@@ -58,3 +60,5 @@ const ScreenedAtom& ScreeningTable::Find(const std::string& symbol) const {
         throw ZfError("There is no atomic field for the element \"" + symbol + "\"; known are H to U");
     return *found;
 }
+
+}  // namespace qvre

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+namespace qvre {
+
 /// The field of a neutral free atom by an analytical Dirac-Hartree-Fock-Slater screening function: a sum of
 /// Yukawa terms (F. Salvat, J. D. Martinez, R. Mayol, J. Parellada, Phys. Rev. A 36, 467 (1987)). Atomic
 /// units: r in bohr, energies in hartree.
@@ -29,3 +31,5 @@ public:
 private:
     std::vector<ScreenedAtom> atoms_;
 };
+
+}  // namespace qvre

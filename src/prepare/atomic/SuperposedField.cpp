@@ -7,6 +7,8 @@
 #include "foundation/Constants.h"
 #include "foundation/ZfError.h"
 
+namespace qvre {
+
 namespace {
 
 double SinhOver(double x) {
@@ -50,3 +52,5 @@ void SuperposedField::Add(const ScreenedAtom& atom, const AtomShell& shell) {
             same->potential += potential;
     }
 }
+
+}  // namespace qvre

@@ -5,6 +5,8 @@
 
 #include "prepare/atomic/ScreenedAtom.h"
 
+namespace qvre {
+
 /// The neighbours of one element at one distance from an atom.
 struct AtomShell {
     std::string element;
@@ -35,3 +37,5 @@ private:
     ScreenedAtom atom_;
     std::vector<Term> neighbours_;
 };
+
+}  // namespace qvre

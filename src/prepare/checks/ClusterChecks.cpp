@@ -9,13 +9,15 @@
 #include "prepare/checks/PartChecks.h"
 #include "prepare/thermal/Elements.h"
 
+namespace qvre {
+
 namespace {
 
 constexpr double kEmitterTolerance_angstrom = 0.01;
 constexpr double kNearest_angstrom = 0.5;
 
-void CheckEmitter(const std::vector<ZfAtom>& atoms, const std::string& where, InputFindings& findings) {
-    const ZfAtom& emitter = atoms[NearestToOrigin(atoms)];
+void CheckEmitter(const std::vector<ClusterAtom>& atoms, const std::string& where, InputFindings& findings) {
+    const ClusterAtom& emitter = atoms[NearestToOrigin(atoms)];
     if (std::sqrt(NormSquared(emitter.position)) * 1e10 < kEmitterTolerance_angstrom) return;
     findings.push_back({Severity::kMisfit,
                         where + "the atom nearest to the origin, " + emitter.name + " at " +
@@ -23,7 +25,8 @@ void CheckEmitter(const std::vector<ZfAtom>& atoms, const std::string& where, In
                         "move the cluster so that the emitter stands at (0, 0, 0)"});
 }
 
-void CheckDistances(const std::vector<ZfAtom>& atoms, const std::string& where, InputFindings& findings) {
+void CheckDistances(const std::vector<ClusterAtom>& atoms, const std::string& where,
+                    InputFindings& findings) {
     if (atoms.size() == 1) {
         findings.push_back({Severity::kNote, where + "the emitter stands alone: nothing scatters",
                             "add the atoms around it"});
@@ -34,8 +37,8 @@ void CheckDistances(const std::vector<ZfAtom>& atoms, const std::string& where, 
         nearest.begin(), nearest.end(),
         [](const Neighbour& a, const Neighbour& b) { return a.distance_angstrom < b.distance_angstrom; });
     if (closest->distance_angstrom > kNearest_angstrom) return;
-    const ZfAtom& one = atoms[static_cast<std::size_t>(closest - nearest.begin())];
-    const ZfAtom& other = atoms[closest->atom];
+    const ClusterAtom& one = atoms[static_cast<std::size_t>(closest - nearest.begin())];
+    const ClusterAtom& other = atoms[closest->atom];
     findings.push_back({Severity::kMisfit,
                         where + "two atoms stand " + DoubleToText(closest->distance_angstrom) +
                             " angstrom apart, " + one.name + " at " + PositionText(one) + " and " +
@@ -52,7 +55,7 @@ bool IsElement(const std::string& symbol) {
     }
 }
 
-void CheckElements(const ZfCluster& cluster, InputFindings& findings) {
+void CheckElements(const Cluster& cluster, InputFindings& findings) {
     for (const std::string& element : ElementsOf(cluster))
         if (!IsElement(element))
             findings.push_back(
@@ -61,10 +64,10 @@ void CheckElements(const ZfCluster& cluster, InputFindings& findings) {
                  "the name of the atom"});
 }
 
-void CheckDisplacementForm(const std::vector<ZfAtom>& atoms, const std::string& where,
+void CheckDisplacementForm(const std::vector<ClusterAtom>& atoms, const std::string& where,
                            InputFindings& findings) {
     const auto tensors =
-        std::count_if(atoms.begin(), atoms.end(), [](const ZfAtom& atom) { return atom.U.Count() > 1; });
+        std::count_if(atoms.begin(), atoms.end(), [](const ClusterAtom& atom) { return atom.U.Count() > 1; });
     if (tensors == 0) return;
     findings.push_back({Severity::kMisfit,
                         where + "atoms with anisotropic displacements: " + std::to_string(tensors),
@@ -74,12 +77,12 @@ void CheckDisplacementForm(const std::vector<ZfAtom>& atoms, const std::string& 
 }  // namespace
 
 void CheckCluster(const InputSet& inputs, InputFindings& findings) {
-    const ZfCluster& cluster = *inputs.cluster;
+    const Cluster& cluster = *inputs.cluster;
     if (cluster.structures.empty())
         findings.push_back({Severity::kMisfit, "the cluster holds no structure", "give one with atoms"});
     CheckElements(cluster, findings);
     for (std::size_t s = 0; s < cluster.structures.size(); ++s) {
-        const std::vector<ZfAtom>& atoms = cluster.structures[s].atoms;
+        const std::vector<ClusterAtom>& atoms = cluster.structures[s].atoms;
         const std::string where = StructurePrefix(cluster, s);
         if (atoms.empty()) {
             findings.push_back({Severity::kMisfit, where + "there are no atoms", "remove the structure"});
@@ -90,3 +93,5 @@ void CheckCluster(const InputSet& inputs, InputFindings& findings) {
         CheckDisplacementForm(atoms, where, findings);
     }
 }
+
+}  // namespace qvre

@@ -11,6 +11,8 @@
 #include "prepare/checks/FindingTexts.h"
 #include "prepare/checks/PartChecks.h"
 
+namespace qvre {
+
 namespace {
 
 constexpr double kTie = 1e-6;  // relative to the radius
@@ -35,14 +37,14 @@ using Radii = std::map<std::string, double>;
 /// By atom name, in metres: the first record of the name and the energy counts.
 Radii RadiiAt(const ZfPhaseShiftDocument& document, double energy) {
     Radii radii;
-    for (const ZfPhaseShiftRecord& record : document.records)
+    for (const PhaseShiftRecord& record : document.records)
         if (record.Ek_eV == energy && !record.radial.LnX.empty())
             radii.emplace(record.AtomName, std::exp(record.radial.LnX.back()));
     return radii;
 }
 
 /// Indices of the atoms by their distance from the origin, where the cylinders begin.
-std::vector<std::size_t> ByDistance(const std::vector<ZfAtom>& atoms) {
+std::vector<std::size_t> ByDistance(const std::vector<ClusterAtom>& atoms) {
     std::vector<std::size_t> order(atoms.size());
     std::iota(order.begin(), order.end(), std::size_t{0});
     std::stable_sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
@@ -51,7 +53,7 @@ std::vector<std::size_t> ByDistance(const std::vector<ZfAtom>& atoms) {
     return order;
 }
 
-std::vector<Place> PlacesOf(const std::vector<ZfAtom>& atoms, const std::vector<std::size_t>& order,
+std::vector<Place> PlacesOf(const std::vector<ClusterAtom>& atoms, const std::vector<std::size_t>& order,
                             const Radii& radii) {
     std::vector<Place> places;
     for (const std::size_t atom : order) {
@@ -85,16 +87,16 @@ Ties FindTies(const std::vector<Place>& places) {
 void CheckCylinders(const InputSet& inputs, InputFindings& findings) {
     if (inputs.method != kMulti) return;
     std::set<Radii> seen;  // energies with the same radii have the same ties
-    for (const ZfEmittedWave& wave : *inputs.waves) {
+    for (const EmittedWave& wave : *inputs.waves) {
         const Radii radii = RadiiAt(*inputs.phaseShifts, wave.Ek);
         if (!seen.insert(radii).second) continue;
         for (std::size_t s = 0; s < inputs.cluster->structures.size(); ++s) {
-            const std::vector<ZfAtom>& atoms = inputs.cluster->structures[s].atoms;
+            const std::vector<ClusterAtom>& atoms = inputs.cluster->structures[s].atoms;
             const std::vector<std::size_t> order = ByDistance(atoms);
             const Ties ties = FindTies(PlacesOf(atoms, order, radii));
             if (ties.count == 0) continue;
-            const ZfAtom& atom = atoms[order[ties.atom]];
-            const ZfAtom& target = atoms[order[ties.target]];
+            const ClusterAtom& atom = atoms[order[ties.atom]];
+            const ClusterAtom& target = atoms[order[ties.target]];
             findings.push_back(
                 {Severity::kWarning,
                  fmt::format("{}{} times an atom stands its radius beside the line to another, to a "
@@ -106,3 +108,5 @@ void CheckCylinders(const InputSet& inputs, InputFindings& findings) {
         }
     }
 }
+
+}  // namespace qvre

@@ -4,11 +4,13 @@
 
 #include "foundation/Text.h"
 
-std::string StructurePrefix(const ZfCluster& cluster, std::size_t index) {
+namespace qvre {
+
+std::string StructurePrefix(const Cluster& cluster, std::size_t index) {
     return cluster.structures.size() < 2 ? std::string() : fmt::format("structure {}: ", index);
 }
 
-std::string PositionText(const ZfAtom& atom) {
+std::string PositionText(const ClusterAtom& atom) {
     const double* p = atom.position.Data();
     return fmt::format("({}, {}, {})", DoubleToText(p[0] * 1e10), DoubleToText(p[1] * 1e10),
                        DoubleToText(p[2] * 1e10));
@@ -17,3 +19,5 @@ std::string PositionText(const ZfAtom& atom) {
 std::string ExactText(double value) {
     return fmt::format("{}", value);
 }
+
+}  // namespace qvre

@@ -12,18 +12,20 @@
 #include "prepare/thermal/MeanSquareDisplacement.h"
 #include "scattering/ThermalModels.h"
 
+namespace qvre {
+
 namespace {
 
 constexpr double kLargestU_angstrom2 =
     0.1;                           // beyond, atoms of a solid would melt (Lindemann) or U is a B factor
 constexpr double kTooSmall = 1.1;  // whole Debye integral over the formula of the run
 
-bool KeepsClusterU(const ZfFluctuation& f) {
+bool KeepsClusterU(const Fluctuation& f) {
     const ThermalModel model = ThermalModelOf(f);
     return model == ThermalModel::kNone || model == ThermalModel::kCluster;
 }
 
-void CheckFlags(const ZfFluctuation& f, InputFindings& findings) {
+void CheckFlags(const Fluctuation& f, InputFindings& findings) {
     const int flags =
         int{f.IsUseUisoInCluster_} + int{f.IsUseUisoEinsteinModel_} + int{f.IsUseUisoDebyeModel_};
     if (flags == 0)
@@ -39,7 +41,7 @@ void CheckFlags(const ZfFluctuation& f, InputFindings& findings) {
              "set one flag only"});
 }
 
-void CheckTemperature(const ZfFluctuation& f, InputFindings& findings) {
+void CheckTemperature(const Fluctuation& f, InputFindings& findings) {
     if (KeepsClusterU(f)) return;
     if (f.Temperature_K_ < 0.0)
         findings.push_back({Severity::kMisfit, "the temperature is " + DoubleToText(f.Temperature_K_) + " K",
@@ -50,7 +52,7 @@ void CheckTemperature(const ZfFluctuation& f, InputFindings& findings) {
 }
 
 /// The first temperature of each element, as the run takes it.
-std::map<std::int32_t, double> DebyeTemperatures(const ZfFluctuation& f, InputFindings& findings) {
+std::map<std::int32_t, double> DebyeTemperatures(const Fluctuation& f, InputFindings& findings) {
     std::map<std::int32_t, double> temperatures;
     const std::size_t given = f.DebyeTemperature_K_.size();
     if (f.DebyeElement_.size() != given)
@@ -101,9 +103,9 @@ void CheckDebyeValue(const std::string& element, double theta, const InputSet& i
                             " angstrom^2 as U with the cluster"});
 }
 
-std::set<std::string> EmittersOf(const ZfCluster& cluster) {
+std::set<std::string> EmittersOf(const Cluster& cluster) {
     std::set<std::string> elements;
-    for (const ZfStructure& structure : cluster.structures)
+    for (const Structure& structure : cluster.structures)
         if (!structure.atoms.empty()) elements.insert(structure.atoms[NearestToOrigin(structure.atoms)].atom);
     return elements;
 }
@@ -143,10 +145,10 @@ struct ClusterU {
     double largest_angstrom2 = 0.0;
 };
 
-ClusterU DisplacementsOf(const ZfCluster& cluster) {
+ClusterU DisplacementsOf(const Cluster& cluster) {
     ClusterU u;
-    for (const ZfStructure& structure : cluster.structures) {
-        for (const ZfAtom& atom : structure.atoms) {
+    for (const Structure& structure : cluster.structures) {
+        for (const ClusterAtom& atom : structure.atoms) {
             ++u.atoms;
             if (atom.U.Count() == 0) ++u.without;
             if (atom.U.Count() != 1) continue;
@@ -185,3 +187,5 @@ void CheckFluctuation(const InputSet& inputs, InputFindings& findings) {
     if (ThermalModelOf(*inputs.fluctuation) == ThermalModel::kDebye) CheckDebye(inputs, findings);
     if (inputs.cluster && KeepsClusterU(*inputs.fluctuation)) CheckClusterU(inputs, findings);
 }
+
+}  // namespace qvre

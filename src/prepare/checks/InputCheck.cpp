@@ -4,6 +4,8 @@
 
 #include "prepare/checks/PartChecks.h"
 
+namespace qvre {
+
 InputFindings CheckInputs(const InputSet& inputs) {
     InputFindings findings;
     const InputSet sound = CheckNumbers(inputs, findings);
@@ -19,3 +21,5 @@ bool FitsTogether(const InputFindings& findings) {
     return std::none_of(findings.begin(), findings.end(),
                         [](const InputFinding& finding) { return finding.severity == Severity::kMisfit; });
 }
+
+}  // namespace qvre

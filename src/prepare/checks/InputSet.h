@@ -3,21 +3,23 @@
 #include <string>
 #include <vector>
 
-#include "input/ZfCluster.h"
+#include "input/Cluster.h"
+#include "input/EmittedWave.h"
+#include "input/Fluctuation.h"
 #include "input/ZfDebye.h"
-#include "input/ZfEmittedWave.h"
-#include "input/ZfFluctuation.h"
 #include "input/ZfPhaseShiftDocument.h"
 #include "scattering/ZfScatteringData.h"
 
+namespace qvre {
+
 /// The documents of one run. Parts that are null are not checked, nor is what needs them.
 struct InputSet {
-    const ZfCluster* cluster = nullptr;
-    const std::vector<ZfEmittedWave>* waves = nullptr;
+    const Cluster* cluster = nullptr;
+    const std::vector<EmittedWave>* waves = nullptr;
     const ZfPhaseShiftDocument* phaseShifts = nullptr;
-    const ZfFluctuation* fluctuation = nullptr;
+    const Fluctuation* fluctuation = nullptr;
     const ZfDebye* weights = nullptr;
-    ZfScatteringMethod method = kMulti;
+    ScatteringMethod method = kMulti;
 };
 
 enum class Severity {
@@ -33,3 +35,5 @@ struct InputFinding {
 };
 
 using InputFindings = std::vector<InputFinding>;
+
+}  // namespace qvre

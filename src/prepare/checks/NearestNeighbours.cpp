@@ -4,7 +4,9 @@
 #include <cmath>
 #include <limits>
 
-std::vector<Neighbour> NearestNeighbours(const std::vector<ZfAtom>& atoms) {
+namespace qvre {
+
+std::vector<Neighbour> NearestNeighbours(const std::vector<ClusterAtom>& atoms) {
     std::vector<Neighbour> nearest(atoms.size(), {0, std::numeric_limits<double>::infinity()});
     for (std::size_t i = 0; i < atoms.size(); ++i) {
         const double* a = atoms[i].position.Data();
@@ -21,9 +23,11 @@ std::vector<Neighbour> NearestNeighbours(const std::vector<ZfAtom>& atoms) {
     return nearest;
 }
 
-std::size_t NearestToOrigin(const std::vector<ZfAtom>& atoms) {
-    const auto nearer = [](const ZfAtom& a, const ZfAtom& b) {
+std::size_t NearestToOrigin(const std::vector<ClusterAtom>& atoms) {
+    const auto nearer = [](const ClusterAtom& a, const ClusterAtom& b) {
         return NormSquared(a.position) < NormSquared(b.position);
     };
     return static_cast<std::size_t>(std::min_element(atoms.begin(), atoms.end(), nearer) - atoms.begin());
 }
+
+}  // namespace qvre

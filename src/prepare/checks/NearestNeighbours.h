@@ -3,7 +3,9 @@
 #include <cstddef>
 #include <vector>
 
-#include "input/ZfCluster.h"
+#include "input/Cluster.h"
+
+namespace qvre {
 
 struct Neighbour {
     std::size_t atom = 0;            ///< index in the list
@@ -11,7 +13,9 @@ struct Neighbour {
 };
 
 /// The nearest other atom of each, the first of equals.
-std::vector<Neighbour> NearestNeighbours(const std::vector<ZfAtom>& atoms);
+std::vector<Neighbour> NearestNeighbours(const std::vector<ClusterAtom>& atoms);
 
 /// The atom that becomes the emitter: the first of those nearest to the origin. The list must not be empty.
-std::size_t NearestToOrigin(const std::vector<ZfAtom>& atoms);
+std::size_t NearestToOrigin(const std::vector<ClusterAtom>& atoms);
+
+}  // namespace qvre

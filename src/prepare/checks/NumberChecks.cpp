@@ -6,6 +6,8 @@
 #include "prepare/checks/FindingTexts.h"
 #include "prepare/checks/PartChecks.h"
 
+namespace qvre {
+
 namespace {
 
 bool IsFinite(double number) {
@@ -25,19 +27,19 @@ bool IsFinite(const ZfLDoubleMatrix& matrix) {
                        [](double number) { return std::isfinite(number); });
 }
 
-bool IsFinite(const ZfAtom& atom) {
+bool IsFinite(const ClusterAtom& atom) {
     return IsFinite(atom.position) && IsFinite(atom.U) && IsFinite(atom.valency);
 }
 
-bool IsFinite(const ZfEmittedWave& wave) {
+bool IsFinite(const EmittedWave& wave) {
     const bool coefficients =
         std::all_of(wave.coeff.block.begin(), wave.coeff.block.end(),
                     [](const auto& c) { return std::isfinite(c.real()) && std::isfinite(c.imag()); });
     return coefficients && IsFinite({wave.Ek, wave.Ratio, wave.PlaneWaveBeta_deg, wave.PlaneWaveGamma_deg});
 }
 
-bool IsFinite(const ZfPhaseShiftRecord& record) {
-    const ZfRadialTables& radial = record.radial;
+bool IsFinite(const PhaseShiftRecord& record) {
+    const RadialTables& radial = record.radial;
     return IsFinite(record.Ek_eV) && IsFinite(record.PhaseShiftValue) && IsFinite(radial.EPS_DIFF_EQ_) &&
            IsFinite(radial.LnX) && IsFinite(radial.L) && IsFinite(radial.DLDLnX) && IsFinite(radial.P) &&
            IsFinite(radial.DPDLnX);
@@ -57,12 +59,12 @@ bool ReportItems(const std::vector<Item>& items, Text text, InputFindings& findi
     return findings.size() > before;
 }
 
-bool ReportAtoms(const ZfCluster& cluster, InputFindings& findings) {
+bool ReportAtoms(const Cluster& cluster, InputFindings& findings) {
     const std::size_t before = findings.size();
     for (std::size_t s = 0; s < cluster.structures.size(); ++s)
         ReportItems(
             cluster.structures[s].atoms,
-            [&](const ZfAtom& atom, std::size_t i) {
+            [&](const ClusterAtom& atom, std::size_t i) {
                 return fmt::format("{}atom {} ({}) has a position, displacement or valency that is",
                                    StructurePrefix(cluster, s), i, atom.name);
             },
@@ -75,11 +77,11 @@ bool ReportAtoms(const ZfCluster& cluster, InputFindings& findings) {
 InputSet CheckNumbers(const InputSet& inputs, InputFindings& findings) {
     InputSet sound = inputs;
     if (inputs.cluster && ReportAtoms(*inputs.cluster, findings)) sound.cluster = nullptr;
-    const auto waveText = [](const ZfEmittedWave&, std::size_t i) {
+    const auto waveText = [](const EmittedWave&, std::size_t i) {
         return fmt::format("wave {} has an energy, angle, weight or coefficient that is", i);
     };
     if (inputs.waves && ReportItems(*inputs.waves, waveText, findings)) sound.waves = nullptr;
-    const auto recordText = [](const ZfPhaseShiftRecord& record, std::size_t i) {
+    const auto recordText = [](const PhaseShiftRecord& record, std::size_t i) {
         return fmt::format("phase-shift record {} ({}) has an energy, phase shift or radial table that is", i,
                            record.AtomName);
     };
@@ -92,3 +94,5 @@ InputSet CheckNumbers(const InputSet& inputs, InputFindings& findings) {
     }
     return sound;
 }
+
+}  // namespace qvre

@@ -4,6 +4,8 @@
 
 // What the check of a whole set consists of: each appends its findings.
 
+namespace qvre {
+
 /// Numbers that are none, or infinite. Returns the set without the parts that hold them.
 InputSet CheckNumbers(const InputSet& inputs, InputFindings& findings);
 
@@ -16,3 +18,5 @@ void CheckFluctuation(const InputSet& inputs, InputFindings& findings);
 /// Atoms that stand, within a millionth of the radius, on the edge of the cylinder by which MULTI chooses the
 /// sources of a target: whether they count is a matter of rounding, so that equivalent directions differ.
 void CheckCylinders(const InputSet& inputs, InputFindings& findings);
+
+}  // namespace qvre

@@ -13,6 +13,8 @@
 #include "prepare/checks/PartChecks.h"
 #include "scattering/SamplingSphere.h"
 
+namespace qvre {
+
 namespace {
 
 constexpr std::ptrdiff_t kUsableRecords = 128;  // the run keeps their places in signed bytes
@@ -35,10 +37,10 @@ struct AtomKind {
 
 using AtomKinds = std::map<std::string, AtomKind>;
 
-AtomKinds KindsOf(const ZfCluster& cluster) {
+AtomKinds KindsOf(const Cluster& cluster) {
     AtomKinds kinds;
-    for (const ZfStructure& structure : cluster.structures) {
-        const std::vector<ZfAtom>& atoms = structure.atoms;
+    for (const Structure& structure : cluster.structures) {
+        const std::vector<ClusterAtom>& atoms = structure.atoms;
         if (atoms.empty()) continue;
         const std::vector<Neighbour> nearest = NearestNeighbours(atoms);
         const std::size_t emitter = NearestToOrigin(atoms);
@@ -56,13 +58,13 @@ AtomKinds KindsOf(const ZfCluster& cluster) {
 }
 
 /// The first of that name and energy, as the run looks for it; null without one.
-const ZfPhaseShiftRecord* Find(const ZfPhaseShiftDocument& document, const std::string& name, double energy) {
-    for (const ZfPhaseShiftRecord& record : document.records)
+const PhaseShiftRecord* Find(const ZfPhaseShiftDocument& document, const std::string& name, double energy) {
+    for (const PhaseShiftRecord& record : document.records)
         if (record.Ek_eV == energy && record.AtomName == name) return &record;
     return nullptr;
 }
 
-double RadiusOf(const ZfPhaseShiftRecord& record) {
+double RadiusOf(const PhaseShiftRecord& record) {
     return record.radial.LnX.empty() ? 0.0 : std::exp(record.radial.LnX.back()) * 1e10;
 }
 
@@ -80,7 +82,7 @@ InputFinding MissingName(const ZfPhaseShiftDocument& document, const std::string
                          const AtomKind& kind) {
     InputFinding finding{Severity::kMisfit, "there are no phase shifts for the atom name \"" + name + "\"",
                          "make them, with this AtomName"};
-    for (const ZfPhaseShiftRecord& record : document.records) {
+    for (const PhaseShiftRecord& record : document.records) {
         const bool spelling = EqualButForCase(record.AtomName, name);
         if (!spelling && record.AtomElement != kind.element) continue;
         finding.what += ", but some are named \"" + record.AtomName + "\"";
@@ -93,7 +95,7 @@ InputFinding MissingName(const ZfPhaseShiftDocument& document, const std::string
 /// Names fit, the energy does not.
 InputFinding MissingEnergy(const ZfPhaseShiftDocument& document, const std::string& name, double energy) {
     double nearest = std::numeric_limits<double>::infinity();
-    for (const ZfPhaseShiftRecord& record : document.records)
+    for (const PhaseShiftRecord& record : document.records)
         if (record.AtomName == name && std::abs(record.Ek_eV - energy) < std::abs(nearest - energy))
             nearest = record.Ek_eV;
     const std::string wanted = ExactText(energy);
@@ -114,16 +116,16 @@ InputFinding MissingEnergy(const ZfPhaseShiftDocument& document, const std::stri
 InputFinding Missing(const ZfPhaseShiftDocument& document, const std::string& name, const AtomKind& kind,
                      double energy) {
     const bool named = std::any_of(document.records.begin(), document.records.end(),
-                                   [&](const ZfPhaseShiftRecord& r) { return r.AtomName == name; });
+                                   [&](const PhaseShiftRecord& r) { return r.AtomName == name; });
     return named ? MissingEnergy(document, name, energy) : MissingName(document, name, kind);
 }
 
-std::string NameOf(const ZfPhaseShiftRecord& record) {
+std::string NameOf(const PhaseShiftRecord& record) {
     std::string name = "the phase shifts of \"";
     return name + record.AtomName + "\" for " + ExactText(record.Ek_eV) + " eV";
 }
 
-void CheckRadius(const ZfPhaseShiftRecord& record, InputFindings& findings) {
+void CheckRadius(const PhaseShiftRecord& record, InputFindings& findings) {
     const std::string remedy =
         "let LnX end at the natural logarithm of the muffin-tin radius in metres, -22.8 for 1.25 "
         "angstrom";
@@ -146,8 +148,7 @@ void CheckRadius(const ZfPhaseShiftRecord& record, InputFindings& findings) {
 
 /// Radii with which the spheres of two neighbours touch. The larger one often follows from atoms of its own
 /// kind and stays, unless it leaves nothing.
-std::string TouchingRadii(const ZfPhaseShiftRecord& a, const ZfPhaseShiftRecord& b,
-                          double distance_angstrom) {
+std::string TouchingRadii(const PhaseShiftRecord& a, const PhaseShiftRecord& b, double distance_angstrom) {
     const auto entry = [](const std::string& name, double radius_angstrom) {
         return name + " = " + DoubleToText(std::floor(radius_angstrom * 1000.0) / 1000.0);
     };
@@ -160,8 +161,8 @@ std::string TouchingRadii(const ZfPhaseShiftRecord& a, const ZfPhaseShiftRecord&
     return "radius = { " + entry(a.AtomName, half_angstrom) + ", " + entry(b.AtomName, half_angstrom) + " }";
 }
 
-void CheckSpheres(const ZfPhaseShiftRecord& record, const ZfPhaseShiftRecord& neighbour,
-                  double distance_angstrom, InputFindings& findings) {
+void CheckSpheres(const PhaseShiftRecord& record, const PhaseShiftRecord& neighbour, double distance_angstrom,
+                  InputFindings& findings) {
     const double own = RadiusOf(record);
     const double other = RadiusOf(neighbour);
     if (own == 0.0 || other == 0.0 || own > kLargestRadius_angstrom || other > kLargestRadius_angstrom)
@@ -177,7 +178,7 @@ void CheckSpheres(const ZfPhaseShiftRecord& record, const ZfPhaseShiftRecord& ne
              TouchingRadii(record, neighbour, distance_angstrom) + ", on the command line --radius"});
 }
 
-void CheckSampling(const ZfPhaseShiftRecord& record, double nearest_angstrom, InputFindings& findings) {
+void CheckSampling(const PhaseShiftRecord& record, double nearest_angstrom, InputFindings& findings) {
     const std::int32_t size = record.PhaseShiftValue.VectorSize();
     if (size > kLargestSize) {
         findings.push_back({Severity::kMisfit, NameOf(record) + " have the l size " + std::to_string(size),
@@ -199,7 +200,7 @@ void CheckSampling(const ZfPhaseShiftRecord& record, double nearest_angstrom, In
 }
 
 /// Without a cluster the spheres are taken to touch.
-void CheckSampling(const ZfPhaseShiftRecord& record, InputFindings& findings) {
+void CheckSampling(const PhaseShiftRecord& record, InputFindings& findings) {
     const double radius_angstrom = RadiusOf(record);
     if (radius_angstrom < kSmallestRadius_angstrom || radius_angstrom > kLargestRadius_angstrom) return;
     CheckSampling(record, 2.0 * radius_angstrom, findings);
@@ -210,7 +211,7 @@ double Folded(double degrees) {
     return std::remainder(degrees, 180.0);
 }
 
-void CheckValues(const ZfPhaseShiftRecord& record, InputFindings& findings) {
+void CheckValues(const PhaseShiftRecord& record, InputFindings& findings) {
     const ZfLDoubleMatrix& delta = record.PhaseShiftValue;
     const std::int32_t size = delta.VectorSize();
     double largest = 0.0;
@@ -228,7 +229,7 @@ void CheckValues(const ZfPhaseShiftRecord& record, InputFindings& findings) {
                             "make phase shifts up to an l where they are below 0.3 degrees"});
 }
 
-void CheckElement(const ZfPhaseShiftRecord& record, const AtomKind& kind, InputFindings& findings) {
+void CheckElement(const PhaseShiftRecord& record, const AtomKind& kind, InputFindings& findings) {
     if (record.AtomElement.empty() || record.AtomElement == kind.element) return;
     findings.push_back({Severity::kWarning,
                         NameOf(record) + " are of the element " + record.AtomElement +
@@ -237,7 +238,7 @@ void CheckElement(const ZfPhaseShiftRecord& record, const AtomKind& kind, InputF
 }
 
 /// What a record must hold by itself to be scattered at.
-bool CheckContent(const ZfPhaseShiftRecord& record, ZfScatteringMethod method, InputFindings& findings) {
+bool CheckContent(const PhaseShiftRecord& record, ScatteringMethod method, InputFindings& findings) {
     if (record.PhaseShiftValue.VectorSize() == 0) {
         findings.push_back(
             {Severity::kMisfit, NameOf(record) + " are empty", "give PhaseShiftValue from l = 0 on"});
@@ -248,7 +249,7 @@ bool CheckContent(const ZfPhaseShiftRecord& record, ZfScatteringMethod method, I
     return true;
 }
 
-void CheckPlace(const ZfPhaseShiftDocument& document, const ZfPhaseShiftRecord& record,
+void CheckPlace(const ZfPhaseShiftDocument& document, const PhaseShiftRecord& record,
                 InputFindings& findings) {
     const std::ptrdiff_t place = &record - document.records.data();
     if (place < kUsableRecords) return;
@@ -262,7 +263,7 @@ void CheckPair(const InputSet& inputs, const AtomKinds& kinds, const std::string
                InputFindings& findings) {
     const ZfPhaseShiftDocument& document = *inputs.phaseShifts;
     const AtomKind& kind = kinds.at(name);
-    const ZfPhaseShiftRecord* record = Find(document, name, energy);
+    const PhaseShiftRecord* record = Find(document, name, energy);
     if (!record) {
         findings.push_back(Missing(document, name, kind, energy));
         return;
@@ -271,7 +272,7 @@ void CheckPair(const InputSet& inputs, const AtomKinds& kinds, const std::string
     CheckElement(*record, kind, findings);
     if (!kind.scatters || !CheckContent(*record, inputs.method, findings)) return;
     CheckSampling(*record, kind.nearest_angstrom, findings);
-    const ZfPhaseShiftRecord* neighbour = Find(document, kind.neighbour, energy);
+    const PhaseShiftRecord* neighbour = Find(document, kind.neighbour, energy);
     if (neighbour) CheckSpheres(*record, *neighbour, kind.nearest_angstrom, findings);
 }
 
@@ -284,7 +285,7 @@ void CheckList(const ZfPhaseShiftDocument& document, InputFindings& findings) {
                                 " records, of which a run uses the first 128",
                             "split it by energy"});
     std::set<std::pair<std::string, double>> seen;
-    for (const ZfPhaseShiftRecord& record : document.records)
+    for (const PhaseShiftRecord& record : document.records)
         if (!seen.emplace(record.AtomName, record.Ek_eV).second)
             findings.push_back({Severity::kNote, NameOf(record) + " stand there twice: the first count",
                                 "remove the others"});
@@ -296,7 +297,7 @@ void CheckPhaseShifts(const InputSet& inputs, InputFindings& findings) {
     CheckList(*inputs.phaseShifts, findings);
     const AtomKinds kinds = inputs.cluster ? KindsOf(*inputs.cluster) : AtomKinds();
     if (!inputs.cluster || !inputs.waves) {
-        for (const ZfPhaseShiftRecord& record : inputs.phaseShifts->records) {
+        for (const PhaseShiftRecord& record : inputs.phaseShifts->records) {
             if (!CheckContent(record, inputs.method, findings)) continue;
             const auto kind = kinds.find(record.AtomName);
             if (kind != kinds.end())
@@ -307,8 +308,10 @@ void CheckPhaseShifts(const InputSet& inputs, InputFindings& findings) {
         return;
     }
     std::set<double> energies;
-    for (const ZfEmittedWave& wave : *inputs.waves)
+    for (const EmittedWave& wave : *inputs.waves)
         if (wave.Ek > 0.0) energies.insert(wave.Ek);
     for (const double energy : energies)
         for (const auto& [name, kind] : kinds) CheckPair(inputs, kinds, name, energy, findings);
 }
+
+}  // namespace qvre

@@ -7,12 +7,14 @@
 #include "foundation/Text.h"
 #include "prepare/checks/PartChecks.h"
 
+namespace qvre {
+
 namespace {
 
 constexpr double kFourPi = 4.0 * kPi;
 constexpr double kDigitsOfFiles = 1e-3;  // coefficients keep 6 digits each
 
-double Strength(const ZfEmittedWave& wave) {
+double Strength(const EmittedWave& wave) {
     double sum = 0.0;
     for (const auto& c : wave.coeff.block) sum += std::norm(c);
     return sum;
@@ -23,7 +25,7 @@ std::string WaveText(std::size_t index) {
     return text + std::to_string(index);
 }
 
-void CheckWave(const ZfEmittedWave& wave, std::size_t index, InputFindings& findings) {
+void CheckWave(const EmittedWave& wave, std::size_t index, InputFindings& findings) {
     const std::string name = WaveText(index);
     if (!(wave.Ek > 0.0))
         findings.push_back({Severity::kMisfit,
@@ -40,8 +42,8 @@ void CheckWave(const ZfEmittedWave& wave, std::size_t index, InputFindings& find
 }
 
 /// The method SINGLE computes all atoms before it refuses such a wave.
-void CheckSingle(const std::vector<ZfEmittedWave>& waves, InputFindings& findings) {
-    const auto larger = std::find_if(waves.begin(), waves.end(), [](const ZfEmittedWave& wave) {
+void CheckSingle(const std::vector<EmittedWave>& waves, InputFindings& findings) {
+    const auto larger = std::find_if(waves.begin(), waves.end(), [](const EmittedWave& wave) {
         return !wave.IsPlaneWave && wave.coeff.L > 1;
     });
     if (larger == waves.end()) return;
@@ -51,9 +53,9 @@ void CheckSingle(const std::vector<ZfEmittedWave>& waves, InputFindings& finding
                         "take the method MULTI or SLOWMULTI, or an s wave"});
 }
 
-void CheckStrength(const std::vector<ZfEmittedWave>& waves, InputFindings& findings) {
+void CheckStrength(const std::vector<EmittedWave>& waves, InputFindings& findings) {
     double sum = 0.0;
-    for (const ZfEmittedWave& wave : waves) {
+    for (const EmittedWave& wave : waves) {
         if (wave.IsPlaneWave) return;
         sum += Strength(wave);
     }
@@ -70,7 +72,7 @@ void CheckStrength(const std::vector<ZfEmittedWave>& waves, InputFindings& findi
 }  // namespace
 
 void CheckWaves(const InputSet& inputs, InputFindings& findings) {
-    const std::vector<ZfEmittedWave>& waves = *inputs.waves;
+    const std::vector<EmittedWave>& waves = *inputs.waves;
     if (waves.empty())
         findings.push_back(
             {Severity::kMisfit, "there is no emitted wave: the image would be empty", "give at least one"});
@@ -87,3 +89,5 @@ void CheckWaves(const InputSet& inputs, InputFindings& findings) {
     if (inputs.method == kSingle) CheckSingle(waves, findings);
     CheckStrength(waves, findings);
 }
+
+}  // namespace qvre

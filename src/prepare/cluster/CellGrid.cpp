@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+namespace qvre {
+
 namespace {
 
 double Reduced(double fraction) {
@@ -75,3 +77,5 @@ std::vector<CellGrid::Found> CellGrid::Near(const gemmi::Vec3& fractional, doubl
             }
     return found;
 }
+
+}  // namespace qvre

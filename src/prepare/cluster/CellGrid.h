@@ -7,6 +7,8 @@
 
 #include "prepare/cluster/CrystalCell.h"
 
+namespace qvre {
+
 /// Finds the atoms of a crystal close to a point, periodic images included, in a time that does not grow with
 /// their number: the cell is divided into boxes of about one atom.
 class CellGrid {
@@ -30,3 +32,5 @@ private:
     std::vector<gemmi::Vec3> inside_;              // the atoms' places, reduced to [0, 1)
     std::vector<std::vector<std::size_t>> atoms_;  // by box
 };
+
+}  // namespace qvre

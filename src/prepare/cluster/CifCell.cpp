@@ -10,6 +10,8 @@
 #include "foundation/ZfError.h"
 #include "prepare/cluster/CrystalSources.h"
 
+namespace qvre {
+
 namespace {
 
 constexpr double kSamePlace_angstrom = 0.1;
@@ -126,3 +128,5 @@ CrystalCell ParseCif(const std::string& text) {
         throw ZfError("it is no valid CIF: " + PlaceInWords(error.what()));
     }
 }
+
+}  // namespace qvre

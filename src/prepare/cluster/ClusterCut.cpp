@@ -9,6 +9,8 @@
 
 #include "foundation/ZfError.h"
 
+namespace qvre {
+
 namespace {
 
 constexpr double kSameShell_angstrom = 1e-4;
@@ -144,3 +146,5 @@ ClusterCut CutByCount(const HalfCrystal& half, ClusterShape shape, int atoms) {
         return Finish(half, std::move(all), best->size);
     }
 }
+
+}  // namespace qvre

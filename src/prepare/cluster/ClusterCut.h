@@ -9,6 +9,8 @@
 #include "prepare/cluster/CrystalCell.h"
 #include "prepare/cluster/SurfaceFrame.h"
 
+namespace qvre {
+
 enum class ClusterShape : std::uint8_t { Hemisphere, Paraboloid };
 
 template <>
@@ -50,3 +52,5 @@ ClusterCut CutBySize(const HalfCrystal& half, ClusterShape shape, double size);
 /// Cuts the whole shells whose number of atoms, emitter included, is nearest to `atoms`; of two equally near
 /// the smaller.
 ClusterCut CutByCount(const HalfCrystal& half, ClusterShape shape, int atoms);
+
+}  // namespace qvre

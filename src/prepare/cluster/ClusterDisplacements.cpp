@@ -7,6 +7,8 @@
 #include "prepare/thermal/AtomicWeights.h"
 #include "prepare/thermal/Elements.h"
 
+namespace qvre {
+
 namespace {
 
 void CheckTemperatures(const ClusterRequest& request) {
@@ -48,10 +50,12 @@ bool SettleDisplacements(ClusterRequest& request) {
     return without == atoms.end();
 }
 
-void SetDisplacements(const CrystalCell& cell, const ClusterCut& cut, ZfStructure& structure) {
+void SetDisplacements(const CrystalCell& cell, const ClusterCut& cut, Structure& structure) {
     for (std::size_t i = 0; i < cut.atoms.size(); ++i) {
         ZfLDoubleMatrix u(1, 1);
         u.At(0, 0) = cell.atoms[cut.atoms[i].site].Uiso_angstrom2;
         structure.atoms[i].SetUSquareAngstrom(u);
     }
 }
+
+}  // namespace qvre

@@ -13,6 +13,8 @@
 #include "prepare/cluster/EmitterSites.h"
 #include "prepare/cluster/SurfaceFrame.h"
 
+namespace qvre {
+
 namespace {
 
 void CheckNumbers(const ClusterRequest& request) {
@@ -72,11 +74,11 @@ std::vector<NeighbourShell> ShellsAround(const std::vector<CutAtom>& atoms) {
     return shells;
 }
 
-ZfStructure StructureOf(const CrystalCell& cell, const ClusterCut& cut) {
-    ZfStructure structure;
+Structure StructureOf(const CrystalCell& cell, const ClusterCut& cut) {
+    Structure structure;
     structure.atoms.reserve(cut.atoms.size());
     for (const CutAtom& atom : cut.atoms) {
-        ZfAtom added;
+        ClusterAtom added;
         added.atom = cell.atoms[atom.site].element;
         added.name = added.atom;
         added.SetPositionAngstrom(Vector3(atom.position.x, atom.position.y, atom.position.z));
@@ -92,7 +94,7 @@ void AddStructure(const ClusterRequest& request, const SurfaceFrame& frame, cons
                            emitter.atom};
     const ClusterCut cut = request.size_angstrom > 0.0 ? CutBySize(half, request.shape, request.size_angstrom)
                                                        : CutByCount(half, request.shape, request.atoms);
-    ZfStructure structure = StructureOf(cell, cut);
+    Structure structure = StructureOf(cell, cut);
     StructureSummary summary;
     summary.emitter = cell.atoms[emitter.atom].element;
     summary.site = static_cast<int>(emitter.atom) + 1;
@@ -145,3 +147,5 @@ MadeCluster MakeCluster(const ClusterRequest& request) {
             AddStructure(settled.request, *settled.frame, emitter, domain, made);
     return made;
 }
+
+}  // namespace qvre

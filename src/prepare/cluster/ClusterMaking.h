@@ -3,9 +3,11 @@
 #include <string>
 #include <vector>
 
-#include "input/ZfCluster.h"
+#include "input/Cluster.h"
 #include "prepare/cluster/ClusterRequest.h"
 #include "prepare/cluster/PointSymmetry.h"
+
+namespace qvre {
 
 /// Atoms at one distance from the emitter.
 struct NeighbourShell {
@@ -29,7 +31,7 @@ struct StructureSummary {
 };
 
 struct MadeCluster {
-    ZfCluster cluster;
+    Cluster cluster;
     std::vector<StructureSummary> structures;  ///< one for each of the cluster
     bool hasUiso = false;
 };
@@ -41,3 +43,5 @@ void CheckClusterRequest(const ClusterRequest& request);
 /// Cuts one structure for each layer, emitter site and domain, in this order. Throws ZfError with what to
 /// change when the request cannot be met.
 MadeCluster MakeCluster(const ClusterRequest& request);
+
+}  // namespace qvre

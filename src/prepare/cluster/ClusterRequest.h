@@ -8,6 +8,8 @@
 #include "prepare/cluster/ClusterCut.h"
 #include "prepare/cluster/CrystalCell.h"
 
+namespace qvre {
+
 /// Everything that makes a cluster.
 struct ClusterRequest {
     CrystalCell cell;                         ///< of PresetCell or LoadCell
@@ -29,3 +31,5 @@ struct ClusterRequest {
     double temperature_K = 300.0;
     std::string weightTable;  ///< path of AtomicWeight.txt, needed with Debye temperatures
 };
+
+}  // namespace qvre

@@ -3,7 +3,9 @@
 #include <string>
 #include <vector>
 
-#include "input/ZfCluster.h"
+#include "input/Cluster.h"
+
+namespace qvre {
 
 /// How a cluster is written as Extended XYZ.
 struct XyzStyle {
@@ -17,6 +19,8 @@ void CheckClusterExtension(const std::string& path);
 /// Writes a cluster, by the extension: .xml_cl (6 significant digits) or .xyz (as many as the style says, and
 /// Uiso in a fifth column when all atoms of a structure have an isotropic displacement). The file appears
 /// whole or not at all.
-void WriteCluster(const ZfCluster& cluster, const std::string& path, const XyzStyle& style);
+void WriteCluster(const Cluster& cluster, const std::string& path, const XyzStyle& style);
 
-std::string ClusterAsXyz(const ZfCluster& cluster, const XyzStyle& style);
+std::string ClusterAsXyz(const Cluster& cluster, const XyzStyle& style);
+
+}  // namespace qvre

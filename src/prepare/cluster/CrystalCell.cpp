@@ -11,6 +11,8 @@
 #include "input/ZfAtomName.h"
 #include "prepare/cluster/CellGrid.h"
 
+namespace qvre {
+
 namespace {
 
 constexpr double kNearest_angstrom = 0.5;  // what the loader of clusters refuses
@@ -117,3 +119,5 @@ void CheckCell(const CrystalCell& cell) {
     for (const CellAtom& atom : cell.atoms) CheckPlace(atom);
     CheckDistances(cell);
 }
+
+}  // namespace qvre

@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+namespace qvre {
+
 /// One atom in the cell of a crystal.
 struct CellAtom {
     std::string element;
@@ -48,3 +50,5 @@ struct CellBox {
 /// Throws ZfError unless the cell holds atoms, all of known elements, spans a volume, and has no two atoms
 /// within 0.5 angstrom, periodic images included.
 void CheckCell(const CrystalCell& cell);
+
+}  // namespace qvre

@@ -5,6 +5,8 @@
 #include "foundation/FileReading.h"
 #include "foundation/ZfError.h"
 
+namespace qvre {
+
 namespace {
 
 CrystalCell ParseCell(const std::string& extension, const std::string& text) {
@@ -26,3 +28,5 @@ CrystalCell LoadCell(const std::string& path) {
         return cell;
     });
 }
+
+}  // namespace qvre

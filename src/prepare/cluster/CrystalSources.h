@@ -6,6 +6,8 @@
 
 #include "prepare/cluster/CrystalCell.h"
 
+namespace qvre {
+
 /// A ready crystal ("Cu", "Si", ...), or a structure type ("fcc", "zincblende", ...) with its elements and
 /// lattice constants (angstrom: a, and c where the type has one). Throws ZfError with the names that exist.
 CrystalCell PresetCell(const std::string& name, const std::vector<std::string>& elements,
@@ -33,3 +35,5 @@ CrystalCell ParseExpressionCell(const std::string& text);
 /// Axes with these lengths (angstrom) and angles (degrees): a along x, b in the xy plane, as is usual
 /// (International Tables for Crystallography B, section 3.3.1). Throws ZfError for angles that no cell has.
 gemmi::Mat33 AxesOf(const std::array<double, 3>& lengths_angstrom, const std::array<double, 3>& angles_deg);
+
+}  // namespace qvre

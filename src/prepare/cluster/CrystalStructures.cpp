@@ -8,6 +8,8 @@
 
 // Structure types by expressions: R. W. G. Wyckoff, Crystal Structures, vol. 1 (Interscience, 1963).
 
+namespace qvre {
+
 namespace {
 
 struct BasisAtom {
@@ -132,3 +134,5 @@ CrystalCell PresetCell(const std::string& name, const std::vector<std::string>& 
     if (type == types.end()) throw ZfError("There is no preset \"" + name + "\"; there are " + JoinedNames());
     return MakeStructure(*type, elements, lattice);
 }
+
+}  // namespace qvre

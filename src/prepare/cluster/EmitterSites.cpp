@@ -9,6 +9,8 @@
 #include "foundation/ZfError.h"
 #include "prepare/cluster/CellGrid.h"
 
+namespace qvre {
+
 namespace {
 
 constexpr double kSamePlace_angstrom = 0.01;
@@ -190,3 +192,5 @@ std::vector<EmitterSite> FindEmitters(const ClusterRequest& request, const Surfa
     }
     return emitters;
 }
+
+}  // namespace qvre

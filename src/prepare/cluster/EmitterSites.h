@@ -6,6 +6,8 @@
 #include "prepare/cluster/ClusterRequest.h"
 #include "prepare/cluster/SurfaceFrame.h"
 
+namespace qvre {
+
 /// An atom of the cell in one layer.
 struct EmitterSite {
     std::size_t atom = 0;  ///< index in the cell
@@ -16,3 +18,5 @@ struct EmitterSite {
 /// The emitters that a request asks for, by layer, then by atom. Throws ZfError, with what there is, when an
 /// element, a site or a layer does not exist.
 std::vector<EmitterSite> FindEmitters(const ClusterRequest& request, const SurfaceFrame& frame);
+
+}  // namespace qvre

@@ -12,6 +12,8 @@
 #include "foundation/ZfError.h"
 #include "prepare/cluster/CrystalSources.h"
 
+namespace qvre {
+
 namespace {
 
 /// Exact at the angles of cubic and hexagonal cells, so that equivalent atoms keep equal coordinates.
@@ -23,8 +25,8 @@ double CosOfDegrees(double angle) {
 }
 
 /// A name without brackets would read as a parameter, which is 0, and rand() differs from run to run.
-void RefuseNames(const std::vector<ZfParserToken>& tokens) {
-    for (const ZfParserToken& token : tokens) {
+void RefuseNames(const std::vector<ParserToken>& tokens) {
+    for (const ParserToken& token : tokens) {
         if (token.code == kTokenParameter) throw ZfError("unknown name " + token.text);
         if (token.code == kTokenFunction && token.text == "rand") throw ZfError("rand() gives no crystal");
     }
@@ -39,7 +41,7 @@ bool BeginsOperand(std::int32_t code) {
 }
 
 /// Of "1/2 3" or "2(3)" the parser would take the last value.
-void RefuseNeighbours(const std::vector<ZfParserToken>& tokens) {
+void RefuseNeighbours(const std::vector<ParserToken>& tokens) {
     for (std::size_t i = 1; i < tokens.size(); ++i)
         if (EndsOperand(tokens[i - 1].code) && BeginsOperand(tokens[i].code))
             throw ZfError("an operator is missing");
@@ -167,3 +169,5 @@ CrystalCell ParseExpressionCell(const std::string& text) {
     for (std::size_t i = 0; i < Uiso_angstrom2.size(); ++i) cell.atoms[i].Uiso_angstrom2 = Uiso_angstrom2[i];
     return cell;
 }
+
+}  // namespace qvre

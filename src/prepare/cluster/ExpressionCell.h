@@ -6,6 +6,8 @@
 #include "crystal/ZfCrystal.h"
 #include "prepare/cluster/CrystalCell.h"
 
+namespace qvre {
+
 /// The atoms of a crystal's basis, repeated along its axes.
 CrystalCell CellOfCrystal(const ZfCrystal& crystal);
 
@@ -14,3 +16,5 @@ double EvaluateExpression(const std::string& text);
 
 /// Unit vectors along a, b, c for the cell angles in degrees; see AxesOf.
 std::array<ZfLDoubleMatrix, 3> AxisDirections(double alpha_deg, double beta_deg, double gamma_deg);
+
+}  // namespace qvre

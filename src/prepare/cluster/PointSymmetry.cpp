@@ -7,6 +7,8 @@
 
 #include "foundation/Constants.h"
 
+namespace qvre {
+
 namespace {
 
 constexpr double kSamePlace_angstrom = 0.01;
@@ -23,9 +25,9 @@ struct RingAtom {
     PlanePoint place;
 };
 
-std::vector<RingAtom> RingAtoms(const std::vector<ZfAtom>& atoms) {
+std::vector<RingAtom> RingAtoms(const std::vector<ClusterAtom>& atoms) {
     std::vector<RingAtom> result;
-    for (const ZfAtom& atom : atoms) {
+    for (const ClusterAtom& atom : atoms) {
         const double* p = atom.position.Data();
         const PlanePoint place(p[0] * 1e10, p[1] * 1e10);
         result.push_back({atom.atom, p[2] * 1e10, std::abs(place), place});
@@ -44,7 +46,7 @@ void JoinHeights(std::vector<RingAtom>& atoms) {
     }
 }
 
-std::vector<Ring> RingsOf(const std::vector<ZfAtom>& structure) {
+std::vector<Ring> RingsOf(const std::vector<ClusterAtom>& structure) {
     std::vector<RingAtom> atoms = RingAtoms(structure);
     JoinHeights(atoms);
     std::sort(atoms.begin(), atoms.end(), [](const RingAtom& a, const RingAtom& b) {
@@ -103,7 +105,7 @@ std::string PointSymmetry::Name() const {
     return std::to_string(order) + (order % 2 == 0 ? "mm" : "m");
 }
 
-PointSymmetry FindPointSymmetry(const std::vector<ZfAtom>& atoms) {
+PointSymmetry FindPointSymmetry(const std::vector<ClusterAtom>& atoms) {
     const std::vector<Ring> rings = RingsOf(atoms);
     const Ring* smallest = nullptr;
     for (const Ring& ring : rings)
@@ -120,3 +122,5 @@ PointSymmetry FindPointSymmetry(const std::vector<ZfAtom>& atoms) {
     if (mirror) symmetry.mirror_deg = std::max(0.0, Degrees(*mirror));
     return symmetry;
 }
+
+}  // namespace qvre

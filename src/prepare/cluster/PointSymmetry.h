@@ -4,7 +4,9 @@
 #include <string>
 #include <vector>
 
-#include "input/ZfCluster.h"
+#include "input/Cluster.h"
+
+namespace qvre {
 
 /// Symmetry of a structure about the z axis through the origin: one of the ten point groups of two
 /// dimensions (International Tables for Crystallography A, section 10.1).
@@ -17,4 +19,6 @@ struct PointSymmetry {
 };
 
 /// Tries the operations on all atoms: each has to fall on one of the same element, within 0.01 angstrom.
-PointSymmetry FindPointSymmetry(const std::vector<ZfAtom>& atoms);
+PointSymmetry FindPointSymmetry(const std::vector<ClusterAtom>& atoms);
+
+}  // namespace qvre

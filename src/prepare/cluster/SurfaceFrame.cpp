@@ -7,6 +7,8 @@
 
 #include "foundation/ZfError.h"
 
+namespace qvre {
+
 namespace {
 
 constexpr double kSamePlane_angstrom = 0.01;
@@ -109,3 +111,5 @@ std::optional<CrystalBounds> BoundsForLayer(const SurfaceFrame& frame, std::size
                               : -std::numeric_limits<double>::infinity();
     return bounds;
 }
+
+}  // namespace qvre

@@ -8,6 +8,8 @@
 
 #include "prepare/cluster/CrystalCell.h"
 
+namespace qvre {
+
 /// Atoms of equal height over the surface, within 0.01 angstrom. One plane stands for all that lie a multiple
 /// of the frame's period from it.
 struct AtomicPlane {
@@ -46,3 +48,5 @@ std::optional<CrystalBounds> BoundsForLayer(const SurfaceFrame& frame, std::size
 
 /// The layer of an atom in a slab; nothing for a crystal without a gap.
 std::optional<int> LayerInSlab(const SurfaceFrame& frame, std::size_t atom);
+
+}  // namespace qvre

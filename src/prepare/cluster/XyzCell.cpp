@@ -6,6 +6,8 @@
 #include "foundation/ZfError.h"
 #include "prepare/cluster/CrystalSources.h"
 
+namespace qvre {
+
 namespace {
 
 /// Places of what is read in a line of an atom; the order of a plain XYZ file until Properties says another.
@@ -95,3 +97,5 @@ CrystalCell ParseXyzCell(const std::string& text) {
     }
     return cell;
 }
+
+}  // namespace qvre

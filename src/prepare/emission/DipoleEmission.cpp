@@ -7,6 +7,8 @@
 #include "foundation/Vec3.h"
 #include "foundation/ZfError.h"
 
+namespace qvre {
+
 namespace {
 
 using Direction = Vec3;
@@ -90,3 +92,5 @@ ZfLmComplexTable DipoleWave(const DipoleChannels& channels, const LightVector& l
     }
     return wave;
 }
+
+}  // namespace qvre

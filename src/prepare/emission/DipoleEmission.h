@@ -4,7 +4,9 @@
 #include <complex>
 #include <vector>
 
-#include "input/ZfLmTable.h"
+#include "input/LmTable.h"
+
+namespace qvre {
 
 /// One incoherent part of the light: its complex polarisation vector, |eps|^2 being the part of the
 /// intensity.
@@ -37,3 +39,5 @@ struct DipoleChannels {
 ///     A_lm = exp(i delta_l) rho_l <Y_lm| eps.r |Y_l0,m0>, r of unit length,
 /// without the (-i)^l of the far field (J. Cooper, R. N. Zare, J. Chem. Phys. 48, 942 (1968)).
 ZfLmComplexTable DipoleWave(const DipoleChannels& channels, const LightVector& light, int m0);
+
+}  // namespace qvre

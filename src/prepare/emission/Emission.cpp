@@ -12,6 +12,8 @@
 #include "scattering/SphericalHarmonics.h"
 #include "xml/ZfBarnXml.h"
 
+namespace qvre {
+
 namespace {
 
 DipoleChannels Channels(const EmissionRequest& request, const CoreOrbital& orbital) {
@@ -34,13 +36,13 @@ DipoleChannels Channels(const EmissionRequest& request, const CoreOrbital& orbit
 }
 
 /// Scales all waves by one real factor.
-void Normalise(std::vector<ZfEmittedWave>& waves, double weight) {
+void Normalise(std::vector<EmittedWave>& waves, double weight) {
     double sum = 0.0;
-    for (const ZfEmittedWave& wave : waves)
+    for (const EmittedWave& wave : waves)
         for (const std::complex<double>& a : wave.coeff.block) sum += std::norm(a);
     const double factor = std::sqrt(4.0 * kPi * weight / sum);
     // Adding 0 makes a plain zero of a negative one, which would be written with its sign.
-    for (ZfEmittedWave& wave : waves)
+    for (EmittedWave& wave : waves)
         for (std::complex<double>& a : wave.coeff.block) a = a * factor + std::complex<double>(0.0, 0.0);
 }
 
@@ -66,7 +68,7 @@ Emission CoreLevelEmission(const EmissionRequest& request) {
     emission.channels = Channels(request, emission.orbital);
     for (const LightVector& light : request.light)
         for (int m = -request.level.l; m <= request.level.l; ++m) {
-            ZfEmittedWave& wave = emission.waves.emplace_back();
+            EmittedWave& wave = emission.waves.emplace_back();
             wave.Ek = request.kinetic_eV;
             wave.coeff = DipoleWave(emission.channels, light, m);
         }
@@ -74,9 +76,9 @@ Emission CoreLevelEmission(const EmissionRequest& request) {
     return emission;
 }
 
-std::vector<ZfEmittedWave> IsotropicEmission(double kinetic_eV, double weight) {
+std::vector<EmittedWave> IsotropicEmission(double kinetic_eV, double weight) {
     CheckSource(kinetic_eV, weight);
-    std::vector<ZfEmittedWave> waves(1);
+    std::vector<EmittedWave> waves(1);
     waves[0].Ek = kinetic_eV;
     waves[0].coeff.SetSize(1);
     waves[0].coeff.At(0, 0) = std::sqrt(4.0 * kPi * weight);
@@ -90,8 +92,10 @@ double KineticEnergyInside(double photon, double binding, double fermi) {
                   DoubleToText(binding) + " eV");
 }
 
-void SaveEmittedWaves(std::vector<ZfEmittedWave> waves, const std::string& path) {
+void SaveEmittedWaves(std::vector<EmittedWave> waves, const std::string& path) {
     ZfBarnXml xml("w");
     ExchangeEmittedWaves(xml, waves);
     WriteWholeFile(path, xml.Document());
 }
+
+}  // namespace qvre

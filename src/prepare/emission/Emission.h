@@ -3,12 +3,14 @@
 #include <string>
 #include <vector>
 
-#include "input/ZfEmittedWave.h"
+#include "input/EmittedWave.h"
 #include "prepare/atomic/ContinuumWave.h"
 #include "prepare/atomic/CoreLevel.h"
 #include "prepare/atomic/CoreOrbital.h"
 #include "prepare/atomic/ScreenedAtom.h"
 #include "prepare/emission/DipoleEmission.h"
+
+namespace qvre {
 
 /// A core level, the field into which its electron goes and the light that lifts it.
 struct EmissionRequest {
@@ -25,7 +27,7 @@ struct EmissionRequest {
 struct Emission {
     CoreOrbital orbital;
     DipoleChannels channels;  ///< rho in bohr^(5/2), the continuum waves being u_l = r R_l of ContinuumWave
-    std::vector<ZfEmittedWave> waves;  ///< for each part of the light one of each m = -l .. l of the level
+    std::vector<EmittedWave> waves;  ///< for each part of the light one of each m = -l .. l of the level
 };
 
 /// Throws ZfError for a level that the ground state of the atom leaves empty.
@@ -40,7 +42,7 @@ void CheckSource(double kinetic_eV, double weight);
 Emission CoreLevelEmission(const EmissionRequest& request);
 
 /// One wave of l = 0, as strong in all directions: a source like an Auger transition between s levels.
-std::vector<ZfEmittedWave> IsotropicEmission(double kinetic_eV, double weight);
+std::vector<EmittedWave> IsotropicEmission(double kinetic_eV, double weight);
 
 /// Kinetic energy inside the crystal, above the muffin-tin zero, in eV and rounded to 0.1 eV, of a level that
 /// lies `binding` below the Fermi level, which lies `fermi` above the muffin-tin zero. Throws ZfError when
@@ -48,4 +50,6 @@ std::vector<ZfEmittedWave> IsotropicEmission(double kinetic_eV, double weight);
 double KineticEnergyInside(double photon, double binding, double fermi);
 
 /// Writes an emitted-wave file (.xml_emt), which appears whole or not at all. Throws ZfError.
-void SaveEmittedWaves(std::vector<ZfEmittedWave> waves, const std::string& path);
+void SaveEmittedWaves(std::vector<EmittedWave> waves, const std::string& path);
+
+}  // namespace qvre

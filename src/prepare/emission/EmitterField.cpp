@@ -7,19 +7,21 @@
 #include "foundation/Constants.h"
 #include "foundation/ZfError.h"
 
+namespace qvre {
+
 namespace {
 
 constexpr double kFreeAtomRadius = 40.0;  // bohr; at 80 bohr beta is the same to 2e-4
 constexpr double kAtOrigin = 1e-12;       // m
 
-double SquaredDistance(const ZfAtom& atom) {
+double SquaredDistance(const ClusterAtom& atom) {
     return NormSquared(atom.position);
 }
 
-const ZfAtom& EmitterOfStructure(const ZfStructure& structure) {
+const ClusterAtom& EmitterOfStructure(const Structure& structure) {
     const auto nearest = std::min_element(
         structure.atoms.begin(), structure.atoms.end(),
-        [](const ZfAtom& a, const ZfAtom& b) { return SquaredDistance(a) < SquaredDistance(b); });
+        [](const ClusterAtom& a, const ClusterAtom& b) { return SquaredDistance(a) < SquaredDistance(b); });
     if (nearest == structure.atoms.end() || SquaredDistance(*nearest) > kAtOrigin * kAtOrigin)
         throw ZfError("The cluster has no atom at its origin: move the emitter there");
     return *nearest;
@@ -34,11 +36,11 @@ const AtomSurroundings& SpeciesOf(const PhaseShiftRequest& crystal, const std::s
 
 }  // namespace
 
-ZfAtom EmitterOf(const ZfCluster& cluster) {
+ClusterAtom EmitterOf(const Cluster& cluster) {
     if (cluster.structures.empty()) throw ZfError("The cluster has no structure");
-    const ZfAtom& first = EmitterOfStructure(cluster.structures[0]);
-    for (const ZfStructure& structure : cluster.structures) {
-        const ZfAtom& other = EmitterOfStructure(structure);
+    const ClusterAtom& first = EmitterOfStructure(cluster.structures[0]);
+    for (const Structure& structure : cluster.structures) {
+        const ClusterAtom& other = EmitterOfStructure(structure);
         if (other.name != first.name || other.atom != first.atom)
             throw ZfError("The structures of the cluster have different emitters, " + first.name + " and " +
                           other.name + ": make a cluster and an emitted wave of each");
@@ -62,3 +64,5 @@ void SetFreeAtomField(EmissionRequest& request) {
     request.potential = [atom = request.atom](double r) { return SlaterField(atom, r); };
     request.radius = kFreeAtomRadius;
 }
+
+}  // namespace qvre

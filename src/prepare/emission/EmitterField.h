@@ -2,13 +2,15 @@
 
 #include <string>
 
-#include "input/ZfCluster.h"
+#include "input/Cluster.h"
 #include "prepare/emission/Emission.h"
 #include "prepare/phases/PhaseShifts.h"
 
+namespace qvre {
+
 /// The emitter of a cluster, the atom at the origin. Throws ZfError when a structure has none within 0.01
 /// angstrom, or when two structures have emitters of different name or element.
-ZfAtom EmitterOf(const ZfCluster& cluster);
+ClusterAtom EmitterOf(const Cluster& cluster);
 
 /// The muffin-tin field of the species called `name` at the kinetic energy of the request, by the same
 /// physics as its phase shifts. Returns the muffin-tin zero in eV. Throws ZfError for an unknown name, and
@@ -19,3 +21,5 @@ double SetCrystalField(EmissionRequest& request, const PhaseShiftRequest& crysta
 /// The field of a photoelectron that leaves a free atom: that of its orbitals, Latter's -1/r cut at 40 bohr.
 /// The cut shifts all phases by one angle, so their differences are those of the Coulomb waves.
 void SetFreeAtomField(EmissionRequest& request);
+
+}  // namespace qvre

@@ -10,6 +10,8 @@
 #include "foundation/ZfError.h"
 #include "prepare/atomic/CoreOrbital.h"
 
+namespace qvre {
+
 namespace {
 
 constexpr double kLargestFermi_eV = 1000.0;
@@ -53,3 +55,5 @@ double MeasuredBinding(const BindingEnergies& table, const ScreenedAtom& atom, c
         "orbital lies at " +
         DoubleToText(std::round(OrbitalBinding(atom, level))) + " eV)");
 }
+
+}  // namespace qvre

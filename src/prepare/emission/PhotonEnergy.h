@@ -6,6 +6,8 @@
 #include "prepare/atomic/BindingEnergies.h"
 #include "prepare/emission/Emission.h"
 
+namespace qvre {
+
 /// Photon energy in eV: a number, or "Al", "Mg" and "Ag" for the K-alpha (silver: L-alpha) lines of X-ray
 /// tubes. Throws ZfError for anything else.
 double ParsePhotonEnergy(const std::string& text);
@@ -27,3 +29,5 @@ double OrbitalBinding(const ScreenedAtom& atom, const CoreLevel& level);
 /// Measured binding energy in eV below the Fermi level. Throws ZfError, with the calculated energy for
 /// orientation, when the table has a gap there.
 double MeasuredBinding(const BindingEnergies& table, const ScreenedAtom& atom, const CoreLevel& level);
+
+}  // namespace qvre

@@ -7,6 +7,8 @@
 #include "foundation/Text.h"
 #include "foundation/ZfError.h"
 
+namespace qvre {
+
 namespace {
 
 constexpr double kMostSteps = 1000.0;
@@ -43,17 +45,19 @@ std::vector<double> ParseEnergies(const std::vector<std::string>& texts) {
     return energies;
 }
 
-std::vector<double> EnergiesOfWaves(const std::vector<ZfEmittedWave>& waves) {
+std::vector<double> EnergiesOfWaves(const std::vector<EmittedWave>& waves) {
     std::vector<double> energies;
-    for (const ZfEmittedWave& wave : waves)
+    for (const EmittedWave& wave : waves)
         if (std::find(energies.begin(), energies.end(), wave.Ek) == energies.end())
             energies.push_back(wave.Ek);
     return energies;
 }
 
 std::vector<double> EnergiesOfWaves(const std::string& path) {
-    std::vector<ZfEmittedWave> waves;
+    std::vector<EmittedWave> waves;
     ZfLoadEmittedWave(waves, path);
     if (waves.empty()) throw ZfError(path + " holds no emitted waves");
     return EnergiesOfWaves(waves);
 }
+
+}  // namespace qvre

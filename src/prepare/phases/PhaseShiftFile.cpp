@@ -13,6 +13,8 @@
 #include "scattering/SamplingSphere.h"
 #include "xml/ZfBarnXml.h"
 
+namespace qvre {
+
 namespace {
 
 constexpr double kGridBegin_m = 1e-15;
@@ -54,8 +56,8 @@ std::int32_t LimitedSize(const PhaseShiftList& list, const PhaseShiftLimits& lim
     return size;
 }
 
-ZfPhaseShiftRecord MakePhaseShiftRecord(const PhaseShiftList& list, std::int32_t size) {
-    ZfPhaseShiftRecord record;
+PhaseShiftRecord MakePhaseShiftRecord(const PhaseShiftList& list, std::int32_t size) {
+    PhaseShiftRecord record;
     record.Ek_eV = list.energy_eV;
     record.AtomName = list.name;
     record.AtomElement = list.element;
@@ -107,3 +109,5 @@ void SavePhaseShifts(ZfPhaseShiftDocument& document, const std::string& path) {
     document.Exchange(xml);
     WriteWholeFile(path, xml.Document());
 }
+
+}  // namespace qvre

@@ -7,6 +7,8 @@
 
 #include "input/ZfPhaseShiftDocument.h"
 
+namespace qvre {
+
 constexpr std::size_t kMostPhaseShiftRecords = 128;
 
 /// Where the list of phase shifts of an atom ends.
@@ -37,7 +39,7 @@ std::int32_t LimitedSize(const PhaseShiftList& list, const PhaseShiftLimits& lim
 
 /// A record with the first `size` phase shifts. LnX is a logarithmic grid of 61 points from 1e-15 m to the
 /// outer radius in metres, by which a calculation knows the size of the atom.
-ZfPhaseShiftRecord MakePhaseShiftRecord(const PhaseShiftList& list, std::int32_t size);
+PhaseShiftRecord MakePhaseShiftRecord(const PhaseShiftList& list, std::int32_t size);
 
 /// Throws ZfError for limits that no list has.
 void CheckLimits(const PhaseShiftLimits& limits);
@@ -49,3 +51,5 @@ void CheckEnergies(const std::vector<double>& energies_eV, std::size_t species);
 
 /// Writes the document as .xml_ph, whole or not at all. Throws ZfError.
 void SavePhaseShifts(ZfPhaseShiftDocument& document, const std::string& path);
+
+}  // namespace qvre

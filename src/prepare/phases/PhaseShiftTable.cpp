@@ -19,6 +19,8 @@
 #include "foundation/ZfError.h"
 #include "solver/CubicSpline.h"
 
+namespace qvre {
+
 namespace {
 
 using Rows = std::vector<std::vector<double>>;
@@ -207,3 +209,5 @@ std::vector<double> PhasesAt(const PhaseShiftTable& table, double energy_eV, boo
     }
     return degrees;
 }
+
+}  // namespace qvre

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+namespace qvre {
+
 /// Phase shifts of one atom, by energy, from a published table.
 struct PhaseShiftTable {
     std::vector<double> energies_eV;           ///< rising, two at least
@@ -37,3 +39,5 @@ PhaseShiftTable ReadPhaseShiftTable(const std::string& path, const PhaseTableCho
 /// Degrees over l at an energy between the first and the last of the table, by cubic splines (or straight
 /// lines) through phases whose jumps by 180 degrees have been taken out. Throws ZfError outside.
 std::vector<double> PhasesAt(const PhaseShiftTable& table, double energy_eV, bool linear);
+
+}  // namespace qvre

@@ -9,6 +9,8 @@
 #include "foundation/Constants.h"
 #include "foundation/ZfError.h"
 
+namespace qvre {
+
 namespace {
 
 constexpr double kCompleteEnough = 0.6;
@@ -114,13 +116,13 @@ private:
         ContinuumWave wave = SolveContinuum(equation);
         for (const double delta : wave.delta) row.list.degrees.push_back(Degrees(delta));
         row.size = LimitedSize(row.list, request_.limits, result_.warnings);
-        ZfPhaseShiftRecord record = MakePhaseShiftRecord(row.list, row.size);
+        PhaseShiftRecord record = MakePhaseShiftRecord(row.list, row.size);
         if (request_.radialPoints > 0) KeepTables(record.radial, equation.tablePoints, wave, row.size);
         result_.document.records.push_back(record);
         result_.rows.push_back(row);
     }
 
-    static void KeepTables(ZfRadialTables& radial, const std::vector<double>& points, ContinuumWave& wave,
+    static void KeepTables(RadialTables& radial, const std::vector<double>& points, ContinuumWave& wave,
                            std::int32_t size) {
         radial.LnX = points;
         wave.P.resize(static_cast<std::size_t>(size));
@@ -225,3 +227,5 @@ std::string PhaseShiftListing(const std::vector<PhaseShiftRow>& rows) {
     }
     return text;
 }
+
+}  // namespace qvre

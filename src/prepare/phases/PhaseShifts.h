@@ -11,6 +11,8 @@
 #include "prepare/phases/PhaseShiftTable.h"
 #include "prepare/phases/Surroundings.h"
 
+namespace qvre {
+
 /// Which phase shifts are wanted, and by which physics.
 struct PhaseShiftRequest {
     std::vector<AtomSurroundings> species;
@@ -64,3 +66,5 @@ PhaseShiftResult PhaseShiftsOfTable(const PhaseShiftTable& table, const PhaseShi
 
 /// A line for each species and energy: name, Ek, muffin-tin radius and zero, phase shifts in degrees.
 std::string PhaseShiftListing(const std::vector<PhaseShiftRow>& rows);
+
+}  // namespace qvre

@@ -10,6 +10,8 @@
 #include "foundation/ZfError.h"
 #include "prepare/phases/VoronoiCell.h"
 
+namespace qvre {
+
 namespace {
 
 constexpr double kSameShell = 0.02;    // angstrom
@@ -140,9 +142,9 @@ AtomSurroundings InAtomicUnits(const Site& site, const PlacedAtom& atom, double 
     return result;
 }
 
-std::vector<PlacedAtom> AtomsOf(const ZfStructure& structure) {
+std::vector<PlacedAtom> AtomsOf(const Structure& structure) {
     std::vector<PlacedAtom> atoms;
-    for (const ZfAtom& atom : structure.atoms) {
+    for (const ClusterAtom& atom : structure.atoms) {
         ZfLDoubleMatrix p = atom.PositionAngstrom();
         atoms.push_back({atom.name, atom.atom, {p.VectorAt(0), p.VectorAt(1), p.VectorAt(2)}});
     }
@@ -233,9 +235,9 @@ std::vector<AtomSurroundings> SurroundingsInCrystal(const CrystalCell& cell) {
     return list;
 }
 
-std::vector<AtomSurroundings> SurroundingsInCluster(const ZfCluster& cluster) {
+std::vector<AtomSurroundings> SurroundingsInCluster(const Cluster& cluster) {
     std::vector<AtomSurroundings> list;
-    for (const ZfStructure& structure : cluster.structures) {
+    for (const Structure& structure : cluster.structures) {
         const std::vector<PlacedAtom> atoms = AtomsOf(structure);
         for (const PlacedAtom& atom : atoms)
             if (!Known(list, atom.name)) list.push_back(InStructure(atoms, atom));
@@ -243,3 +245,5 @@ std::vector<AtomSurroundings> SurroundingsInCluster(const ZfCluster& cluster) {
     if (list.empty()) throw ZfError("The cluster holds no atoms");
     return list;
 }
+
+}  // namespace qvre

@@ -3,9 +3,11 @@
 #include <string>
 #include <vector>
 
-#include "input/ZfCluster.h"
+#include "input/Cluster.h"
 #include "prepare/atomic/SuperposedField.h"
 #include "prepare/cluster/CrystalCell.h"
+
+namespace qvre {
 
 /// What surrounds the atoms of one species.
 struct AtomSurroundings {
@@ -33,9 +35,11 @@ std::vector<AtomSurroundings> SurroundingsInCrystal(const CrystalCell& cell);
 /// it. The cut leaves gaps around any single atom; every other atom of the species with the same nearest
 /// neighbours in the same directions, which in a crystal stands a lattice vector away, helps to fill them.
 /// Throws ZfError for an atom that stands alone.
-std::vector<AtomSurroundings> SurroundingsInCluster(const ZfCluster& cluster);
+std::vector<AtomSurroundings> SurroundingsInCluster(const Cluster& cluster);
 
 /// The plain list of a file. "species NAME ELEMENT VOLUME [COUNT]" begins a species, with the volume of its
 /// cell in cubic angstrom and the atoms of the species in the formula; each following line "ELEMENT DISTANCE
 /// COUNT" is a shell, in angstrom; "#" begins a comment. Throws ZfError that quotes the line.
 std::vector<AtomSurroundings> ReadSurroundings(const std::string& path);
+
+}  // namespace qvre

@@ -9,6 +9,8 @@
 #include "foundation/ZfError.h"
 #include "prepare/phases/Surroundings.h"
 
+namespace qvre {
+
 namespace {
 
 AtomSurroundings SpeciesOfLine(const std::vector<std::string>& words) {
@@ -56,3 +58,5 @@ std::vector<AtomSurroundings> ReadSurroundings(const std::string& path) {
     if (list.empty()) throw ZfError(path + " holds no species");
     return list;
 }
+
+}  // namespace qvre

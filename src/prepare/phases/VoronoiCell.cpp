@@ -6,6 +6,8 @@
 
 #include "foundation/Vec3.h"
 
+namespace qvre {
+
 namespace {
 
 using Polygon = std::vector<Vec3>;
@@ -71,3 +73,5 @@ double VoronoiVolume(std::vector<Vec3> neighbours) {
     // half its distance.
     return 4.0 * reach <= Dot(neighbours.back(), neighbours.back()) * (1.0 + 1e-9) ? volume : 0.0;
 }
+
+}  // namespace qvre

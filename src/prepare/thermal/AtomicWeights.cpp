@@ -4,6 +4,8 @@
 
 #include "foundation/FileReading.h"
 
+namespace qvre {
+
 namespace {
 
 /// While it lives, the debug log of Qt is silent: the weights go there as they are read.
@@ -27,3 +29,5 @@ ZfDebye LoadAtomicWeights(const std::string& path) {
     weights.LoadAtomicWeight(ReadTextFile(path));
     return weights;
 }
+
+}  // namespace qvre

@@ -4,6 +4,8 @@
 #include "foundation/FileReading.h"
 #include "foundation/StrictNumber.h"
 
+namespace qvre {
+
 DebyeTable::DebyeTable(const std::string& path) {
     Naming(path, [&] {
         const CommaTable table(ReadTextFile(path));
@@ -19,3 +21,5 @@ std::optional<double> DebyeTable::Find(const std::string& element) const {
     if (found == temperatures_.end()) return std::nullopt;
     return found->second;
 }
+
+}  // namespace qvre

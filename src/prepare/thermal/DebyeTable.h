@@ -4,6 +4,8 @@
 #include <optional>
 #include <string>
 
+namespace qvre {
+
 /// Debye temperatures of the elements as solids of their own, from the specific heat at low temperature.
 class DebyeTable {
 public:
@@ -15,3 +17,5 @@ public:
 private:
     std::map<std::string, double> temperatures_;
 };
+
+}  // namespace qvre

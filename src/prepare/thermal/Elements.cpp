@@ -5,10 +5,12 @@
 #include "foundation/ZfError.h"
 #include "input/ZfAtomName.h"
 
-std::vector<std::string> ElementsOf(const ZfCluster& cluster) {
+namespace qvre {
+
+std::vector<std::string> ElementsOf(const Cluster& cluster) {
     std::vector<std::string> elements;
-    for (const ZfStructure& structure : cluster.structures)
-        for (const ZfAtom& atom : structure.atoms)
+    for (const Structure& structure : cluster.structures)
+        for (const ClusterAtom& atom : structure.atoms)
             if (std::find(elements.begin(), elements.end(), atom.atom) == elements.end())
                 elements.push_back(atom.atom);
     return elements;
@@ -25,3 +27,5 @@ std::int32_t AtomicNumberOf(const std::string& element) {
         throw ZfError("There is no element \"" + element + "\": write symbols as in Cu, case counts");
     return name.GetAtomicNumber();
 }
+
+}  // namespace qvre

@@ -6,6 +6,8 @@
 #include "prepare/thermal/Elements.h"
 #include "scattering/ThermalModels.h"
 
+namespace qvre {
+
 namespace {
 
 /// t/(e^t - 1), integrated from 0 to x by Simpson's rule. Beyond t = 40 nothing is left to add.
@@ -23,7 +25,7 @@ double DebyeIntegral(double x) {
 
 }  // namespace
 
-double ModelUiso(const ZfFluctuation& fluctuation, const ZfDebye& weights, const std::string& element) {
+double ModelUiso(const Fluctuation& fluctuation, const ZfDebye& weights, const std::string& element) {
     ZfVectorFreeElectron list;
     list.electrons.resize(1);
     list.electrons[0].atomicNumber = AtomicNumberOf(element);
@@ -38,3 +40,5 @@ double DebyeIntegralUiso(double temperature_K, std::int32_t atomicNumber, double
     const double t = temperature_K / theta;
     return unit * (0.25 + (t > 0.0 ? DebyeIntegral(1.0 / t) * t * t : 0.0));
 }
+
+}  // namespace qvre

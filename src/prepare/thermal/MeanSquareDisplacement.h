@@ -3,14 +3,16 @@
 #include <cstdint>
 #include <string>
 
+#include "input/Fluctuation.h"
 #include "input/ZfDebye.h"
-#include "input/ZfFluctuation.h"
 
 // Mean square displacements U along one axis, m^2.
 
+namespace qvre {
+
 /// What a run gives an atom of the element, 0 where it keeps that of the cluster. Throws ZfError where the
 /// run fails.
-double ModelUiso(const ZfFluctuation& fluctuation, const ZfDebye& weights, const std::string& element);
+double ModelUiso(const Fluctuation& fluctuation, const ZfDebye& weights, const std::string& element);
 
 /// By the whole Debye model, zero-point motion included:
 ///     U = 3 hbar^2 / (M kB theta) (phi(x)/x + 1/4),  x = theta/T,  phi(x) = 1/x int_0^x t/(e^t - 1) dt
@@ -18,3 +20,5 @@ double ModelUiso(const ZfFluctuation& fluctuation, const ZfDebye& weights, const
 /// x), which is too small by the factor 1 + x^2/36 - ...
 double DebyeIntegralUiso(double temperature_K, std::int32_t atomicNumber, double debyeTemperature_K,
                          const ZfDebye& weights);
+
+}  // namespace qvre

@@ -8,6 +8,8 @@
 #include "prepare/thermal/Elements.h"
 #include "xml/ZfBarnXml.h"
 
+namespace qvre {
+
 namespace {
 
 double DebyeTemperatureOf(const std::string& element, const VibrationRequest& request,
@@ -31,7 +33,7 @@ void CheckDebyeTemperatures(const VibrationRequest& request) {
     }
 }
 
-void AddDebyeTemperatures(ZfFluctuation& fluctuation, const VibrationRequest& request,
+void AddDebyeTemperatures(Fluctuation& fluctuation, const VibrationRequest& request,
                           const DebyeTable& table) {
     if (request.elements.empty())
         throw ZfError("The Debye model needs the elements: give a cluster or name them");
@@ -50,9 +52,9 @@ void CheckVibrations(const VibrationRequest& request) {
     if (request.model == VibrationModel::Debye) CheckDebyeTemperatures(request);
 }
 
-ZfFluctuation MakeFluctuation(const VibrationRequest& request, const DebyeTable& table) {
+Fluctuation MakeFluctuation(const VibrationRequest& request, const DebyeTable& table) {
     CheckVibrations(request);
-    ZfFluctuation fluctuation;
+    Fluctuation fluctuation;
     fluctuation.Temperature_K_ = request.temperature_K;
     fluctuation.IsUseUisoInCluster_ = request.model == VibrationModel::Cluster;
     fluctuation.IsUseUisoEinsteinModel_ = request.model == VibrationModel::Einstein;
@@ -61,8 +63,10 @@ ZfFluctuation MakeFluctuation(const VibrationRequest& request, const DebyeTable&
     return fluctuation;
 }
 
-void SaveFluctuation(ZfFluctuation fluctuation, const std::string& path) {
+void SaveFluctuation(Fluctuation fluctuation, const std::string& path) {
     ZfBarnXml xml("w");
     ExchangeFluctuation(xml, fluctuation, "DocFluctuation");
     WriteWholeFile(path, xml.Document());
 }
+
+}  // namespace qvre

@@ -5,10 +5,12 @@
 #include <vector>
 
 #include "foundation/Words.h"
-#include "input/ZfFluctuation.h"
+#include "input/Fluctuation.h"
 #include "prepare/thermal/DebyeTable.h"
 
 // The fluctuation document of a request.
+
+namespace qvre {
 
 enum class VibrationModel { Debye, Einstein, Cluster };
 
@@ -31,7 +33,9 @@ void CheckVibrations(const VibrationRequest& request);
 
 /// The document of the request. Only the Debye model lists its elements. Throws ZfError as
 /// CheckVibrations, and under the Debye model for no elements, and for one without Debye temperature.
-ZfFluctuation MakeFluctuation(const VibrationRequest& request, const DebyeTable& table);
+Fluctuation MakeFluctuation(const VibrationRequest& request, const DebyeTable& table);
 
 /// The file appears whole or not at all. Throws ZfError.
-void SaveFluctuation(ZfFluctuation fluctuation, const std::string& path);
+void SaveFluctuation(Fluctuation fluctuation, const std::string& path);
+
+}  // namespace qvre

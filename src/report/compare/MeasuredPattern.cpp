@@ -15,6 +15,8 @@
 #include "foundation/FileReading.h"
 #include "foundation/ZfError.h"
 
+namespace qvre {
+
 namespace {
 
 enum Column : std::size_t { kTheta, kPhi, kIntensity, kChi, kColumns };
@@ -109,3 +111,5 @@ MeasuredPattern ParseMeasuredPattern(const std::string& text) {
 MeasuredPattern LoadMeasuredPattern(const std::string& path) {
     return Naming(path, [&] { return ParseMeasuredPattern(ReadTextFile(path)); });
 }
+
+}  // namespace qvre

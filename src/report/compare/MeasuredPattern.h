@@ -3,6 +3,8 @@
 #include <string>
 #include <vector>
 
+namespace qvre {
+
 /// Measured points of a pattern; entry i of every list belongs to point i. A list that the file does not have
 /// is empty.
 struct MeasuredPattern {
@@ -21,3 +23,5 @@ MeasuredPattern ParseMeasuredPattern(const std::string& text);
 
 /// The same from a file; errors bring its name.
 MeasuredPattern LoadMeasuredPattern(const std::string& path);
+
+}  // namespace qvre

@@ -13,6 +13,8 @@
 #include "foundation/Constants.h"
 #include "foundation/ZfError.h"
 
+namespace qvre {
+
 namespace {
 
 constexpr double kFinestGrid_deg = 0.5;
@@ -236,3 +238,5 @@ CompareResult ComparePatterns(const CompareRequest& request) {
     result.weight = std::move(directions.weight);
     return result;
 }
+
+}  // namespace qvre

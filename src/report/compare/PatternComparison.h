@@ -9,6 +9,8 @@
 #include "report/compare/ReliabilityFactor.h"
 #include "report/sphere/SphereImage.h"
 
+namespace qvre {
+
 /// An image file (.xml_img) and, unless a background is taken away, that of its I0.
 struct ImageFiles {
     std::string image;
@@ -54,3 +56,5 @@ void CheckMeasuredPoints(const CompareRequest& request);
 /// same for any number of threads. Throws ZfError for files that cannot be read, missing I0, an empty range,
 /// constant modulations.
 CompareResult ComparePatterns(const CompareRequest& request);
+
+}  // namespace qvre

@@ -9,6 +9,8 @@
 
 #include "foundation/ZfError.h"
 
+namespace qvre {
+
 namespace {
 
 constexpr double kRingWidth_deg = 0.25;
@@ -121,3 +123,5 @@ double PolarBackground::Modulation(double theta, double intensity) const {
                     "background or another polar range",
                     theta));
 }
+
+}  // namespace qvre

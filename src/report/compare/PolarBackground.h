@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+namespace qvre {
+
 /// How the smooth background B(theta) is found from the means over the azimuth of each polar ring.
 struct BackgroundModel {
     /// Degree in theta of the polynomial that is fitted to the means; none: the means themselves, joined by
@@ -49,3 +51,5 @@ private:
     std::vector<Ring> rings_;
     std::vector<Term> terms_;  // of the polynomial; empty: lines
 };
+
+}  // namespace qvre

@@ -6,6 +6,8 @@
 
 #include "foundation/ZfError.h"
 
+namespace qvre {
+
 namespace {
 
 void RefuseConstant(const std::vector<double>& values, const std::string& which) {
@@ -64,3 +66,5 @@ Agreement CompareModulations(const std::vector<double>& a, const std::vector<dou
                          std::sqrt(Sum(weight, a, a, meanA, meanA) * Sum(weight, b, b, meanB, meanB));
     return result;
 }
+
+}  // namespace qvre

@@ -2,6 +2,8 @@
 
 #include <vector>
 
+namespace qvre {
+
 /// How well two modulation functions agree, chi_b after it was multiplied by `scale` for `scaledR`.
 struct Agreement {
     double R = 0.0;  ///< sum w (chi_a - chi_b)^2 / sum w (chi_a^2 + chi_b^2): 0 equal, 1 unrelated, 2 opposed
@@ -20,3 +22,5 @@ struct Agreement {
 /// Throws ZfError when there are fewer than 2 points, or one of the functions is constant.
 Agreement CompareModulations(const std::vector<double>& a, const std::vector<double>& b,
                              const std::vector<double>& weight);
+
+}  // namespace qvre

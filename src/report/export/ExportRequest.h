@@ -3,6 +3,8 @@
 #include <string>
 #include <vector>
 
+namespace qvre {
+
 /// What an image is written as, beside which settings of its run.
 struct ExportRequest {
     std::string image;                  ///< .xml_img
@@ -11,3 +13,5 @@ struct ExportRequest {
     bool hemisphere = false;            ///< of a cylindrical map the rows up to 90 degrees alone
     std::string output;                 ///< .csv, .npy, .h5, .hdf5 or .nxs
 };
+
+}  // namespace qvre

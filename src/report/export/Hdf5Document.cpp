@@ -9,6 +9,8 @@
 #include "foundation/ReplacedFile.h"
 #include "foundation/ZfError.h"
 
+namespace qvre {
+
 static_assert(std::is_same_v<hid_t, Hdf5Handle::Id> && std::is_same_v<herr_t, int>);
 
 namespace {
@@ -169,3 +171,5 @@ void Hdf5Document::Save(const std::string& path) const {
         throw ZfError("The HDF5 library failed to build the file: memory may be short");
     WriteWholeFile(path, image);
 }
+
+}  // namespace qvre

@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+namespace qvre {
+
 /// An identifier of the HDF5 library, closed with its owner.
 class Hdf5Handle {
 public:
@@ -90,3 +92,5 @@ private:
     Hdf5Handle file_;
     Hdf5Node root_;
 };
+
+}  // namespace qvre

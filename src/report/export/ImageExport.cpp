@@ -7,6 +7,8 @@
 #include "report/export/ImageTable.h"
 #include "report/export/ImageWriters.h"
 
+namespace qvre {
+
 namespace {
 
 using Writer = void (*)(const ImageTable&, const std::string&);
@@ -29,3 +31,5 @@ ExportSummary ExportImage(const ExportRequest& request) {
     write(table, request.output);
     return summary;
 }
+
+}  // namespace qvre

@@ -4,6 +4,8 @@
 
 #include "report/export/ExportRequest.h"
 
+namespace qvre {
+
 struct ExportSummary {
     std::size_t columns = 0;
     std::size_t rows = 0;
@@ -14,3 +16,5 @@ struct ExportSummary {
 /// The layouts are in docs/export-and-compare.md. Throws ZfError for an unknown extension, files that cannot
 /// be read or written, images that do not fit together.
 ExportSummary ExportImage(const ExportRequest& request);
+
+}  // namespace qvre

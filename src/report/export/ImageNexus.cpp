@@ -7,6 +7,8 @@
 // An image as a NeXus file: M. Könnecke et al., J. Appl. Cryst. 48, 301 (2015); the rules of the axes are
 // those of the class NXdata in the NeXus manual.
 
+namespace qvre {
+
 namespace {
 
 /// A cylindrical map is a grid of theta and phi, each an axis of its own.
@@ -66,3 +68,5 @@ void WriteImageHdf5(const ImageTable& table, const std::string& path) {
     WriteNexusSettings(entry, table.settings);
     document.Save(path);
 }
+
+}  // namespace qvre

@@ -6,6 +6,8 @@
 
 #include "foundation/Constants.h"
 
+namespace qvre {
+
 namespace {
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
@@ -75,3 +77,5 @@ ImageTable MakeImageTable(const ExportRequest& request) {
     table.settings = Settings(request, table);
     return table;
 }
+
+}  // namespace qvre

@@ -8,6 +8,8 @@
 #include "report/export/ExportRequest.h"
 #include "report/sphere/SphereImage.h"
 
+namespace qvre {
+
 /// A quantity that an export writes: one value a pixel, row by row with the column fastest, NaN outside the
 /// map.
 struct ImagePlane {
@@ -32,3 +34,5 @@ struct ImageTable {
 
 /// Throws ZfError for files that cannot be read and images that do not fit together.
 ImageTable MakeImageTable(const ExportRequest& request);
+
+}  // namespace qvre

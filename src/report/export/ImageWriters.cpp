@@ -9,6 +9,8 @@
 #include "foundation/ReplacedFile.h"
 #include "report/export/NumpyFile.h"
 
+namespace qvre {
+
 namespace {
 
 /// Comment line of a setting, in which no control character of a file may begin a new line.
@@ -51,3 +53,5 @@ void WriteImageNumpy(const ImageTable& table, const std::string& path) {
         values.insert(values.end(), plane.values.begin(), plane.values.end());
     WriteNumpyFile(path, {2 + table.planes.size(), table.rows, table.columns}, values);
 }
+
+}  // namespace qvre

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <set>
 
+namespace qvre {
+
 namespace {
 
 std::string FieldName(const std::string& name, std::set<std::string>& used) {
@@ -33,3 +35,5 @@ void WriteNexusSettings(const Hdf5Node& entry, const RunSettings& settings) {
         if (!setting.unit.empty()) field.Attribute("units", setting.unit);
     }
 }
+
+}  // namespace qvre

@@ -10,6 +10,8 @@
 #include "foundation/ReplacedFile.h"
 #include "foundation/ZfError.h"
 
+namespace qvre {
+
 static_assert(std::endian::native == std::endian::little, "values are written as they lie in memory");
 
 namespace {
@@ -46,3 +48,5 @@ void WriteNumpyFile(const std::string& path, const std::vector<std::size_t>& sha
     text.append(reinterpret_cast<const char*>(values.data()), values.size() * sizeof(double));
     WriteWholeFile(path, text);
 }
+
+}  // namespace qvre

@@ -10,6 +10,8 @@
 #include "report/export/Hdf5Document.h"
 #include "report/export/NexusSettings.h"
 
+namespace qvre {
+
 namespace {
 
 /// l and m of each column of the coefficients.
@@ -109,3 +111,5 @@ WaveSummary ExportScatteredWave(const std::string& wavePath, const std::vector<s
     document.Save(output);
     return summary;
 }
+
+}  // namespace qvre

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+namespace qvre {
+
 struct WaveSummary {
     std::size_t records = 0;
     std::size_t sources = 0;  ///< of all records
@@ -14,3 +16,5 @@ struct WaveSummary {
 /// ExportRequest. The layout is in docs/export-and-compare.md. Throws ZfError.
 WaveSummary ExportScatteredWave(const std::string& wavePath, const std::vector<std::string>& runFiles,
                                 const std::string& output);
+
+}  // namespace qvre

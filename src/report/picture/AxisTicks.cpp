@@ -7,6 +7,8 @@
 #include <cmath>
 #include <cstdint>
 
+namespace qvre {
+
 namespace {
 
 /// Ticks at the very ends count in spite of rounding.
@@ -69,3 +71,5 @@ Span Widened(const Span& span) {
     const double margin = size > 0.0 ? 0.1 * size : 1.0;
     return {span.low - margin, span.high + margin};
 }
+
+}  // namespace qvre

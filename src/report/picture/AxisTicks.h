@@ -3,6 +3,8 @@
 #include <string>
 #include <vector>
 
+namespace qvre {
+
 /// A span of numbers, low < high.
 struct Span {
     double low = 0.0;
@@ -23,3 +25,5 @@ AxisTicks StepTicks(const Span& span, double step);
 
 /// The span, or one around it when it is empty, so that a scale can be drawn.
 Span Widened(const Span& span);
+
+}  // namespace qvre

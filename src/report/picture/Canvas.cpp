@@ -16,6 +16,8 @@
 #include "foundation/ReplacedFile.h"
 #include "foundation/ZfError.h"
 
+namespace qvre {
+
 namespace {
 
 constexpr double kVectorPixelsPerPoint = 4.0;  // 288 a printed inch
@@ -260,3 +262,5 @@ void Canvas::Finish() {
     Check(cairo_surface_status(surface_.get()), path_);
     WriteWholeFile(path_, bytes_);
 }
+
+}  // namespace qvre

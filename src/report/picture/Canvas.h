@@ -7,11 +7,13 @@
 
 #include "report/picture/ColourMap.h"
 
-/// Width in points of a picture for one column of a journal, 85 mm.
-constexpr double kColumnWidth = 85.0 / 25.4 * 72.0;
-
 struct _cairo;          // NOLINT: cairo's own names
 struct _cairo_surface;  // NOLINT
+
+namespace qvre {
+
+/// Width in points of a picture for one column of a journal, 85 mm.
+constexpr double kColumnWidth = 85.0 / 25.4 * 72.0;
 
 /// How a text sits on its point: -1 left (above), 0 centred, 1 right (below) of what the point is at.
 struct TextStyle {
@@ -78,3 +80,5 @@ private:
     std::unique_ptr<_cairo_surface, Release> surface_;
     std::unique_ptr<_cairo, Release> context_;
 };
+
+}  // namespace qvre

@@ -7,6 +7,8 @@
 
 #include "foundation/Constants.h"
 
+namespace qvre {
+
 namespace {
 
 constexpr std::array<int, 20> kViridis = {
@@ -83,3 +85,5 @@ double Lightness(const Colour& colour) {
         0.2126729 * Linear(colour.red) + 0.7151522 * Linear(colour.green) + 0.0721750 * Linear(colour.blue);
     return y > 216.0 / 24389 ? 116 * std::cbrt(y) - 16 : y * 24389.0 / 27;
 }
+
+}  // namespace qvre

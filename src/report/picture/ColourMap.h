@@ -2,6 +2,8 @@
 
 #include "foundation/Words.h"
 
+namespace qvre {
+
 /// Red, green and blue of the sRGB colour space (IEC 61966-2-1), each from 0 to 1.
 struct Colour {
     double red = 0.0;
@@ -29,3 +31,5 @@ Colour ColourAt(ColourMap map, double fraction);
 
 /// CIE lightness L* of a colour, 0 to 100.
 double Lightness(const Colour& colour);
+
+}  // namespace qvre

@@ -16,6 +16,8 @@
 #include "report/picture/Canvas.h"
 #include "report/picture/DiscPicture.h"
 
+namespace qvre {
+
 namespace {
 
 std::string Extension(const std::string& path) {
@@ -133,3 +135,5 @@ void WriteDifference(const CompareResult& result, const std::string& path) {
     else
         DrawDifference(result, path);
 }
+
+}  // namespace qvre

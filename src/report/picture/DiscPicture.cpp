@@ -11,6 +11,8 @@
 #include "foundation/ZfError.h"
 #include "report/picture/Canvas.h"
 
+namespace qvre {
+
 namespace {
 
 // Points. A panel and the colour bar fill a column of 85 mm.
@@ -194,3 +196,5 @@ void DrawDiscs(const DiscPicture& picture, const std::string& path) {
     DrawColourBar(canvas, picture, layout, range);
     canvas.Finish();
 }
+
+}  // namespace qvre

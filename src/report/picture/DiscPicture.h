@@ -9,6 +9,8 @@
 #include "report/sphere/SphereImage.h"
 #include "report/sphere/ViewProjection.h"
 
+namespace qvre {
+
 /// Pictures of one or more patterns side by side, on one scale of colours.
 struct DiscPicture {
     std::vector<LoadedImage> images;  ///< with their titles
@@ -52,3 +54,5 @@ struct DiscLayout {
 /// Draws to a file whose extension tells the format: .png, .svg or .pdf. Throws ZfError when there is no
 /// image, an option is out of its range, or the file cannot be written; nothing is left behind then.
 void DrawDiscs(const DiscPicture& picture, const std::string& path);
+
+}  // namespace qvre

@@ -11,6 +11,8 @@
 #include "foundation/ZfError.h"
 #include "report/picture/Canvas.h"
 
+namespace qvre {
+
 namespace {
 
 // Points, on a page as wide as a column.
@@ -190,3 +192,5 @@ void DrawLines(const std::vector<Curve>& curves, const LineAxes& axes, const std
     DrawFrame(canvas, axes, frame);
     canvas.Finish();
 }
+
+}  // namespace qvre

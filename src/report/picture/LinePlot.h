@@ -6,6 +6,8 @@
 
 #include "report/picture/AxisTicks.h"
 
+namespace qvre {
+
 /// Points of one line; a value that is not finite leaves a gap.
 struct Curve {
     std::string label;  ///< in the legend; empty: not named there
@@ -27,3 +29,5 @@ struct LineAxes {
 /// Draws curves over common axes to a .png, .svg or .pdf. Throws ZfError when no curve has a finite point, x
 /// and y of one differ in length, or the file cannot be written; nothing is left behind then.
 void DrawLines(const std::vector<Curve>& curves, const LineAxes& axes, const std::string& path);
+
+}  // namespace qvre

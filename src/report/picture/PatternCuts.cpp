@@ -6,6 +6,8 @@
 #include "foundation/Constants.h"
 #include "foundation/ZfError.h"
 
+namespace qvre {
+
 namespace {
 
 /// Steps over a quarter turn, two a pixel.
@@ -37,3 +39,5 @@ Curve AzimuthalCut(const SphereImage& image, double theta) {
     }
     return cut;
 }
+
+}  // namespace qvre

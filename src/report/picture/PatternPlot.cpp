@@ -12,6 +12,8 @@
 #include "report/picture/PatternCuts.h"
 #include "report/sphere/SphereOperations.h"
 
+namespace qvre {
+
 namespace {
 
 /// In the order of the experiment: the surface, the sample's domains, the analyser.
@@ -128,3 +130,5 @@ std::optional<Span> DrawPatternPlot(const PatternPlot& plot) {
     DrawCuts(plot, images);
     return std::nullopt;
 }
+
+}  // namespace qvre

@@ -8,6 +8,8 @@
 #include "report/picture/ColourMap.h"
 #include "report/sphere/ViewProjection.h"
 
+namespace qvre {
+
 /// One picture of stored patterns, from the files to the file. Angles in degrees.
 struct PatternPlot {
     std::vector<std::string> images;      ///< .xml_img, drawn side by side on one scale
@@ -36,3 +38,5 @@ void CheckPatternPlot(const PatternPlot& plot);
 /// Draws it; what a measurement does to a pattern acts on I and I0 in the order surface, domains, analyser.
 /// Returns the least and the largest value, without cuts. Throws ZfError; nothing is left behind then.
 std::optional<Span> DrawPatternPlot(const PatternPlot& plot);
+
+}  // namespace qvre

@@ -12,6 +12,8 @@
 #include "foundation/Constants.h"
 #include "foundation/ZfError.h"
 
+namespace qvre {
+
 namespace {
 
 constexpr std::int32_t kSmallestSide = 17;  // so that four pixels lie inside on every line of the frame
@@ -215,3 +217,5 @@ SphereImage Modulation(const SphereImage& intensity, const SphereImage& referenc
     }
     return {intensity.Map(), intensity.Width(), intensity.Height(), std::move(chi)};
 }
+
+}  // namespace qvre

@@ -7,6 +7,8 @@
 
 #include "pattern/SphereMap.h"
 
+namespace qvre {
+
 /// A stored pixel that belongs to the map. Angles in radians, phi in [0, 2 pi).
 struct SpherePixel {
     std::int32_t column = 0;
@@ -79,3 +81,5 @@ void CheckSameGrid(const SphereImage& a, const SphereImage& b);
 /// chi = (I - I0)/I0 pixel by pixel; 0 where both are 0. Throws ZfError when the grids differ or I0 alone is
 /// 0.
 SphereImage Modulation(const SphereImage& intensity, const SphereImage& reference);
+
+}  // namespace qvre

@@ -9,6 +9,8 @@
 #include "report/sphere/SphereImage.h"
 #include "xml/ZfQBarnFile.h"
 
+namespace qvre {
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -65,3 +67,5 @@ LoadedImage Load(const std::string& path) {
 LoadedImage LoadSphereImage(const std::string& path) {
     return Naming(path, [&] { return Load(path); });
 }
+
+}  // namespace qvre

@@ -8,6 +8,8 @@
 #include "foundation/Constants.h"
 #include "foundation/ZfError.h"
 
+namespace qvre {
+
 namespace {
 
 struct Node {
@@ -124,3 +126,5 @@ SphereImage Refracted(const SphereImage& image, double energy, double innerPoten
         return image.Value(std::asin(s), phi) * ratio * std::cos(theta) / cosInside;
     });
 }
+
+}  // namespace qvre

@@ -8,6 +8,8 @@
 // operations compose. The modulation (I - I0)/I0 is to be formed last: instrument and surface act on
 // intensities.
 
+namespace qvre {
+
 /// Mean over the n-fold rotations about the surface normal and, with a mirror, over their products with the
 /// reflection at the plane that holds the normal and the azimuth `mirror` (radians). Throws ZfError for n
 /// < 1.
@@ -29,3 +31,5 @@ SphereImage AcceptanceAverage(const SphereImage& image, double halfAngle);
 /// It vanishes at the horizon; below, where there is no outside, it goes on with the sign of cos(theta_out),
 /// which keeps the interpolation at the horizon smooth. Throws ZfError unless 0 <= V0 < energy.
 SphereImage Refracted(const SphereImage& image, double energy, double innerPotential);
+
+}  // namespace qvre

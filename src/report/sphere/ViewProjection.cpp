@@ -5,6 +5,8 @@
 
 #include "foundation/Constants.h"
 
+namespace qvre {
+
 namespace {
 
 constexpr double kRightAngle = kPi / 2;
@@ -23,3 +25,5 @@ double PolarAngle(View view, double radius) {
     if (view == View::kOrthographic) return std::asin(inside);
     return inside * kRightAngle;
 }
+
+}  // namespace qvre

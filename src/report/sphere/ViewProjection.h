@@ -2,6 +2,8 @@
 
 #include "foundation/Words.h"
 
+namespace qvre {
+
 /// How the upper hemisphere is drawn on the unit disc: its centre is the surface normal, its rim theta = 90
 /// degrees. The azimuth is kept: phi = 0 to the right, counter-clockwise, as one sees the surface from
 /// outside. J. P. Snyder, Map Projections: A Working Manual, USGS Professional Paper 1395 (1987).
@@ -19,3 +21,5 @@ inline constexpr auto kWords<View> = std::to_array<Word<View>>({{"equidistant", 
 // Angles in radians. Beyond the rim the polar angle is that of the rim.
 double DiscRadius(View view, double theta);
 double PolarAngle(View view, double radius);
+
+}  // namespace qvre

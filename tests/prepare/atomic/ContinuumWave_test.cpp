@@ -8,6 +8,8 @@
 #include "prepare/atomic/MuffinTin.h"
 #include "scattering/ZfSphericalBessel.h"
 
+using namespace qvre;
+
 namespace {
 
 constexpr double kIntegration = 1e-3 * kDegree;  // what the header promises

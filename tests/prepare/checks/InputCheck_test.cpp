@@ -9,6 +9,8 @@
 #include "foundation/Console.h"
 #include "prepare/thermal/AtomicWeights.h"
 
+using namespace qvre;
+
 namespace {
 
 /// The documents of an example, to be spoilt.
@@ -23,8 +25,8 @@ struct Example {
         weights = LoadAtomicWeights(QVRE_DATA "/AtomicWeight.txt");
     }
 
-    std::vector<ZfAtom>& Atoms() { return cluster.structures[0].atoms; }
-    ZfPhaseShiftRecord& Record() { return phaseShifts.records[0]; }
+    std::vector<ClusterAtom>& Atoms() { return cluster.structures[0].atoms; }
+    PhaseShiftRecord& Record() { return phaseShifts.records[0]; }
 
     /// One line a finding: "misfit: ...".
     std::string Findings() const {
@@ -38,12 +40,12 @@ struct Example {
         return text;
     }
 
-    ZfCluster cluster;
-    std::vector<ZfEmittedWave> waves;
+    Cluster cluster;
+    std::vector<EmittedWave> waves;
     ZfPhaseShiftDocument phaseShifts;
-    ZfFluctuation fluctuation;
+    Fluctuation fluctuation;
     ZfDebye weights;
-    ZfScatteringMethod method = kMulti;
+    ScatteringMethod method = kMulti;
 };
 
 struct Case {
@@ -130,7 +132,7 @@ TEST(InputCheck, PhaseShiftsOfEveryNameAndEnergy) {
          {[](Example& e) { e.Record().AtomName = "Cu1"; },
           "misfit: there are no phase shifts for the atom name \"Cu\", but some are named \"Cu1\"\n"},
          {[](Example& e) {
-              e.phaseShifts.records.insert(e.phaseShifts.records.begin(), 128, ZfPhaseShiftRecord());
+              e.phaseShifts.records.insert(e.phaseShifts.records.begin(), 128, PhaseShiftRecord());
               for (std::size_t i = 0; i < 128; ++i) e.phaseShifts.records[i].Ek_eV = double(i);
           },
           "note: the phase-shift file holds 129 records, of which a run uses the first 128\n"
@@ -189,7 +191,7 @@ TEST(InputCheck, Fluctuation) {
           "misfit: U is to come from the cluster, which has none: nothing is damped\n"},
          {[](Example& e) {
               e.fluctuation.IsUseUisoDebyeModel_ = false;
-              for (ZfAtom& atom : e.Atoms()) atom.U = Isotropic(0.355);
+              for (ClusterAtom& atom : e.Atoms()) atom.U = Isotropic(0.355);
               e.Atoms()[2].U.SetSize(0, 0);
           },
           "note: the fluctuation file chooses no model: U comes from the cluster\n"

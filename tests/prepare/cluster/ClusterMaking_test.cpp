@@ -123,7 +123,7 @@ TEST(Cluster, MakesOneStructureForEachEmitterAndDomain) {
     ASSERT_EQ(made.structures.size(), 8U);
     const auto sorted = [&](std::size_t structure) {
         std::vector<std::array<double, 3>> positions;
-        for (const ZfAtom& atom : made.cluster.structures[structure].atoms)
+        for (const ClusterAtom& atom : made.cluster.structures[structure].atoms)
             positions.push_back({atom.position.Data()[0], atom.position.Data()[1], atom.position.Data()[2]});
         std::sort(positions.begin(), positions.end());
         return positions;
@@ -162,7 +162,7 @@ TEST(Cluster, KeepsTheSurfacesOfASlab) {
     request.layers = {2};
     const MadeCluster made = MakeCluster(request);
     EXPECT_EQ(made.structures[0].surfaceElements, "O");
-    for (const ZfAtom& atom : made.cluster.structures[0].atoms)
+    for (const ClusterAtom& atom : made.cluster.structures[0].atoms)
         EXPECT_GT(atom.position.Data()[2], -1.9e-10) << "the next slab below does not belong";
     request.layers = {1};
     EXPECT_EQ(ErrorText([&] { MakeCluster(request); }), "No emitter lies in layer 1; there are in 2, 3");
@@ -174,13 +174,13 @@ TEST(Cluster, ComesBackFromItsFiles) {
     request.surface = {1, 1, 1};
     request.debye_K = {{"Cu", 343.0}};
     request.weightTable = QVRE_DATA "/AtomicWeight.txt";
-    const ZfCluster made = MakeCluster(request).cluster;
+    const Cluster made = MakeCluster(request).cluster;
     const std::pair<const char*, double> formats[] = {{"c.xyz", 1e-10}, {"c.xml_cl", 1e-5}};
     for (const auto& [name, tolerance_angstrom] : formats) {
         WriteCluster(made, folder.Path(name), {});
-        ZfCluster read;
+        Cluster read;
         ZfLoadCluster(read, folder.Path(name));
-        std::vector<ZfAtom> atoms = read.structures.at(0).atoms;
+        std::vector<ClusterAtom> atoms = read.structures.at(0).atoms;
         ASSERT_EQ(atoms.size(), made.structures[0].atoms.size());
         EXPECT_NEAR(atoms[7].USquareAngstrom().At(0, 0), 0.00583961, 1e-8);
         EXPECT_EQ(FindPointSymmetry(atoms).Name(), "3m");

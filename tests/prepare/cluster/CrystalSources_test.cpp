@@ -21,7 +21,7 @@ std::vector<std::string> Places(const CrystalCell& cell, const std::string& emit
     request.emitter = emitter;
     const MadeCluster made = MakeCluster(request);
     std::vector<std::string> places;
-    for (const ZfAtom& atom : made.cluster.structures.at(0).atoms) {
+    for (const ClusterAtom& atom : made.cluster.structures.at(0).atoms) {
         std::string place = atom.atom;
         for (int i = 0; i < 3; ++i) {
             place += " ";

@@ -6,14 +6,16 @@
 
 #include "foundation/Constants.h"
 
+using namespace qvre;
+
 namespace {
 
 /// Atoms on a circle of 2 angstrom at the given azimuths, a lighter one on the axis.
-std::vector<ZfAtom> Circle(const std::vector<double>& azimuths_deg, const std::string& element = "Cu") {
-    std::vector<ZfAtom> atoms(1);
+std::vector<ClusterAtom> Circle(const std::vector<double>& azimuths_deg, const std::string& element = "Cu") {
+    std::vector<ClusterAtom> atoms(1);
     atoms[0].atom = std::string("H");
     for (const double azimuth : azimuths_deg) {
-        ZfAtom atom;
+        ClusterAtom atom;
         atom.atom = element;
         atom.SetPositionAngstrom(
             Vector3(2.0 * std::cos(azimuth * kDegree), 2.0 * std::sin(azimuth * kDegree), -1.0));
@@ -42,8 +44,8 @@ TEST(PointSymmetry, FindsTheGroupAndItsMirror) {
 
 // Two rings turned against each other by an odd angle leave no mirror; other elements leave less.
 TEST(PointSymmetry, ElementsAndRingsCount) {
-    std::vector<ZfAtom> atoms = Circle({0, 90, 180, 270});
-    for (const ZfAtom& atom : Circle({20, 110, 200, 290})) {
+    std::vector<ClusterAtom> atoms = Circle({0, 90, 180, 270});
+    for (const ClusterAtom& atom : Circle({20, 110, 200, 290})) {
         atoms.push_back(atom);
         atoms.back().position.Data()[2] = 1e-10;
     }

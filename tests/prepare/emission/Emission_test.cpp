@@ -75,10 +75,10 @@ TEST(Emission, WeightIsTheIntensity) {
     EmissionRequest request = FreeAtom("Cu", "3d", 1480.0);
     request.light = UnpolarisedLight({0.0, 1.0, 1.0});
     request.weight = 0.25;
-    const std::vector<ZfEmittedWave> waves = CoreLevelEmission(request).waves;
+    const std::vector<EmittedWave> waves = CoreLevelEmission(request).waves;
     ASSERT_EQ(waves.size(), 10U);
     double sum = 0.0;
-    for (const ZfEmittedWave& wave : waves) {
+    for (const EmittedWave& wave : waves) {
         EXPECT_EQ(wave.Ratio, 1.0);
         for (const auto& a : wave.coeff.block) sum += std::norm(a);
     }

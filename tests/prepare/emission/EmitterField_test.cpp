@@ -28,8 +28,8 @@ Emission EmissionInCrystal(const std::vector<AtomSurroundings>& species, const s
 }
 
 /// The largest difference between the coefficients and those of an example.
-double DifferenceFromFile(const std::vector<ZfEmittedWave>& waves, const std::string& name) {
-    std::vector<ZfEmittedWave> example;
+double DifferenceFromFile(const std::vector<EmittedWave>& waves, const std::string& name) {
+    std::vector<EmittedWave> example;
     ZfLoadEmittedWave(example, QVRE_EXAMPLES "/" + name);
     EXPECT_EQ(waves.size(), example.size()) << name;
     double largest = 0.0;
@@ -50,12 +50,12 @@ void ExpectChannels(const DipoleChannels& channels, const DipoleChannels& expect
     }
 }
 
-ZfCluster Cluster(const std::vector<std::vector<std::pair<std::string, double>>>& structures) {
-    ZfCluster cluster;
+Cluster AlongX(const std::vector<std::vector<std::pair<std::string, double>>>& structures) {
+    Cluster cluster;
     for (const auto& atoms : structures) {
-        ZfStructure& structure = cluster.structures.emplace_back();
+        Structure& structure = cluster.structures.emplace_back();
         for (const auto& [name, x] : atoms) {
-            ZfAtom& atom = structure.atoms.emplace_back();
+            ClusterAtom& atom = structure.atoms.emplace_back();
             atom.name = atom.atom = name;
             atom.SetPositionAngstrom(Vector3(x, 0.0, 0.0));
         }
@@ -87,14 +87,14 @@ TEST(EmitterField, Arsenic3dOfTheExample) {
 }
 
 TEST(EmitterField, EmitterStandsAtTheOrigin) {
-    EXPECT_EQ(EmitterOf(Cluster({{{"Ga", 2.4}, {"As", 0.0}}, {{"As", 0.005}}})).name, "As");
+    EXPECT_EQ(EmitterOf(AlongX({{{"Ga", 2.4}, {"As", 0.0}}, {{"As", 0.005}}})).name, "As");
     EXPECT_EQ(ErrorText([] {
-                  EmitterOf(Cluster({{{"Ga", 2.4}, {"As", 0.02}}}));
+                  EmitterOf(AlongX({{{"Ga", 2.4}, {"As", 0.02}}}));
               }),
               "The cluster has no atom at its origin: move the emitter there");
     EXPECT_EQ(
         ErrorText([] {
-            EmitterOf(Cluster({{{"Ga", 0.0}}, {{"As", 0.0}}}));
+            EmitterOf(AlongX({{{"Ga", 0.0}}, {{"As", 0.0}}}));
         }),
         "The structures of the cluster have different emitters, Ga and As: make a cluster and an emitted "
         "wave of each");

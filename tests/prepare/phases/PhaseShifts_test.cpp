@@ -68,13 +68,13 @@ TEST(PhaseShifts, RadialTablesJoinTheFreeWave) {
     PhaseShiftRequest request = Crystal("Cu", "fcc", 3.61, 560.0);
     request.radialPoints = 300;
     const PhaseShiftResult result = CalculatePhaseShifts(request, Fields());
-    const ZfPhaseShiftRecord& record = result.document.records[0];
+    const PhaseShiftRecord& record = result.document.records[0];
     ASSERT_EQ(record.radial.P.size(), 14U);
     const double radius = std::exp(record.radial.LnX.back());
     EXPECT_NEAR(radius * 1e10, 3.61 * std::sqrt(0.125) * 1.0001, 2e-5);
     // A radius that is asked for stays, and the wave goes on beyond it.
     request.radius_angstrom = {{"Cu", 3.61 * std::sqrt(0.125)}};
-    const ZfPhaseShiftRecord at = CalculatePhaseShifts(request, Fields()).document.records[0];
+    const PhaseShiftRecord at = CalculatePhaseShifts(request, Fields()).document.records[0];
     const double further = record.radial.LnX.back() - at.radial.LnX.back();
     EXPECT_NEAR(further, 1e-4, 1.1e-5);
     EXPECT_NEAR(record.radial.P[2].back(), at.radial.P[2].back() + further * at.radial.L[2].back(), 1e-9);

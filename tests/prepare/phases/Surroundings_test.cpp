@@ -48,7 +48,7 @@ TEST(Surroundings, OfACrystal) {
 
 // The atoms of a small half crystal complete each other's view.
 TEST(Surroundings, OfAClusterAreThoseOfItsCrystal) {
-    ZfCluster cluster;
+    Cluster cluster;
     ZfLoadCluster(cluster, QVRE_EXAMPLES "/cu001_small/cluster.xml_cl");
     const auto list = SurroundingsInCluster(cluster);
     ASSERT_EQ(list.size(), 1U);

@@ -11,6 +11,8 @@
 #include "report/picture/ColourMap.h"
 #include "report/picture/DiscPicture.h"
 
+using namespace qvre;
+
 /// A PNG file as pixels.
 class PngPicture {
 public:

@@ -1,4 +1,4 @@
-#include "scattering/ZfFarField.h"
+#include "scattering/FarField.h"
 
 #include <algorithm>
 #include <cmath>
@@ -8,9 +8,11 @@
 #include "scattering/HarmonicBasis.h"
 #include "scattering/SourceKernel.h"
 
+namespace qvre {
+
 namespace {
 
-using Direction = ZfFarFieldDirections::Direction;
+using Direction = FarFieldDirections::Direction;
 
 /// p_lm(z) for m = 0 .. n-1 and l = m .. n-1.
 void FillThetaFactors(std::size_t n, double z, double* out) {
@@ -132,8 +134,8 @@ FarFieldSources PackScatterers(std::span<const ZfVectorFreeElectron> waves) {
 
 /// Fills the tables of a task's directions for one table size, and lets the kernel add up. Returns the sums,
 /// which stand in `scratch`.
-const double* Sum(const FarFieldSources& sources, const ZfFarFieldDirections& all,
-                  const ZfFarFieldDirections::Task& task, std::vector<double>& scratch) {
+const double* Sum(const FarFieldSources& sources, const FarFieldDirections& all,
+                  const FarFieldDirections::Task& task, std::vector<double>& scratch) {
     const auto n = static_cast<std::size_t>(sources.L);
     const std::size_t count = all.EndDirection(task) - all.FirstDirection(task);
     const std::size_t segments = task.endSegment - task.firstSegment;
@@ -170,7 +172,7 @@ bool HasSameGeometry(const ZfFreeElectron& a, const ZfFreeElectron& b) {
 
 }  // namespace
 
-bool ZfFarField::Serves(const ZfVectorFreeElectron& list) {
+bool FarField::Serves(const ZfVectorFreeElectron& list) {
     if (list.electrons.empty() || list.LargestL() > kLargestKernelL) return false;
     const double k = list.electrons.front().k;
     return std::all_of(list.electrons.begin(), list.electrons.end(), [k](const ZfFreeElectron& electron) {
@@ -178,17 +180,17 @@ bool ZfFarField::Serves(const ZfVectorFreeElectron& list) {
     });
 }
 
-bool ZfFarField::CanShare(const ZfVectorFreeElectron& a, const ZfVectorFreeElectron& b) {
+bool FarField::CanShare(const ZfVectorFreeElectron& a, const ZfVectorFreeElectron& b) {
     return std::equal(a.electrons.begin(), a.electrons.end(), b.electrons.begin(), b.electrons.end(),
                       HasSameGeometry) &&
            a.electrons.front().k == b.electrons.front().k;
 }
 
-ZfFarField::ZfFarField(std::span<const ZfVectorFreeElectron> waves)
+FarField::FarField(std::span<const ZfVectorFreeElectron> waves)
     : waves_(waves.size()), direct_(PackEmitters(waves)), scattered_(PackScatterers(waves)) {}
 
-void ZfFarField::Calculate(const ZfFarFieldDirections& all, const ZfFarFieldDirections::Task& task,
-                           std::vector<double>& scratch, std::vector<Amplitudes>& result) const {
+void FarField::Calculate(const FarFieldDirections& all, const FarFieldDirections::Task& task,
+                         std::vector<double>& scratch, std::vector<Amplitudes>& result) const {
     const std::size_t count = all.EndDirection(task) - all.FirstDirection(task);
     constexpr std::size_t kDirection = 2 * kFarFieldPack;
     result.resize(waves_);
@@ -210,3 +212,5 @@ void ZfFarField::Calculate(const ZfFarFieldDirections& all, const ZfFarFieldDire
         }
     }
 }
+
+}  // namespace qvre

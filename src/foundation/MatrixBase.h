@@ -11,6 +11,8 @@
 
 #include "foundation/ZfError.h"
 
+namespace qvre {
+
 /// Failures of the matrix family; kept out of line so that no text is built on a good path.
 [[noreturn]] void ThrowMatrixOverRange(std::int64_t col, std::int64_t row, std::int32_t colSize,
                                        std::int32_t rowSize, std::int32_t colBegin, std::int32_t rowBegin,
@@ -27,33 +29,33 @@
 /// that is initialised by such a call keeps the flag, and its first copy would empty it; so assign results to
 /// an object that exists (`ZfLDoubleMatrix r; r = Scale(a, 2.0);`), which clears the flag.
 template <class Self, class ElementType>
-class ZfMatrix {
+class MatrixBase {
 public:
     using Element = ElementType;
 
-    ZfMatrix() = default;
+    MatrixBase() = default;
 
     /// Throws ZfError if either size is negative.
-    ZfMatrix(std::int32_t colSize, std::int32_t rowSize) {
+    MatrixBase(std::int32_t colSize, std::int32_t rowSize) {
         if (colSize < 0 || rowSize < 0) throw ZfError("matrix creation Parameter Error");
         Allocate(colSize, rowSize);
     }
 
     /// A column vector.
-    explicit ZfMatrix(std::int32_t size) : ZfMatrix(1, size) {}
+    explicit MatrixBase(std::int32_t size) : MatrixBase(1, size) {}
 
-    ZfMatrix(const ZfMatrix& source) { Take(source); }
-    ZfMatrix(ZfMatrix&& source) noexcept { Steal(source); }
-    virtual ~ZfMatrix() = default;
+    MatrixBase(const MatrixBase& source) { Take(source); }
+    MatrixBase(MatrixBase&& source) noexcept { Steal(source); }
+    virtual ~MatrixBase() = default;
 
-    ZfMatrix& operator=(const ZfMatrix& source) {
+    MatrixBase& operator=(const MatrixBase& source) {
         FastReturn = false;
         if (this == &source || (data_ && data_ == source.data_)) return *this;
         Take(source);
         return *this;
     }
 
-    ZfMatrix& operator=(ZfMatrix&& source) noexcept {
+    MatrixBase& operator=(MatrixBase&& source) noexcept {
         FastReturn = false;
         if (this != &source) Steal(source);
         return *this;
@@ -143,11 +145,11 @@ public:
     Element VectorValueAt(std::int32_t i) const { return data_[static_cast<std::size_t>(VectorIndex(i))]; }
     void SetVectorAt(std::int32_t i, const Element& value) { VectorAt(i) = value; }
 
-    bool SameShape(const ZfMatrix& other) const {
+    bool SameShape(const MatrixBase& other) const {
         return ColSize == other.ColSize && RowSize == other.RowSize && ColBegin == other.ColBegin &&
                RowBegin == other.RowBegin;
     }
-    void CheckSameShape(const ZfMatrix& other) const {
+    void CheckSameShape(const MatrixBase& other) const {
         if (ColSize != other.ColSize || RowSize != other.RowSize)
             throw ZfError("ColSize or RowSize is different");
         if (ColBegin != other.ColBegin) throw ZfError("ColBegin is different");
@@ -191,7 +193,7 @@ private:
         return IsColumn() ? Index(ColBegin, i) : Index(i, RowBegin);
     }
 
-    void Take(const ZfMatrix& source) {
+    void Take(const MatrixBase& source) {
         if (source.FastReturn) {
             Steal(source);
             return;
@@ -202,7 +204,7 @@ private:
         std::copy(source.Data(), source.Data() + source.Count(), Data());
     }
 
-    void Steal(const ZfMatrix& source) noexcept {
+    void Steal(const MatrixBase& source) noexcept {
         ColBegin = source.ColBegin;
         RowBegin = source.RowBegin;
         ColSize = source.ColSize;
@@ -214,3 +216,5 @@ private:
 
     mutable std::unique_ptr<Element[]> data_;
 };
+
+}  // namespace qvre

@@ -5,9 +5,11 @@
 
 class ZfBarnXml;
 
+namespace qvre {
+
 /// How the atoms vibrate: a temperature, a table of Debye temperatures by element, and the choice of the
 /// model.
-struct ZfFluctuation {
+struct Fluctuation {
     double Temperature_K_ = 0.0;
     std::vector<std::string> DebyeElement_;  ///< entry i pairs with entry i of DebyeTemperature_K_
     std::vector<double> DebyeTemperature_K_;
@@ -16,7 +18,9 @@ struct ZfFluctuation {
     bool IsUseUisoDebyeModel_ = false;
 };
 
-/// False when the tag is absent; nothing changes then.
-bool ExchangeFluctuation(ZfBarnXml& xml, ZfFluctuation& fluctuation, const std::string& tag);
+}  // namespace qvre
 
-void ZfLoadFluctuation(ZfFluctuation& fluctuation, const std::string& path);
+/// False when the tag is absent; nothing changes then.
+bool ExchangeFluctuation(ZfBarnXml& xml, qvre::Fluctuation& fluctuation, const std::string& tag);
+
+void ZfLoadFluctuation(qvre::Fluctuation& fluctuation, const std::string& path);

@@ -8,16 +8,18 @@
 #include "scattering/FarFieldKernel.h"
 #include "scattering/ZfVectorFreeElectron.h"
 
+namespace qvre {
+
 /// The direct and the scattered far fields of the waves of one structure, as
 /// ZfVectorFreeElectron::DirectAmplitude and ScatteredAmplitude define them, in many directions at once.
 /// Phases and damping belong to the atoms and are calculated once for all waves. The sum of a direction has
 /// one order, whatever the task, the instruction set or the other waves.
-class ZfFarField {
+class FarField {
 public:
     static constexpr std::size_t kMostWaves = kFarFieldPack;
 
     /// Up to kMostWaves lists that Serves, any two of which CanShare.
-    explicit ZfFarField(std::span<const ZfVectorFreeElectron> waves);
+    explicit FarField(std::span<const ZfVectorFreeElectron> waves);
 
     /// Whether the tables and distances of a list are within what the kernels take.
     static bool Serves(const ZfVectorFreeElectron& list);
@@ -28,14 +30,14 @@ public:
 
     /// Of one wave in the directions of a task, in their order.
     struct Amplitudes {
-        using Values = std::array<std::complex<double>, ZfFarFieldDirections::kTaskDirections>;
+        using Values = std::array<std::complex<double>, FarFieldDirections::kTaskDirections>;
         Values direct;
         Values scattered;
     };
 
     /// The amplitudes of each wave. `scratch` and `result` are the caller's, one of each a thread, sized
     /// here.
-    void Calculate(const ZfFarFieldDirections& all, const ZfFarFieldDirections::Task& task,
+    void Calculate(const FarFieldDirections& all, const FarFieldDirections::Task& task,
                    std::vector<double>& scratch, std::vector<Amplitudes>& result) const;
 
 private:
@@ -43,3 +45,5 @@ private:
     FarFieldSources direct_;
     FarFieldSources scattered_;
 };
+
+}  // namespace qvre

@@ -1,10 +1,12 @@
-#include "crystal/ZfParserFunc.h"
+#include "crystal/ParserFunc.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
 
 #include "foundation/Constants.h"
+
+namespace qvre {
 
 namespace {
 
@@ -180,7 +182,7 @@ public:
 };
 
 template <class Function>
-void Register(ZfParserFuncTable& table) {
+void Register(ParserFuncTable& table) {
     auto function = std::make_unique<Function>();
     const std::string name = function->Name();
     table.emplace(name, std::move(function));
@@ -188,8 +190,8 @@ void Register(ZfParserFuncTable& table) {
 
 }  // namespace
 
-ZfParserFuncTable MakeParserFuncTable() {
-    ZfParserFuncTable table;
+ParserFuncTable MakeParserFuncTable() {
+    ParserFuncTable table;
     Register<ZfParserPOW>(table);
     Register<ZfParserFABS>(table);
     Register<ZfParserRAND>(table);
@@ -215,3 +217,5 @@ ZfParserFuncTable MakeParserFuncTable() {
     Register<ZfParserSTEP>(table);
     return table;
 }
+
+}  // namespace qvre

@@ -1,8 +1,10 @@
-#include "scattering/ZfFarFieldDirections.h"
+#include "scattering/FarFieldDirections.h"
 
 #include <algorithm>
 #include <cmath>
 #include <numeric>
+
+namespace qvre {
 
 namespace {
 
@@ -11,12 +13,12 @@ constexpr double kSameComponent = 1e-15;
 
 }  // namespace
 
-void ZfFarFieldDirections::Add(std::size_t index, double x, double y, double z) {
+void FarFieldDirections::Add(std::size_t index, double x, double y, double z) {
     directions.push_back({x, y, z, index});
 }
 
 /// By z, and on a ring by |x|, so that mirror images stand together; not-a-number stands last.
-void ZfFarFieldDirections::SortDirections() {
+void FarFieldDirections::SortDirections() {
     // A counting sort into slices of z leaves little to sort: a map has a ring or a few to a slice. The place
     // breaks ties, so that the order is one.
     const std::size_t slices = directions.size();
@@ -50,7 +52,7 @@ void ZfFarFieldDirections::SortDirections() {
 }
 
 /// Whether a direction is no mirror image of the one before.
-bool ZfFarFieldDirections::StartsGroup(std::size_t direction) const {
+bool FarFieldDirections::StartsGroup(std::size_t direction) const {
     const Direction& a = directions[groups.back().first];
     const Direction& b = directions[direction];
     const bool mirrored = std::abs(std::abs(a.x) - std::abs(b.x)) < kSameComponent &&
@@ -58,7 +60,7 @@ bool ZfFarFieldDirections::StartsGroup(std::size_t direction) const {
     return !mirrored || groups.back().count == 4;
 }
 
-void ZfFarFieldDirections::Order() {
+void FarFieldDirections::Order() {
     SortDirections();
     groups.clear();
     segments.clear();
@@ -82,7 +84,9 @@ void ZfFarFieldDirections::Order() {
     }
 }
 
-std::size_t ZfFarFieldDirections::EndDirection(const Task& task) const {
+std::size_t FarFieldDirections::EndDirection(const Task& task) const {
     const Group& last = groups[segments[task.endSegment - 1].endGroup - 1];
     return last.first + last.count;
 }
+
+}  // namespace qvre

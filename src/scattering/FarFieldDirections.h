@@ -3,11 +3,13 @@
 #include <cstddef>
 #include <vector>
 
+namespace qvre {
+
 /// Directions for a far field, ordered so that the kernels share what is the same. On a ring of equal z the
 /// theta factors are the same, and only the sum over m is left to each direction. The mirror images (+-x,
 /// +-y) of a group share that sum too: its even and odd orders, with cosines and sines, are added with four
 /// different signs.
-class ZfFarFieldDirections {
+class FarFieldDirections {
 public:
     /// Unit vectors; `index` is the caller's number of each.
     void Add(std::size_t index, double x, double y, double z);
@@ -48,3 +50,5 @@ private:
     void SortDirections();
     bool StartsGroup(std::size_t direction) const;
 };
+
+}  // namespace qvre

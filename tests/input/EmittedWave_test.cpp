@@ -1,4 +1,4 @@
-#include "input/ZfEmittedWave.h"
+#include "input/EmittedWave.h"
 
 #include <gtest/gtest.h>
 
@@ -7,9 +7,9 @@
 
 namespace {
 
-std::vector<ZfEmittedWave> Read(const std::string& items) {
+std::vector<EmittedWave> Read(const std::string& items) {
     XmlReader xml(Tag("emitted_wave_data", Tag("data", Tag("list_emitter", items))));
-    std::vector<ZfEmittedWave> waves;
+    std::vector<EmittedWave> waves;
     ExchangeEmittedWaves(xml, waves);
     return waves;
 }
@@ -22,8 +22,8 @@ std::string Coefficients(ZfLmComplexTable table, const std::string& format) {
 
 }  // namespace
 
-TEST(ZfEmittedWave, WritesToTheByteAndReadsBack) {
-    std::vector<ZfEmittedWave> waves(1);
+TEST(EmittedWave, WritesToTheByteAndReadsBack) {
+    std::vector<EmittedWave> waves(1);
     waves[0].Ek = 1234567.0;
     waves[0].coeff.SetSize(1);
     waves[0].coeff.At(0, 0) = {1.0, -0.5};
@@ -43,7 +43,7 @@ TEST(ZfEmittedWave, WritesToTheByteAndReadsBack) {
     EXPECT_EQ(back[2].Ek, 0.0);
 }
 
-TEST(ZfEmittedWave, BinaryCoefficientsKeepAllBits) {
+TEST(EmittedWave, BinaryCoefficientsKeepAllBits) {
     ZfLmComplexTable table(2);
     table.block = {{1.0, -0.5}, {0.0, 0.1}, {2.0, 0.0}, {1.0 / 3.0, 0.0}};
     const std::string text = Coefficients(table, "b");
@@ -52,7 +52,7 @@ TEST(ZfEmittedWave, BinaryCoefficientsKeepAllBits) {
     EXPECT_EQ(ErrorText([&] { Coefficients(table, "bb"); }), "Write Format Error");
 }
 
-TEST(ZfEmittedWave, DamagedCoefficients) {
+TEST(EmittedWave, DamagedCoefficients) {
     const std::string two = "<Size_l>2</Size_l>";
     const std::string one = "<base64>00000010AAAAAAAAw/DAAAAAAAA4/CAA</base64>";
     const std::string m = "<m><r>1</r></m>";
@@ -70,17 +70,17 @@ TEST(ZfEmittedWave, DamagedCoefficients) {
         EXPECT_EQ(ErrorText([&] { Read(Tag("i", Tag("coeff", c.first))); }), c.second) << c.first;
 }
 
-TEST(ZfEmittedWave, ASizeWithoutCoefficientsTakesNoMemory) {
-    const ZfEmittedWave wave = Read(Tag("i", Tag("coeff", "<Size_l>4096</Size_l>")))[0];
+TEST(EmittedWave, ASizeWithoutCoefficientsTakesNoMemory) {
+    const EmittedWave wave = Read(Tag("i", Tag("coeff", "<Size_l>4096</Size_l>")))[0];
     EXPECT_EQ(wave.coeff.L, 4096);
     EXPECT_EQ(wave.coeff.block.capacity(), 0U);
     EXPECT_EQ(wave.coeff.At(4095, -4095), 0.0);
-    const ZfEmittedWave small = Read(Tag("i", Tag("coeff", "<Size_l>2</Size_l>")))[0];
+    const EmittedWave small = Read(Tag("i", Tag("coeff", "<Size_l>2</Size_l>")))[0];
     EXPECT_EQ(Coefficients(small.coeff, "b"), Coefficients(ZfLmComplexTable(2), "b"));
     EXPECT_EQ(Coefficients(small.coeff, "t"), Coefficients(ZfLmComplexTable(2), "t"));
 }
 
-TEST(ZfLmTable, IndexAndHandOver) {
+TEST(LmTable, IndexAndHandOver) {
     ZfLmComplexTable table(3);
     EXPECT_EQ(ErrorText([&] { table.At(3, 0); }), "Illegal l value");
     EXPECT_EQ(ErrorText([&] { table.At(1, -2); }), "Illegal m value");

@@ -1,9 +1,11 @@
-#include "input/ZfFluctuation.h"
+#include "input/Fluctuation.h"
 
 #include "xml/ZfBarnFile.h"
 
-bool ExchangeFluctuation(ZfBarnXml& xml, ZfFluctuation& fluctuation, const std::string& tag) {
-    ZfFluctuation& f = fluctuation;
+using namespace qvre;
+
+bool ExchangeFluctuation(ZfBarnXml& xml, Fluctuation& fluctuation, const std::string& tag) {
+    Fluctuation& f = fluctuation;
     if (!xml.OpenRack(tag)) return false;
     xml.LDouble("Temperature_K_", f.Temperature_K_, f.Temperature_K_);
     xml.StringList("DebyeElement_", f.DebyeElement_);
@@ -15,7 +17,7 @@ bool ExchangeFluctuation(ZfBarnXml& xml, ZfFluctuation& fluctuation, const std::
     return true;
 }
 
-void ZfLoadFluctuation(ZfFluctuation& fluctuation, const std::string& path) {
+void ZfLoadFluctuation(Fluctuation& fluctuation, const std::string& path) {
     ZfBarnFile file(path, "r");
     ExchangeFluctuation(file, fluctuation, "DocFluctuation");
 }

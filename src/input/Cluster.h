@@ -8,8 +8,10 @@
 class ZfBarnXml;
 class ZfFile;
 
+namespace qvre {
+
 /// One atom of a structure. Lengths are metres in memory and angstrom in files.
-struct ZfAtom {
+struct ClusterAtom {
     /// False when the item is absent. A 3x3 U is not written back: the writer knows six elements only.
     bool Exchange(ZfBarnXml& xml, const std::string& itemTag);
 
@@ -26,14 +28,14 @@ struct ZfAtom {
 };
 
 /// One configuration of atoms. Once sorted, atom 0 is the emitter.
-struct ZfStructure {
+struct Structure {
     bool Exchange(ZfBarnXml& xml, const std::string& tag);  ///< sorts after reading
 
-    std::vector<ZfAtom> atoms;
+    std::vector<ClusterAtom> atoms;
 };
 
 /// All configurations of a run; each is calculated.
-struct ZfCluster {
+struct Cluster {
     /// The whole file. When reading, `validate` checks each structure; a failure names its index.
     bool Exchange(ZfBarnXml& xml, bool validate);
 
@@ -41,20 +43,21 @@ struct ZfCluster {
     /// else, so a frame with an empty title loses its first atom. A frame with too few lines is kept.
     void ReadXyz(ZfFile& file);
 
-    std::vector<ZfStructure> structures;
+    std::vector<Structure> structures;
 };
 
-/// Selection sort by the squared distance from the origin in m^2, summed as x*x + y*y + z*z. The order of
-/// atoms at equal distance is the one that this procedure leaves: it defines the order of scattering, so no
-/// other sort will do.
-void SortAtomsByDistance(std::vector<ZfAtom>& atoms);
+/// Selection sort by keys, one an atom. The order of atoms with equal keys is the one that this procedure
+/// leaves: it defines the order of scattering, so no other sort will do.
+void SelectionSort(std::vector<ClusterAtom>& atoms, std::vector<double> keys);
 
-/// The same sort with keys of the caller's, one an atom.
-void SelectionSort(std::vector<ZfAtom>& atoms, std::vector<double> keys);
+}  // namespace qvre
+
+/// SelectionSort by the squared distance from the origin in m^2, summed as x*x + y*y + z*z.
+void SortAtomsByDistance(std::vector<qvre::ClusterAtom>& atoms);
 
 /// Sorts, then throws ZfError unless the emitter lies within 0.01 angstrom of the origin and all atoms more
 /// than 0.5 angstrom apart.
-void ValidateCluster(ZfStructure& structure);
+void ValidateCluster(qvre::Structure& structure);
 
 /// Loads a cluster by the extension of its path, "xml_cl" or "xyz", and reports it on the console.
-void ZfLoadCluster(ZfCluster& cluster, const std::string& path);
+void ZfLoadCluster(qvre::Cluster& cluster, const std::string& path);

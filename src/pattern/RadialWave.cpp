@@ -1,4 +1,4 @@
-#include "pattern/ZfRadialWave.h"
+#include "pattern/RadialWave.h"
 
 #include <algorithm>
 #include <cmath>
@@ -6,6 +6,8 @@
 #include "foundation/ZfError.h"
 #include "scattering/SphericalHarmonics.h"
 #include "scattering/ZfSphericalBessel.h"
+
+using namespace qvre;
 
 namespace {
 
@@ -18,7 +20,7 @@ bool HasRows(const Rows& rows, std::size_t count, std::size_t points) {
 }
 
 /// Whether the tables hold solutions for l below `count`, on a grid on which a point can be found.
-bool HoldSolutions(const ZfRadialTables& tables, std::int32_t count) {
+bool HoldSolutions(const RadialTables& tables, std::int32_t count) {
     const std::vector<double>& grid = tables.LnX;
     const auto n = static_cast<std::size_t>(count);
     const auto rises = [](double a, double b) { return !(a < b); };
@@ -50,14 +52,16 @@ HermiteCubic CubicAt(const std::vector<double>& grid, double r) {
 
 }  // namespace
 
-double AtomRadius(const ZfRadialTables& tables) {
+namespace qvre {
+
+double AtomRadius(const RadialTables& tables) {
     return tables.LnX.empty() ? 0.0 : std::exp(tables.LnX.back());
 }
 
-ZfRadialWave JoinRadialWave(const ZfRadialTables& tables, const ZfFreeElectron& outside) {
+RadialWave JoinRadialWave(const RadialTables& tables, const ZfFreeElectron& outside) {
     const std::int32_t n = outside.B.L;
     if (!HoldSolutions(tables, n)) throw ZfError("Please calculate phase shift.");
-    ZfRadialWave inside{&tables, ZfLmComplexTable(n), {}};
+    RadialWave inside{&tables, ZfLmComplexTable(n), {}};
     LegendreNormTable(inside.legendreNorm, n);
     const double x = outside.k * AtomRadius(tables);
     ZfSphericalBessel bessel;
@@ -77,7 +81,9 @@ ZfRadialWave JoinRadialWave(const ZfRadialTables& tables, const ZfFreeElectron& 
     return inside;
 }
 
-std::complex<double> RadialWaveAtPoint(const ZfRadialWave& wave, double r, double theta, double phi) {
+}  // namespace qvre
+
+std::complex<double> RadialWaveAtPoint(const RadialWave& wave, double r, double theta, double phi) {
     if (r == 0.0) return 0.0;
     thread_local ZfLmComplexTable y;
     HarmonicTable(wave.legendreNorm, y, wave.b.L, theta, phi);

@@ -10,6 +10,8 @@
 
 class ZfBarnXml;
 
+namespace qvre {
+
 /// Index failures; kept out of line so that no text is built on a good path.
 [[noreturn]] void ThrowIllegalL();
 [[noreturn]] void ThrowIllegalM();
@@ -22,20 +24,20 @@ class ZfBarnXml;
 /// A table with `transferable` set is a temporary whose block the one who assigns from it takes over; the
 /// flag itself does not travel.
 template <class Element>
-class ZfLmTable {
+class LmTable {
 public:
-    ZfLmTable() = default;
-    explicit ZfLmTable(std::int32_t size) { SetSize(size); }
-    ZfLmTable(const ZfLmTable& source) { *this = source; }
-    ZfLmTable(ZfLmTable&& source) noexcept { TakeOver(source); }
-    ~ZfLmTable() = default;
+    LmTable() = default;
+    explicit LmTable(std::int32_t size) { SetSize(size); }
+    LmTable(const LmTable& source) { *this = source; }
+    LmTable(LmTable&& source) noexcept { TakeOver(source); }
+    ~LmTable() = default;
 
-    ZfLmTable& operator=(ZfLmTable&& source) noexcept {
+    LmTable& operator=(LmTable&& source) noexcept {
         if (this != &source) TakeOver(source);
         return *this;
     }
 
-    ZfLmTable& operator=(const ZfLmTable& source) {
+    LmTable& operator=(const LmTable& source) {
         if (this == &source) return *this;
         if (source.transferable) {
             TakeOver(source);
@@ -98,7 +100,7 @@ private:
     /// file.
     static constexpr std::int32_t kLargestSize = 4096;
 
-    void TakeOver(const ZfLmTable& source) noexcept {
+    void TakeOver(const LmTable& source) noexcept {
         block = std::move(source.block);
         L = source.L;
         source.block.clear();
@@ -106,9 +108,13 @@ private:
     }
 };
 
-using ZfLmComplexTable = ZfLmTable<std::complex<double>>;
-using ZfLmDoubleTable = ZfLmTable<double>;
-using ZfLmLongTable = ZfLmTable<std::int32_t>;
+}  // namespace qvre
+
+using ZfLmComplexTable = qvre::LmTable<std::complex<double>>;
+using ZfLmDoubleTable = qvre::LmTable<double>;
+using ZfLmLongTable = qvre::LmTable<std::int32_t>;
+
+namespace qvre {
 
 /// Coefficients of a wave under their tag: format "t" as text of 6 significant digits, "b" with all bits.
 /// Reading takes both. False when the tag is absent, or when binary data has the wrong length: the table then
@@ -121,3 +127,5 @@ std::string CoefficientText(ZfLmComplexTable& table);
 
 /// What ExchangeCoefficients writes in format "b", of a table whose text is made.
 void PutCoefficients(ZfBarnXml& xml, const std::string& tag, std::int32_t size, std::string text);
+
+}  // namespace qvre

@@ -3,13 +3,15 @@
 #include <string>
 #include <vector>
 
-#include "input/ZfLmTable.h"
+#include "input/LmTable.h"
 
 class ZfBarnXml;
 
+namespace qvre {
+
 /// What leaves the emitter: an outgoing wave by its coefficients, or a plane wave. Several waves of one file
 /// are the incoherent parts of one emission: their intensities add.
-struct ZfEmittedWave {
+struct EmittedWave {
     bool Exchange(ZfBarnXml& xml, const std::string& itemTag);  ///< false when the item is absent
 
     double Ek = 1000.0;      ///< kinetic energy, eV
@@ -21,6 +23,8 @@ struct ZfEmittedWave {
 };
 
 /// The document of an emitted-wave file. False without its root, and `waves` stays.
-bool ExchangeEmittedWaves(ZfBarnXml& xml, std::vector<ZfEmittedWave>& waves);
+bool ExchangeEmittedWaves(ZfBarnXml& xml, std::vector<EmittedWave>& waves);
 
-void ZfLoadEmittedWave(std::vector<ZfEmittedWave>& waves, const std::string& path);
+}  // namespace qvre
+
+void ZfLoadEmittedWave(std::vector<qvre::EmittedWave>& waves, const std::string& path);

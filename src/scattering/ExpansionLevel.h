@@ -3,22 +3,20 @@
 #include <cstdint>
 #include <vector>
 
-#include "input/ZfLmTable.h"
+#include "input/LmTable.h"
+
+namespace qvre {
 
 /// The points that one level adds: the point (a, b) stands at theta = pi t[a], phi = 2 pi t[b].
-struct ZfLevelPoints {
+struct LevelPoints {
     std::vector<double> t;
     std::vector<std::int32_t> thetaIndex;
     std::vector<std::int32_t> phiIndex;
 };
 
-/// Nested lattice on the unit square of (theta/pi, phi/2 pi): after level n its 2^n points stand on one
-/// lattice. Even levels end on a square one of spacing 2^(-n/2), odd levels add the centres of its cells.
-ZfLevelPoints GridPoints(std::int32_t level);
-
 /// The points of GridPoints in rows of equal theta, with what the projection of a level takes from its l size
 /// alone. The projection is separable: over phi in each row first, then over the rows.
-struct ZfExpansionLevel {
+struct ExpansionLevel {
     /// All points of one theta.
     struct Row {
         std::size_t firstPoint;
@@ -31,7 +29,7 @@ struct ZfExpansionLevel {
         std::vector<double> sines;
     };
 
-    ZfExpansionLevel(std::int32_t level, std::int32_t lSize);
+    ExpansionLevel(std::int32_t level, std::int32_t lSize);
 
     std::size_t points = 0;
     std::size_t rowLength = 0;
@@ -40,3 +38,9 @@ struct ZfExpansionLevel {
     std::vector<PhiSet> phiSets;
     std::vector<double> x, y, z;  ///< unit vectors, padded
 };
+
+}  // namespace qvre
+
+/// Nested lattice on the unit square of (theta/pi, phi/2 pi): after level n its 2^n points stand on one
+/// lattice. Even levels end on a square one of spacing 2^(-n/2), odd levels add the centres of its cells.
+qvre::LevelPoints GridPoints(std::int32_t level);

@@ -1,4 +1,4 @@
-#include "scattering/ZfExpansionLevel.h"
+#include "scattering/ExpansionLevel.h"
 
 #include <algorithm>
 #include <cmath>
@@ -8,10 +8,12 @@
 #include "scattering/SourceKernel.h"
 #include "scattering/SphericalHarmonics.h"
 
+using namespace qvre;
+
 namespace {
 
 /// The new points as rows: theta parameter, and the phi parameters in rising order.
-std::map<double, std::vector<double>> RowsOf(const ZfLevelPoints& points) {
+std::map<double, std::vector<double>> RowsOf(const LevelPoints& points) {
     std::map<double, std::vector<double>> rows;
     for (std::size_t i = 0; i < points.thetaIndex.size(); ++i)
         rows[points.t[static_cast<std::size_t>(points.thetaIndex[i])]].push_back(
@@ -27,10 +29,10 @@ std::vector<double> ThetaFactors(double theta, std::int32_t lSize, ZfLmDoubleTab
     return legendre.block;
 }
 
-ZfExpansionLevel::PhiSet PhiFactors(const std::vector<double>& parameters, std::int32_t lSize,
-                                    std::size_t stride) {
+ExpansionLevel::PhiSet PhiFactors(const std::vector<double>& parameters, std::int32_t lSize,
+                                  std::size_t stride) {
     const double norm = 1.0 / std::sqrt(kTwoPi);
-    ZfExpansionLevel::PhiSet set;
+    ExpansionLevel::PhiSet set;
     set.cosines.assign(parameters.size() * stride, 0.0);
     set.sines = set.cosines;
     for (std::size_t k = 0; k < parameters.size(); ++k) {
@@ -45,8 +47,32 @@ ZfExpansionLevel::PhiSet PhiFactors(const std::vector<double>& parameters, std::
 
 }  // namespace
 
-ZfLevelPoints GridPoints(std::int32_t level) {
-    ZfLevelPoints points;
+namespace qvre {
+
+ExpansionLevel::ExpansionLevel(std::int32_t level, std::int32_t lSize)
+    : stride((static_cast<std::size_t>(lSize) + kSourceLanes - 1) / kSourceLanes * kSourceLanes) {
+    ZfLmDoubleTable norm;
+    std::map<std::vector<double>, std::size_t> setOf;
+    for (const auto& [parameter, phis] : RowsOf(GridPoints(level))) {
+        const auto [set, isNew] = setOf.emplace(phis, phiSets.size());
+        if (isNew) phiSets.push_back(PhiFactors(phis, lSize, stride));
+        const double rowTheta = kPi * parameter;
+        rows.push_back({points, ThetaFactors(rowTheta, lSize, norm), set->second});
+        rowLength = phis.size();
+        points += rowLength;
+        for (const double t : phis) {
+            x.push_back(std::sin(rowTheta) * std::cos(kTwoPi * t));
+            y.push_back(std::sin(rowTheta) * std::sin(kTwoPi * t));
+            z.push_back(std::cos(rowTheta));
+        }
+    }
+    for (std::vector<double>* axis : {&x, &y, &z}) axis->resize(points + kKernelPadding, 0.0);
+}
+
+}  // namespace qvre
+
+LevelPoints GridPoints(std::int32_t level) {
+    LevelPoints points;
     const auto add = [&points](std::int32_t a, std::int32_t b) {
         points.thetaIndex.push_back(a);
         points.phiIndex.push_back(b);
@@ -70,24 +96,4 @@ ZfLevelPoints GridPoints(std::int32_t level) {
         }
     }
     return points;
-}
-
-ZfExpansionLevel::ZfExpansionLevel(std::int32_t level, std::int32_t lSize)
-    : stride((static_cast<std::size_t>(lSize) + kSourceLanes - 1) / kSourceLanes * kSourceLanes) {
-    ZfLmDoubleTable norm;
-    std::map<std::vector<double>, std::size_t> setOf;
-    for (const auto& [parameter, phis] : RowsOf(GridPoints(level))) {
-        const auto [set, isNew] = setOf.emplace(phis, phiSets.size());
-        if (isNew) phiSets.push_back(PhiFactors(phis, lSize, stride));
-        const double rowTheta = kPi * parameter;
-        rows.push_back({points, ThetaFactors(rowTheta, lSize, norm), set->second});
-        rowLength = phis.size();
-        points += rowLength;
-        for (const double t : phis) {
-            x.push_back(std::sin(rowTheta) * std::cos(kTwoPi * t));
-            y.push_back(std::sin(rowTheta) * std::sin(kTwoPi * t));
-            z.push_back(std::cos(rowTheta));
-        }
-    }
-    for (std::vector<double>* axis : {&x, &y, &z}) axis->resize(points + kKernelPadding, 0.0);
 }

@@ -24,9 +24,11 @@ public:
     virtual double Calculate() = 0;                                   ///< may throw ZfError
 };
 
+namespace qvre {
+
 /// A function of `Count` arguments.
 template <std::int32_t Count>
-class ZfParserFunc : public ZfParserFuncBase {
+class ParserFunc : public ZfParserFuncBase {
 public:
     std::int32_t ParameterCount() const final { return Count; }
 
@@ -39,11 +41,17 @@ public:
     std::array<double, Count> parameters = {};
 };
 
-using ZfParserFunc0 = ZfParserFunc<0>;
-using ZfParserFunc1 = ZfParserFunc<1>;
-using ZfParserFunc2 = ZfParserFunc<2>;
+}  // namespace qvre
 
-using ZfParserFuncTable = std::map<std::string, std::unique_ptr<ZfParserFuncBase>>;
+using ZfParserFunc0 = qvre::ParserFunc<0>;
+using ZfParserFunc1 = qvre::ParserFunc<1>;
+using ZfParserFunc2 = qvre::ParserFunc<2>;
+
+namespace qvre {
+
+using ParserFuncTable = std::map<std::string, std::unique_ptr<ZfParserFuncBase>>;
 
 /// Every function of the expression language, by its name.
-ZfParserFuncTable MakeParserFuncTable();
+ParserFuncTable MakeParserFuncTable();
+
+}  // namespace qvre

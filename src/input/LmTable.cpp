@@ -1,10 +1,12 @@
-#include "input/ZfLmTable.h"
+#include "input/LmTable.h"
 
 #include <cstring>
 #include <utility>
 
 #include "xml/ZfBarnXml.h"
 #include "xml/ZfBinaryDataToText.h"
+
+namespace qvre {
 
 namespace {
 
@@ -112,3 +114,5 @@ void PutCoefficients(ZfBarnXml& xml, const std::string& tag, std::int32_t size, 
     xml.PutValue(kBinaryTag, std::move(text));
     xml.CloseRack(tag);
 }
+
+}  // namespace qvre

@@ -1,4 +1,4 @@
-#include "input/ZfCluster.h"
+#include "input/Cluster.h"
 
 #include <array>
 #include <cmath>
@@ -6,6 +6,8 @@
 
 #include "foundation/ZfError.h"
 #include "xml/ZfBarnXml.h"
+
+using namespace qvre;
 
 namespace {
 
@@ -24,7 +26,7 @@ constexpr std::array<TensorElement, 6> kTensorElements = {{{"aniso_U_11", 0, 0},
                                                            {"aniso_U_23", 1, 2},
                                                            {"aniso_U_33", 2, 2}}};
 
-void ReadDisplacement(ZfBarnXml& xml, ZfAtom& atom) {
+void ReadDisplacement(ZfBarnXml& xml, ClusterAtom& atom) {
     ZfLDoubleMatrix u;
     if (xml.OpenRack("MSD_iso")) {
         u.SetSize(1, 1);
@@ -42,7 +44,7 @@ void ReadDisplacement(ZfBarnXml& xml, ZfAtom& atom) {
     atom.SetUSquareAngstrom(u);
 }
 
-void WriteDisplacement(ZfBarnXml& xml, const ZfAtom& atom) {
+void WriteDisplacement(ZfBarnXml& xml, const ClusterAtom& atom) {
     ZfLDoubleMatrix u;
     u = atom.USquareAngstrom();
     if (u.Count() == 1) {
@@ -59,7 +61,9 @@ void WriteDisplacement(ZfBarnXml& xml, const ZfAtom& atom) {
 
 }  // namespace
 
-bool ZfAtom::Exchange(ZfBarnXml& xml, const std::string& itemTag) {
+namespace qvre {
+
+bool ClusterAtom::Exchange(ZfBarnXml& xml, const std::string& itemTag) {
     if (!xml.OpenRack(itemTag)) return false;
     xml.Text("name", name, "");
     xml.Text("atom", atom, "");
@@ -79,7 +83,7 @@ bool ZfAtom::Exchange(ZfBarnXml& xml, const std::string& itemTag) {
     return true;
 }
 
-bool ZfStructure::Exchange(ZfBarnXml& xml, const std::string& tag) {
+bool Structure::Exchange(ZfBarnXml& xml, const std::string& tag) {
     if (!xml.OpenRack(tag)) return false;
     xml.RecordList("atoms", "i", atoms);
     xml.CloseRack(tag);
@@ -87,7 +91,7 @@ bool ZfStructure::Exchange(ZfBarnXml& xml, const std::string& tag) {
     return true;
 }
 
-bool ZfCluster::Exchange(ZfBarnXml& xml, bool validate) {
+bool Cluster::Exchange(ZfBarnXml& xml, bool validate) {
     if (!xml.OpenRack("zf_crystal_structure_data")) return false;
     if (xml.OpenRack("data")) {
         xml.RecordList("list_structure", "structure", structures);
@@ -106,7 +110,7 @@ bool ZfCluster::Exchange(ZfBarnXml& xml, bool validate) {
     return true;
 }
 
-void SelectionSort(std::vector<ZfAtom>& atoms, std::vector<double> keys) {
+void SelectionSort(std::vector<ClusterAtom>& atoms, std::vector<double> keys) {
     for (std::size_t i = 0; i + 1 < atoms.size(); ++i) {
         std::size_t smallest = i;
         for (std::size_t j = i + 1; j < atoms.size(); ++j)
@@ -117,21 +121,23 @@ void SelectionSort(std::vector<ZfAtom>& atoms, std::vector<double> keys) {
     }
 }
 
-void SortAtomsByDistance(std::vector<ZfAtom>& atoms) {
+}  // namespace qvre
+
+void SortAtomsByDistance(std::vector<ClusterAtom>& atoms) {
     std::vector<double> keys;
     keys.reserve(atoms.size());
-    for (const ZfAtom& atom : atoms) keys.push_back(NormSquared(atom.position));
+    for (const ClusterAtom& atom : atoms) keys.push_back(NormSquared(atom.position));
     SelectionSort(atoms, std::move(keys));
 }
 
-void ValidateCluster(ZfStructure& structure) {
-    std::vector<ZfAtom>& atoms = structure.atoms;
+void ValidateCluster(Structure& structure) {
+    std::vector<ClusterAtom>& atoms = structure.atoms;
     if (atoms.empty()) throw ZfError("Structure has no atoms");
     SortAtomsByDistance(atoms);
 
     std::vector<std::array<double, 3>> angstrom;
     angstrom.reserve(atoms.size());
-    for (const ZfAtom& atom : atoms) {
+    for (const ClusterAtom& atom : atoms) {
         const double* p = atom.position.Data();
         angstrom.push_back({p[0] * 1e10, p[1] * 1e10, p[2] * 1e10});
     }

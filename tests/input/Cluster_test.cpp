@@ -1,4 +1,4 @@
-#include "input/ZfCluster.h"
+#include "input/Cluster.h"
 
 #include <gtest/gtest.h>
 
@@ -21,25 +21,26 @@ std::string ClusterXml(const std::string& first, const std::string& second = "")
     return Tag("zf_crystal_structure_data", Tag("data", Tag("list_structure", list)));
 }
 
-ZfCluster Read(const std::string& text, bool validate) {
+Cluster Read(const std::string& text, bool validate) {
     XmlReader xml(text);
-    ZfCluster cluster;
+    Cluster cluster;
     cluster.Exchange(xml, validate);
     return cluster;
 }
 
 }  // namespace
 
-TEST(ZfCluster, DisplacementsComeInThreeForms) {
+TEST(Cluster, DisplacementsComeInThreeForms) {
     const std::string iso = Tag("MSD_iso", Tag("U_iso", "0.5"));
     const std::string aniso =
         Tag("MSD_aniso", Tag("aniso_U_11", "1") + Tag("aniso_U_12", "2") + Tag("aniso_U_13", "3") +
                              Tag("aniso_U_22", "4") + Tag("aniso_U_23", "5") + Tag("aniso_U_33", "6"));
-    const ZfCluster cluster =
+    const Cluster cluster =
         Read(ClusterXml(AtomXml("a", 0, 0, 0) + AtomXml("b", 0, 0, 1, iso) +
                         AtomXml("c", 0, 0, 2, iso + aniso) + AtomXml("d", 0, 0, 3, Tag("MSD_iso", ""))),
              true);
-    std::vector<ZfAtom> atoms = cluster.structures[0].atoms;  // a copy of atoms whose U came from Scale()
+    std::vector<ClusterAtom> atoms =
+        cluster.structures[0].atoms;  // a copy of atoms whose U came from Scale()
     EXPECT_EQ(atoms[0].U.Count(), 0);
     EXPECT_EQ(atoms[1].U.At(0, 0), 0.5 * 1e-20);
     EXPECT_EQ(atoms[3].U.At(0, 0), 0.0);
@@ -50,8 +51,8 @@ TEST(ZfCluster, DisplacementsComeInThreeForms) {
             EXPECT_EQ(atoms[2].U.At(col, row), expected[col][row] * 1e-20) << col << row;
 }
 
-TEST(ZfCluster, WritesToTheByteAndLeavesTensorsOut) {
-    ZfCluster cluster =
+TEST(Cluster, WritesToTheByteAndLeavesTensorsOut) {
+    Cluster cluster =
         Read(ClusterXml(AtomXml("&lt;", 0, 0, 0, Tag("MSD_iso", Tag("U_iso", "0.0123456789"))) +
                         AtomXml("b", 1.23456789, -1, 2e-7, Tag("atom", "Cu") + Tag("MSD_aniso", ""))),
              true);
@@ -66,19 +67,19 @@ TEST(ZfCluster, WritesToTheByteAndLeavesTensorsOut) {
               "</atoms>\n</structure>\n</list_structure>\n</data>\n</zf_crystal_structure_data>\n");
 }
 
-TEST(ZfCluster, EqualDistancesKeepTheOrderOfTheSelectionSort) {
+TEST(Cluster, EqualDistancesKeepTheOrderOfTheSelectionSort) {
     // "x" changes places with "a", which so comes to stand behind "b" and "c" at the same distance.
-    const ZfCluster cluster = Read(ClusterXml(AtomXml("a", 2, 0, 0) + AtomXml("b", 0, 2, 0) +
-                                              AtomXml("c", 0, 0, -2) + AtomXml("x", 0, 0, 0)),
-                                   false);
+    const Cluster cluster = Read(ClusterXml(AtomXml("a", 2, 0, 0) + AtomXml("b", 0, 2, 0) +
+                                            AtomXml("c", 0, 0, -2) + AtomXml("x", 0, 0, 0)),
+                                 false);
     std::string names;
-    for (const ZfAtom& atom : cluster.structures[0].atoms) names += atom.name;
+    for (const ClusterAtom& atom : cluster.structures[0].atoms) names += atom.name;
     EXPECT_EQ(names, "xbca");
 }
 
 // Half an fcc crystal: the squared distances of one shell are equal on paper, but summed in metres as
 // x*x + y*y + z*z some differ in the last bit, and that bit decides.
-TEST(ZfCluster, LastBitsOrderAnFccHalfSpace) {
+TEST(Cluster, LastBitsOrderAnFccHalfSpace) {
     constexpr double kHalfConstant_A = 1.8075;
     std::string atoms;
     for (int i = 0; i < 13 * 13 * 7; ++i) {
@@ -92,8 +93,8 @@ TEST(ZfCluster, LastBitsOrderAnFccHalfSpace) {
     std::set<std::string> splitShells;
     std::string shellBefore;
     double keyBefore = 0.0;
-    const ZfCluster cluster = Read(ClusterXml(atoms), true);
-    for (const ZfAtom& atom : cluster.structures[0].atoms) {
+    const Cluster cluster = Read(ClusterXml(atoms), true);
+    for (const ClusterAtom& atom : cluster.structures[0].atoms) {
         const double* p = atom.position.Data();
         const double key = p[0] * p[0] + p[1] * p[1] + p[2] * p[2];
         EXPECT_LE(keyBefore, key) << atom.name;
@@ -104,7 +105,7 @@ TEST(ZfCluster, LastBitsOrderAnFccHalfSpace) {
     EXPECT_GE(splitShells.size(), 5U);  // else this crystal tests nothing
 }
 
-TEST(ZfCluster, ValidationTellsTheStructure) {
+TEST(Cluster, ValidationTellsTheStructure) {
     const std::string good = AtomXml("a", 0.00999, 0, 0) + AtomXml("b", 0, 0, 1);
     const std::pair<std::string, const char*> cases[] = {
         {good, "no failure"},

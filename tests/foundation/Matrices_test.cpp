@@ -1,4 +1,4 @@
-#include "foundation/ZfMatrix.h"
+#include "foundation/MatrixBase.h"
 
 #include <gtest/gtest.h>
 
@@ -25,7 +25,7 @@ std::vector<double> Elements(const ZfLDoubleMatrix& m) {
 
 }  // namespace
 
-TEST(ZfMatrix, SizesThatFail) {
+TEST(MatrixBase, SizesThatFail) {
     const std::string creation = "matrix creation Parameter Error";
     const std::string allocation = "Matrix Parameter Error";
     ZfFloatMatrix m;
@@ -38,7 +38,7 @@ TEST(ZfMatrix, SizesThatFail) {
     EXPECT_EQ(ErrorText([&] { block.Allocate(1 << 11, 1 << 11, 1 << 11); }), "Cannot Get Memory");
 }
 
-TEST(ZfMatrix, ColumnComesFirstAndFastest) {
+TEST(MatrixBase, ColumnComesFirstAndFastest) {
     ZfLDoubleMatrix m = Counting(2, 3, -1, 5);
     EXPECT_EQ(m.At(0, 5), 2.0);
     EXPECT_EQ(m.At(-1, 6), 3.0);
@@ -47,7 +47,7 @@ TEST(ZfMatrix, ColumnComesFirstAndFastest) {
               "Matrix over range. access=(0,8) size=(2,3) begin=(-1,5)FastReturn=true");
 }
 
-TEST(ZfMatrix, VectorsKnowAbsoluteIndices) {
+TEST(MatrixBase, VectorsKnowAbsoluteIndices) {
     ZfLDoubleMatrix row = Counting(3, 1, -1);
     EXPECT_EQ(row.VectorAt(-1), 1.0);
     EXPECT_EQ(NormSquared(row), 14.0);
@@ -60,7 +60,7 @@ TEST(ZfMatrix, VectorsKnowAbsoluteIndices) {
     EXPECT_EQ(row.RowSize, 5);
 }
 
-TEST(ZfMatrix, ATemporaryHandsOverItsStorage) {
+TEST(MatrixBase, ATemporaryHandsOverItsStorage) {
     ZfLDoubleMatrix temporary = Counting(2, 2, 3);
     temporary.FastReturn = true;
     const double* block = temporary.Data();
@@ -77,7 +77,7 @@ TEST(ZfMatrix, ATemporaryHandsOverItsStorage) {
     EXPECT_EQ(result.ColBegin, 3);
 }
 
-TEST(ZfMatrix, Operations) {
+TEST(MatrixBase, Operations) {
     const ZfLDoubleMatrix a = Counting(2, 1);
     const ZfLDoubleMatrix shifted = Counting(2, 1, 1);
     ZfLDoubleMatrix zero = Counting(2, 1);
@@ -94,7 +94,7 @@ TEST(ZfMatrix, Operations) {
     EXPECT_EQ(ErrorText([&] { Multiply(b, Counting(2, 3, 0, 1)); }), "Matrix * operation: begin err");
 }
 
-TEST(ZfMatrix, EulerRotationTurnsAboutZYZ) {
+TEST(MatrixBase, EulerRotationTurnsAboutZYZ) {
     constexpr double kRounding = 1e-15;
     const double b = 1.1;
     const double c = -2.0;

@@ -1,8 +1,12 @@
-#include "input/ZfEmittedWave.h"
+#include "input/EmittedWave.h"
 
 #include "xml/ZfBarnFile.h"
 
-bool ZfEmittedWave::Exchange(ZfBarnXml& xml, const std::string& itemTag) {
+using namespace qvre;
+
+namespace qvre {
+
+bool EmittedWave::Exchange(ZfBarnXml& xml, const std::string& itemTag) {
     if (!xml.OpenRack(itemTag)) return false;
     xml.LDouble("Ek", Ek, 1000.0);
     xml.LDouble("Ratio", Ratio, 1.0);
@@ -14,7 +18,7 @@ bool ZfEmittedWave::Exchange(ZfBarnXml& xml, const std::string& itemTag) {
     return true;
 }
 
-bool ExchangeEmittedWaves(ZfBarnXml& xml, std::vector<ZfEmittedWave>& waves) {
+bool ExchangeEmittedWaves(ZfBarnXml& xml, std::vector<EmittedWave>& waves) {
     if (!xml.OpenRack("emitted_wave_data")) return false;
     if (xml.OpenRack("data")) {
         xml.RecordList("list_emitter", "i", waves);
@@ -24,7 +28,9 @@ bool ExchangeEmittedWaves(ZfBarnXml& xml, std::vector<ZfEmittedWave>& waves) {
     return true;
 }
 
-void ZfLoadEmittedWave(std::vector<ZfEmittedWave>& waves, const std::string& path) {
+}  // namespace qvre
+
+void ZfLoadEmittedWave(std::vector<EmittedWave>& waves, const std::string& path) {
     ZfBarnFile file(path, "r");
     ExchangeEmittedWaves(file, waves);
 }
