@@ -13,11 +13,12 @@ using namespace qvre;
 
 namespace {
 
-// A method or map that is added to those words must not become a word of this command line.
-static_assert(kWords<ScatteringMethod>.size() == 3 && kWords<SphereMap>.size() == 2);
+// A map that is added to those words must not become a word of this command line.
+static_assert(kWords<SphereMap>.size() == 2);
 
 std::int32_t MethodCode(std::string_view name) {
-    if (const auto method = ValueOfWord<ScatteringMethod>(name)) return *method;
+    const auto method = ValueOfWord<ScatteringMethod>(name);
+    if (method && *method != kFull) return *method;
     throw ZfError("Multiple scattering calculation method is not correct.");
 }
 

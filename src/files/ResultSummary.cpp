@@ -47,8 +47,8 @@ std::string RecordText(const ZfScatteringRecord& record) {
 }
 
 std::string MethodText(std::int32_t method) {
-    constexpr std::array<const char*, 3> kNames = {"SINGLE", "SLOWMULTI", "MULTI"};
-    if (method >= 0 && method < 3) return kNames[static_cast<std::size_t>(method)];
+    constexpr std::array<const char*, 4> kNames = {"SINGLE", "SLOWMULTI", "MULTI", "FULL"};
+    if (method >= 0 && method < 4) return kNames[static_cast<std::size_t>(method)];
     return std::to_string(method);
 }
 
@@ -116,8 +116,8 @@ std::string InfoText(const std::string& key, const std::vector<Item>& list) {
 std::string ScatteredWaveSummary(const ZfScatteringData& data) {
     const std::vector<ZfScatteringRecord>& records = data.ListScatteringData;
     std::string text = "scattered waves\n  method ";
-    text += MethodText(data.Version) + ", tolerance " + DoubleToText(data.EPS) + "\n  " +
-            Counted(records.size(), "record") + "\n";
+    text += MethodText(data.Version) + (data.Version == kFull ? ", residual " : ", tolerance ") +
+            DoubleToText(data.EPS) + "\n  " + Counted(records.size(), "record") + "\n";
     for (std::size_t i = 0; i < std::min(records.size(), kLongestList); ++i)
         text += "  " + RecordText(records[i]) + "\n";
     if (records.size() > kLongestList)

@@ -44,6 +44,8 @@ std::string MethodName(std::int32_t method) {
             return "SLOWMULTI";
         case kMulti:
             return "MULTI";
+        case kFull:
+            return "FULL";
         default:
             return "unknown";
     }

@@ -16,6 +16,7 @@ void AddInfoCommand(CLI::App& program);
 void AddPhasesCommand(CLI::App& program);
 void AddPlotCommand(CLI::App& program);
 void AddRunCommand(CLI::App& program);
+void AddScatterCommand(CLI::App& program);
 void AddThermalCommand(CLI::App& program);
 
 void AddCommands(CLI::App& program);  ///< all of them, of which one has to be called

@@ -50,6 +50,7 @@ void AddCommands(CLI::App& program) {
     AddPhasesCommand(program);
     AddPlotCommand(program);
     AddRunCommand(program);
+    AddScatterCommand(program);
     AddThermalCommand(program);
 }
 

@@ -34,6 +34,7 @@ const Sections kWaves = {"cluster", "phases", "emission"};
 const Sections kPhases = {"cluster", "emission", "phases"};
 const Sections kFluctuation = {"cluster", "thermal"};
 const Sections kScattering = {"cluster", "emission", "phases", "scattering"};
+const Sections kFullScattering = {"cluster", "emission", "phases", "scattering", "thermal"};
 const Sections kImages = {"cluster", "emission", "phases", "scattering", "thermal", "image"};
 
 /// Writes one file of the run and returns what the user should know of it, in lines.
@@ -283,21 +284,24 @@ std::string Planner::AddFluctuation(const RecipeCase& one, const ClusterFacts& f
 
 RunResult Planner::AddCase(const RecipeCase& one) {
     RecipeTable recipe(&one.settings, "recipe");
-    ScatteringRequest inputs;
+    ScatteringRequest inputs = ReadScatteringSection(recipe.Section("scattering"));
     const ClusterFacts facts = AddCluster(one, inputs);
     AddWavesAndPhases(one, facts, inputs);
-    inputs.method = ReadMethod(recipe.Section("scattering"));
     ImageRequest images = ReadImageSection(recipe.Section("image"));
+    if (inputs.method == kFull && images.meanFreePath > 0.0)
+        recipe.Section("image").Fail("mean-free-path",
+                                     "is for the other methods: FULL takes [scattering] imfp");
     images.atomicWeightFile = ProgramFile("AtomicWeight.txt");
     images.fluctuationFile = AddFluctuation(one, facts, inputs.clusterFile);
     AddFile(one, {"checks", "checks", ".txt", kImages}, [=](const std::string& output) {
         return CheckRun(inputs, images.fluctuationFile, images.atomicWeightFile, output);
     });
+    inputs.fluctuationFile = images.fluctuationFile;
+    inputs.atomicWeightFile = images.atomicWeightFile;
+    const Sections& sections = inputs.method == kFull ? kFullScattering : kScattering;
     images.scatteredWaveFile =
-        AddFile(one, {"scattering", "scatteredwave", ".xml_sf", kScattering}, [=](const std::string& output) {
-            CalculateScattering(inputs, output);
-            return std::string();
-        });
+        AddFile(one, {"scattering", "scatteredwave", ".xml_sf", sections},
+                [=](const std::string& output) { return CalculateScattering(inputs, output); });
     return AddImages(one, images);
 }
 

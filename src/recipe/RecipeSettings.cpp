@@ -53,10 +53,18 @@ void CompleteBackground(CompareRequest& request) {
 
 }  // namespace
 
-ScatteringMethod ReadMethod(RecipeTable section) {
-    const ScatteringMethod method = section.Word("method", ScatteringRequest().method);
+ScatteringRequest ReadScatteringSection(RecipeTable section) {
+    ScatteringRequest request;
+    request.method = section.Word("method", request.method);
+    if (request.method != kFull)
+        for (const char* key : {"imfp", "tolerance"})
+            if (section.Has(key)) section.Fail(key, "is a setting of the method FULL");
+    request.full.meanFreePath = Length(section, "imfp");
+    request.full.tolerance = section.Number("tolerance", RecipeUnit::kNone, request.full.tolerance);
+    if (!(request.full.tolerance >= 1e-12 && request.full.tolerance <= 0.1))
+        section.Fail("tolerance", "has to lie between 1e-12 and 0.1");
     section.RefuseUnread();
-    return method;
+    return request;
 }
 
 ImageRequest ReadImageSection(RecipeTable section) {

@@ -12,7 +12,8 @@
 
 namespace qvre {
 
-ScatteringMethod ReadMethod(RecipeTable section);
+/// The method and its settings, without the files.
+ScatteringRequest ReadScatteringSection(RecipeTable section);
 
 /// Without the files.
 ImageRequest ReadImageSection(RecipeTable section);

@@ -1,6 +1,9 @@
 #include "run/RunStages.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
+#include <cmath>
 #include <complex>
 #include <cstdio>
 
@@ -51,7 +54,8 @@ void Calculate(ZfDocPattern& pattern, const ImageRequest& request) {
     ZfScatteringData data;
     ZfLoadScatteredWave(data, request.scatteredWaveFile);
     Fluctuation fluctuation;
-    ZfLoadFluctuation(fluctuation, request.fluctuationFile);
+    if (data.Version != kFull)  // its vibrations are part of the waves
+        ZfLoadFluctuation(fluctuation, request.fluctuationFile);
     pattern.ActivateAll(data.ListScatteringData.size());
     pattern.clusterLimit = request.clusterLimit;
     pattern.clusterLowerLimit = request.clusterLowerLimit;
@@ -76,6 +80,60 @@ void SaveImages(const ZfSphericalMapping& mapping, const std::string& projection
     direct.Commit();
 }
 
+std::string CalculateInOrder(const ScatteringRequest& request, LoadedInputs& inputs, ZfScatteringData& data) {
+    data.Version = request.method;
+    data.MultiScattering = 1;
+    RunProgress progress("scattering", [&data] { return FractionDone(data); });
+    data.Calculate(progress, inputs.cluster, inputs.waves, inputs.phaseShifts);
+    InterruptRequest::ThrowIfPending();
+    return {};
+}
+
+/// Above it, the expected time of a solution is told before it begins.
+constexpr double kWorthTelling_s = 5.0;
+
+void TellEstimate(const FullScatteringEstimate& estimate) {
+    if (estimate.seconds < kWorthTelling_s) return;
+    std::printf("    full scattering takes about %s and %.2g MB\n", DurationText(estimate.seconds).c_str(),
+                estimate.bytes * 1e-6);
+    std::fflush(stdout);
+}
+
+std::string OutcomeText(const FullScatteringOutcome& outcome) {
+    std::string text =
+        fmt::format("FULL: {} atoms, {} waves: {} applications of the operator, residual {:.1e}\n",
+                    outcome.atoms, outcome.waves, outcome.applications, outcome.residual);
+    for (const PhaseShiftCut& cut : outcome.cuts)
+        text += fmt::format(
+            "note: of the {} phase shifts of {} the first {} are used: beyond, rounding stands "
+            "for them\n",
+            cut.given, cut.name, cut.used);
+    return text;
+}
+
+std::string CalculateInFull(const ScatteringRequest& request, LoadedInputs& inputs, ZfScatteringData& data) {
+    FullScatteringInputs all = {inputs.cluster, inputs.waves, inputs.phaseShifts};
+    Fluctuation fluctuation;
+    ZfDebye weights;
+    if (!request.fluctuationFile.empty()) {
+        ZfLoadFluctuation(fluctuation, request.fluctuationFile);
+        weights = LoadAtomicWeights(request.atomicWeightFile);
+        all.fluctuation = &fluctuation;
+        all.weights = &weights;
+    }
+    double done = 0.0;
+    RunProgress progress("scattering", [&done] { return done; });
+    const FullScatteringReports reports = {TellEstimate, [&done](const FullScatteringProgress& at) {
+                                               done = std::clamp(
+                                                   std::log(at.residual) / std::log(at.tolerance), 0.0, 1.0);
+                                           }};
+    std::string text;
+    for (const FullScatteringOutcome& outcome : ScatterInFull(data, all, request.full, progress, reports))
+        text += OutcomeText(outcome);
+    InterruptRequest::ThrowIfPending();
+    return text;
+}
+
 }  // namespace
 
 LoadedInputs::LoadedInputs(const ScatteringRequest& request) {
@@ -84,15 +142,12 @@ LoadedInputs::LoadedInputs(const ScatteringRequest& request) {
     ZfLoadPhaseShift(phaseShifts, request.phaseShiftFile);
 }
 
-void CalculateScattering(const ScatteringRequest& request, const std::string& outputFile) {
+std::string CalculateScattering(const ScatteringRequest& request, const std::string& outputFile) {
     LoadedInputs inputs(request);
     ReplacedFile output(outputFile);
     ZfScatteringData data;
-    data.Version = request.method;
-    data.MultiScattering = 1;
-    RunProgress progress("scattering", [&data] { return FractionDone(data); });
-    data.Calculate(progress, inputs.cluster, inputs.waves, inputs.phaseShifts);
-    InterruptRequest::ThrowIfPending();
+    const std::string remarks = request.method == kFull ? CalculateInFull(request, inputs, data)
+                                                        : CalculateInOrder(request, inputs, data);
     output.Write([&data](const std::string& path) {
         ZfBarnFile file(path, "w");
         data.Exchange(file);
@@ -100,6 +155,7 @@ void CalculateScattering(const ScatteringRequest& request, const std::string& ou
     });
     output.Commit();
     WarnOfUnreachedAtoms(data, inputs.phaseShifts);
+    return remarks;
 }
 
 void CalculateImages(const ImageRequest& request, const std::string& imageFile,

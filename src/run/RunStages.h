@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "multiple/FullRecords.h"
 #include "pattern/SphereMap.h"
 #include "scattering/ZfScatteringData.h"
 
@@ -17,6 +18,9 @@ struct ScatteringRequest {
     std::string wavesFile;
     std::string phaseShiftFile;
     ScatteringMethod method = kMulti;
+    FullScatteringSettings full;  ///< of the method FULL alone, as the two files behind it
+    std::string fluctuationFile;  ///< none: the atoms are at rest
+    std::string atomicWeightFile;
 };
 
 /// The files of a request, loaded. Throws ZfError.
@@ -28,7 +32,8 @@ struct LoadedInputs {
     ZfPhaseShiftDocument phaseShifts;
 };
 
-void CalculateScattering(const ScatteringRequest& request, const std::string& outputFile);
+/// Returns what the user should know of it, in lines.
+std::string CalculateScattering(const ScatteringRequest& request, const std::string& outputFile);
 
 struct ImageRequest {
     std::string scatteredWaveFile;

@@ -17,12 +17,13 @@ class ZfBarnXml;
 
 namespace qvre {
 
-/// The method by which an atom gathers the sources it sees; the values of the command line and of files.
-enum ScatteringMethod : std::int32_t { kSingle = 0, kSlowMulti = 1, kMulti = 2 };
+/// The method by which an atom gathers the sources it sees; the values of the command line and of files. Full
+/// scattering (multiple/FullRecords.h) has no order of atoms, and is none of Calculate's.
+enum ScatteringMethod : std::int32_t { kSingle = 0, kSlowMulti = 1, kMulti = 2, kFull = 3 };
 
 template <>
 inline constexpr auto kWords<ScatteringMethod> = std::to_array<Word<ScatteringMethod>>(
-    {{"MULTI", kMulti}, {"SLOWMULTI", kSlowMulti}, {"SINGLE", kSingle}});
+    {{"MULTI", kMulti}, {"SLOWMULTI", kSlowMulti}, {"SINGLE", kSingle}, {"FULL", kFull}});
 
 }  // namespace qvre
 

@@ -62,6 +62,11 @@ TEST_F(RecipePlan, AStepIsRepeatedForTheSettingsThatItDependsOn) {
     };
     for (const auto& [section, line, repeated] : cases)
         EXPECT_EQ(Changed(base, Keys(Recipe({{section, line}}))), repeated) << line;
+    // Vibrations are part of full scattering.
+    const std::string full = "method = \"FULL\"";
+    EXPECT_EQ(Changed(Keys(Recipe({{"scattering", full}})),
+                      Keys(Recipe({{"scattering", full}, {"thermal", "temperature = 77"}}))),
+              "thermal checks scattering images picture");
 }
 
 TEST_F(RecipePlan, AStepIsRepeatedForTheContentOfItsFiles) {
@@ -103,6 +108,9 @@ TEST_F(RecipePlan, WhatCannotWorkIsRefusedBeforeAnythingIsMade) {
         {"phases", "zero = 1e6", "[phases]: The muffin-tin zero"},
         {"thermal", "debye = { Ni = 300 }", "[thermal]: There is a Debye temperature for Ni"},
         {"thermal", "temperature = [300, -1]", "line 7: [thermal] temperature: has to be 0 or above, not -1"},
+        {"scattering", "imfp = 10", "[scattering] imfp: is a setting of the method FULL"},
+        {"scattering", "method = \"FULL\"\n[image]\nmean-free-path = 10",
+         "[image] mean-free-path: is for the other methods"},
         {"image", "resolution = 200", "line 8: [image] resolution: has to lie between"},
         {"picture", "file = \"a\\u0000.png\"", "[picture] file: holds a control character"},
         {"picture", "file = \"../a.png\"", "[picture] file: has to be a name without a folder"},

@@ -224,13 +224,21 @@ TEST(RecipeRequests, Vibrations) {
 }
 
 TEST(RecipeRequests, ScatteringAndImage) {
-    const auto method = [](const ScatteringMethod& m) { return Text(static_cast<double>(m)); };
-    ExpectFields<ScatteringMethod>("",
-                                   {{"", method, "2"},  // as files number them
-                                    {"method = \"SINGLE\"", method, "0"},
-                                    {"method = \"SLOWMULTI\"", method, "1"},
-                                    {"method = \"MULTI\"", method, "2"}},
-                                   ReadMethod);
+    using S = ScatteringRequest;
+    const auto method = [](const S& s) { return Text(static_cast<double>(s.method)); };
+    const auto damping = [](const S& s) { return Text(s.full.meanFreePath); };
+    const auto tolerance = [](const S& s) { return Text(s.full.tolerance); };
+    ExpectFields<S>("",
+                    {{"", method, "2"},  // as files number them
+                     {"method = \"SINGLE\"", method, "0"},
+                     {"method = \"SLOWMULTI\"", method, "1"},
+                     {"method = \"MULTI\"", method, "2"},
+                     {"method = \"FULL\"", method, "3"},
+                     {"method = \"FULL\"", damping, "0"},
+                     {"method = \"FULL\"\nimfp = 12", damping, "1.2e-09"},
+                     {"method = \"FULL\"", tolerance, "1e-05"},
+                     {"method = \"FULL\"\ntolerance = 0.001", tolerance, "0.001"}},
+                    ReadScatteringSection);
     using R = ImageRequest;
     const auto map = [](const R& r) { return WordFor(r.map); };
     const auto resolution = [](const R& r) { return Text(r.resolution); };

@@ -1,0 +1,133 @@
+#include "multiple/FullRecords.h"
+
+#include <algorithm>
+#include <map>
+#include <utility>
+
+#include "foundation/ZfError.h"
+#include "multiple/VibrationAverage.h"
+#include "scattering/ScattererLists.h"
+#include "scattering/ThermalModels.h"
+
+namespace qvre {
+
+namespace {
+
+using Records = std::vector<ZfScatteringRecord*>;
+
+Vec3 PositionOf(const ZfFreeElectron& electron) {
+    const double* const r = electron.position.Data();
+    return {r[0], r[1], r[2]};
+}
+
+/// Species of the atoms of a record: phase shifts and displacement.
+void AddSpecies(const ZfScatteringRecord& record, const ZfPhaseShiftDocument& phaseShifts,
+                FullScatteringRequest& request) {
+    std::map<std::pair<std::int8_t, double>, std::size_t> known;
+    const std::vector<ZfFreeElectron>& atoms = record.ListScatterer.electrons;
+    for (std::size_t i = 0; i < atoms.size(); ++i) {
+        const std::int8_t index = record.phaseShiftIndex.VectorValueAt(static_cast<std::int32_t>(i));
+        const auto [entry, isNew] = known.try_emplace({index, atoms[i].Uiso}, known.size());
+        if (isNew) {
+            const PhaseShiftRecord& phases = CheckedAt(phaseShifts.records, index);
+            request.listOfSpecies.push_back(
+                {phases.AtomName,
+                 VibrationAverage(ScatteringFactors(phases), request.k * request.k * atoms[i].Uiso)});
+        }
+        request.species.push_back(entry->second);
+    }
+}
+
+FullScatteringRequest RequestOf(const Records& records, const ZfPhaseShiftDocument& phaseShifts,
+                                const FullScatteringSettings& settings) {
+    FullScatteringRequest request;
+    const std::vector<ZfFreeElectron>& atoms = records.front()->ListScatterer.electrons;
+    request.k = atoms.front().k;
+    request.meanFreePath = settings.meanFreePath;
+    request.tolerance = settings.tolerance;
+    for (const ZfFreeElectron& atom : atoms) request.positions.push_back(PositionOf(atom));
+    for (const ZfScatteringRecord* record : records) {
+        const ZfFreeElectron& emitter = record->ListScatterer.electrons.front();
+        if (emitter.IsPlaneWave)
+            throw ZfError("Full scattering: a plane wave comes from outside; FULL takes waves of an emitter");
+        request.waves.push_back({0, emitter.A});
+    }
+    AddSpecies(*records.front(), phaseShifts, request);
+    return request;
+}
+
+/// Puts the solution of one wave into its record, with the entry of what the emitter scatters.
+void Store(std::vector<ZfLmComplexTable> tables, ZfScatteringRecord& record) {
+    std::vector<ZfFreeElectron>& atoms = record.NextListScatterer.electrons;
+    atoms = record.ListScatterer.electrons;
+    for (std::size_t i = 1; i < atoms.size(); ++i) {
+        atoms[i].A = std::move(tables[i]);
+        atoms[i].Uiso = 0.0;
+    }
+    ZfFreeElectron scattered = atoms.front();
+    scattered.A = std::move(tables.front());
+    scattered.Uiso = 0.0;
+    atoms.insert(atoms.begin() + 1, std::move(scattered));
+    record.atomLabels.insert(record.atomLabels.begin() + 1, std::string(record.atomLabels.front()));
+    ZfCharMatrix index;
+    index.SetVectorSize(static_cast<std::int32_t>(atoms.size()));
+    for (std::int32_t i = 0; i < index.VectorSize(); ++i)
+        index.VectorAt(i) = record.phaseShiftIndex.VectorValueAt(std::max(i - 1, 0));
+    record.phaseShiftIndex = index;
+    record.ListScatterer = record.NextListScatterer;
+}
+
+void SetDisplacements(const FullScatteringInputs& inputs, ZfVectorFreeElectron& list) {
+    if (inputs.fluctuation) {
+        ApplyThermalModel(*inputs.fluctuation, list, *inputs.weights);
+        return;
+    }
+    for (ZfFreeElectron& atom : list.electrons) atom.Uiso = 0.0;
+}
+
+/// Adds the records of a structure, by the energy of their waves. They must have room.
+std::map<double, Records> AddRecords(ZfScatteringData& data, const FullScatteringInputs& inputs) {
+    std::map<double, Records> byEnergy;
+    for (data.EWIndex = 0; data.EWIndex < data.EWCount; ++data.EWIndex) {
+        ZfScatteringRecord& record = AddScatteringRecord(data, inputs.cluster, data.StIndex, inputs.waves,
+                                                         data.EWIndex, inputs.phaseShifts);
+        SetDisplacements(inputs, record.ListScatterer);
+        byEnergy[record.ListScatterer.Ek_eV].push_back(&record);
+    }
+    return byEnergy;
+}
+
+}  // namespace
+
+std::vector<FullScatteringOutcome> ScatterInFull(ZfScatteringData& data, const FullScatteringInputs& inputs,
+                                                 const FullScatteringSettings& settings,
+                                                 ZfNotifyTerminate& notifier,
+                                                 const FullScatteringReports& reports) {
+    data.Version = kFull;
+    data.MultiScattering = 1;
+    data.EPS = 0.0;
+    data.EWCount = static_cast<std::int32_t>(inputs.waves.size());
+    data.StCount = static_cast<std::int32_t>(inputs.cluster.structures.size());
+    data.ListScatteringData.clear();
+    data.ListScatteringData.reserve(inputs.waves.size() * inputs.cluster.structures.size());
+    std::vector<FullScatteringOutcome> outcomes;
+    for (data.StIndex = 0; data.StIndex < data.StCount; ++data.StIndex) {
+        for (const auto& [energy, records] : AddRecords(data, inputs)) {
+            const FullScatteringRequest request = RequestOf(records, inputs.phaseShifts, settings);
+            if (reports.estimate) reports.estimate(EstimateFullScattering(request));
+            FullScattering solution = SolveFullScattering(request, notifier, reports.progress);
+            if (solution.interrupted) {
+                data.ListScatteringData.clear();
+                return {};
+            }
+            for (std::size_t w = 0; w < records.size(); ++w) Store(std::move(solution.waves[w]), *records[w]);
+            outcomes.push_back({request.positions.size(), records.size(), solution.applications,
+                                *std::max_element(solution.residual.begin(), solution.residual.end()),
+                                std::move(solution.cuts)});
+            data.EPS = std::max(data.EPS, outcomes.back().residual);
+        }
+    }
+    return outcomes;
+}
+
+}  // namespace qvre
