@@ -13,7 +13,9 @@ namespace qvre {
 
 namespace {
 
-using Records = std::vector<ZfScatteringRecord*>;
+constexpr double kLongestMeasure_s = 2.0;
+
+using Records = std::vector<const ZfScatteringRecord*>;
 
 Vec3 PositionOf(const ZfFreeElectron& electron) {
     const double* const r = electron.position.Data();
@@ -86,8 +88,9 @@ void SetDisplacements(const FullScatteringInputs& inputs, ZfVectorFreeElectron& 
 }
 
 /// Adds the records of a structure, by the energy of their waves. They must have room.
-std::map<double, Records> AddRecords(ZfScatteringData& data, const FullScatteringInputs& inputs) {
-    std::map<double, Records> byEnergy;
+std::map<double, std::vector<ZfScatteringRecord*>> AddRecords(ZfScatteringData& data,
+                                                              const FullScatteringInputs& inputs) {
+    std::map<double, std::vector<ZfScatteringRecord*>> byEnergy;
     for (data.EWIndex = 0; data.EWIndex < data.EWCount; ++data.EWIndex) {
         ZfScatteringRecord& record = AddScatteringRecord(data, inputs.cluster, data.StIndex, inputs.waves,
                                                          data.EWIndex, inputs.phaseShifts);
@@ -113,7 +116,8 @@ std::vector<FullScatteringOutcome> ScatterInFull(ZfScatteringData& data, const F
     std::vector<FullScatteringOutcome> outcomes;
     for (data.StIndex = 0; data.StIndex < data.StCount; ++data.StIndex) {
         for (const auto& [energy, records] : AddRecords(data, inputs)) {
-            const FullScatteringRequest request = RequestOf(records, inputs.phaseShifts, settings);
+            const FullScatteringRequest request =
+                RequestOf({records.begin(), records.end()}, inputs.phaseShifts, settings);
             if (reports.estimate) reports.estimate(EstimateFullScattering(request));
             FullScattering solution = SolveFullScattering(request, notifier, reports.progress);
             if (solution.interrupted) {
@@ -128,6 +132,34 @@ std::vector<FullScatteringOutcome> ScatterInFull(ZfScatteringData& data, const F
         }
     }
     return outcomes;
+}
+
+std::optional<OrderedResultMeasure> MeasureOrderedResult(const ZfScatteringData& data,
+                                                         const ZfPhaseShiftDocument& phaseShifts) {
+    Records records;
+    std::vector<std::vector<ZfLmComplexTable>> tables;
+    std::vector<ZfScatteringRecord> atRest;
+    for (const ZfScatteringRecord& record : data.ListScatteringData) {
+        const ZfScatteringRecord& first = data.ListScatteringData.front();
+        if (record.StIndex != first.StIndex || record.ListScatterer.Ek_eV != first.ListScatterer.Ek_eV)
+            continue;
+        ZfScatteringRecord& copy = atRest.emplace_back(record);
+        for (ZfFreeElectron& atom : copy.ListScatterer.electrons) atom.Uiso = 0.0;
+        std::vector<ZfLmComplexTable>& sent = tables.emplace_back();
+        for (const ZfFreeElectron& atom : record.ListScatterer.electrons) sent.push_back(atom.A);
+        sent.front() = ZfLmComplexTable();  // the emitted wave; the methods let the emitter scatter nothing
+    }
+    if (atRest.empty()) return std::nullopt;
+    for (const ZfScatteringRecord& record : atRest) records.push_back(&record);
+    try {
+        const FullScatteringRequest request = RequestOf(records, phaseShifts, {});
+        const FullScatteringEstimate estimate = EstimateFullScattering(request);
+        if (estimate.seconds > kLongestMeasure_s * estimate.applications) return std::nullopt;
+        const std::vector<double> missing = MissingScattering(request, tables);
+        return OrderedResultMeasure{*std::max_element(missing.begin(), missing.end()), estimate.seconds};
+    } catch (const ZfError&) {
+        return std::nullopt;
+    }
 }
 
 }  // namespace qvre

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -54,5 +55,16 @@ std::vector<FullScatteringOutcome> ScatterInFull(ZfScatteringData& data, const F
                                                  const FullScatteringSettings& settings,
                                                  ZfNotifyTerminate& notifier,
                                                  const FullScatteringReports& reports = {});
+
+/// A result of the ordered methods by the measure of full scattering.
+struct OrderedResultMeasure {
+    double missing = 0.0;  ///< of all that the atoms scatter, the largest of the waves: see MissingScattering
+    double seconds = 0.0;  ///< that FULL would take for the structure
+};
+
+/// Of the first structure, at rest and without damping. None for what FULL does not solve, nor where the
+/// measure alone would take more than some seconds.
+std::optional<OrderedResultMeasure> MeasureOrderedResult(const ZfScatteringData& data,
+                                                         const ZfPhaseShiftDocument& phaseShifts);
 
 }  // namespace qvre

@@ -336,6 +336,34 @@ FullScatteringEstimate EstimateFullScattering(const FullScatteringRequest& reque
     return estimate;
 }
 
+std::vector<double> MissingScattering(const FullScatteringRequest& request,
+                                      const std::vector<std::vector<ZfLmComplexTable>>& tables) {
+    std::vector<PhaseShiftCut> cuts;
+    ScatteringOperator scattering = MakeOperator(request, cuts);
+    std::vector<ClusterWave> waves;
+    for (const std::vector<ZfLmComplexTable>& ofWave : tables) {
+        ClusterWave& wave = waves.emplace_back(scattering.WaveSize());
+        for (std::size_t i = 0; i < ofWave.size(); ++i) {
+            const std::size_t size =
+                std::min(scattering.Offset(i + 1) - scattering.Offset(i), ofWave[i].block.size());
+            std::copy_n(ofWave[i].block.begin(), size,
+                        wave.begin() + static_cast<std::ptrdiff_t>(scattering.Offset(i)));
+        }
+    }
+    const std::vector<ClusterWave> scattered = scattering.Scatter(waves);
+    std::vector<double> missing;
+    for (std::size_t w = 0; w < waves.size(); ++w) {
+        ZfLmComplexTable sent = request.waves[w].table;
+        sent.Fill();
+        ClusterWave rest =
+            scattering.Emit(request.waves[w].emitter, sent.block, static_cast<std::size_t>(sent.L));
+        for (std::size_t j = 0; j < rest.size(); ++j) rest[j] += scattered[w][j] - waves[w][j];
+        const double size = Norm(waves[w]);
+        missing.push_back(size > 0.0 ? Norm(rest) / size : 0.0);
+    }
+    return missing;
+}
+
 FullScattering SolveFullScattering(const FullScatteringRequest& request, ZfNotifyTerminate& notifier,
                                    const std::function<void(const FullScatteringProgress&)>& progress) {
     FullScattering result;

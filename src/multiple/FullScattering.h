@@ -95,6 +95,11 @@ struct FullScatteringEstimate {
 /// two atoms within 0.5 angstrom, phase shifts from which no solution can come (see PhaseShiftGuard.h).
 FullScatteringEstimate EstimateFullScattering(const FullScatteringRequest& request);
 
+/// What the tables of another method, by wave and atom as in FullScattering, leave out: the waves that their
+/// own scattering would add to them, |b - (1 - tG) A| / |A|, by wave; 0 where A is 0.
+std::vector<double> MissingScattering(const FullScatteringRequest& request,
+                                      const std::vector<std::vector<ZfLmComplexTable>>& tables);
+
 /// Throws ZfError also when the tolerance is not reached within the largest number of applications. One
 /// atom, or atoms that scatter nothing, give zero. `progress` is called after each application.
 FullScattering SolveFullScattering(const FullScatteringRequest& request, ZfNotifyTerminate& notifier,

@@ -80,13 +80,26 @@ void SaveImages(const ZfSphericalMapping& mapping, const std::string& projection
     direct.Commit();
 }
 
+/// What the method leaves out, of all that the atoms scatter, above which it is warned of.
+constexpr double kMuchMissing = 0.5;
+
+std::string MeasureText(const ZfScatteringData& data, const ZfPhaseShiftDocument& phaseShifts) {
+    const std::optional<OrderedResultMeasure> measure = MeasureOrderedResult(data, phaseShifts);
+    if (!measure) return {};
+    const char* what = data.Version == kSingle ? "multiple" : "back and side";
+    return fmt::format(
+        "{}{} scattering left out: {:.2g} percent of the waves; the method FULL would take about {}\n",
+        measure->missing > kMuchMissing ? "warning: " : "", what, 100.0 * measure->missing,
+        DurationText(measure->seconds));
+}
+
 std::string CalculateInOrder(const ScatteringRequest& request, LoadedInputs& inputs, ZfScatteringData& data) {
     data.Version = request.method;
     data.MultiScattering = 1;
     RunProgress progress("scattering", [&data] { return FractionDone(data); });
     data.Calculate(progress, inputs.cluster, inputs.waves, inputs.phaseShifts);
     InterruptRequest::ThrowIfPending();
-    return {};
+    return MeasureText(data, inputs.phaseShifts);
 }
 
 /// Above it, the expected time of a solution is told before it begins.

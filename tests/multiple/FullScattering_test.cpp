@@ -326,3 +326,20 @@ TEST(FullScattering, SolvesManyWavesAtOnce) {
         EXPECT_LT(Difference(together.waves[w], Solved(alone).waves[0]), 1e-10) << w;
     }
 }
+
+// With b = (1 - tG) A, tables s A leave out (s - 1) b.
+TEST(FullScattering, MissingScatteringIsTheResidual) {
+    FullScatteringRequest request = MixedCluster(0.02);
+    request.waves = {{3, EmittedTable(3)}};
+    request.tolerance = 1e-11;
+    std::vector<std::vector<ZfLmComplexTable>> tables = Solved(request).waves;
+    EXPECT_LT(MissingScattering(request, tables)[0], 1e-10);
+    std::vector<double> missing;
+    for (const double factor : {2.0, 1.5}) {
+        for (ZfLmComplexTable& table : tables[0])
+            for (Complex& a : table.block) a *= factor;
+        missing.push_back(MissingScattering(request, tables)[0]);
+    }
+    EXPECT_GT(missing[0], 0.1);
+    EXPECT_NEAR(missing[1] / missing[0], 4.0 / 3.0, 1e-8);
+}
