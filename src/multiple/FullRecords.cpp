@@ -22,31 +22,29 @@ Vec3 PositionOf(const ZfFreeElectron& electron) {
     return {r[0], r[1], r[2]};
 }
 
-/// Species of the atoms of a record: phase shifts and displacement.
-void AddSpecies(const ZfScatteringRecord& record, const ZfPhaseShiftDocument& phaseShifts,
+/// Species of the atoms of a record: phase shifts and, unless they are at rest, displacement.
+void AddSpecies(const ZfScatteringRecord& record, const ZfPhaseShiftDocument& phaseShifts, bool atRest,
                 FullScatteringRequest& request) {
     std::map<std::pair<std::int8_t, double>, std::size_t> known;
     const std::vector<ZfFreeElectron>& atoms = record.ListScatterer.electrons;
     for (std::size_t i = 0; i < atoms.size(); ++i) {
+        const double U = atRest ? 0.0 : atoms[i].Uiso;
         const std::int8_t index = record.phaseShiftIndex.VectorValueAt(static_cast<std::int32_t>(i));
-        const auto [entry, isNew] = known.try_emplace({index, atoms[i].Uiso}, known.size());
+        const auto [entry, isNew] = known.try_emplace({index, U}, known.size());
         if (isNew) {
             const PhaseShiftRecord& phases = CheckedAt(phaseShifts.records, index);
             request.listOfSpecies.push_back(
-                {phases.AtomName,
-                 VibrationAverage(ScatteringFactors(phases), request.k * request.k * atoms[i].Uiso)});
+                {phases.AtomName, VibrationAverage(ScatteringFactors(phases), request.k * request.k * U)});
         }
         request.species.push_back(entry->second);
     }
 }
 
-FullScatteringRequest RequestOf(const Records& records, const ZfPhaseShiftDocument& phaseShifts,
-                                const FullScatteringSettings& settings) {
+/// Without the species.
+FullScatteringRequest WavesOf(const Records& records) {
     FullScatteringRequest request;
     const std::vector<ZfFreeElectron>& atoms = records.front()->ListScatterer.electrons;
     request.k = atoms.front().k;
-    request.meanFreePath = settings.meanFreePath;
-    request.tolerance = settings.tolerance;
     for (const ZfFreeElectron& atom : atoms) request.positions.push_back(PositionOf(atom));
     for (const ZfScatteringRecord* record : records) {
         const ZfFreeElectron& emitter = record->ListScatterer.electrons.front();
@@ -54,7 +52,21 @@ FullScatteringRequest RequestOf(const Records& records, const ZfPhaseShiftDocume
             throw ZfError("Full scattering: a plane wave comes from outside; FULL takes waves of an emitter");
         request.waves.push_back({0, emitter.A});
     }
-    AddSpecies(*records.front(), phaseShifts, request);
+    return request;
+}
+
+FullScatteringRequest RequestOf(const Records& records, const ZfPhaseShiftDocument& phaseShifts,
+                                const FullScatteringSettings& settings) {
+    FullScatteringRequest request = WavesOf(records);
+    request.meanFreePath = settings.meanFreePath;
+    request.tolerance = settings.tolerance;
+    AddSpecies(*records.front(), phaseShifts, false, request);
+    return request;
+}
+
+FullScatteringRequest AtRest(const Records& records, const ZfPhaseShiftDocument& phaseShifts) {
+    FullScatteringRequest request = WavesOf(records);
+    AddSpecies(*records.front(), phaseShifts, true, request);
     return request;
 }
 
@@ -87,6 +99,17 @@ void SetDisplacements(const FullScatteringInputs& inputs, ZfVectorFreeElectron& 
     for (ZfFreeElectron& atom : list.electrons) atom.Uiso = 0.0;
 }
 
+/// Makes room for all records.
+void StartRecords(ZfScatteringData& data, const FullScatteringInputs& inputs, ScatteringMethod method) {
+    data.Version = method;
+    data.MultiScattering = 1;
+    data.EPS = 0.0;
+    data.EWCount = static_cast<std::int32_t>(inputs.waves.size());
+    data.StCount = static_cast<std::int32_t>(inputs.cluster.structures.size());
+    data.ListScatteringData.clear();
+    data.ListScatteringData.reserve(inputs.waves.size() * inputs.cluster.structures.size());
+}
+
 /// Adds the records of a structure, by the energy of their waves. They must have room.
 std::map<double, std::vector<ZfScatteringRecord*>> AddRecords(ZfScatteringData& data,
                                                               const FullScatteringInputs& inputs) {
@@ -94,7 +117,6 @@ std::map<double, std::vector<ZfScatteringRecord*>> AddRecords(ZfScatteringData& 
     for (data.EWIndex = 0; data.EWIndex < data.EWCount; ++data.EWIndex) {
         ZfScatteringRecord& record = AddScatteringRecord(data, inputs.cluster, data.StIndex, inputs.waves,
                                                          data.EWIndex, inputs.phaseShifts);
-        SetDisplacements(inputs, record.ListScatterer);
         byEnergy[record.ListScatterer.Ek_eV].push_back(&record);
     }
     return byEnergy;
@@ -106,16 +128,11 @@ std::vector<FullScatteringOutcome> ScatterInFull(ZfScatteringData& data, const F
                                                  const FullScatteringSettings& settings,
                                                  ZfNotifyTerminate& notifier,
                                                  const FullScatteringReports& reports) {
-    data.Version = kFull;
-    data.MultiScattering = 1;
-    data.EPS = 0.0;
-    data.EWCount = static_cast<std::int32_t>(inputs.waves.size());
-    data.StCount = static_cast<std::int32_t>(inputs.cluster.structures.size());
-    data.ListScatteringData.clear();
-    data.ListScatteringData.reserve(inputs.waves.size() * inputs.cluster.structures.size());
+    StartRecords(data, inputs, kFull);
     std::vector<FullScatteringOutcome> outcomes;
     for (data.StIndex = 0; data.StIndex < data.StCount; ++data.StIndex) {
         for (const auto& [energy, records] : AddRecords(data, inputs)) {
+            for (ZfScatteringRecord* record : records) SetDisplacements(inputs, record->ListScatterer);
             const FullScatteringRequest request =
                 RequestOf({records.begin(), records.end()}, inputs.phaseShifts, settings);
             if (reports.estimate) reports.estimate(EstimateFullScattering(request));
@@ -134,25 +151,38 @@ std::vector<FullScatteringOutcome> ScatterInFull(ZfScatteringData& data, const F
     return outcomes;
 }
 
+void ScatterOnce(ZfScatteringData& data, const FullScatteringInputs& inputs) {
+    StartRecords(data, inputs, kSingle);
+    for (data.StIndex = 0; data.StIndex < data.StCount; ++data.StIndex) {
+        for (const auto& [energy, records] : AddRecords(data, inputs)) {
+            const FullScatteringRequest request =
+                AtRest({records.begin(), records.end()}, inputs.phaseShifts);
+            std::vector<std::vector<ZfLmComplexTable>> tables = SingleScattering(request);
+            for (std::size_t w = 0; w < records.size(); ++w) {
+                std::vector<ZfFreeElectron>& atoms = records[w]->NextListScatterer.electrons;
+                for (std::size_t i = 1; i < atoms.size(); ++i) atoms[i].A = std::move(tables[w][i]);
+                records[w]->ListScatterer = records[w]->NextListScatterer;
+            }
+        }
+    }
+}
+
 std::optional<OrderedResultMeasure> MeasureOrderedResult(const ZfScatteringData& data,
                                                          const ZfPhaseShiftDocument& phaseShifts) {
     Records records;
     std::vector<std::vector<ZfLmComplexTable>> tables;
-    std::vector<ZfScatteringRecord> atRest;
     for (const ZfScatteringRecord& record : data.ListScatteringData) {
         const ZfScatteringRecord& first = data.ListScatteringData.front();
         if (record.StIndex != first.StIndex || record.ListScatterer.Ek_eV != first.ListScatterer.Ek_eV)
             continue;
-        ZfScatteringRecord& copy = atRest.emplace_back(record);
-        for (ZfFreeElectron& atom : copy.ListScatterer.electrons) atom.Uiso = 0.0;
+        records.push_back(&record);
         std::vector<ZfLmComplexTable>& sent = tables.emplace_back();
         for (const ZfFreeElectron& atom : record.ListScatterer.electrons) sent.push_back(atom.A);
         sent.front() = ZfLmComplexTable();  // the emitted wave; the methods let the emitter scatter nothing
     }
-    if (atRest.empty()) return std::nullopt;
-    for (const ZfScatteringRecord& record : atRest) records.push_back(&record);
+    if (records.empty()) return std::nullopt;
     try {
-        const FullScatteringRequest request = RequestOf(records, phaseShifts, {});
+        const FullScatteringRequest request = AtRest(records, phaseShifts);
         const FullScatteringEstimate estimate = EstimateFullScattering(request);
         if (estimate.seconds > kLongestMeasure_s * estimate.applications) return std::nullopt;
         const std::vector<double> missing = MissingScattering(request, tables);

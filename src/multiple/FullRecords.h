@@ -56,6 +56,10 @@ std::vector<FullScatteringOutcome> ScatterInFull(ZfScatteringData& data, const F
                                                  ZfNotifyTerminate& notifier,
                                                  const FullScatteringReports& reports = {});
 
+/// Makes the records of the method SINGLE, exactly and for any emitted wave: each atom scatters what comes
+/// from the emitter. Vibrations and damping are left to the image. Throws ZfError.
+void ScatterOnce(ZfScatteringData& data, const FullScatteringInputs& inputs);
+
 /// A result of the ordered methods by the measure of full scattering.
 struct OrderedResultMeasure {
     double missing = 0.0;  ///< of all that the atoms scatter, the largest of the waves: see MissingScattering

@@ -174,6 +174,16 @@ std::vector<ZfLmComplexTable> Tables(const ScatteringOperator& scattering, const
     return tables;
 }
 
+/// b = tG E of a wave.
+ClusterWave Emitted(ScatteringOperator& scattering, const EmissionFromAtom& wave) {
+    ZfLmComplexTable sent = wave.table;
+    sent.Fill();
+    ClusterWave b = scattering.Emit(wave.emitter, sent.block, static_cast<std::size_t>(sent.L));
+    if (!std::isfinite(Norm(b)))
+        throw ZfError("Full scattering: the emitted wave has too large an l for the atoms around");
+    return b;
+}
+
 /// One wave on its way to the solution.
 struct System {
     std::size_t index;
@@ -336,6 +346,15 @@ FullScatteringEstimate EstimateFullScattering(const FullScatteringRequest& reque
     return estimate;
 }
 
+std::vector<std::vector<ZfLmComplexTable>> SingleScattering(const FullScatteringRequest& request) {
+    std::vector<PhaseShiftCut> cuts;
+    ScatteringOperator scattering = MakeOperator(request, cuts);
+    std::vector<std::vector<ZfLmComplexTable>> tables;
+    for (const EmissionFromAtom& wave : request.waves)
+        tables.push_back(Tables(scattering, Emitted(scattering, wave), request.positions.size()));
+    return tables;
+}
+
 std::vector<double> MissingScattering(const FullScatteringRequest& request,
                                       const std::vector<std::vector<ZfLmComplexTable>>& tables) {
     std::vector<PhaseShiftCut> cuts;
@@ -353,10 +372,7 @@ std::vector<double> MissingScattering(const FullScatteringRequest& request,
     const std::vector<ClusterWave> scattered = scattering.Scatter(waves);
     std::vector<double> missing;
     for (std::size_t w = 0; w < waves.size(); ++w) {
-        ZfLmComplexTable sent = request.waves[w].table;
-        sent.Fill();
-        ClusterWave rest =
-            scattering.Emit(request.waves[w].emitter, sent.block, static_cast<std::size_t>(sent.L));
+        ClusterWave rest = Emitted(scattering, request.waves[w]);
         for (std::size_t j = 0; j < rest.size(); ++j) rest[j] += scattered[w][j] - waves[w][j];
         const double size = Norm(waves[w]);
         missing.push_back(size > 0.0 ? Norm(rest) / size : 0.0);
@@ -371,13 +387,8 @@ FullScattering SolveFullScattering(const FullScatteringRequest& request, ZfNotif
     scattering.SetNotifier(&notifier);
     std::vector<System> systems;
     for (std::size_t w = 0; w < request.waves.size(); ++w) {
-        const EmissionFromAtom& wave = request.waves[w];
-        ZfLmComplexTable sent = wave.table;
-        sent.Fill();
-        ClusterWave b = scattering.Emit(wave.emitter, sent.block, static_cast<std::size_t>(sent.L));
+        ClusterWave b = Emitted(scattering, request.waves[w]);
         const double size = Norm(b);
-        if (!std::isfinite(size))
-            throw ZfError("Full scattering: the emitted wave has too large an l for the atoms around");
         if (size > 0.0) systems.push_back({w, b, size, ClusterWave(b.size()), b});
     }
     Solver solver(request, scattering, progress);

@@ -95,6 +95,10 @@ struct FullScatteringEstimate {
 /// two atoms within 0.5 angstrom, phase shifts from which no solution can come (see PhaseShiftGuard.h).
 FullScatteringEstimate EstimateFullScattering(const FullScatteringRequest& request);
 
+/// The first order, A = tG E, by wave and atom as in FullScattering: each atom scatters the emitted wave
+/// alone.
+std::vector<std::vector<ZfLmComplexTable>> SingleScattering(const FullScatteringRequest& request);
+
 /// What the tables of another method, by wave and atom as in FullScattering, leave out: the waves that their
 /// own scattering would add to them, |b - (1 - tG) A| / |A|, by wave; 0 where A is 0.
 std::vector<double> MissingScattering(const FullScatteringRequest& request,

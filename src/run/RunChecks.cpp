@@ -33,8 +33,10 @@ std::string CheckRun(const ScatteringRequest& inputs, const std::string& fluctua
     Fluctuation fluctuation;
     ZfLoadFluctuation(fluctuation, fluctuationFile);
     const ZfDebye weights = LoadAtomicWeights(atomicWeightFile);
-    const std::vector<InputFinding> findings = CheckInputs(
-        {&loaded.cluster, &loaded.waves, &loaded.phaseShifts, &fluctuation, &weights, inputs.method});
+    // SINGLE of a run is exact, as FULL is: neither has the limits of the ordered methods.
+    const ScatteringMethod method = inputs.method == kSingle ? kFull : inputs.method;
+    const std::vector<InputFinding> findings =
+        CheckInputs({&loaded.cluster, &loaded.waves, &loaded.phaseShifts, &fluctuation, &weights, method});
     std::string report = ReportOf(findings);
     if (!FitsTogether(findings)) throw ZfError("the inputs do not fit together\n" + report);
     WriteWholeFile(reportFile, report);

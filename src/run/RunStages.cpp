@@ -102,6 +102,11 @@ std::string CalculateInOrder(const ScatteringRequest& request, LoadedInputs& inp
     return MeasureText(data, inputs.phaseShifts);
 }
 
+std::string CalculateOnce(LoadedInputs& inputs, ZfScatteringData& data) {
+    ScatterOnce(data, {inputs.cluster, inputs.waves, inputs.phaseShifts});
+    return MeasureText(data, inputs.phaseShifts);
+}
+
 /// Above it, the expected time of a solution is told before it begins.
 constexpr double kWorthTelling_s = 5.0;
 
@@ -159,8 +164,9 @@ std::string CalculateScattering(const ScatteringRequest& request, const std::str
     LoadedInputs inputs(request);
     ReplacedFile output(outputFile);
     ZfScatteringData data;
-    const std::string remarks = request.method == kFull ? CalculateInFull(request, inputs, data)
-                                                        : CalculateInOrder(request, inputs, data);
+    const std::string remarks = request.method == kFull     ? CalculateInFull(request, inputs, data)
+                                : request.method == kSingle ? CalculateOnce(inputs, data)
+                                                            : CalculateInOrder(request, inputs, data);
     output.Write([&data](const std::string& path) {
         ZfBarnFile file(path, "w");
         data.Exchange(file);

@@ -120,6 +120,29 @@ TEST(FullRecords, FarFieldIsThatOfTheSolutionAndTheDirectWaveTheEmittedOne) {
     }
 }
 
+// Behind the emitter alone, an atom sees one source under every method: SLOWMULTI, by its quadrature.
+TEST(FullRecords, OneScatteringIsThatOfTheOrderedMethods) {
+    Files files;
+    for (Structure& structure : files.cluster.structures) structure.atoms.resize(2);
+    ZfScatteringData once;
+    ScatterOnce(once, {files.cluster, files.waves, files.phaseShifts});
+    EXPECT_EQ(once.Version, kSingle);
+    ZfScatteringData ordered;
+    ordered.Version = kSlowMulti;
+    ordered.MultiScattering = 1;
+    ordered.EPS = 1e-4;
+    ZfNotifyTerminateThreadCalculation notifier;
+    ordered.Calculate(notifier, files.cluster, files.waves, files.phaseShifts);
+    ASSERT_EQ(once.ListScatteringData.size(), 4U);
+    for (std::size_t i = 0; i < 4; ++i) {
+        const auto& made = once.ListScatteringData[i].ListScatterer.electrons;
+        const auto& truth = ordered.ListScatteringData[i].ListScatterer.electrons;
+        ASSERT_EQ(made.size(), 2U);
+        EXPECT_EQ(made[0].A.block, truth[0].A.block);
+        EXPECT_LT(Difference({made[1].A}, {truth[1].A}), 3.0 * ordered.EPS) << i;
+    }
+}
+
 TEST(FullRecords, SettingsAndVibrationsReachTheSolver) {
     Files files;
     ZfScatteringData still;

@@ -271,7 +271,7 @@ void CheckPair(const InputSet& inputs, const AtomKinds& kinds, const std::string
     CheckPlace(document, *record, findings);
     CheckElement(*record, kind, findings);
     if (!kind.scatters || !CheckContent(*record, inputs.method, findings)) return;
-    CheckSampling(*record, kind.nearest_angstrom, findings);
+    if (inputs.method != kFull) CheckSampling(*record, kind.nearest_angstrom, findings);
     const PhaseShiftRecord* neighbour = Find(document, kind.neighbour, energy);
     if (neighbour) CheckSpheres(*record, *neighbour, kind.nearest_angstrom, findings);
 }
