@@ -164,9 +164,9 @@ std::string CalculateScattering(const ScatteringRequest& request, const std::str
     LoadedInputs inputs(request);
     ReplacedFile output(outputFile);
     ZfScatteringData data;
-    const std::string remarks = request.method == kFull     ? CalculateInFull(request, inputs, data)
-                                : request.method == kSingle ? CalculateOnce(inputs, data)
-                                                            : CalculateInOrder(request, inputs, data);
+    std::string remarks = request.method == kFull     ? CalculateInFull(request, inputs, data)
+                          : request.method == kSingle ? CalculateOnce(inputs, data)
+                                                      : CalculateInOrder(request, inputs, data);
     output.Write([&data](const std::string& path) {
         ZfBarnFile file(path, "w");
         data.Exchange(file);

@@ -189,6 +189,7 @@ void ZfScatteringData::PlanStructure(Cluster& cluster, const std::vector<Emitted
     } catch (const ZfError&) {
         // told when its turn comes
     }
+    seen.reserve(records.size());
     for (const ZfScatteringRecord& record : records)
         seen.push_back(!seen.empty() && SeeTheSame(record, records.front())
                            ? seen.front()
