@@ -23,6 +23,13 @@ constexpr double kOrderTolerance = 1e-16;
 /// The same once the wave is there, of the root mean square on the sphere.
 constexpr double kCutOff = 2e-15;
 
+// What decides between the two, in nanoseconds of one core: a translation, by the cube of its order; a source
+// at a point, and of it each (l, m); points of the levels that most expansions come to.
+constexpr double kTranslationTime = 0.1;
+constexpr double kPointTime = 8.0;
+constexpr double kElementTime = 0.19;
+constexpr double kUsualPoints = 6000.0;
+
 /// Orders tried first; a source that needs more has them computed then.
 constexpr std::int32_t kUsualOrder = 128;
 
@@ -117,6 +124,13 @@ ExpansionPack::ExpansionPack(std::shared_ptr<const ExpansionTables> tables, doub
       nothingTranslated_(std::isinf(nearTie)),
       orders_(static_cast<std::size_t>(tables_->grid.Groups()), 1) {}
 
+/// The order from which on a source of this l size is sooner sampled.
+std::int32_t ExpansionPack::LargestOrderFor(std::int32_t lSize) const {
+    const double perPoint = kPointTime + kElementTime * lSize * lSize;
+    const double sampled = perPoint * kUsualPoints * static_cast<double>(orders_.size());
+    return std::min(kLargestOrder, static_cast<std::int32_t>(std::cbrt(sampled / kTranslationTime)));
+}
+
 /// The order that a source needs on the largest sphere, whose geometry is in place; 0 if it needs too many.
 std::int32_t ExpansionPack::OrderOf(std::size_t lane, const ZfFreeElectron& source,
                                     const ExpansionScratch& scratch) const {
@@ -133,7 +147,7 @@ std::int32_t ExpansionPack::OrderOf(std::size_t lane, const ZfFreeElectron& sour
     for (std::size_t l = 0; l < bound.weights.size(); ++l, power /= kOrderScale)
         bound.weights[l] *= std::sqrt(2.0 * static_cast<double>(l) + 1.0) * power;
     const auto computed = static_cast<std::int32_t>(scratch.geometry.radial.size()) - source.A.L + 1;
-    const std::int32_t end = std::min(computed, kLargestOrder);
+    const std::int32_t end = std::min(computed, LargestOrderFor(source.A.L));
     const std::int32_t order = FirstBelow(bound, limit, static_cast<std::int32_t>(*largest) + 1, end);
     return order < end ? order : 0;
 }
@@ -171,9 +185,9 @@ void ExpansionPack::Add(const Row& row, ExpansionScratch& scratch) {
         if (!taken[lane]) continue;
         const ZfFreeElectron& source = *row[lane].source;
         std::int32_t needed = OrderOf(lane, source, scratch);
-        const auto all = static_cast<std::size_t>(kLargestOrder + lSize);
-        if (needed == 0 && scratch.geometry.radial.size() < all) {
-            scratch.geometry.CalculateRadial(RadialKind::Outgoing, kLargestOrder + lSize);
+        const std::int32_t largest = LargestOrderFor(source.A.L);
+        if (needed == 0 && std::ssize(scratch.geometry.radial) < largest + lSize && largest > kUsualOrder) {
+            scratch.geometry.CalculateRadial(RadialKind::Outgoing, largest + lSize);
             needed = OrderOf(lane, source, scratch);
         }
         if (needed == 0) {

@@ -69,6 +69,7 @@ public:
 private:
     class SampledPart;
 
+    std::int32_t LargestOrderFor(std::int32_t lSize) const;
     std::int32_t OrderOf(std::size_t lane, const ZfFreeElectron& source,
                          const ExpansionScratch& scratch) const;
 
