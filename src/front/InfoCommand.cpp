@@ -64,14 +64,16 @@ std::vector<AnyFile> LoadAll(const std::vector<std::string>& paths) {
     return files;
 }
 
-/// The only document of a kind; null for none, and for several, which are no set.
+/// The only document of a kind, whose file joins those of the set; null for none. Several are no set.
 template <class Document>
-const Document* Only(const std::vector<AnyFile>& files, bool& several) {
+const Document* Only(const std::vector<AnyFile>& files, InputSet& set, bool& several) {
     const Document* only = nullptr;
     for (const AnyFile& file : files) {
         const Document* document = std::get_if<Document>(&file.content);
-        if (document && only) several = true;
-        if (document) only = document;
+        if (!document) continue;
+        if (only) several = true;
+        only = document;
+        set.files.push_back(file.path);
     }
     return only;
 }
@@ -87,10 +89,10 @@ void PrintFindings(const std::vector<InputFinding>& findings) {
 void CheckSet(const std::vector<AnyFile>& files, ScatteringMethod method) {
     bool several = false;
     InputSet set;
-    set.cluster = Only<Cluster>(files, several);
-    set.waves = Only<std::vector<EmittedWave>>(files, several);
-    set.phaseShifts = Only<ZfPhaseShiftDocument>(files, several);
-    set.fluctuation = Only<Fluctuation>(files, several);
+    set.cluster = Only<Cluster>(files, set, several);
+    set.waves = Only<std::vector<EmittedWave>>(files, set, several);
+    set.phaseShifts = Only<ZfPhaseShiftDocument>(files, set, several);
+    set.fluctuation = Only<Fluctuation>(files, set, several);
     set.method = method;
     const int parts = int{set.cluster != nullptr} + int{set.waves != nullptr} +
                       int{set.phaseShifts != nullptr} + int{set.fluctuation != nullptr};

@@ -36,7 +36,13 @@ std::string CheckRun(const ScatteringRequest& inputs, const std::string& fluctua
     // SINGLE of a run is exact, as FULL is: neither has the limits of the ordered methods.
     const ScatteringMethod method = inputs.method == kSingle ? kFull : inputs.method;
     const std::vector<InputFinding> findings =
-        CheckInputs({&loaded.cluster, &loaded.waves, &loaded.phaseShifts, &fluctuation, &weights, method});
+        CheckInputs({&loaded.cluster,
+                     &loaded.waves,
+                     &loaded.phaseShifts,
+                     &fluctuation,
+                     &weights,
+                     method,
+                     {inputs.clusterFile, inputs.wavesFile, inputs.phaseShiftFile, fluctuationFile}});
     std::string report = ReportOf(findings);
     if (!FitsTogether(findings)) throw ZfError("the inputs do not fit together\n" + report);
     WriteWholeFile(reportFile, report);

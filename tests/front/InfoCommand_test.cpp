@@ -67,6 +67,10 @@ TEST(InfoCommand, Misfit) {
     const std::vector<std::string> single = {"info", "--method", "SINGLE",
                                              kExamples + "/cu001_small/emitter.xml_emt"};
     EXPECT_EQ(RunQvre(single).status, 1);
+    const std::string words = folder.Write("w.xyz", "1\ntitle\nCu 0 0 NaN\n");
+    const std::string found = RunQvre({"info", words}).output;
+    EXPECT_NE(found.find("misfit: " + words + " line 3: NaN is no finite number"), std::string::npos)
+        << found;
 }
 
 TEST(InfoCommand, ResultsOfARun) {

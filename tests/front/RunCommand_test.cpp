@@ -159,6 +159,19 @@ TEST_F(RunCommand, MistakesAreRefusedBeforeAFolderIsMade) {
     refused(Recipe("", scan + "\"thermal.debey.Cu\"\n"), "debey: there is no such key");
 }
 
+// A ready file is loaded without a word, and its copy is looked through.
+TEST_F(RunCommand, AWordInPlaceOfANumberIsAMisfit) {
+    folder_.Write("f.xml_flu",
+                  "<DocFluctuation><DebyeElement_><r>Cu</r></DebyeElement_>\n<DebyeTemperature_K_><i>343</i>"
+                  "</DebyeTemperature_K_>\n<Temperature_K_>nan</Temperature_K_></DocFluctuation>");
+    const QvreResult result = RunQvre({"run", Recipe("file = \"f.xml_flu\""), "-o", folder_.Path("results")});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_NE(result.errors.find("misfit: " + folder_.Path("results/fluctuation.xml_flu") +
+                                 " line 3: <Temperature_K_>nan is no finite number"),
+              std::string::npos)
+        << result.errors;
+}
+
 // The program looks for its tables beside itself.
 TEST_F(RunCommand, AChangedTableRepeatsTheSteps) {
     for (const char* name :

@@ -8,6 +8,7 @@ namespace qvre {
 
 InputFindings CheckInputs(const InputSet& inputs) {
     InputFindings findings;
+    CheckNumberWords(inputs, findings);
     const InputSet sound = CheckNumbers(inputs, findings);
     if (sound.cluster) CheckCluster(sound, findings);
     if (sound.waves) CheckWaves(sound, findings);

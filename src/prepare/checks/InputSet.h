@@ -20,6 +20,7 @@ struct InputSet {
     const Fluctuation* fluctuation = nullptr;
     const ZfDebye* weights = nullptr;
     ScatteringMethod method = kMulti;
+    std::vector<std::string> files{};  ///< that the documents were loaded from; none: they were made
 };
 
 enum class Severity {

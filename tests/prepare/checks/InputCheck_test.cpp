@@ -5,7 +5,9 @@
 #include <cmath>
 #include <functional>
 #include <limits>
+#include <tuple>
 
+#include "TempFolder.h"
 #include "foundation/Console.h"
 #include "prepare/thermal/AtomicWeights.h"
 
@@ -228,6 +230,31 @@ TEST(InputCheck, NumbersThatAreNone) {
           "number, or infinite\n"},
          {[](Example& e) { e.fluctuation.DebyeTemperature_K_[1] = kNan; },
           "misfit: the fluctuation file has a temperature that is not a number, or infinite\n"}});
+}
+
+// Loading takes them for 0, so that only the files tell.
+TEST(InputCheck, WordsInPlaceOfNumbers) {
+    const TempFolder folder;
+    const std::tuple<std::string, std::string, std::string> cases[] = {
+        {"e.xml_emt", "<Ek>560</Ek>\n<r>1e3</r>\n<i> -INF\n</i>", "line 3: <i>-INF"},
+        {"c.xml_cl", "<name>nan</name>\n<atom>Inf</atom>\n<x>0</x><y>Infinity</y>\n<z>nan(ind)</z>",
+         "line 3: <y>Infinity"},
+        {"f.xml_flu", "<DebyeTemperature_K_><i>NaN</i>\n</DebyeTemperature_K_>", "line 1: <i>NaN"},
+        {"p.xml_ph",
+         "<FileName>nan, made by hand</FileName>\n<elements>\nnan,\n</elements><Ek_eV>+inf</Ek_eV>",
+         "line 4: <Ek_eV>+inf"},
+        {"names.xml_cl", "<name>inf</name><valency>1</valency><base64b>Inf+</base64b><x>infra</x>", ""},
+        {"c.xyz", "2\r\ninf nan\r\n\r\nInf 0 0 1\r\nNi 0 -nan 0\r\n1\ntitle\nNi 0 0 inf\n", "line 5: -nan"},
+        {"names.xyz", "1\n nan\nNan 0 0 0\n1\ninf\nInf 1 1 1\n", ""}};
+    for (const auto& [name, text, found] : cases) {
+        const InputFindings findings = CheckInputs({.files = {folder.Write(name, text)}});
+        ASSERT_EQ(findings.size(), found.empty() ? 0U : 1U) << name;
+        if (found.empty()) continue;
+        EXPECT_EQ(findings[0].severity, Severity::kMisfit);
+        EXPECT_TRUE(findings[0].what.starts_with(folder.Path(name) + " " + found + " is no finite number"))
+            << findings[0].what;
+        EXPECT_EQ(findings[0].what.ends_with("(so are 1 more)"), name.starts_with("c.")) << findings[0].what;
+    }
 }
 
 // In fcc the atom (1/2, 1/2, 0) stands half a neighbour distance beside the way to (1, 1/2, 1/2).
