@@ -54,6 +54,15 @@ void RequireEnd(const Ends& ends, const std::string& root) {
         throw ZfError("it is cut short: it does not end with </" + root + ">");
 }
 
+/// Anything else would be read to its end, and a file of gigabytes be no cluster all the same.
+void RequireXyz(const std::string& head) {
+    if (head.starts_with("\xFF\xFE") || head.starts_with("\xFE\xFF")) return;  // UTF-16
+    const std::size_t mark = head.starts_with("\xEF\xBB\xBF") ? 3 : 0;
+    const std::size_t begin = std::min(head.find_first_not_of(kBlanks, mark), head.size());
+    if (TextToInt(head.substr(begin)) <= 0)
+        throw ZfError("it is no Extended XYZ: it does not begin with the number of atoms");
+}
+
 /// A frame that ends early and lines behind the last frame are no failure of the reader.
 void RequireWholeXyz(const std::string& path, const Cluster& cluster) {
     const std::vector<std::string> lines = LineSplit(ReadTextFile(path));
@@ -153,6 +162,7 @@ AnyFile LoadXml(const std::string& path, const Ends& ends) {
 AnyFile Load(const std::string& path) {
     const Ends ends = ReadEnds(path);
     if (!path.ends_with(".xyz")) return LoadXml(path, ends);
+    RequireXyz(ends.head);
     AnyFile file{.path = path, .content = Loaded(ZfLoadCluster, path)};
     RequireWholeXyz(path, std::get<Cluster>(file.content));
     return file;

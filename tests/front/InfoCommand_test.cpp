@@ -127,6 +127,12 @@ TEST(InfoCommand, DamagedFiles) {
         folder.Write("short.xml_img", image.replace(image.find(rows), rows.size(), "<RowSize>9"));
     EXPECT_EQ(RunQvre({"info", path}).errors,
               "qvre info: " + path + ": it is damaged: the data of an image are too short for its sizes\n");
+    // Zeros without end are no cluster, whatever the extension.
+    const std::string zeros = folder.Write("zeros.xyz", "");
+    std::filesystem::resize_file(zeros, std::uintmax_t{1} << 33U);
+    EXPECT_EQ(
+        RunQvre({"info", zeros}).errors,
+        "qvre info: " + zeros + ": it is no Extended XYZ: it does not begin with the number of atoms\n");
     const std::pair<const char*, const char*> cases[] = {
         {"<html><body></body></html>",
          "it is no cluster, emitted wave, phase shift, fluctuation, scattered wave or image file"},
