@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <cstring>
 #include <filesystem>
+#include <optional>
 #include <string_view>
 #include <system_error>
 #include <utility>
@@ -61,6 +62,8 @@ struct Assignment {
     RecipeVariation where;
     Value value;
     bool varies = true;  ///< false for a list of one value, which needs no name
+    std::optional<std::size_t> member =
+        std::nullopt;  ///< of the list that makes a series; none for a scanned value
 };
 
 using Assignments = std::vector<Assignment>;
@@ -103,7 +106,12 @@ void Assign(toml::table& settings, const Assignment& assignment) {
         if (!table) throw ZfError("There is no setting " + setting + " to be varied");
         key.erase(0, dot + 1);
     }
-    std::visit([&](const auto& value) { table->insert_or_assign(key, value); }, assignment.value);
+    if (assignment.member) {  // moved out of the list, it knows its line
+        toml::array list = std::move(*table->get_as<toml::array>(key));
+        table->insert_or_assign(key, std::move(list[*assignment.member]));
+    } else {
+        std::visit([&](const auto& value) { table->insert_or_assign(key, value); }, assignment.value);
+    }
 }
 
 RecipeCase MakeCase(const RecipeText& text, const Assignments& assignments) {
@@ -134,11 +142,11 @@ void ExpandKey(std::vector<Assignments>& members, const SeriesKey& series, const
         section.Fail(series.key, "makes more than 1000 calculations of the recipe");
     std::vector<Assignments> expanded;
     for (const Assignments& member : members) {
-        for (const Value& value : values) {
-            RecipeVariation where{series.section, series.key, series.before + LabelOf(value)};
-            if (!std::holds_alternative<std::string>(value)) where.label += series.after;
+        for (std::size_t i = 0; i < values.size(); ++i) {
+            RecipeVariation where{series.section, series.key, series.before + LabelOf(values[i])};
+            if (!std::holds_alternative<std::string>(values[i])) where.label += series.after;
             expanded.push_back(member);
-            expanded.back().push_back({std::move(where), value, values.size() > 1});
+            expanded.back().push_back({std::move(where), values[i], values.size() > 1, i});
         }
     }
     members = std::move(expanded);
