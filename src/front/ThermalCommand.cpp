@@ -1,6 +1,5 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <cmath>
 #include <cstdio>
 #include <map>
 #include <memory>
@@ -49,8 +48,7 @@ void AddElement(std::vector<std::string>& elements, const std::string& element) 
 
 /// The elements of the cluster, or those named, or those with a Debye temperature.
 VibrationRequest RequestOf(const ThermalOptions& options, const Cluster& cluster) {
-    if (!(options.temperature_K >= 0.0) || !std::isfinite(options.temperature_K))
-        throw CLI::ValidationError("--temperature", "has to be 0 kelvin or above");
+    Usage("--temperature", [&] { CheckTemperature(options.temperature_K); });
     VibrationRequest request;
     request.temperature_K = options.temperature_K;
     request.model = ModelOf(options.model);

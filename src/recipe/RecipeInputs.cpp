@@ -39,6 +39,12 @@ std::map<std::string, double> NamedNumbers(RecipeTable& section, const std::stri
     return numbers;
 }
 
+double Temperature(RecipeTable& section, double fallback) {
+    const double temperature_K = section.Number("temperature", RecipeUnit::kKelvin, fallback);
+    section.Made("temperature", [&] { CheckTemperature(temperature_K); });
+    return temperature_K;
+}
+
 CrystalCell ReadCell(RecipeTable& section, const RecipeFolder& place) {
     const std::string preset = section.Text("preset", "");
     const std::string cell = section.Text("cell", "");
@@ -98,7 +104,7 @@ ClusterRequest ReadClusterRequest(RecipeTable section, const RecipeFolder& place
     if (section.Has("atoms") && section.Has("radius"))
         section.Fail("atoms", "give atoms or radius, not both");
     request.debye_K = NamedNumbers(section, "debye", RecipeUnit::kKelvin);
-    request.temperature_K = section.NotNegative("temperature", RecipeUnit::kKelvin, request.temperature_K);
+    request.temperature_K = Temperature(section, request.temperature_K);
     request.weightTable = ProgramFile("AtomicWeight.txt");
     section.RefuseUnread();
     section.Check([&] { CheckClusterRequest(request); });
@@ -128,7 +134,7 @@ PhaseShiftRequest ReadPhaseShiftRequest(RecipeTable section, const ClusterFacts&
 
 VibrationRequest ReadVibrationRequest(RecipeTable section, const ClusterFacts& cluster) {
     VibrationRequest request;
-    request.temperature_K = section.NotNegative("temperature", RecipeUnit::kKelvin, request.temperature_K);
+    request.temperature_K = Temperature(section, request.temperature_K);
     request.model = section.Word("model", request.model);
     request.debyeTemperature_K = NamedNumbers(section, "debye", RecipeUnit::kKelvin);
     section.RefuseUnread();

@@ -61,6 +61,7 @@ TEST(ThermalCommand, LeavesNothingWhenItFails) {
         {2, {"--debye", "Cu=343", "--debye", "Cu=315"}},
         {2, {"--debye", "Cu=343", "--model", "einstein"}},
         {2, {"--element", "Cu", "--temperature", "nan"}},
+        {2, {"--element", "Cu", "--temperature", "1e9"}},
         {2, {"--element", "Cu", "--model", "debey"}},
         {1, {"--element", "F"}},
         {1, {"--debye", "Cu=-1"}},

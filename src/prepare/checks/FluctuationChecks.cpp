@@ -10,6 +10,7 @@
 #include "prepare/checks/PartChecks.h"
 #include "prepare/thermal/Elements.h"
 #include "prepare/thermal/MeanSquareDisplacement.h"
+#include "prepare/thermal/Vibrations.h"
 #include "scattering/ThermalModels.h"
 
 namespace qvre {
@@ -46,6 +47,10 @@ void CheckTemperature(const Fluctuation& f, InputFindings& findings) {
     if (f.Temperature_K_ < 0.0)
         findings.push_back({Severity::kMisfit, "the temperature is " + DoubleToText(f.Temperature_K_) + " K",
                             "give it in kelvin, 0 or above"});
+    if (f.Temperature_K_ > kHighestTemperature_K)
+        findings.push_back(
+            {Severity::kWarning, "the temperature is " + DoubleToText(f.Temperature_K_) + " K",
+             "no solid is left above " + DoubleToText(kHighestTemperature_K) + " K: give it in kelvin"});
     if (f.Temperature_K_ == 0.0)
         findings.push_back({Severity::kWarning, "at 0 K the models give U = 0, without zero-point motion",
                             "give the temperature in kelvin, or U with the cluster"});

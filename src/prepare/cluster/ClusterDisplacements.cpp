@@ -1,23 +1,21 @@
 #include "prepare/cluster/ClusterDisplacements.h"
 
 #include <algorithm>
-#include <cmath>
 
 #include "foundation/ZfError.h"
 #include "prepare/thermal/AtomicWeights.h"
 #include "prepare/thermal/Elements.h"
+#include "prepare/thermal/Vibrations.h"
 
 namespace qvre {
 
 namespace {
 
 void CheckTemperatures(const ClusterRequest& request) {
-    if (!(request.temperature_K > 0.0 && std::isfinite(request.temperature_K)))
-        throw ZfError("The temperature has to be above 0 K");
+    if (request.temperature_K == 0.0) throw ZfError("The temperature has to be above 0 kelvin");
     const std::vector<std::string> elements = request.cell.Elements();
     for (const auto& [element, temperature] : request.debye_K) {
-        if (!(temperature > 0.0 && std::isfinite(temperature)))
-            throw ZfError("The Debye temperature of " + element + " has to be above 0 K");
+        CheckDebyeTemperature(element, temperature);
         if (std::find(elements.begin(), elements.end(), element) == elements.end())
             throw ZfError("A Debye temperature is given for " + element +
                           ", which the crystal does not hold");

@@ -12,6 +12,7 @@
 #include "prepare/cluster/ClusterDisplacements.h"
 #include "prepare/cluster/EmitterSites.h"
 #include "prepare/cluster/SurfaceFrame.h"
+#include "prepare/thermal/Vibrations.h"
 
 namespace qvre {
 
@@ -28,6 +29,7 @@ void CheckNumbers(const ClusterRequest& request) {
         throw ZfError("A cluster needs at least one layer and one domain");
     for (const double turn : request.domains_deg)
         if (!std::isfinite(turn)) throw ZfError("A domain rotation is no angle");
+    CheckTemperature(request.temperature_K);
 }
 
 /// "(001)", or "(1 0 -1)" when an index has a sign or two digits.

@@ -1,9 +1,9 @@
 #include "prepare/thermal/Vibrations.h"
 
 #include <algorithm>
-#include <cmath>
 
 #include "foundation/ReplacedFile.h"
+#include "foundation/Text.h"
 #include "foundation/ZfError.h"
 #include "prepare/thermal/Elements.h"
 #include "xml/ZfBarnXml.h"
@@ -25,8 +25,7 @@ void CheckDebyeTemperatures(const VibrationRequest& request) {
     const std::vector<std::string>& elements = request.elements;
     for (const auto& [element, temperature_K] : request.debyeTemperature_K) {
         AtomicNumberOf(element);
-        if (!(temperature_K > 0.0) || !std::isfinite(temperature_K))
-            throw ZfError("The Debye temperature of " + element + " has to be above 0 kelvin");
+        CheckDebyeTemperature(element, temperature_K);
         if (!elements.empty() && std::find(elements.begin(), elements.end(), element) == elements.end())
             throw ZfError("There is a Debye temperature for " + element +
                           ", which is not among the elements: leave it out");
@@ -46,9 +45,20 @@ void AddDebyeTemperatures(Fluctuation& fluctuation, const VibrationRequest& requ
 
 }  // namespace
 
+void CheckTemperature(double temperature_K) {
+    if (!(temperature_K >= 0.0 && temperature_K <= kHighestTemperature_K))
+        throw ZfError("The temperature has to be from 0 to " + DoubleToText(kHighestTemperature_K) +
+                      " kelvin, not " + DoubleToText(temperature_K));
+}
+
+void CheckDebyeTemperature(const std::string& element, double temperature_K) {
+    if (!(temperature_K > 0.0 && temperature_K <= kHighestTemperature_K))
+        throw ZfError("The Debye temperature of " + element + " has to be above 0 and up to " +
+                      DoubleToText(kHighestTemperature_K) + " kelvin, not " + DoubleToText(temperature_K));
+}
+
 void CheckVibrations(const VibrationRequest& request) {
-    if (!(request.temperature_K >= 0.0) || !std::isfinite(request.temperature_K))
-        throw ZfError("The temperature has to be 0 kelvin or above");
+    CheckTemperature(request.temperature_K);
     if (request.model == VibrationModel::Debye) CheckDebyeTemperatures(request);
 }
 

@@ -27,8 +27,17 @@ struct VibrationRequest {
     std::map<std::string, double> debyeTemperature_K{};  ///< those given; the others come from the table
 };
 
-/// Throws ZfError for a temperature below 0 and, under the Debye model, for Debye temperatures not above 0,
-/// of symbols that are no elements or, where elements are given, of others than those.
+/// Above it no solid is left (tungsten boils at 5800 K); the Debye temperature of diamond is 2230 K.
+constexpr double kHighestTemperature_K = 10000.0;
+
+/// Throws ZfError for a temperature below 0 or above kHighestTemperature_K.
+void CheckTemperature(double temperature_K);
+
+/// Throws ZfError for a Debye temperature that is not above 0, or above kHighestTemperature_K.
+void CheckDebyeTemperature(const std::string& element, double temperature_K);
+
+/// Throws ZfError for a temperature out of range and, under the Debye model, for Debye temperatures out of
+/// range, of symbols that are no elements or, where elements are given, of others than those.
 void CheckVibrations(const VibrationRequest& request);
 
 /// The document of the request. Only the Debye model lists its elements. Throws ZfError as

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+
 #include "ErrorText.h"
 #include "TempFolder.h"
 #include "input/ZfAtomName.h"
@@ -59,13 +61,16 @@ TEST(MakeFluctuation, RefusesWhatARunWouldNotTake) {
     EXPECT_EQ(Refusal({.elements = {"Cu"}, .debyeTemperature_K = {{"Si", 645.0}}}),
               "There is a Debye temperature for Si, which is not among the elements: leave it out");
     EXPECT_EQ(Refusal({.elements = {"Cu"}, .debyeTemperature_K = {{"Cu", 0.0}}}),
-              "The Debye temperature of Cu has to be above 0 kelvin");
+              "The Debye temperature of Cu has to be above 0 and up to 10000 kelvin, not 0");
     // Before the elements are known.
     EXPECT_EQ(ErrorText([] {
                   CheckVibrations({.debyeTemperature_K = {{"Xx", 300.0}}});
               }),
               "There is no element \"Xx\": write symbols as in Cu, case counts");
     EXPECT_EQ(ErrorText([] { CheckVibrations({.debyeTemperature_K = {{"Si", 645.0}}}); }), "no failure");
-    EXPECT_EQ(Refusal({.temperature_K = -1.0, .elements = {"Cu"}}),
-              "The temperature has to be 0 kelvin or above");
+    EXPECT_EQ(Refusal({.temperature_K = 10000.0, .elements = {"Cu"}}), "no failure");
+    for (const double temperature_K : {-1.0, 10001.0, std::numeric_limits<double>::quiet_NaN()})
+        EXPECT_TRUE(Refusal({.temperature_K = temperature_K, .elements = {"Cu"}})
+                        .starts_with("The temperature has to be from 0 to 10000 kelvin, not "))
+            << temperature_K;
 }
