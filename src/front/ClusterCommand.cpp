@@ -174,6 +174,9 @@ void Run(ClusterOptions& options) {
                 Counted(made.structures.size(), "structure").c_str(), made.hasUiso ? "with" : "without");
     for (std::size_t i = 0; i < made.structures.size(); ++i)
         PrintStructure(made.structures[i], i, made.cluster.structures[i].atoms.size());
+    std::fflush(stdout);
+    if (const std::string warning = ManyStructuresWarning(made.structures.size()); !warning.empty())
+        std::fprintf(stderr, "qvre cluster: warning: %s\n", warning.c_str());
 }
 
 }  // namespace

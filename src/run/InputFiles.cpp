@@ -53,6 +53,8 @@ std::string MakeClusterFile(const ClusterRequest& request, const std::string& ou
                                made.cluster.structures[i].atoms.size(), structure.symmetry.Name());
     }
     WriteCluster(made.cluster, output, style);
+    if (const std::string warning = ManyStructuresWarning(made.structures.size()); !warning.empty())
+        remarks += "warning: " + warning + "\n";
     return remarks;
 }
 

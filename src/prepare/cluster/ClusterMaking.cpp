@@ -118,6 +118,10 @@ void AddStructure(const ClusterRequest& request, const SurfaceFrame& frame, cons
 
 namespace {
 
+constexpr const char* kTakeFewer =
+    "take fewer emitters or domains (in a recipe [cluster] sites, domains; on the command line --site, "
+    "--domains)";
+
 /// A request whose numbers are checked, with what follows from them.
 struct Settled {
     explicit Settled(ClusterRequest wanted) : request(std::move(wanted)) {
@@ -126,6 +130,11 @@ struct Settled {
         hasUiso = SettleDisplacements(request);
         frame.emplace(request.cell, request.surface);
         emitters = FindEmitters(request, *frame);
+        const std::size_t structures = emitters.size() * request.domains_deg.size();
+        if (structures > kMostStructures)
+            throw ZfError(
+                fmt::format("{} emitters differ, which makes {} structures; more than {} are not made: {}",
+                            emitters.size(), structures, kMostStructures, kTakeFewer));
     }
 
     ClusterRequest request;  ///< with displacements
@@ -148,6 +157,15 @@ MadeCluster MakeCluster(const ClusterRequest& request) {
         for (const double domain : request.domains_deg)
             AddStructure(settled.request, *settled.frame, emitter, domain, made);
     return made;
+}
+
+std::string ManyStructuresWarning(std::size_t structures) {
+    constexpr std::size_t kMany = 100;
+    if (structures <= kMany) return {};
+    return fmt::format(
+        "a calculation of {} structures takes {} times as long as one of a single cluster; if that is too "
+        "long, {}",
+        structures, structures, kTakeFewer);
 }
 
 }  // namespace qvre

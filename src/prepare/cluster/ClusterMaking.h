@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -36,12 +37,19 @@ struct MadeCluster {
     bool hasUiso = false;
 };
 
+/// Each is calculated by itself, in the time that one takes.
+constexpr std::size_t kMostStructures = 1000;
+
 /// Throws what MakeCluster throws before it cuts: for numbers out of range, a cell that is none, emitters and
-/// layers that do not exist, and Debye temperatures without their element.
+/// layers that do not exist, more than kMostStructures, and Debye temperatures without their element.
 void CheckClusterRequest(const ClusterRequest& request);
 
 /// Cuts one structure for each layer, emitter site and domain, in this order. Throws ZfError with what to
 /// change when the request cannot be met.
 MadeCluster MakeCluster(const ClusterRequest& request);
+
+/// Of a cell whose atoms are all different, such as one of displaced atoms, each makes a structure: what that
+/// costs, and what to do. Empty for an ordinary number of structures.
+std::string ManyStructuresWarning(std::size_t structures);
 
 }  // namespace qvre

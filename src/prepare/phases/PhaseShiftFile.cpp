@@ -101,7 +101,9 @@ void CheckEnergies(const std::vector<double>& energies_eV, std::size_t species) 
     const std::size_t records = energies_eV.size() * species;
     if (records > kMostPhaseShiftRecords)
         throw ZfError(std::to_string(records) + " records are more than the " +
-                      std::to_string(kMostPhaseShiftRecords) + " of a document: ask for fewer energies");
+                      std::to_string(kMostPhaseShiftRecords) +
+                      " of a document: ask for fewer energies, or give atoms with like "
+                      "surroundings one name");
 }
 
 void SavePhaseShifts(ZfPhaseShiftDocument& document, const std::string& path) {

@@ -3,11 +3,13 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <set>
 #include <tuple>
 
 #include "foundation/Constants.h"
 #include "foundation/Vec3.h"
 #include "foundation/ZfError.h"
+#include "prepare/phases/PhaseShiftFile.h"
 #include "prepare/phases/VoronoiCell.h"
 
 namespace qvre {
@@ -188,6 +190,18 @@ AtomSurroundings InStructure(const std::vector<PlacedAtom>& atoms, const PlacedA
     return InAtomicUnits(best, species, static_cast<double>(weight));
 }
 
+/// Every name takes a field of its own, and a phase-shift file has no room for more.
+void CheckNames(const Cluster& cluster) {
+    std::set<std::string> names;
+    for (const Structure& structure : cluster.structures)
+        for (const ClusterAtom& atom : structure.atoms) names.insert(atom.name);
+    if (names.size() > kMostPhaseShiftRecords)
+        throw ZfError("The atoms of the cluster have " + std::to_string(names.size()) +
+                      " names, and there is room for the phase shifts of " +
+                      std::to_string(kMostPhaseShiftRecords) +
+                      ": give atoms with like surroundings one name");
+}
+
 bool Known(const std::vector<AtomSurroundings>& species, const std::string& name) {
     return std::any_of(species.begin(), species.end(),
                        [&](const AtomSurroundings& known) { return known.name == name; });
@@ -236,6 +250,7 @@ std::vector<AtomSurroundings> SurroundingsInCrystal(const CrystalCell& cell) {
 }
 
 std::vector<AtomSurroundings> SurroundingsInCluster(const Cluster& cluster) {
+    CheckNames(cluster);
     std::vector<AtomSurroundings> list;
     for (const Structure& structure : cluster.structures) {
         const std::vector<PlacedAtom> atoms = AtomsOf(structure);

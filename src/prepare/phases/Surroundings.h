@@ -34,7 +34,7 @@ std::vector<AtomSurroundings> SurroundingsInCrystal(const CrystalCell& cell);
 /// The species of a cluster, in the order of first appearance, each as the atom with the most neighbours sees
 /// it. The cut leaves gaps around any single atom; every other atom of the species with the same nearest
 /// neighbours in the same directions, which in a crystal stands a lattice vector away, helps to fill them.
-/// Throws ZfError for an atom that stands alone.
+/// Throws ZfError for an atom that stands alone, and for more names than a phase-shift file has room for.
 std::vector<AtomSurroundings> SurroundingsInCluster(const Cluster& cluster);
 
 /// The plain list of a file. "species NAME ELEMENT VOLUME [COUNT]" begins a species, with the volume of its

@@ -150,6 +150,13 @@ TEST(Cluster, FindsTheDifferentSitesOfALargeCell) {
     EXPECT_EQ(MakeCluster(request).structures.size(), 2U);
     request.cell.atoms[100].fractional.x += 0.003;
     EXPECT_EQ(MakeCluster(request).structures.size(), 216U) << "no two are alike";
+    EXPECT_EQ(ManyStructuresWarning(2), "");
+    EXPECT_NE(ManyStructuresWarning(216).find("takes 216 times as long"), std::string::npos);
+    request.domains_deg = {0, 60, 120, 180, 240};
+    EXPECT_EQ(
+        ErrorText([&] { CheckClusterRequest(request); }),
+        "216 emitters differ, which makes 1080 structures; more than 1000 are not made: take fewer "
+        "emitters or domains (in a recipe [cluster] sites, domains; on the command line --site, --domains)");
 }
 
 // A slab cannot be cut at another plane than its own surface.

@@ -117,8 +117,10 @@ TEST(PhaseShiftFile, RefusesEnergiesThatWouldNotBeFound) {
     std::vector<double> many;
     for (int i = 1; i <= 64; ++i) many.push_back(i);
     EXPECT_EQ(ErrorText([&] { CheckEnergies(many, 2); }), "no failure");
-    EXPECT_EQ(ErrorText([&] { CheckEnergies(many, 3); }),
-              "192 records are more than the 128 of a document: ask for fewer energies");
+    EXPECT_EQ(
+        ErrorText([&] { CheckEnergies(many, 3); }),
+        "192 records are more than the 128 of a document: ask for fewer energies, or give atoms with like "
+        "surroundings one name");
 }
 
 // What no calculation takes is refused before one begins, with or without species.

@@ -56,6 +56,12 @@ TEST(Surroundings, OfAClusterAreThoseOfItsCrystal) {
     EXPECT_NEAR(list[0].NearestDistance() * kBohr_angstrom, 3.61 * std::sqrt(0.5), 1e-5);
     const double counts[] = {12, 6, 24, 12};
     for (std::size_t i = 0; i < 4; ++i) EXPECT_EQ(list[0].shells[i].count, counts[i]) << i;
+    Structure& structure = cluster.structures[0];
+    for (int i = 0; structure.atoms.size() <= 128; ++i) structure.atoms.push_back(structure.atoms[0]);
+    for (std::size_t i = 0; i < structure.atoms.size(); ++i) structure.atoms[i].name = std::to_string(i);
+    EXPECT_EQ(ErrorText([&] { SurroundingsInCluster(cluster); }),
+              "The atoms of the cluster have 129 names, and there is room for the phase shifts of 128: give "
+              "atoms with like surroundings one name");
 }
 
 TEST(Surroundings, OfAListedNeighbourhood) {
