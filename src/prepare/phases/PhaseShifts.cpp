@@ -187,7 +187,8 @@ double CrystalZero(const PhaseShiftRequest& request, const std::vector<MuffinTin
     if (sites.empty())
         throw ZfError(
             "The muffin-tin zero is open: no atom of the cluster has neighbours all around it. Take a larger "
-            "cluster or, for a single layer of atoms, give the zero");
+            "cluster or, for a single layer of atoms, give the zero: in a recipe [phases] zero, on the "
+            "command line --zero");
     return MuffinTinZero(sites, request.exchange, energy_eV / kHartree_eV);
 }
 
