@@ -12,6 +12,7 @@
 #include <new>
 #include <system_error>
 
+#include "foundation/Interruption.h"
 #include "foundation/ZfError.h"
 
 namespace qvre {
@@ -79,6 +80,8 @@ void RequireFile(const std::string& path) {
 void RethrowNaming(const std::string& path) {
     const std::string place = path + ": ";
     try {
+        throw;
+    } catch (const Interruption&) {
         throw;
     } catch (const ZfError& error) {
         throw ZfError(error.message.starts_with(place) ? error.message : place + error.message);

@@ -15,6 +15,7 @@
 #include <system_error>
 #include <utility>
 
+#include "foundation/Interruption.h"
 #include "foundation/ZfError.h"
 
 namespace qvre {
@@ -149,9 +150,11 @@ void ReplacedFile::MakeTemporary() {
 void ReplacedFile::Write(const std::function<void(const std::string& path)>& write) {
     try {
         write(temporary_);
+    } catch (const Interruption&) {
+        throw;
     } catch (...) {
         std::string reason = CaughtReason();
-        if (IsDiskFullBehind(temporary_)) Fail(ReasonText(ENOSPC));
+        if (IsDiskFullBehind(temporary_)) Fail(WriteFailureText(ENOSPC));
         const std::size_t name = reason.find(temporary_);
         if (name != std::string::npos) reason.replace(name, temporary_.size(), target_);
         Fail(reason);

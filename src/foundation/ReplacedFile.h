@@ -21,7 +21,7 @@ public:
     ~ReplacedFile();
 
     /// Calls `write` with the path of the temporary file. When it fails, the reason is a full disk if there
-    /// is one, and what it threw otherwise.
+    /// is one, and what it threw otherwise; an Interruption passes.
     void Write(const std::function<void(const std::string& path)>& write);
     void WriteText(const std::string& text);
 

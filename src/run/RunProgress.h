@@ -4,18 +4,10 @@
 #include <functional>
 #include <string>
 
-#include "foundation/ZfError.h"
+#include "foundation/Interruption.h"
 #include "foundation/ZfNotifyTerminate.h"
 
 namespace qvre {
-
-/// What stops a run that a signal asks to end.
-struct Interruption : ZfError {
-    explicit Interruption(int number)
-        : ZfError("interrupted; the same command goes on from here"), signal(number) {}
-
-    int signal;
-};
 
 /// While it lives, Ctrl-C (SIGINT) and SIGTERM do not end the process but ask its calculations to stop; a
 /// second one ends it at once. One that the process was started to ignore stays ignored.

@@ -7,6 +7,7 @@
 
 #include "ErrorText.h"
 #include "TempFolder.h"
+#include "foundation/Interruption.h"
 
 namespace {
 
@@ -121,6 +122,7 @@ TEST(ReplacedFile, FailuresNameTheFileAndTheReason) {
               "Cannot write " + path + ": " + path + ": the writer broke");
     EXPECT_EQ(ErrorText([&] { file.Write([](const std::string&) { throw "a bare text"; }); }),
               "Cannot write " + path + ": a bare text");
+    EXPECT_THROW(file.Write([](const std::string&) { throw Interruption(2); }), Interruption);
 }
 
 }  // namespace
