@@ -28,13 +28,6 @@ constexpr mode_t kPermissions = 0777;
 constexpr mode_t kNewFile = 0666;  // less what the user masks
 constexpr std::size_t kRandomDigits = 16;
 
-std::string ReasonText(int reason) {
-    if (reason == ENOSPC || reason == EDQUOT) return "the disk is full";
-    if (reason == ELOOP) return "its links lead in a circle";
-    if (reason == EISDIR) return "it is a folder";
-    return std::generic_category().message(reason);
-}
-
 /// ".image.png." of "image.png". Of a name as long as a file system takes it, the beginning has to do, up to
 /// the end of a character of UTF-8.
 std::string TemporaryStart(const std::string& name) {
@@ -105,15 +98,15 @@ ReplacedFile::~ReplacedFile() {
 void ReplacedFile::FindPlace() {
     if (target_.empty()) Fail("its name is empty");
     const fs::path place = EndOfLinks(target_);
-    if (place.empty()) Fail(ReasonText(ELOOP));
+    if (place.empty()) Fail(WriteFailureText(ELOOP));
     place_ = place.string();
     struct stat former = {};
     if (stat(place_.c_str(), &former) != 0) {
-        if (errno != ENOENT) Fail(ReasonText(errno));
+        if (errno != ENOENT) Fail(WriteFailureText(errno));
         if (!place.has_filename()) Fail("there is no such folder");
         return;
     }
-    if (S_ISDIR(former.st_mode)) Fail(ReasonText(EISDIR));
+    if (S_ISDIR(former.st_mode)) Fail(WriteFailureText(EISDIR));
     isPipeOrDevice_ = !S_ISREG(former.st_mode) || IsInProcessFolder(place);
     formerMode_ = isPipeOrDevice_ ? 0 : former.st_mode & kPermissions;
     // The superuser may write everything; a file that nobody may write is meant to stay all the same.
@@ -136,7 +129,7 @@ void ReplacedFile::MakeTemporary() {
     } while (file < 0 && errno == EEXIST);
     if (file < 0 && errno == ENOENT) Fail("there is no folder " + folder.string());
     if (file < 0 && errno == EACCES) Fail("its folder may not be written");
-    if (file < 0) Fail(ReasonText(errno));
+    if (file < 0) Fail(WriteFailureText(errno));
     temporary_ = name;
     struct stat former = {};
     if (formerMode_ != 0 && stat(place_.c_str(), &former) == 0) {
@@ -167,7 +160,7 @@ void ReplacedFile::WriteText(const std::string& text) {
         std::ofstream stream(path, std::ios::binary);
         stream.write(text.data(), static_cast<std::streamsize>(text.size()));
         stream.close();
-        if (!stream) throw ZfError(ReasonText(errno));
+        if (!stream) throw ZfError(WriteFailureText(errno));
     });
 }
 
@@ -176,7 +169,7 @@ void ReplacedFile::Commit() {
         CopyIntoPlace();
         unlink(temporary_.c_str());
     } else if (std::rename(temporary_.c_str(), place_.c_str()) != 0) {
-        Fail(ReasonText(errno));
+        Fail(WriteFailureText(errno));
     }
     temporary_.clear();
 }
@@ -190,11 +183,18 @@ void ReplacedFile::CopyIntoPlace() const {
     std::ofstream stream(place_, std::ios::binary | std::ios::app);
     stream << content.rdbuf();
     stream.close();
-    if (!stream) Fail(ReasonText(errno));
+    if (!stream) Fail(WriteFailureText(errno));
 }
 
 void ReplacedFile::Fail(const std::string& reason) const {
     throw ZfError(fmt::format("Cannot write {}: {}", target_, reason));
+}
+
+std::string WriteFailureText(int reason) {
+    if (reason == ENOSPC || reason == EDQUOT) return "the disk is full";
+    if (reason == ELOOP) return "its links lead in a circle";
+    if (reason == EISDIR) return "it is a folder";
+    return std::generic_category().message(reason);
 }
 
 void WriteWholeFile(const std::string& target, const std::string& text) {

@@ -40,6 +40,9 @@ private:
     std::string temporary_;  // empty once committed
 };
 
+/// Why a file cannot be written, in words, by the errno of the failure.
+std::string WriteFailureText(int reason);
+
 /// Writes a text as the whole content of a file, which appears whole or not at all. Throws as ReplacedFile
 /// does.
 void WriteWholeFile(const std::string& target, const std::string& text);

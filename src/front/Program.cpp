@@ -8,9 +8,9 @@
 #include <memory>
 #include <new>
 #include <string>
-#include <system_error>
 
 #include "foundation/Console.h"
+#include "foundation/ReplacedFile.h"
 #include "foundation/ZfError.h"
 #include "front/Commands.h"
 #include "front/HelpFormatter.h"
@@ -85,8 +85,8 @@ int Parse(CLI::App& program, int argumentCount, const char* const* arguments) {
 int CheckOutput(const CLI::App& program, int status) {
     errno = 0;
     if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return status;
-    const std::string reason = errno == 0 ? "the disk may be full" : std::generic_category().message(errno);
-    return Fail(program, "cannot write to standard output: " + reason, kFailed);
+    const std::string reason = errno == 0 ? "the disk may be full" : WriteFailureText(errno);
+    return Fail(program, "Cannot write to standard output: " + reason, kFailed);
 }
 
 }  // namespace

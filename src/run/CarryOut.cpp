@@ -62,7 +62,10 @@ void CarryOut(const RunPlan& plan, bool repeatsAll) {
         }
         CompareResults(plan, folder, log);
     } catch (const ZfError& error) {
-        log.Note("stopped: " + error.message);
+        try {
+            log.Note("stopped: " + error.message);
+        } catch (const ZfError&) {  // NOLINT(bugprone-empty-catch): the log of a full disk hides no reason
+        }
         throw;
     }
     TellStale(folder.NewlyStale(outputs), log);

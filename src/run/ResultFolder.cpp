@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -54,7 +55,8 @@ std::string RecordKey(const RunStep& step) {
 ResultFolder::ResultFolder(std::string path) : path_(std::move(path)) {
     std::error_code failure;
     fs::create_directories(path_, failure);
-    if (failure) throw ZfError("Cannot make the result folder " + path_ + ": " + failure.message());
+    if (failure)
+        throw ZfError("Cannot make the result folder " + path_ + ": " + WriteFailureText(failure.value()));
     TakeLock();
     ReadRecord();
 }
@@ -65,7 +67,8 @@ ResultFolder::~ResultFolder() {
 
 void ResultFolder::TakeLock() {
     lock_ = open(Path(kLockName).c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
-    if (lock_ < 0) throw ZfError("Cannot write into the result folder " + path_);
+    if (lock_ < 0)
+        throw ZfError("Cannot write into the result folder " + path_ + ": " + WriteFailureText(errno));
     if (flock(lock_, LOCK_EX | LOCK_NB) == 0) return;
     close(lock_);
     throw ZfError("Another run works in the folder " + path_ + "; wait for it, or choose another folder");

@@ -6,14 +6,14 @@
 #include <cerrno>
 #include <ctime>
 #include <sstream>
-#include <system_error>
 
+#include "foundation/ReplacedFile.h"
 #include "foundation/ZfError.h"
 
 namespace qvre {
 
 RunLog::RunLog(const std::string& path) : path_(path), file_(std::fopen(path.c_str(), "ae")) {
-    if (!file_) throw ZfError("Cannot write " + path_ + ": " + std::generic_category().message(errno));
+    if (!file_) throw ZfError("Cannot write " + path_ + ": " + WriteFailureText(errno));
 }
 
 void RunLog::Line(const std::string& text) {
@@ -33,10 +33,12 @@ void RunLog::Note(const std::string& text) {
     localtime_r(&now, &local);
     const std::string stamp = fmt::format("{:%Y-%m-%d %H:%M:%S}", local);
     std::istringstream lines(text);
+    std::string stamped;
     for (std::string line; std::getline(lines, line);)
-        std::fputs((stamp + "  " + line + "\n").c_str(), file_.get());
-    if (std::fflush(file_.get()) != 0)
-        throw ZfError("Cannot write " + path_ + ": " + std::generic_category().message(errno));
+        stamped.append(stamp).append("  ").append(line).append("\n");
+    if (std::fwrite(stamped.data(), 1, stamped.size(), file_.get()) != stamped.size() ||
+        std::fflush(file_.get()) != 0)
+        throw ZfError("Cannot write " + path_ + ": " + WriteFailureText(errno));
 }
 
 }  // namespace qvre

@@ -191,7 +191,15 @@ TEST_F(RunCommand, AFullDiskBehindStandardOutputIsAFailure) {
     const std::string run = Process(QVRE_PROGRAM) + " run " + Recipe("") + " -o " + folder_.Path("results") +
                             " > /dev/full 2> " + folder_.Path("errors");
     EXPECT_EQ(WEXITSTATUS(std::system(run.c_str())), 1);
-    EXPECT_EQ(folder_.Read("errors"), "qvre run: cannot write to standard output: the disk may be full\n");
+    EXPECT_EQ(folder_.Read("errors"), "qvre run: Cannot write to standard output: the disk may be full\n");
+    // Every file of a run fails in the same words.
+    for (const std::string name : {"run.log", "cluster.xyz"}) {
+        const std::string results = "full-" + name;
+        fs::create_directory(folder_.Path(results));
+        fs::create_symlink("/dev/full", folder_.Path(results + "/" + name));
+        EXPECT_EQ(RunQvre({"run", Recipe(""), "-o", folder_.Path(results)}).errors,
+                  "qvre run: Cannot write " + folder_.Path(results + "/" + name) + ": the disk is full\n");
+    }
 }
 
 TEST_F(RunCommand, ASeriesIsSummedOrKeptApart) {
