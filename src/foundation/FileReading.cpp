@@ -65,8 +65,10 @@ std::string ReadWholeFile(const std::string& path) {
 
 std::string ReadTextFile(const std::string& path) {
     std::string text = ReadWholeFile(path);
+    const bool isUtf16 = text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF");
+    if (!isUtf16 && text.find('\0') != std::string::npos) throw ZfError(path + ": it is no text");
     if (text.starts_with("\xEF\xBB\xBF")) return text.substr(3);
-    if (!text.starts_with("\xFF\xFE") && !text.starts_with("\xFE\xFF")) return text;
+    if (!isUtf16) return text;
     return QTextStream(QByteArray::fromStdString(text)).readAll().toStdString();
 }
 

@@ -8,7 +8,8 @@ namespace qvre {
 std::string ReadWholeFile(const std::string& path);
 
 /// The text of a file as UTF-8, without a byte order mark; UTF-16 that begins with its mark is converted.
-/// Throws ZfError "path: reason".
+/// Throws ZfError "path: reason", also for a zero byte, which no text holds: what is none is not taken for a
+/// single line of gigabytes.
 std::string ReadTextFile(const std::string& path);
 
 /// Throws ZfError "path: there is no such file", and likewise for a folder or a file that may not be read.

@@ -19,7 +19,12 @@ TEST(FileReading, TakesEveryByteAndEveryKindOfMark) {
         "a\0\r\n\xFF",
         8);
     EXPECT_EQ(ReadWholeFile(folder.Write("bytes", bytes)), bytes);
-    EXPECT_EQ(ReadTextFile(folder.Path("bytes")), bytes.substr(3));
+    EXPECT_EQ(ErrorText([&] { ReadTextFile(folder.Path("bytes")); }),
+              folder.Path("bytes") + ": it is no text");
+    EXPECT_EQ(ReadTextFile(folder.Write("marked",
+                                        "\xEF\xBB\xBF"
+                                        "a\r\n\xFF")),
+              "a\r\n\xFF");
     const std::string utf16(
         "\xFF\xFE"
         "a\0\xE9\0\n\0",
