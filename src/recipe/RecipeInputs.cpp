@@ -11,6 +11,7 @@
 #include "foundation/ProgramFile.h"
 #include "prepare/cluster/ClusterMaking.h"
 #include "prepare/cluster/CrystalSources.h"
+#include "prepare/cluster/EmitterSites.h"
 #include "prepare/emission/EmitterField.h"
 #include "prepare/thermal/Elements.h"
 
@@ -97,6 +98,9 @@ ClusterRequest ReadClusterRequest(RecipeTable section, const RecipeFolder& place
     request.emitter = section.Text("emitter", "");
     request.sites = Integers(section, "sites");
     if (section.Has("emitter-layer")) request.layers = Integers(section, "emitter-layer");
+    section.Made("emitter-layer", [&] {
+        for (const int layer : request.layers) CheckLayer(layer);
+    });
     request.top = section.Text("top", "");
     request.shape = section.Word("shape", request.shape);
     request.size_angstrom = section.NotNegative("radius", RecipeUnit::kAngstrom, request.size_angstrom);

@@ -95,8 +95,8 @@ TEST_F(RecipePlan, AStepIsRepeatedForTheContentOfItsFiles) {
 
 TEST_F(RecipePlan, WhatCannotWorkIsRefusedBeforeAnythingIsMade) {
     const std::tuple<std::string, std::string, std::string> cases[] = {
-        {"cluster", "emitter-layer = 0", "r.toml line 1: [cluster]: There is no layer 0"},
-        {"cluster", "emitter-layer = [1, 5000]", "There is no layer 5000"},
+        {"cluster", "emitter-layer = 0", "r.toml line 4: [cluster] emitter-layer: There is no layer 0"},
+        {"cluster", "emitter-layer = [1,\n5000]", "line 5: [cluster] emitter-layer: There is no layer 5000"},
         {"cluster", "emitter = \"Ni\"", "[cluster]: No Ni to emit"},
         {"cluster", "debye = { Zz = 300 }", "Debye temperature is given for Zz"},
         {"emission", "weight = -1", "[emission] kinetic: The weight has to be above 0"},
@@ -117,6 +117,7 @@ TEST_F(RecipePlan, WhatCannotWorkIsRefusedBeforeAnythingIsMade) {
         {"picture", "file = \"a\\u0000.png\"", "[picture] file: holds a control character"},
         {"picture", "file = \"../a.png\"", "[picture] file: has to be a name without a folder"},
         {"picture", "file = \".a.png\"", "[picture] file: may not begin with a dot"},
+        {"picture", "width = 40000", "The width of a PNG has to lie between 100 and 20000 pixels"},
     };
     for (const auto& [section, line, message] : cases) {
         const std::string error = ErrorText([&, &s = section, &l = line] { Plan(Recipe({{s, l}})); });

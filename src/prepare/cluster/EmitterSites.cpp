@@ -174,6 +174,12 @@ void AddLayers(const ClusterRequest& request, const SurfaceFrame& frame, std::si
 
 }  // namespace
 
+void CheckLayer(int layer) {
+    if (layer < 1 || layer > kDeepestLayer)
+        throw ZfError("There is no layer " + std::to_string(layer) +
+                      ": layers count from 1, the surface, to " + std::to_string(kDeepestLayer));
+}
+
 std::vector<EmitterSite> FindEmitters(const ClusterRequest& request, const SurfaceFrame& frame) {
     const std::vector<std::string> elements = request.cell.Elements();
     if (!request.top.empty() && !Holds(elements, request.top))
@@ -183,9 +189,7 @@ std::vector<EmitterSite> FindEmitters(const ClusterRequest& request, const Surfa
                                                : NumberedSites(request);
     std::vector<EmitterSite> emitters;
     for (const int layer : request.layers) {
-        if (layer < 1 || layer > kDeepestLayer)
-            throw ZfError("There is no layer " + std::to_string(layer) +
-                          ": layers count from 1, the surface, to " + std::to_string(kDeepestLayer));
+        CheckLayer(layer);
         const std::vector<EmitterSite> found = InLayer(request, frame, sites, layer);
         if (found.empty()) ThrowNoSuchLayer(request, frame, sites, layer);
         emitters.insert(emitters.end(), found.begin(), found.end());

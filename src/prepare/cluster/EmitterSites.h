@@ -15,6 +15,9 @@ struct EmitterSite {
     CrystalBounds bounds;
 };
 
+/// Throws ZfError for a number that no layer has.
+void CheckLayer(int layer);
+
 /// The emitters that a request asks for, by layer, then by atom. Throws ZfError, with what there is, when an
 /// element, a site or a layer does not exist.
 std::vector<EmitterSite> FindEmitters(const ClusterRequest& request, const SurfaceFrame& frame);

@@ -109,6 +109,7 @@ void CheckPatternPlot(const PatternPlot& plot) {
         throw ZfError("give one I0 image for all images, or one for each");
     if (!Canvas::CanWrite(plot.output))
         throw ZfError("the name of the picture has to end in .png, .svg or .pdf");
+    static_cast<void>(Canvas::Scale(plot.output, kColumnWidth, plot.width));  // refuses a width out of range
     if (plot.captions.size() > plot.images.size()) throw ZfError("there are more captions than images");
     if (plot.innerPotential && plot.energy == 0.0)
         throw ZfError(
