@@ -191,9 +191,11 @@ bool StructureScattering::AdvanceSuccessive() {
     while (first < growing_.size() && growing_[first].targets.back().atom < finished_) ++first;
     if (first == growing_.size()) return false;
     const std::size_t ready = finished_;
+    // Packs of other l sizes may end before those in front of them.
     std::size_t last = first;
-    while (last + 1 < growing_.size() && growing_[last].targets.back().atom + 1 < ready + kBlock) ++last;
-    const std::size_t end = growing_[last].targets.back().atom + 1;
+    std::size_t end = growing_[first].targets.back().atom + 1;
+    while (last + 1 < growing_.size() && end < ready + kBlock)
+        end = std::max(end, growing_[++last].targets.back().atom + 1);
     std::vector<GrowingPack*> later;
     for (std::size_t p = last + 1; p < std::min(last + kWindow, growing_.size()); ++p)
         if (growing_[p].targets.front().atom >= end) later.push_back(&growing_[p]);

@@ -1,10 +1,12 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <random>
 
 #include "ClosedForms.h"
 #include "Cluster.h"
 #include "TempFolder.h"
+#include "scattering/ScattererLists.h"
 
 namespace {
 
@@ -127,5 +129,38 @@ TEST(ScatteringCalculators, AWaveOfASizeAloneIsZero) {
         run.waves[0].coeff.SetZero(3);
         for (const ZfFreeElectron& atom : run.Run())
             for (std::int32_t l = 0; l < 3; ++l) EXPECT_EQ(atom.A.At(l, -l), 0.0) << l;
+    }
+}
+
+// Packs of atoms with the same l size run side by side and end in any order.
+TEST(ScatteringCalculators, AtomsOfManyLSizesAreThoseOfOneAtATime) {
+    const std::vector<std::string> names = {"two", "three", "five", "six"};
+    std::mt19937 random(1);  // NOLINT(cert-msc51-cpp): the same clusters in every run
+    for (int cluster = 0; cluster < 12; ++cluster) {
+        std::vector<ClusterAtom> atoms;
+        for (int i = 0; i < 27; ++i)
+            atoms.push_back(
+                AtomAt(names[random() % 4], 2.6 * (i % 3) + 0.01 * i, 2.6 * (i / 3 % 3), 2.6 * (i / 9)));
+        Calculation run(kSlowMulti, kRow);
+        run.cluster.structures[0].atoms = atoms;
+        run.phaseShifts.records = {PhaseShiftOf("two", 2, 1.0), PhaseShiftOf("three", 3, 1.0),
+                                   PhaseShiftOf("five", 5, 1.0), PhaseShiftOf("six", 6, 1.0)};
+        run.waves = {EmittedSWave(), EmittedSWave()};
+        run.Run();
+        for (std::size_t wave = 0; wave < 2; ++wave) {
+            ZfScatteringData one;
+            ZfScatteringRecord& record = AddScatteringRecord(
+                one, run.cluster, 0, run.waves, static_cast<std::int32_t>(wave), run.phaseShifts);
+            for (std::int32_t at = 0; at < std::ssize(atoms); ++at) {
+                one.CalculateSlowMulti(record, run.phaseShifts, 0, at);
+                if (at == 0) continue;
+                const auto& together = run.data.ListScatteringData[wave].ListScatterer.electrons;
+                const auto i = static_cast<std::size_t>(at);
+                EXPECT_LT(RelativeError(together[i].A, record.NextListScatterer.electrons[i].A,
+                                        [](std::int32_t) { return 1.0; }),
+                          1e-10)
+                    << cluster << " " << at;
+            }
+        }
     }
 }
