@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cmath>
+#include <stdexcept>
 
 #include "foundation/Console.h"
 #include "foundation/ZfError.h"
@@ -117,6 +118,8 @@ std::vector<SeenSources> SourcesOfAll(std::int32_t method, const ZfScatteringRec
         }
     } catch (const ZfError&) {
         // told when its turn comes
+    } catch (const std::out_of_range&) {
+        // so is a record without a radius
     }
     return all;
 }
@@ -181,6 +184,9 @@ void ZfScatteringData::PlanStructure(Cluster& cluster, const std::vector<Emitted
     if (Version != kSingle && Version != kSlowMulti && Version != kMulti) return;
     std::vector<ZfScatteringRecord> records = {ListScatteringData.back()};
     std::vector<std::vector<SeenSources>> seen;
+    // Every record sorts the atoms anew, which by depth may change their order again.
+    std::vector<ClusterAtom>& atoms = CheckedAt(cluster.structures, StIndex).atoms;
+    const std::vector<ClusterAtom> order = atoms;
     try {
         ZfScatteringData rest;
         rest.atomOrder = atomOrder;
@@ -189,6 +195,7 @@ void ZfScatteringData::PlanStructure(Cluster& cluster, const std::vector<Emitted
     } catch (const ZfError&) {
         // told when its turn comes
     }
+    atoms = order;
     seen.reserve(records.size());
     for (const ZfScatteringRecord& record : records)
         seen.push_back(!seen.empty() && SeeTheSame(record, records.front())

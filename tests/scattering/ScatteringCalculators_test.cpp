@@ -81,6 +81,7 @@ TEST(ScatteringCalculators, FailWhereTheMethodNeedsMore) {
     run.data.fileName = folder.Path("w.xml_sf");
     run.phaseShifts.records[0].radial.LnX.clear();  // the radius of an intermediate atom
     EXPECT_EQ(ErrorText([&] { run.Run(); }), "out of range");
+    EXPECT_EQ(run.data.AtIndex, 2) << "the first that has one between";
     EXPECT_FALSE(std::filesystem::exists(run.data.fileName));
     run.data.Version = kSlowMulti;
     run.Run();
