@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <iterator>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -28,4 +30,10 @@ inline QvreResult RunQvre(std::vector<std::string> arguments) {
     result.output = testing::internal::GetCapturedStdout();
     result.errors = testing::internal::GetCapturedStderr();
     return result;
+}
+
+/// The same with words between blanks.
+inline QvreResult RunQvre(const std::string& words) {
+    std::istringstream stream(words);
+    return RunQvre(std::vector<std::string>{std::istream_iterator<std::string>(stream), {}});
 }

@@ -198,45 +198,4 @@ TEST(Cluster, ComesBackFromItsFiles) {
     }
 }
 
-TEST(Cluster, SaysWhatCannotBe) {
-    const auto failure = [](auto change) {
-        ClusterRequest request = RequestFor(GaAs());
-        request.emitter = "As";
-        change(request);
-        return ErrorText([&] { CheckClusterRequest(request); });
-    };
-    using R = ClusterRequest&;
-    EXPECT_EQ(failure([](R r) { r.emitter.clear(); }),
-              "The crystal holds Ga, As: say which one emits (--emitter)");
-    EXPECT_EQ(failure([](R r) { r.sites = {9}; }),
-              "Emitter site 9 does not exist: the cell has the atoms 1 to 8");
-    EXPECT_EQ(failure([](R r) { r.sites = {1}; }), "Emitter site 1 is Ga, not As");
-    EXPECT_EQ(failure([](R r) { r.layers = {0}; }),
-              "There is no layer 0: layers count from 1, the surface, to 1000");
-    EXPECT_EQ(
-        failure([](R r) { r.layers = {2}, r.top = "As"; }),
-        "No emitter lies in layer 2 below a surface plane of As; there are in 1, 3 and every 4 further");
-    const auto cutting = [](auto change) {
-        ClusterRequest request = RequestFor(PresetCell("Cu", {}, {}));
-        change(request);
-        return ErrorText([&] { MakeCluster(request); });
-    };
-    EXPECT_EQ(cutting([](R r) { r.size_angstrom = 1.0, r.layers = {1}; }),
-              "No whole shell of atoms lies within 1.000 angstrom: the smallest needs 2.553 angstrom");
-    EXPECT_EQ(cutting([](R r) { r.size_angstrom = 1e6; }),
-              "The cluster would have more than 200000 atoms: ask for a smaller one");
-    EXPECT_EQ(
-        failure([](R r) { r.cell.atoms[4].fractional = gemmi::Vec3(0.98, 0.0, 0.0); }),
-        "Atoms 1 (Ga) and 5 (As) of the cell are 0.113 angstrom apart, images included: more than 0.5 is "
-        "needed");
-    EXPECT_EQ(failure([](R r) { r.cell.atoms[4].fractional.x = 1e300; }),
-              "An atom (As) lies far outside the cell: check its coordinates");
-    EXPECT_EQ(failure([](R r) { r.cell.atoms[0].element = "ga"; }),
-              "\"ga\" is no element symbol; write it as in the periodic table, like Fe");
-    EXPECT_EQ(failure([](R r) {
-                  r.debye_K = {{"As", 360.0}}, r.weightTable = QVRE_DATA "/AtomicWeight.txt";
-              }),
-              "Give a Debye temperature for Ga too: its displacement is not known");
-}
-
 }  // namespace

@@ -50,19 +50,6 @@ void ExpectChannels(const DipoleChannels& channels, const DipoleChannels& expect
     }
 }
 
-Cluster AlongX(const std::vector<std::vector<std::pair<std::string, double>>>& structures) {
-    Cluster cluster;
-    for (const auto& atoms : structures) {
-        Structure& structure = cluster.structures.emplace_back();
-        for (const auto& [name, x] : atoms) {
-            ClusterAtom& atom = structure.atoms.emplace_back();
-            atom.name = atom.atom = name;
-            atom.SetPositionAngstrom(Vector3(x, 0.0, 0.0));
-        }
-    }
-    return cluster;
-}
-
 }  // namespace
 
 // The README of the example gives radial integrals, phases (degrees) and beta; its files hold 6 digits.
@@ -84,18 +71,4 @@ TEST(EmitterField, Arsenic3dOfTheExample) {
     ExpectChannels(emission.channels, {2, {0.0004216, 0.0023134}, {218.540, 93.380}}, 6e-7);
     EXPECT_NEAR(emission.channels.Beta(), 1.033, 5e-4);
     EXPECT_LT(DifferenceFromFile(emission.waves, "gaas001/emitter.xml_emt"), 5e-4);
-}
-
-TEST(EmitterField, EmitterStandsAtTheOrigin) {
-    EXPECT_EQ(EmitterOf(AlongX({{{"Ga", 2.4}, {"As", 0.0}}, {{"As", 0.005}}})).name, "As");
-    EXPECT_EQ(ErrorText([] {
-                  EmitterOf(AlongX({{{"Ga", 2.4}, {"As", 0.02}}}));
-              }),
-              "The cluster has no atom at its origin: move the emitter there");
-    EXPECT_EQ(
-        ErrorText([] {
-            EmitterOf(AlongX({{{"Ga", 0.0}}, {{"As", 0.0}}}));
-        }),
-        "The structures of the cluster have different emitters, Ga and As: make a cluster and an emitted "
-        "wave of each");
 }

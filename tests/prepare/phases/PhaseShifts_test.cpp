@@ -108,40 +108,8 @@ TEST(PhaseShiftFile, StaysAwayFromTheNeighbours) {
     EXPECT_NE(warnings[0].find("Cu at 100 eV: l size cut from 21 to"), std::string::npos) << warnings[0];
 }
 
-TEST(PhaseShiftFile, RefusesEnergiesThatWouldNotBeFound) {
-    EXPECT_EQ(
-        ErrorText([] { CheckEnergies({560.1234}, 1); }),
-        "The energy 560.1234 eV has more than the 6 digits of a file, and would not be found: take 560.123");
-    EXPECT_EQ(ErrorText([] { CheckEnergies({560, 561, 560}, 1); }), "The energy 560 eV is given twice");
-    EXPECT_EQ(ErrorText([] { CheckEnergies({-1}, 1); }), "The energy -1 eV is not above 0");
-    std::vector<double> many;
-    for (int i = 1; i <= 64; ++i) many.push_back(i);
-    EXPECT_EQ(ErrorText([&] { CheckEnergies(many, 2); }), "no failure");
-    EXPECT_EQ(
-        ErrorText([&] { CheckEnergies(many, 3); }),
-        "192 records are more than the 128 of a document: ask for fewer energies, or give atoms with like "
-        "surroundings one name");
-}
-
-// What no calculation takes is refused before one begins, with or without species.
-TEST(PhaseShifts, RefusesSettingsOutOfRange) {
-    const auto refusal = [](auto change) {
-        PhaseShiftRequest request;
-        change(request);
-        return ErrorText([&] { CheckSettings(request); });
-    };
-    using R = PhaseShiftRequest&;
-    EXPECT_EQ(refusal([](R) {}), "no failure");
-    EXPECT_EQ(refusal([](R r) { r.energies_eV = {560, 2e5}; }), "The energy 200000 eV is above 100000 eV");
-    EXPECT_EQ(refusal([](R r) { r.limits.lMax = 61; }), "The largest l has to lie between 0 and 60");
-    EXPECT_EQ(refusal([](R r) { r.limits.cut_deg = -1.0; }),
-              "The cut of phase shifts has to lie between 0 and 180 degrees");
-    EXPECT_EQ(refusal([](R r) { r.zero_eV = -2000.0; }),
-              "The muffin-tin zero has to lie between -1000 and 1000 eV");
-    EXPECT_EQ(refusal([](R r) {
-                  r.radius_angstrom = {{"O", 0.0}};
-              }),
-              "The radius of \"O\" has to be above 0.01 angstrom");
-    EXPECT_EQ(refusal([](R r) { r.radialPoints = 1; }),
-              "The tables of the radial wave need 2 to 1000 points");
+TEST(PhaseShiftFile, HoldsAsManyRecordsAsADocument) {
+    std::vector<double> energies;
+    for (int i = 1; i <= 64; ++i) energies.push_back(i);
+    EXPECT_EQ(ErrorText([&] { CheckEnergies(energies, 2); }), "no failure");
 }

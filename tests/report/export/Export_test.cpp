@@ -191,24 +191,4 @@ TEST_F(Export, SameContentSameBytes) {
     EXPECT_GT(folder_.Read("a.h5").size(), 360 * sizeof(double));
 }
 
-TEST_F(Export, RefusalsLeaveNothingBehind) {
-    ExportRequest request = Request(SphereMap::kAzimuthalEquidistant, "p.txt");
-    EXPECT_EQ(ErrorText([&] { ExportImage(request); }),
-              "An image is written as .csv, .npy, .h5, .hdf5 or .nxs, not as " + request.output);
-    request.output = folder_.Path("p.h5");
-    request.runFiles = {folder_.Write("a.txt", "")};
-    EXPECT_EQ(ErrorText([&] { ExportImage(request); }),
-              request.runFiles[0] +
-                  ": a file of a run ends in .xml_sf, .xml_cl, .xyz, .xml_emt, .xml_ph or .xml_flu");
-    EXPECT_EQ(ErrorText([&] { ExportScatteredWave(request.image, {}, request.output); }),
-              request.image + ": it is no scattered wave (.xml_sf)");
-    const std::string cut =
-        folder_.Write("cut.xml_sf",
-                      "<QVRE_ScatteringData><data><ListScatteringData><i><StIndex>0</StIndex>"
-                      "</i></ListScatteringData></data></QVRE_ScatteringData>");
-    EXPECT_EQ(ErrorText([&] { ExportScatteredWave(cut, {}, request.output); }),
-              cut + ": a record has no atoms: the file may be cut short");
-    EXPECT_FALSE(std::filesystem::exists(request.output));
-}
-
 }  // namespace

@@ -37,10 +37,6 @@ TEST(WriteDifference, ScalesBWhereAScaleServes) {
                            "10,0,0.5,-0.5,1\n20,45,-0.25,0.25,-0.5\n30,90,0.125,0,0.125\n"),
               std::string::npos)
         << opposed;
-    EXPECT_EQ(ErrorText([&] {
-                  WriteDifference(Result({1.0, 2.0, 3.0}), folder.Path("a.CSV"));
-              }),
-              "A difference is written as .csv, .png, .svg or .pdf, not as " + folder.Path("a.CSV"));
 }
 
 /// Directions 5 degrees apart on rings from 20 to 60 degrees; a is 1 on the side of +y and -1 on the other.
