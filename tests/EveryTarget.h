@@ -5,8 +5,8 @@
 
 #include <string>
 
-/// Repeats the tests of a suite with every instruction set: INSTANTIATE_TEST_SUITE_P(EveryInstructionSet, Suite,
-/// AllTargets(), TargetName).
+/// Repeats the tests of a suite with every instruction set: INSTANTIATE_TEST_SUITE_P(EveryInstructionSet,
+/// Suite, AllTargets(), TargetName).
 class EveryTarget : public testing::TestWithParam<std::int64_t> {
 protected:
     void SetUp() override { hwy::SetSupportedTargetsForTest(GetParam()); }

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace qvre;
+
 namespace {
 
 /// "name: value unit" of each setting, a line each.

@@ -8,8 +8,7 @@
 #include "foundation/Text.h"
 #include "multiple/FullScattering.h"
 #include "scattering/SphericalHarmonics.h"
-
-using namespace qvre;
+#include "scattering/Tables.h"
 
 // Requests that several tests share, and what a solution is compared by.
 
@@ -27,15 +26,6 @@ inline std::vector<Complex> SmoothPhases(std::size_t lSize, double reach, double
                         (1.0 + 0.3 * std::cos(static_cast<double>(l))));
     }
     return delta;
-}
-
-inline ZfLmComplexTable EmittedTable(std::int32_t lSize, double start = 0.4) {
-    ZfLmComplexTable table(lSize);
-    for (Complex& a : table.block) {
-        a = {std::sin(start), std::cos(2.0 * start)};
-        start += 0.7;
-    }
-    return table;
 }
 
 inline ZfLmComplexTable SWaveTable() {
@@ -118,42 +108,3 @@ inline Complex FarFieldOf(const FullScatteringRequest& request, const std::vecto
     }
     return field;
 }
-
-/// Largest difference of two solutions, over the largest element.
-inline double Difference(const std::vector<ZfLmComplexTable>& a, const std::vector<ZfLmComplexTable>& b) {
-    double difference = 0.0;
-    double size = 0.0;
-    for (std::size_t i = 0; i < a.size(); ++i) {
-        for (std::size_t j = 0; j < a[i].block.size(); ++j) {
-            difference = std::max(difference, std::abs(a[i].block[j] - b[i].block[j]));
-            size = std::max(size, std::abs(b[i].block[j]));
-        }
-    }
-    return difference / size;
-}
-
-/// Nodes and weights of Gauss and Legendre on (-1, 1) (DLMF 3.5(v)).
-struct GaussLegendre {
-    explicit GaussLegendre(std::size_t n) {
-        for (std::size_t i = 0; i < n; ++i) {
-            double x = std::cos(kPi * (static_cast<double>(i) + 0.75) / (static_cast<double>(n) + 0.5));
-            double slope = 1.0;
-            for (int step = 0; step < 20; ++step) {
-                double before = 0.0;
-                double now = 1.0;
-                for (std::size_t l = 0; l < n; ++l) {
-                    const auto order = static_cast<double>(l);
-                    const double next = ((2.0 * order + 1.0) * x * now - order * before) / (order + 1.0);
-                    before = now;
-                    now = next;
-                }
-                slope = static_cast<double>(n) * (x * now - before) / (x * x - 1.0);
-                x -= now / slope;
-            }
-            nodes.push_back(x);
-            weights.push_back(2.0 / ((1.0 - x * x) * slope * slope));
-        }
-    }
-    std::vector<double> nodes;
-    std::vector<double> weights;
-};

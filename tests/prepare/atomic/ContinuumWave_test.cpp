@@ -23,21 +23,10 @@ struct Bessel {
         table.Calculate(l + 1, x);
         j = table.J(l);
         y = table.Y(l);
-        dj = l / x * j - table.J(l + 1);
-        dy = l / x * y - table.Y(l + 1);
     }
     ZfSphericalBessel table;
-    double j, y, dj, dy;
+    double j, y;
 };
-
-/// Nodes of a function below x_end.
-template <class Function>
-int Nodes(Function f, double end) {
-    int nodes = 0;
-    for (double x = 0.01; x + 0.01 < end; x += 0.01)
-        if ((f(x) < 0.0) != (f(x + 0.01) < 0.0)) ++nodes;
-    return nodes;
-}
 
 }  // namespace
 
@@ -52,31 +41,6 @@ TEST(ContinuumWave, FreeSpaceShiftsNothing) {
             EXPECT_NEAR(wave.delta[row], 0.0, kIntegration) << "l=" << l;
             const std::size_t middle = wave.r.size() - 300;
             EXPECT_NEAR(wave.u[row][middle], wave.r[middle] * Bessel(l, wave.k * wave.r[middle]).j, 1e-5);
-        }
-    }
-}
-
-// Joining j_l(Kr) to cos(delta) j_l(kr) - sin(delta) y_l(kr) (L. I. Schiff, Quantum Mechanics, section 19).
-// The branch: what the well draws in is the number of nodes that j_l(Kr) has more than j_l(kr), to within a
-// half.
-TEST(ContinuumWave, SquareWell) {
-    const double radius = 2.0;
-    for (const double depth : {0.5, 6.0, 60.0}) {
-        const double energy = 10.0;  // hartree
-        const ContinuumWave wave =
-            SolveContinuum(Request([=](double) { return -depth; }, energy * kHartree_eV, radius));
-        const double k = std::sqrt(2.0 * energy);
-        const double inner = std::sqrt(2.0 * (energy + depth));
-        for (std::int32_t l = 0; l < 12; ++l) {
-            const Bessel out(l, k * radius);
-            const Bessel in(l, inner * radius);
-            const double tangent =
-                (k * out.dj * in.j - inner * out.j * in.dj) / (k * out.dy * in.j - inner * out.y * in.dj);
-            const double delta = wave.delta[static_cast<std::size_t>(l)];
-            EXPECT_NEAR(std::sin(delta - std::atan(tangent)), 0.0, 2e-5) << depth << " l=" << l;
-            const auto j = [l](double x) { return Bessel(l, x).j; };
-            const int drawn = Nodes(j, inner * radius) - Nodes(j, k * radius);
-            EXPECT_NEAR(delta / kPi, drawn, 1.0) << depth << " l=" << l;
         }
     }
 }
