@@ -1,14 +1,11 @@
 #include "Targets.h"
 
-#include <unistd.h>
-
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <stdexcept>
 
+#include "TempFolder.h"
 #include "crystal/ZfParser.h"
 #include "files/AnyFile.h"
 #include "files/FileSummary.h"
@@ -59,46 +56,24 @@ void RefusingAny(const Reader& read) {
 }
 
 /// The input as a file of that name, in a folder of this process.
-class InputFile {
-public:
-    InputFile(const std::string& name, std::string_view bytes) {
-        static const Folder folder;
-        path_ = folder.path / name;
-        std::ofstream(path_, std::ios::binary) << bytes;
-    }
-    std::string Path() const { return path_.string(); }
-
-private:
-    struct Folder {
-        Folder() : path(std::filesystem::temp_directory_path() / ("qvre-fuzz-" + std::to_string(getpid()))) {
-            std::filesystem::create_directories(path);
-        }
-        Folder(const Folder&) = delete;
-        Folder& operator=(const Folder&) = delete;
-        ~Folder() {
-            std::error_code ignored;
-            std::filesystem::remove_all(path, ignored);
-        }
-
-        std::filesystem::path path;
-    };
-
-    std::filesystem::path path_;
-};
+std::string InputFile(const std::string& name, std::string_view bytes) {
+    static const TempFolder folder;
+    return folder.Write(name, std::string(bytes));
+}
 
 /// A file of that name, as `cmd_qvre` loads it, and as `qvre` loads it and tells what it holds.
 template <class Document>
 FuzzTarget FileTarget(const char* target, const char* name, void (*load)(Document&, const std::string&)) {
     return {target, [name, load](std::string_view input) {
-                const InputFile file(name, input);
+                const std::string path = InputFile(name, input);
                 RefusingAny([&] {
                     Document document;
-                    load(document, file.Path());
+                    load(document, path);
                 });
-                Refusing([&] { FileSummary(LoadAnyFile(file.Path())); });
+                Refusing([&] { FileSummary(LoadAnyFile(path)); });
                 Refusing([&] {
                     RunSettings settings;
-                    AddFileSettings(settings, file.Path());
+                    AddFileSettings(settings, path);
                 });
             }};
 }
@@ -201,21 +176,21 @@ void ReadTexts(std::string_view input) {
 
 /// Read and planned; nothing is calculated or written.
 void ReadRecipe(std::string_view input) {
-    const InputFile file("recipe.toml", input);
+    const std::string path = InputFile("recipe.toml", input);
     Refusing([&] {
         RecipeOptions options;
-        options.folder = file.Path() + "-results";
-        PlanRecipe(file.Path(), options);
+        options.folder = path + "-results";
+        PlanRecipe(path, options);
     });
 }
 
 void ReadPhaseTable(std::string_view input, PhaseTableFormat format) {
-    const InputFile file("table", input);
+    const std::string path = InputFile("table", input);
     Refusing([&] {
         PhaseTableChoice choice;
         choice.format = format;
         if (format == PhaseTableFormat::kCsv) choice.element = "Cu";
-        const PhaseShiftTable table = ReadPhaseShiftTable(file.Path(), choice);
+        const PhaseShiftTable table = ReadPhaseShiftTable(path, choice);
         PhasesAt(table, 0.5 * (table.energies_eV.front() + table.energies_eV.back()), false);
     });
 }

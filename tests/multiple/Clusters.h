@@ -50,29 +50,20 @@ inline FullScatteringRequest MixedCluster(double loss) {
     return request;
 }
 
-/// An emitter with the atoms of an fcc hemisphere above and beside it, `shells` of them by distance:
-/// symmetric under quarter turns about z. k = 6 per angstrom.
-inline FullScatteringRequest FccCluster(std::size_t atoms, std::size_t lSize) {
-    constexpr double a = 1.8;  // half the cube, angstrom
-    struct Site {
-        int square;
-        Vec3 r;
-    };
-    std::vector<Site> sites;
-    for (int x = -6; x <= 6; ++x)
-        for (int y = -6; y <= 6; ++y)
-            for (int z = 0; z <= 6; ++z)
-                if ((x + y + z) % 2 == 0)
-                    sites.push_back(
-                        {x * x + y * y + z * z, {x * a * kAngstrom, y * a * kAngstrom, z * a * kAngstrom}});
-    std::stable_sort(sites.begin(), sites.end(),
-                     [](const Site& p, const Site& q) { return p.square < q.square; });
+/// An emitter and the atoms of an fcc crystal above and beside it up to that squared distance, in units of
+/// half the cube (6: 30 atoms): symmetric under quarter turns about z. k = 6 per angstrom.
+inline FullScatteringRequest FccCluster(int square, std::size_t lSize) {
+    constexpr double a = 1.8 * kAngstrom;
     FullScatteringRequest request;
     request.k = 6.0 / kAngstrom;
-    for (std::size_t i = 0; i < sites.size(); ++i) {
-        if (i >= atoms && sites[i].square != sites[i - 1].square) break;
-        request.positions.push_back(sites[i].r);
-    }
+    request.positions = {{0.0, 0.0, 0.0}};
+    for (int x = -6; x <= 6; ++x)
+        for (int y = -6; y <= 6; ++y)
+            for (int z = 0; z <= 6; ++z) {
+                const int r = x * x + y * y + z * z;
+                if ((x + y + z) % 2 == 0 && r > 0 && r <= square)
+                    request.positions.push_back({x * a, y * a, z * a});
+            }
     request.species.assign(request.positions.size(), 0);
     request.listOfSpecies = {
         {"M", ScatteringFactors(SmoothPhases(lSize, 0.45 * static_cast<double>(lSize), 1.2))}};

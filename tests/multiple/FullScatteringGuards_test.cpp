@@ -26,7 +26,7 @@ private:
 // Phase shifts with rounding where the true ones have died out: cut there, and then as if they had been given
 // so.
 TEST(FullScatteringGuards, CutsPhaseShiftsThatSpoilTheSolution) {
-    FullScatteringRequest honest = FccCluster(20, 9);
+    FullScatteringRequest honest = FccCluster(6, 9);
     FullScatteringRequest spoilt = honest;
     for (int i = 0; i < 10; ++i) spoilt.listOfSpecies[0].t.emplace_back(0.0, 2e-5);
     const FullScattering truth = Solved(honest);
@@ -132,7 +132,7 @@ TEST(FullScatteringGuards, WhatIsNothingChangesNothing) {
 }
 
 TEST(FullScatteringGuards, TellsItsProgressAndStopsWhenAsked) {
-    FullScatteringRequest request = FccCluster(30, 7);
+    FullScatteringRequest request = FccCluster(6, 7);
     std::vector<FullScatteringProgress> steps;
     ZfNotifyTerminateThreadCalculation never;
     const FullScattering solution = SolveFullScattering(
@@ -150,8 +150,8 @@ TEST(FullScatteringGuards, TellsItsProgressAndStopsWhenAsked) {
 }
 
 TEST(FullScatteringGuards, EstimatesGrowWithTheWork) {
-    FullScatteringRequest small = FccCluster(20, 8);
-    FullScatteringRequest large = FccCluster(200, 8);
+    FullScatteringRequest small = FccCluster(6, 8);
+    FullScatteringRequest large = FccCluster(30, 8);
     const FullScatteringEstimate a = EstimateFullScattering(small);
     const FullScatteringEstimate b = EstimateFullScattering(large);
     EXPECT_GT(b.seconds, a.seconds);

@@ -93,7 +93,7 @@ TEST_P(EveryTarget, AgreesWithADenseSolution) {
 
 // A quarter turn about the emitter of an s wave changes nothing but the phases of m.
 TEST(FullScattering, KeepsTheSymmetryOfTheCluster) {
-    const FullScatteringRequest request = FccCluster(40, 9);
+    const FullScatteringRequest request = FccCluster(10, 9);
     const FullScattering solution = Solved(request);
     const auto& r = request.positions;
     double difference = 0.0;
@@ -115,7 +115,7 @@ TEST(FullScattering, KeepsTheSymmetryOfTheCluster) {
 }
 
 TEST(FullScattering, IsTheSameForAnyOrderOfAtomsAndThreads) {
-    FullScatteringRequest request = FccCluster(40, 9);
+    FullScatteringRequest request = FccCluster(10, 9);
     request.listOfSpecies.push_back({"N", ScatteringFactors(SmoothPhases(7, 3.0, -0.7))});
     for (std::size_t i = 0; i < request.species.size(); i += 3) request.species[i] = 1;
     request.waves.push_back({0, FullTable(3, 0.4)});

@@ -109,18 +109,14 @@ TEST(CrystalSources, SayWhatIsWrong) {
 
     const auto cell = [](const std::string& text) { return ErrorText([&] { ParseExpressionCell(text); }); };
     EXPECT_EQ(cell("atom Cu 0 0 0\n"), "a line \"lengths a b c\" is missing");
-    EXPECT_EQ(cell("lengths 1 1 a\n"),
-              "in the line \"lengths 1 1 a\": Cannot evaluate \"a\": unknown name a");
-    EXPECT_EQ(cell("atom Cu 0 0 1/$\n"),
-              "in the line \"atom Cu 0 0 1/$\": Cannot evaluate \"1/$\": unexpected character");
-    EXPECT_EQ(cell("atom Cu 0 0 2(3)\n"),
-              "in the line \"atom Cu 0 0 2(3)\": Cannot evaluate \"2(3)\": an operator is missing");
-    EXPECT_EQ(cell("atom Cu 0 0 1,2\n"),
-              "in the line \"atom Cu 0 0 1,2\": Cannot evaluate \"1,2\": it goes on behind its end");
-    EXPECT_EQ(cell("angles 90 90 180\n"),
-              "in the line \"angles 90 90 180\": cell angles lie between 0 and 180 degrees");
-    EXPECT_EQ(cell("atoms Cu 0 0 0\n"),
-              "in the line \"atoms Cu 0 0 0\": a line begins with lengths, angles or atom");
+    const std::pair<std::string, const char*> lines[] = {
+        {"lengths 1 1 a", "Cannot evaluate \"a\": unknown name a"},
+        {"atom Cu 0 0 1/$", "Cannot evaluate \"1/$\": unexpected character"},
+        {"atom Cu 0 0 2(3)", "Cannot evaluate \"2(3)\": an operator is missing"},
+        {"atom Cu 0 0 1,2", "Cannot evaluate \"1,2\": it goes on behind its end"},
+        {"angles 90 90 180", "cell angles lie between 0 and 180 degrees"},
+        {"atoms Cu 0 0 0", "a line begins with lengths, angles or atom"}};
+    for (const auto& [line, reason] : lines) EXPECT_EQ(cell(line), "in the line \"" + line + "\": " + reason);
 
     const std::string lattice = "Lattice=\"3 0 0 0 3 0 0 0 3\"\n";
     const auto xyz = [](const std::string& text) { return ErrorText([&] { ParseXyzCell(text); }); };
