@@ -131,17 +131,24 @@ TEST_F(RunCommand, AStoppedRunGoesOnToTheSameFiles) {
 
 // The program looks for its tables beside itself.
 TEST_F(RunCommand, AChangedTableRepeatsTheSteps) {
-    for (const char* name :
-         {"qvre", "AtomicWeight.txt", "binding_energies.csv", "debye_temperatures.csv", "screening_dhfs.csv"})
-        fs::copy_file(fs::path(QVRE_PROGRAM).parent_path() / name, folder_.Path(name));
+    const std::vector<std::string> tables = {"AtomicWeight.txt", "binding_energies.csv",
+                                             "debye_temperatures.csv", "screening_dhfs.csv"};
+    fs::copy_file(QVRE_PROGRAM, folder_.Path("qvre"));
+    for (const std::string& table : tables)
+        fs::copy_file(fs::path(QVRE_PROGRAM).parent_path() / table, folder_.Path(table));
     const std::string run = Process(folder_.Path("qvre")) + " run " + Recipe("") + " -o " +
                             folder_.Path("results") + " > " + folder_.Path("told");
-    ASSERT_EQ(std::system(run.c_str()), 0);
-    ASSERT_EQ(std::system(run.c_str()), 0);
-    EXPECT_EQ(Count(folder_.Read("told"), "unchanged\n"), 8U);
-    folder_.Write("debye_temperatures.csv", folder_.Read("debye_temperatures.csv") + "# more\n");
-    ASSERT_EQ(std::system(run.c_str()), 0);
-    EXPECT_EQ(Count(folder_.Read("told"), "unchanged\n"), 0U);
+    const auto unchanged = [&] {
+        EXPECT_EQ(std::system(run.c_str()), 0);
+        return Count(folder_.Read("told"), "unchanged\n");
+    };
+    unchanged();
+    EXPECT_EQ(unchanged(), 8U);
+    for (const std::string& table : tables) {
+        std::string text = folder_.Read(table);
+        folder_.Write(table, text.insert(text.find('\n'), " "));
+        EXPECT_EQ(unchanged(), 0U) << table;
+    }
 }
 
 TEST_F(RunCommand, AFullDiskBehindStandardOutputIsAFailure) {

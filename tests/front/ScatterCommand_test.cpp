@@ -7,13 +7,14 @@ namespace {
 
 const std::string kFiles = QVRE_EXAMPLES "/cu001_small/";
 
-/// The tables of all atoms of a file.
+/// The tables of all atoms of a file but the emitters.
 std::vector<ZfLmComplexTable> TablesOf(const std::string& path) {
     ZfScatteringData data;
     ZfLoadScatteredWave(data, path);
     std::vector<ZfLmComplexTable> tables;
     for (const ZfScatteringRecord& record : data.ListScatteringData)
-        for (const ZfFreeElectron& atom : record.ListScatterer.electrons) tables.push_back(atom.A);
+        for (std::size_t i = 1; i < record.ListScatterer.electrons.size(); ++i)
+            tables.push_back(record.ListScatterer.electrons[i].A);
     return tables;
 }
 

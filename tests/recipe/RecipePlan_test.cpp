@@ -4,6 +4,7 @@
 
 #include "ErrorText.h"
 #include "TempFolder.h"
+#include "XmlText.h"
 #include "recipe/RecipePlan.h"
 
 namespace {
@@ -70,19 +71,25 @@ TEST_F(RecipePlan, AStepIsRepeatedForTheSettingsThatItDependsOn) {
 }
 
 TEST_F(RecipePlan, AStepIsRepeatedForTheContentOfItsFiles) {
-    const std::string flat = "4\ncopper\nCu 0 0 0\nCu 1.8 1.8 0\nCu -1.8 1.8 0\nCu 1.8 0 ";
-    const auto write = [&](const std::string& height) {
-        folder_.Write("c.xyz", flat + height + "\n");
-        folder_.Write("a.cell", "lengths 4 4 " + height + "\natom Cu 0 0 0\n");
-        return folder_.Write(
-            "f.xml_flu", "<DocFluctuation><Temperature_K_>" + height + "</Temperature_K_></DocFluctuation>");
+    const auto write = [&](const std::string& number) {
+        folder_.Write("c.xyz", "2\ncopper\nCu 0 0 0\nCu 1.8 1.8 " + number + "\n");
+        folder_.Write("a.cell", "lengths 4 4 " + number + "\natom Cu 0 0 0\n");
+        folder_.Write("e.xml_emt", Tag("emitted_wave_data",
+                                       Tag("data", Tag("list_emitter", Tag("i", Tag("Ratio", number))))));
+        folder_.Write("p.xml_ph",
+                      Tag("PhaseShiftData",
+                          Tag("data", Tag("ListScatteringPhaseShift",
+                                          Tag("i", Tag("Ek_eV", number) + Tag("AdditionalData", ""))))));
+        folder_.Write("f.xml_flu", Tag("DocFluctuation", Tag("Temperature_K_", number)));
     };
+    const std::string cluster = "[cluster]\npreset = \"Cu\"\natoms = 20\n";
     const std::string emission = "[emission]\nlevel = \"2p\"\nkinetic = 60\n";
-    const std::tuple<std::string, std::string> cases[] = {
+    const std::pair<std::string, std::string> cases[] = {
         {"[cluster]\nfile = \"c.xyz\"\n" + emission, kAll},
         {"[cluster]\ncell = \"a.cell\"\natoms = 20\n" + emission, kAll},
-        {"[cluster]\npreset = \"Cu\"\n[thermal]\nfile = \"f.xml_flu\"\n" + emission,
-         "thermal checks images picture"},
+        {cluster + "[emission]\nfile = \"e.xml_emt\"\n", kFromPhases},
+        {cluster + emission + "[phases]\nfile = \"p.xml_ph\"\n", kFromPhases},
+        {cluster + emission + "[thermal]\nfile = \"f.xml_flu\"\n", "thermal checks images picture"},
     };
     for (const auto& [text, repeated] : cases) {
         const std::string recipe = folder_.Write("r.toml", text);

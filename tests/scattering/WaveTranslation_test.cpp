@@ -80,25 +80,6 @@ double One(std::int32_t) {
 
 }  // namespace
 
-// A displaced s wave has a closed form; every place of the pack its own displacement.
-TEST_P(Translation, ExpandsSWaves) {
-    constexpr double k = 2.3;
-    Pack pack(RadialKind::Outgoing, k);
-    for (std::size_t i = 0; i < kDisplacements.size(); ++i)
-        pack.Set(i, kDisplacements[i], FullTable(1, static_cast<double>(i)));
-    for (const std::int32_t order : {1, 2, 9, 40}) {
-        pack.Translate(order);
-        for (std::size_t i = 0; i < kDisplacements.size(); ++i) {
-            const auto& d = kDisplacements[i];
-            const Complex a = FullTable(1, static_cast<double>(i)).block[0];
-            EXPECT_LT(RelativeError(pack.Result(i, order), TableOfSWave(Vector3(d[0], d[1], d[2]), k, order),
-                                    [a](std::int32_t) { return a; }),
-                      kDigits)
-                << i << ", order " << order;
-        }
-    }
-}
-
 // A wave of many l at points around its target, against its own series around the source.
 TEST_P(Translation, KeepsTheWaveAtEveryPoint) {
     constexpr double k = 2.0;

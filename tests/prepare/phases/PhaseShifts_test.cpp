@@ -28,25 +28,19 @@ PhaseShiftRequest Crystal(const std::string& element, const std::string& structu
 
 // Values calculated with another program: an independent integration, to 0.001 degrees and 0.001 eV.
 TEST(PhaseShifts, OfKnownCrystals) {
-    struct Reference {
-        const char* element;
-        const char* structure;
-        double a, energy, zero;
-        std::vector<double> degrees;
-    };
-    const Reference references[] = {
+    using Crystals =
+        std::vector<std::tuple<const char*, const char*, double, double, double, std::vector<double>>>;
+    const Crystals crystals = {
         {"C", "diamond", 3.567, 200, -14.367, {138.2130, 67.2340, 29.8716, 12.7129, 4.1154, 0.9677}},
         {"Al", "fcc", 4.05, 1500, -7.055, {151.1704, 93.1070, 61.0578, 43.1588, 32.2499, 25.0449}},
         {"Si", "diamond", 5.43, 600, -6.950, {204.6427, 125.2447, 73.7277, 47.2528, 32.3503, 22.9854}},
         {"Cu", "fcc", 3.61, 560, -5.745, {333.6059, 235.7118, 140.4344, 72.15595, 38.85159, 22.70312}},
         {"W", "bcc", 3.16, 200, -9.265, {670.5704, 552.2215, 405.6663, 227.6376, 58.15272, 25.21478}}};
-    for (const Reference& reference : references) {
-        const auto result = CalculatePhaseShifts(
-            Crystal(reference.element, reference.structure, reference.a, reference.energy), Fields());
-        EXPECT_NEAR(result.rows[0].zero_eV, reference.zero, 6e-4) << reference.element;
-        for (std::size_t l = 0; l < reference.degrees.size(); ++l)
-            EXPECT_NEAR(result.rows[0].list.degrees[l], reference.degrees[l], 1e-3)
-                << reference.element << " l=" << l;
+    for (const auto& [element, structure, a, energy, zero, degrees] : crystals) {
+        const auto result = CalculatePhaseShifts(Crystal(element, structure, a, energy), Fields());
+        EXPECT_NEAR(result.rows[0].zero_eV, zero, 6e-4) << element;
+        for (std::size_t l = 0; l < degrees.size(); ++l)
+            EXPECT_NEAR(result.rows[0].list.degrees[l], degrees[l], 1e-3) << element << " l=" << l;
     }
 }
 

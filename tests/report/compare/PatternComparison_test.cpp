@@ -13,7 +13,6 @@
 
 namespace {
 
-constexpr SphereMap kMaps[] = {SphereMap::kAzimuthalEquidistant, SphereMap::kEquidistantCylindrical};
 constexpr double kPixel = 3.6;  // degrees
 
 /// A smooth intensity with a modulation of the given fold, turned by `turn` degrees, over an I0 that falls
