@@ -50,6 +50,10 @@ TEST(InfoCommand, Misfit) {
                         "    remedy: add As with its Debye temperature to the fluctuation file\n",
                         result.output);
     EXPECT_EQ(result.errors, "qvre info: The input does not fit, see the misfits above\n");
+    const TempFolder folder;
+    const std::string words = folder.Write("w.xyz", "1\ntitle\nCu 0 0 NaN\n");
+    EXPECT_PRED_FORMAT2(testing::IsSubstring, "misfit: " + words + " line 3: NaN is no finite number",
+                        RunQvre("info " + words).output);
 }
 
 // Only MULTI needs the radius of an atom, and SINGLE takes s waves alone.
@@ -77,6 +81,7 @@ TEST(InfoCommand, ResultsOfARun) {
     for (ZfFreeElectron& source : record.NextListScatterer.electrons) source.A.SetSize(14);
     record.NextListScatterer.electrons[0].A.SetSize(3);
     record.NextListScatterer.electrons[2].position = Vector3(0, 0, 5e-10);
+    record.NextListScatterer.electrons[2].Uiso = 2e-23;
     record.NextListScatterer.SetEnergy_eV(560.0);
     record.ListScatterer = record.NextListScatterer;
     ZfBarnXml xml("w");
@@ -88,7 +93,7 @@ TEST(InfoCommand, ResultsOfARun) {
                   "  method MULTI, tolerance 0.01\n"
                   "  1 record\n"
                   "  structure 0, wave 0: 560 eV, 3 atoms, Cu 2, Cu1 1, emitted l size 3, scattered 14, "
-                  "farthest atom 5 angstrom, Uiso 0 angstrom^2\n");
+                  "farthest atom 5 angstrom, Uiso 0 to 0.002 angstrom^2\n");
     const std::string image = QVRE_OLD_IMAGES "/version0.xml_img";
     EXPECT_EQ(RunQvre("info " + image).output, image +
                                                    ": images, version 0\n"

@@ -78,16 +78,3 @@ TEST(PlotCommand, OperationsActOnBothImages) {
     const double cap = (1 - std::cos(10 * kDegree)) / 0.01;
     EXPECT_LT(picture("--acceptance 10").Off((1 - std::exp(-cap)) / cap, 0.0, 0.0), kPixel);
 }
-
-TEST(PlotCommand, DrawsCuts) {
-    const TempFolder folder;
-    const std::string image =
-        WriteImageFile(folder.Path("i.xml_img"), Sampled(SphereMap::kAzimuthalEquidistant, 5.0, Spots));
-    std::string polar;
-    for (const std::string cut : {"--polar-cut 0", "--azimuthal-cut 45"}) {
-        RunQvre("plot " + image + " " + image + " " + cut + " -o " + folder.Path("cut.svg"));
-        EXPECT_PRED_FORMAT2(testing::IsSubstring, "<svg", folder.Read("cut.svg"));
-        EXPECT_NE(folder.Read("cut.svg"), polar);
-        polar = folder.Read("cut.svg");
-    }
-}

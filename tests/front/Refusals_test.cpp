@@ -45,6 +45,7 @@ void WriteInputs(const TempFolder& folder) {
         {"version1.xml_img", "<DataOfProcessImage><version>1</version></DataOfProcessImage>"},
         {"short.xml_img", Replaced(image, "<RowSize>2", "<RowSize>9")}};
     for (const auto& [name, text] : texts) folder.Write(name, text);
+    std::filesystem::resize_file(folder.Write("zeros.xyz", ""), std::uintmax_t{1} << 33U);
 }
 
 }  // namespace

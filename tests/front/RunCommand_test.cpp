@@ -101,11 +101,25 @@ TEST_F(RunCommand, RepeatsWhatChangedAndReusesTheScatteredWave) {
     EXPECT_EQ(Count(Run(folder_.Path("recipe.toml"), "results"), "unchanged\n"), 7U);
 
     const std::string output =
-        Run(Recipe("temperature = 100", "mean-free-path = 20\nlimit = 3.8\n" + picture), "results");
+        Run(Recipe("temperature = 100", "mean-free-path = 20\nlimit = 3.8\nlower-limit = 2.6\n[[picture]]\n"),
+            "results");
     EXPECT_TRUE(IsUnchanged(output, "scattering"));
     EXPECT_FALSE(IsUnchanged(output, "images"));
-    Run(folder_.Path("recipe.toml"), "fresh");
-    EXPECT_EQ(Contents("results"), Contents("fresh"));
+    EXPECT_PRED_FORMAT2(testing::IsSubstring, "left from earlier settings, not made by this run: chi.png",
+                        output);
+    const auto results = Contents("results");
+    EXPECT_EQ(Count(Run(folder_.Path("recipe.toml"), "results", " --repeat"), "unchanged\n"), 0U);
+    EXPECT_EQ(Contents("results"), results);
+
+    // The first program makes the same images of the same files.
+    const std::string images = (fs::path(QVRE_PROGRAM).parent_path() / "cmd_qvre").string() + " -W " +
+                               folder_.Path("results/scatteredwave.xml_sf") + " -T " +
+                               folder_.Path("results/fluctuation.xml_flu") + " -I " +
+                               folder_.Path("i.xml_img") + " -I0 " + folder_.Path("i0.xml_img") +
+                               " -R 10 -L 3.8 -LL 2.6 -MFPE 20 > /dev/null";
+    ASSERT_EQ(std::system(images.c_str()), 0);
+    EXPECT_EQ(folder_.Read("results/pattern.xml_img"), folder_.Read("i.xml_img"));
+    EXPECT_EQ(folder_.Read("results/i0.xml_img"), folder_.Read("i0.xml_img"));
 }
 
 TEST_F(RunCommand, AStoppedRunGoesOnToTheSameFiles) {
@@ -127,6 +141,21 @@ TEST_F(RunCommand, AStoppedRunGoesOnToTheSameFiles) {
     }
     Run(recipe, "stopped");
     EXPECT_EQ(Contents("stopped"), Contents("whole"));
+}
+
+// A ready file is loaded without a word, and its copy is looked through.
+TEST_F(RunCommand, AWordInPlaceOfANumberIsAMisfit) {
+    folder_.Write("f.xml_flu",
+                  "<DocFluctuation><DebyeElement_><r>Cu</r></DebyeElement_>\n<DebyeTemperature_K_><i>343</i>"
+                  "</DebyeTemperature_K_>\n<Temperature_K_>nan</Temperature_K_></DocFluctuation>");
+    const QvreResult result =
+        RunQvre("run " + Recipe("file = \"f.xml_flu\"") + " -o " + folder_.Path("results"));
+    EXPECT_EQ(result.status, 1);
+    EXPECT_PRED_FORMAT2(testing::IsSubstring,
+                        "misfit: " + folder_.Path("results/fluctuation.xml_flu") +
+                            " line 3: <Temperature_K_>nan is no finite number",
+                        result.errors);
+    EXPECT_FALSE(fs::exists(folder_.Path("results/scatteredwave.xml_sf")));
 }
 
 // The program looks for its tables beside itself.
@@ -155,7 +184,15 @@ TEST_F(RunCommand, AFullDiskBehindStandardOutputIsAFailure) {
     const std::string run = Process(QVRE_PROGRAM) + " run " + Recipe("") + " -o " + folder_.Path("results") +
                             " > /dev/full 2> " + folder_.Path("errors");
     EXPECT_EQ(WEXITSTATUS(std::system(run.c_str())), 1);
-    EXPECT_EQ(folder_.Read("errors"), "qvre run: cannot write to standard output: the disk may be full\n");
+    EXPECT_EQ(folder_.Read("errors"), "qvre run: Cannot write to standard output: the disk may be full\n");
+    // Every file of a run fails in the same words.
+    for (const std::string name : {"run.log", "cluster.xyz"}) {
+        const std::string results = "full-" + name;
+        fs::create_directory(folder_.Path(results));
+        fs::create_symlink("/dev/full", folder_.Path(results + "/" + name));
+        EXPECT_EQ(RunQvre("run " + Recipe("") + " -o " + folder_.Path(results)).errors,
+                  "qvre run: Cannot write " + folder_.Path(results + "/" + name) + ": the disk is full\n");
+    }
 }
 
 TEST_F(RunCommand, ASeriesIsSummedOrKeptApart) {
@@ -194,6 +231,8 @@ TEST_F(RunCommand, AScanFindsTheValueOfTheMeasurement) {
         EXPECT_EQ(std::stod(line), temperature);
         const double r = std::stod(line.substr(line.find(',') + 1));
         EXPECT_EQ(r < 1e-9, temperature == 200.0) << line;
+        const double scaled = std::stod(line.substr(line.find(',', line.find(',') + 1) + 1));
+        EXPECT_TRUE(scaled < r || temperature == 200.0) << line;  // the best scale is better
     }
     EXPECT_TRUE(fs::exists(folder_.Path("results/scan.png")));
     EXPECT_TRUE(fs::exists(folder_.Path("results/difference_temperature_300.csv")));

@@ -31,7 +31,6 @@ TEST(DebyeIntegralUiso, KnownValues) {
 
 TEST(DebyeTable, HoldsElementsOnly) {
     const DebyeTable table(kData + "/debye_temperatures.csv");
-    const ZfDebye weights = LoadAtomicWeights(kData + "/AtomicWeight.txt");
     std::size_t known = 0;
     for (std::int32_t z = 1; z <= 103; ++z) {
         ZfAtomName name;
