@@ -9,7 +9,7 @@ namespace {
 class ReportCommands : public testing::Test {
 protected:
     ReportCommands() {
-        const auto map = SphereMap::kAzimuthalEquidistant;
+        const auto map = SphereMap::kEquidistantCylindrical;
         const auto i0 = [](double, double, double z) { return 2.0 + z; };
         WriteImageFile(image_, Sampled(map, 5.0, [&](double x, double y, double z) {
                            return i0(x, y, z) * (1.0 + 0.3 * x);
@@ -27,8 +27,8 @@ protected:
 TEST_F(ReportCommands, AnExportedTableComparesWithItsImage) {
     const std::string table = folder_.Path("data.csv");
     const std::string both = image_ + " --i0 " + i0_;
-    const QvreResult exported = RunQvre("export " + both + " -o " + table);
-    EXPECT_EQ(exported.output, table + ": 37 x 37 pixels, 1009 on the map, I, I0 and chi\n");
+    const QvreResult exported = RunQvre("export " + both + " --hemisphere -o " + table);
+    EXPECT_EQ(exported.output, table + ": 72 x 19 pixels, 1368 on the map, I, I0 and chi\n");
 
     const QvreResult compared = RunQvre("compare " + both + " --measured " + table +
                                         " --theta 10 70 --rotate -o " + folder_.Path("difference.csv"));

@@ -84,7 +84,8 @@ TEST_F(Export, CsvBringsSettingsAndReadsBack) {
     const std::string text = folder_.Read("p.csv");
     for (const char* line :
          {"# image_file = p.xml_img\n", "# i0_file = i0.xml_img\n", "# resolution = 10 degrees\n",
-          "# Title = a title\n", "# method = MULTI\n", "# kinetic_energies = 560 eV\n", "# atoms = 2\n",
+          "# Title = a title\n", "# method = MULTI\n", "# EPS = 0.01\n", "# passes = 0\n", "# records = 1\n",
+          "# largest_l_size = 2\n", "# kinetic_energies = 560 eV\n", "# atoms = 2\n",
           "\ntheta,phi,I,I0,chi\n90,270,3,2,0.5\n"})
         EXPECT_NE(text.find(line), std::string::npos) << line;
     const MeasuredPattern points = LoadMeasuredPattern(request.output);
