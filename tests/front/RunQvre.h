@@ -17,9 +17,10 @@ struct QvreResult {
     std::string errors;
 };
 
-/// Runs the program in this process.
-inline QvreResult RunQvre(std::vector<std::string> arguments) {
-    arguments.insert(arguments.begin(), "qvre");
+/// Runs the program in this process, with words between blanks.
+inline QvreResult RunQvre(const std::string& words) {
+    std::istringstream stream("qvre " + words);
+    const std::vector<std::string> arguments{std::istream_iterator<std::string>(stream), {}};
     std::vector<const char*> pointers;
     for (const std::string& argument : arguments) pointers.push_back(argument.c_str());
     testing::internal::CaptureStdout();
@@ -30,10 +31,4 @@ inline QvreResult RunQvre(std::vector<std::string> arguments) {
     result.output = testing::internal::GetCapturedStdout();
     result.errors = testing::internal::GetCapturedStderr();
     return result;
-}
-
-/// The same with words between blanks.
-inline QvreResult RunQvre(const std::string& words) {
-    std::istringstream stream(words);
-    return RunQvre(std::vector<std::string>{std::istream_iterator<std::string>(stream), {}});
 }
