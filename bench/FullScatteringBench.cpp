@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "multiple/FullScattering.h"
+#include "reference/PlainFullScattering.h"
 
 using namespace qvre;
 
@@ -18,6 +19,7 @@ struct Metal {
     double reach;  ///< l at which the phase shifts have fallen to a third
 };
 constexpr Metal kSilver747 = {4.09, 14.0, 20, 9.5};
+constexpr Metal kCopper100 = {3.615, 5.1, 8, 3.5};
 constexpr Metal kCopper551 = {3.615, 12.03, 18, 8.0};
 constexpr Metal kCopper1400 = {3.615, 19.17, 22, 11.0};
 
@@ -76,6 +78,11 @@ void FullMultipleScattering(benchmark::State& state, const Metal& metal) {
     state.counters["applications"] = solution.applications;
     state.counters["cuts"] = static_cast<double>(solution.cuts.size());
 }
+BENCHMARK_CAPTURE(FullMultipleScattering, Copper100, kCopper100)
+    ->ArgNames({"atoms", "waves", "mfp"})
+    ->Args({13, 1, 0})
+    ->MeasureProcessCPUTime()
+    ->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(FullMultipleScattering, Copper551, kCopper551)
     ->ArgNames({"atoms", "waves", "mfp"})
     ->Args({18, 1, 0})
@@ -94,5 +101,14 @@ BENCHMARK_CAPTURE(FullMultipleScattering, Copper1400, kCopper1400)
     ->Args({581, 3, 10})
     ->MeasureProcessCPUTime()
     ->Unit(benchmark::kMillisecond);
+
+// The same by a matrix, element by element.
+void MatrixOfFullMultipleScattering(benchmark::State& state) {
+    const FullScatteringRequest request = Hemisphere(kCopper100, 13, 1, 0.0);
+    for (auto _ : state)
+        benchmark::DoNotOptimize(plain::SolveFullScattering(request, request.waves[0]).data());
+    state.counters["atoms"] = static_cast<double>(request.positions.size());
+}
+BENCHMARK(MatrixOfFullMultipleScattering)->MeasureProcessCPUTime()->Unit(benchmark::kMillisecond);
 
 }  // namespace

@@ -1,14 +1,11 @@
 #include "Targets.h"
 
-#include <unistd.h>
-
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <stdexcept>
 
+#include "TempFolder.h"
 #include "crystal/ZfParser.h"
 #include "files/AnyFile.h"
 #include "files/FileSummary.h"
@@ -59,43 +56,26 @@ void RefusingAny(const Reader& read) {
 }
 
 /// The input as a file of that name, in a folder of this process.
-class InputFile {
-public:
-    InputFile(const std::string& name, std::string_view bytes) {
-        static const Folder folder;
-        path_ = folder.path / name;
-        std::ofstream(path_, std::ios::binary) << bytes;
-    }
-    std::string Path() const { return path_.string(); }
+std::string InputFile(const std::string& name, std::string_view bytes) {
+    static const TempFolder folder;
+    return folder.Write(name, std::string(bytes));
+}
 
-private:
-    struct Folder {
-        Folder() : path(std::filesystem::temp_directory_path() / ("qvre-fuzz-" + std::to_string(getpid()))) {
-            std::filesystem::create_directories(path);
-        }
-        Folder(const Folder&) = delete;
-        Folder& operator=(const Folder&) = delete;
-        ~Folder() {
-            std::error_code ignored;
-            std::filesystem::remove_all(path, ignored);
-        }
-
-        std::filesystem::path path;
-    };
-
-    std::filesystem::path path_;
-};
-
-/// As `cmd_qvre` loads a file, and as `qvre` loads it and tells what it holds.
-template <class Loader>
-void ReadBothWays(const std::string& name, std::string_view input, const Loader& load) {
-    const InputFile file(name, input);
-    RefusingAny([&] { load(file.Path()); });
-    Refusing([&] { FileSummary(LoadAnyFile(file.Path())); });
-    Refusing([&] {
-        RunSettings settings;
-        AddFileSettings(settings, file.Path());
-    });
+/// A file of that name, as `cmd_qvre` loads it, and as `qvre` loads it and tells what it holds.
+template <class Document>
+FuzzTarget FileTarget(const char* target, const char* name, void (*load)(Document&, const std::string&)) {
+    return {target, [name, load](std::string_view input) {
+                const std::string path = InputFile(name, input);
+                RefusingAny([&] {
+                    Document document;
+                    load(document, path);
+                });
+                Refusing([&] { FileSummary(LoadAnyFile(path)); });
+                Refusing([&] {
+                    RunSettings settings;
+                    AddFileSettings(settings, path);
+                });
+            }};
 }
 
 void ReadXml(std::string_view input) {
@@ -165,63 +145,10 @@ void ReadBinaryText(std::string_view input) {
     });
 }
 
-void ReadClusterXml(std::string_view input) {
-    ReadBothWays("cluster.xml_cl", input, [](const std::string& path) {
-        Cluster cluster;
-        ZfLoadCluster(cluster, path);
-    });
-}
-
-void ReadClusterXyz(std::string_view input) {
-    ReadBothWays("cluster.xyz", input, [](const std::string& path) {
-        Cluster cluster;
-        ZfLoadCluster(cluster, path);
-    });
-}
-
-void ReadWaves(std::string_view input) {
-    ReadBothWays("emitter.xml_emt", input, [](const std::string& path) {
-        std::vector<EmittedWave> waves;
-        ZfLoadEmittedWave(waves, path);
-    });
-}
-
-void ReadPhaseShifts(std::string_view input) {
-    ReadBothWays("phaseshift.xml_ph", input, [](const std::string& path) {
-        ZfPhaseShiftDocument document;
-        ZfLoadPhaseShift(document, path);
-    });
-}
-
-void ReadFluctuation(std::string_view input) {
-    ReadBothWays("fluctuation.xml_flu", input, [](const std::string& path) {
-        Fluctuation fluctuation;
-        ZfLoadFluctuation(fluctuation, path);
-    });
-}
-
-void ReadScatteredWave(std::string_view input) {
-    ReadBothWays("scatteredwave.xml_sf", input, [](const std::string& path) {
-        ZfScatteringData data;
-        ZfLoadScatteredWave(data, path);
-    });
-}
-
-void ReadImage(std::string_view input) {
-    ReadBothWays("pattern.xml_img", input, [](const std::string& path) {
-        ZfDocData image;
-        image.CheckType(path);
-        ZfQBarnFile xml(path, "r");
-        image.SaveLoad(xml);
-    });
-}
-
-void ReadExpression(std::string_view input) {
-    RefusingAny([&] { ZfParser().Calculate(std::string(input)); });
-}
-
-void ReadWeights(std::string_view input) {
-    Refusing([&] { ZfDebye().LoadAtomicWeight(input); });
+void LoadImage(ZfDocData& image, const std::string& path) {
+    image.CheckType(path);
+    ZfQBarnFile xml(path, "r");
+    image.SaveLoad(xml);
 }
 
 void ReadDate(std::string_view input) {
@@ -247,79 +174,54 @@ void ReadTexts(std::string_view input) {
         Refusing([&] { ParseQuantity(std::string(input), unit); });
 }
 
-void ReadCif(std::string_view input) {
-    Refusing([&] { ParseCif(std::string(input)); });
-}
-
-void ReadXyzCell(std::string_view input) {
-    Refusing([&] { ParseXyzCell(std::string(input)); });
-}
-
-void ReadExpressionCell(std::string_view input) {
-    Refusing([&] { ParseExpressionCell(std::string(input)); });
-}
-
 /// Read and planned; nothing is calculated or written.
 void ReadRecipe(std::string_view input) {
-    const InputFile file("recipe.toml", input);
+    const std::string path = InputFile("recipe.toml", input);
     Refusing([&] {
         RecipeOptions options;
-        options.folder = file.Path() + "-results";
-        PlanRecipe(file.Path(), options);
+        options.folder = path + "-results";
+        PlanRecipe(path, options);
     });
 }
 
-void ReadMeasured(std::string_view input) {
-    Refusing([&] { ParseMeasuredPattern(std::string(input)); });
-}
-
 void ReadPhaseTable(std::string_view input, PhaseTableFormat format) {
-    const InputFile file("table", input);
+    const std::string path = InputFile("table", input);
     Refusing([&] {
         PhaseTableChoice choice;
         choice.format = format;
         if (format == PhaseTableFormat::kCsv) choice.element = "Cu";
-        const PhaseShiftTable table = ReadPhaseShiftTable(file.Path(), choice);
+        const PhaseShiftTable table = ReadPhaseShiftTable(path, choice);
         PhasesAt(table, 0.5 * (table.energies_eV.front() + table.energies_eV.back()), false);
     });
-}
-
-void ReadLeedTable(std::string_view input) {
-    ReadPhaseTable(input, PhaseTableFormat::kLeed);
-}
-void ReadBlockTable(std::string_view input) {
-    ReadPhaseTable(input, PhaseTableFormat::kBlocks);
-}
-void ReadCsvTable(std::string_view input) {
-    ReadPhaseTable(input, PhaseTableFormat::kCsv);
 }
 
 }  // namespace
 
 const std::vector<FuzzTarget>& FuzzTargets() {
+    using Bytes = std::string_view;
     static const std::vector<FuzzTarget> targets = {
-        {"binary_text", &ReadBinaryText},
-        {"cif", &ReadCif},
-        {"cluster_xml", &ReadClusterXml},
-        {"cluster_xyz", &ReadClusterXyz},
-        {"date", &ReadDate},
-        {"expression", &ReadExpression},
-        {"expression_cell", &ReadExpressionCell},
-        {"fluctuation", &ReadFluctuation},
-        {"image", &ReadImage},
-        {"matrix", &ReadMatrix},
-        {"measured", &ReadMeasured},
-        {"phase_shifts", &ReadPhaseShifts},
-        {"phase_table_blocks", &ReadBlockTable},
-        {"phase_table_csv", &ReadCsvTable},
-        {"phase_table_leed", &ReadLeedTable},
-        {"recipe", &ReadRecipe},
-        {"scattered_wave", &ReadScatteredWave},
-        {"texts", &ReadTexts},
-        {"waves", &ReadWaves},
-        {"weights", &ReadWeights},
-        {"xml", &ReadXml},
-        {"xyz_cell", &ReadXyzCell},
+        {"binary_text", ReadBinaryText},
+        {"cif", [](Bytes input) { Refusing([&] { ParseCif(std::string(input)); }); }},
+        FileTarget("cluster_xml", "cluster.xml_cl", ZfLoadCluster),
+        FileTarget("cluster_xyz", "cluster.xyz", ZfLoadCluster),
+        {"date", ReadDate},
+        {"expression", [](Bytes input) { RefusingAny([&] { ZfParser().Calculate(std::string(input)); }); }},
+        {"expression_cell", [](Bytes input) { Refusing([&] { ParseExpressionCell(std::string(input)); }); }},
+        FileTarget("fluctuation", "fluctuation.xml_flu", ZfLoadFluctuation),
+        FileTarget("image", "pattern.xml_img", LoadImage),
+        {"matrix", ReadMatrix},
+        {"measured", [](Bytes input) { Refusing([&] { ParseMeasuredPattern(std::string(input)); }); }},
+        FileTarget("phase_shifts", "phaseshift.xml_ph", ZfLoadPhaseShift),
+        {"phase_table_blocks", [](Bytes input) { ReadPhaseTable(input, PhaseTableFormat::kBlocks); }},
+        {"phase_table_csv", [](Bytes input) { ReadPhaseTable(input, PhaseTableFormat::kCsv); }},
+        {"phase_table_leed", [](Bytes input) { ReadPhaseTable(input, PhaseTableFormat::kLeed); }},
+        {"recipe", ReadRecipe},
+        FileTarget("scattered_wave", "scatteredwave.xml_sf", ZfLoadScatteredWave),
+        {"texts", ReadTexts},
+        FileTarget("waves", "emitter.xml_emt", ZfLoadEmittedWave),
+        {"weights", [](Bytes input) { Refusing([&] { ZfDebye().LoadAtomicWeight(input); }); }},
+        {"xml", ReadXml},
+        {"xyz_cell", [](Bytes input) { Refusing([&] { ParseXyzCell(std::string(input)); }); }},
     };
     return targets;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -9,7 +10,7 @@ struct FuzzTarget {
     std::string name;
     /// Reads any bytes. Returns where the reader takes them or refuses them as it promises; everything else
     /// ends the process.
-    void (*read)(std::string_view input);
+    std::function<void(std::string_view input)> read;
 };
 
 const std::vector<FuzzTarget>& FuzzTargets();

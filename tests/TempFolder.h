@@ -6,6 +6,12 @@
 #include <sstream>
 #include <string>
 
+inline std::string FileText(const std::string& path) {
+    std::ostringstream text;
+    text << std::ifstream(path, std::ios::binary).rdbuf();
+    return text.str();
+}
+
 /// A folder of its own for one test, removed with it.
 class TempFolder {
 public:
@@ -24,11 +30,7 @@ public:
         return Path(name);
     }
 
-    std::string Read(const std::string& name) const {
-        std::ostringstream text;
-        text << std::ifstream(Path(name), std::ios::binary).rdbuf();
-        return text.str();
-    }
+    std::string Read(const std::string& name) const { return FileText(Path(name)); }
 
 private:
     std::string path_;

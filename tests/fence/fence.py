@@ -118,9 +118,7 @@ def includes(path):
 def resolve(root, here, header):
     """The file that a quoted include names, as the include paths of its tree find it."""
     tree = here.split("/")[0]
-    for folder in (here, tree, "src", "tests"):
-        if tree == "src" and folder == "tests":
-            continue
+    for folder in (here, tree, "src", *(() if tree == "src" else ("tests", "bench"))):
         path = os.path.normpath(os.path.join(folder, header))
         if os.path.exists(os.path.join(root, path)):
             return path

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <iterator>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -15,9 +17,10 @@ struct QvreResult {
     std::string errors;
 };
 
-/// Runs the program in this process.
-inline QvreResult RunQvre(std::vector<std::string> arguments) {
-    arguments.insert(arguments.begin(), "qvre");
+/// Runs the program in this process, with words between blanks.
+inline QvreResult RunQvre(const std::string& words) {
+    std::istringstream stream("qvre " + words);
+    const std::vector<std::string> arguments{std::istream_iterator<std::string>(stream), {}};
     std::vector<const char*> pointers;
     for (const std::string& argument : arguments) pointers.push_back(argument.c_str());
     testing::internal::CaptureStdout();

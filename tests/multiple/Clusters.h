@@ -8,8 +8,7 @@
 #include "foundation/Text.h"
 #include "multiple/FullScattering.h"
 #include "scattering/SphericalHarmonics.h"
-
-using namespace qvre;
+#include "scattering/Tables.h"
 
 // Requests that several tests share, and what a solution is compared by.
 
@@ -27,15 +26,6 @@ inline std::vector<Complex> SmoothPhases(std::size_t lSize, double reach, double
                         (1.0 + 0.3 * std::cos(static_cast<double>(l))));
     }
     return delta;
-}
-
-inline ZfLmComplexTable EmittedTable(std::int32_t lSize, double start = 0.4) {
-    ZfLmComplexTable table(lSize);
-    for (Complex& a : table.block) {
-        a = {std::sin(start), std::cos(2.0 * start)};
-        start += 0.7;
-    }
-    return table;
 }
 
 inline ZfLmComplexTable SWaveTable() {
@@ -60,29 +50,20 @@ inline FullScatteringRequest MixedCluster(double loss) {
     return request;
 }
 
-/// An emitter with the atoms of an fcc hemisphere above and beside it, `shells` of them by distance:
-/// symmetric under quarter turns about z. k = 6 per angstrom.
-inline FullScatteringRequest FccCluster(std::size_t atoms, std::size_t lSize) {
-    constexpr double a = 1.8;  // half the cube, angstrom
-    struct Site {
-        int square;
-        Vec3 r;
-    };
-    std::vector<Site> sites;
-    for (int x = -6; x <= 6; ++x)
-        for (int y = -6; y <= 6; ++y)
-            for (int z = 0; z <= 6; ++z)
-                if ((x + y + z) % 2 == 0)
-                    sites.push_back(
-                        {x * x + y * y + z * z, {x * a * kAngstrom, y * a * kAngstrom, z * a * kAngstrom}});
-    std::stable_sort(sites.begin(), sites.end(),
-                     [](const Site& p, const Site& q) { return p.square < q.square; });
+/// An emitter and the atoms of an fcc crystal above and beside it up to that squared distance, in units of
+/// half the cube (6: 30 atoms): symmetric under quarter turns about z. k = 6 per angstrom.
+inline FullScatteringRequest FccCluster(int square, std::size_t lSize) {
+    constexpr double a = 1.8 * kAngstrom;
     FullScatteringRequest request;
     request.k = 6.0 / kAngstrom;
-    for (std::size_t i = 0; i < sites.size(); ++i) {
-        if (i >= atoms && sites[i].square != sites[i - 1].square) break;
-        request.positions.push_back(sites[i].r);
-    }
+    request.positions = {{0.0, 0.0, 0.0}};
+    for (int x = -6; x <= 6; ++x)
+        for (int y = -6; y <= 6; ++y)
+            for (int z = 0; z <= 6; ++z) {
+                const int r = x * x + y * y + z * z;
+                if ((x + y + z) % 2 == 0 && r > 0 && r <= square)
+                    request.positions.push_back({x * a, y * a, z * a});
+            }
     request.species.assign(request.positions.size(), 0);
     request.listOfSpecies = {
         {"M", ScatteringFactors(SmoothPhases(lSize, 0.45 * static_cast<double>(lSize), 1.2))}};
@@ -118,42 +99,3 @@ inline Complex FarFieldOf(const FullScatteringRequest& request, const std::vecto
     }
     return field;
 }
-
-/// Largest difference of two solutions, over the largest element.
-inline double Difference(const std::vector<ZfLmComplexTable>& a, const std::vector<ZfLmComplexTable>& b) {
-    double difference = 0.0;
-    double size = 0.0;
-    for (std::size_t i = 0; i < a.size(); ++i) {
-        for (std::size_t j = 0; j < a[i].block.size(); ++j) {
-            difference = std::max(difference, std::abs(a[i].block[j] - b[i].block[j]));
-            size = std::max(size, std::abs(b[i].block[j]));
-        }
-    }
-    return difference / size;
-}
-
-/// Nodes and weights of Gauss and Legendre on (-1, 1) (DLMF 3.5(v)).
-struct GaussLegendre {
-    explicit GaussLegendre(std::size_t n) {
-        for (std::size_t i = 0; i < n; ++i) {
-            double x = std::cos(kPi * (static_cast<double>(i) + 0.75) / (static_cast<double>(n) + 0.5));
-            double slope = 1.0;
-            for (int step = 0; step < 20; ++step) {
-                double before = 0.0;
-                double now = 1.0;
-                for (std::size_t l = 0; l < n; ++l) {
-                    const auto order = static_cast<double>(l);
-                    const double next = ((2.0 * order + 1.0) * x * now - order * before) / (order + 1.0);
-                    before = now;
-                    now = next;
-                }
-                slope = static_cast<double>(n) * (x * now - before) / (x * x - 1.0);
-                x -= now / slope;
-            }
-            nodes.push_back(x);
-            weights.push_back(2.0 / ((1.0 - x * x) * slope * slope));
-        }
-    }
-    std::vector<double> nodes;
-    std::vector<double> weights;
-};

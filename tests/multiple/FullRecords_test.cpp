@@ -6,6 +6,7 @@
 
 #include "Clusters.h"
 #include "ErrorText.h"
+#include "Inputs.h"
 #include "TempFolder.h"
 #include "multiple/VibrationAverage.h"
 #include "xml/ZfBarnFile.h"
@@ -14,41 +15,26 @@ namespace {
 
 constexpr double kEnergy_eV = 250.0;
 
-PhaseShiftRecord Phases(const std::string& name, std::int32_t lSize) {
-    PhaseShiftRecord record;
-    record.Ek_eV = kEnergy_eV;
-    record.AtomName = name;
+PhaseShiftRecord Phases(const std::string& name, int lSize) {
+    std::vector<double> degrees;
+    for (int l = 0; l < lSize; ++l) degrees.push_back(60.0 * std::exp(-l * l / 4.0));
+    PhaseShiftRecord record = PhaseShiftsOf(name, kEnergy_eV, degrees);
     record.radial.LnX = {std::log(1.2e-10)};
-    record.PhaseShiftValue.SetVectorSize(lSize);
-    for (std::int32_t l = 0; l < lSize; ++l)
-        record.PhaseShiftValue.VectorAt(l) = 60.0 * std::exp(-l * l / 4.0);
-    record.CalculateScatteringFactors();
     return record;
-}
-
-ClusterAtom AtomAt(const std::string& name, const Vec3& angstrom) {
-    ClusterAtom atom;
-    atom.name = name;
-    atom.atom = name;
-    atom.SetPositionAngstrom(Vector3(angstrom[0], angstrom[1], angstrom[2]));
-    return atom;
 }
 
 /// Two structures of three and four atoms under two waves.
 struct Files {
     Files() {
         phaseShifts.records = {Phases("Cu", 5), Phases("O", 4)};
-        const std::vector<ClusterAtom> atoms = {AtomAt("O", {0.0, 0.0, 0.0}), AtomAt("Cu", {1.3, 0.2, 1.4}),
-                                                AtomAt("Cu", {-1.1, 1.9, 0.6}),
-                                                AtomAt("O", {0.3, -1.7, 1.5})};
+        const std::vector<ClusterAtom> atoms = {AtomAt("O", 0, 0, 0), AtomAt("Cu", 1.3, 0.2, 1.4),
+                                                AtomAt("Cu", -1.1, 1.9, 0.6), AtomAt("O", 0.3, -1.7, 1.5)};
         cluster.structures.resize(2);
         cluster.structures[0].atoms.assign(atoms.begin(), atoms.begin() + 3);
         cluster.structures[1].atoms = atoms;
         for (const double start : {0.4, 1.3}) {
-            EmittedWave& wave = waves.emplace_back();
-            wave.Ek = kEnergy_eV;
-            wave.Ratio = start;
-            wave.coeff = EmittedTable(2, start);
+            waves.push_back(WaveOf(kEnergy_eV, FullTable(2, start)));
+            waves.back().Ratio = start;
         }
     }
 
@@ -139,7 +125,7 @@ TEST(FullRecords, OneScatteringIsThatOfTheOrderedMethods) {
         const auto& truth = ordered.ListScatteringData[i].ListScatterer.electrons;
         ASSERT_EQ(made.size(), 2U);
         EXPECT_EQ(made[0].A.block, truth[0].A.block);
-        EXPECT_LT(Difference({made[1].A}, {truth[1].A}), 3.0 * ordered.EPS) << i;
+        EXPECT_LT(Difference(made[1].A, truth[1].A), 3.0 * ordered.EPS) << i;
     }
 }
 

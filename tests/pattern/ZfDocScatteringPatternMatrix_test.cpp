@@ -6,6 +6,7 @@
 #include <complex>
 
 #include "ErrorText.h"
+#include "Inputs.h"
 #include "foundation/Constants.h"
 #include "pattern/PatternTableOperations.h"
 #include "pattern/ZfBlurForSPattern.h"
@@ -18,30 +19,17 @@ using Complex = std::complex<double>;
 
 constexpr double kEnergy_eV = 500.0;
 
-PhaseShiftRecord PhaseShift(double energy, const std::vector<double>& degrees) {
-    PhaseShiftRecord record;
-    record.Ek_eV = energy;
-    record.AtomName = "bulk";
-    record.AtomElement = "Cu";
-    record.PhaseShiftValue.SetVectorSize(static_cast<int>(degrees.size()));
-    std::copy(degrees.begin(), degrees.end(), record.PhaseShiftValue.Data());
-    record.CalculateScatteringFactors();
-    return record;
-}
-
 EmittedWave Wave(double energy, std::int32_t l, std::int32_t m) {
-    EmittedWave wave;
-    wave.Ek = energy;
-    wave.coeff.SetSize(l + 1);
-    wave.coeff.At(l, m) = 1.0;
-    return wave;
+    ZfLmComplexTable table(l + 1);
+    table.At(l, m) = 1.0;
+    return WaveOf(energy, table);
 }
 
 /// One phase shift and one s wave: the pair that has a closed form.
 class ScatteringPatternMatrix : public testing::Test {
 protected:
     ScatteringPatternMatrix() {
-        phaseShifts.records = {PhaseShift(kEnergy_eV, {50.0})};
+        phaseShifts.records = {PhaseShiftsOf("bulk", kEnergy_eV, {50.0})};
         waves = {Wave(kEnergy_eV, 0, 0)};
         matrix.PDocScattering_ = &data;
         matrix.PDocScatteringPhaseShift_ = &phaseShifts;
@@ -106,7 +94,8 @@ TEST_F(ScatteringPatternMatrix, PairOfSWaves) {
 
 // Two p waves and many phase shifts, against the scattering and the pattern of a cluster of two atoms.
 TEST_F(ScatteringPatternMatrix, AgreesWithThePatternOfATwoAtomCluster) {
-    phaseShifts.records = {PhaseShift(100.0, {1.0}), PhaseShift(kEnergy_eV, {80.0, 60.0, 35.0, 12.0, 4.0})};
+    phaseShifts.records = {PhaseShiftsOf("bulk", 100.0, {1.0}),
+                           PhaseShiftsOf("bulk", kEnergy_eV, {80.0, 60.0, 35.0, 12.0, 4.0})};
     waves = {Wave(kEnergy_eV, 1, 1), Wave(100.0, 0, 0), Wave(kEnergy_eV, 1, 0)};
     matrix.phaseShiftSelection = {false, true};
     matrix.distanceCount = 1;
@@ -115,14 +104,7 @@ TEST_F(ScatteringPatternMatrix, AgreesWithThePatternOfATwoAtomCluster) {
     matrix.CalcPattern();
     EXPECT_EQ(matrix.Result(), 2);
 
-    Cluster cluster;
-    cluster.structures.resize(1);
-    for (const double z : {0.0, 2.5e-10}) {
-        ClusterAtom& atom = cluster.structures[0].atoms.emplace_back();
-        atom.position.VectorAt(2) = z;
-        atom.name = "bulk";
-        atom.atom = "Cu";
-    }
+    Cluster cluster = ClusterOf({AtomAt("bulk", 0, 0, 0), AtomAt("bulk", 0, 0, 2.5)});
     waves.erase(waves.begin() + 1);
     ZfNotifyTerminateThreadCalculation notifier;
     data.Version = kSlowMulti;
@@ -254,21 +236,6 @@ TEST_F(ScatteringPatternMatrix, BlurAndMask) {
 
 TEST_F(ScatteringPatternMatrix, Failures) {
     const std::string place = "CalcPattern():ERROR ZfDocScatteringPatternMatrix():";
-    const auto withoutDocuments = [this](int count) {
-        ZfDocScatteringPatternMatrix m = matrix;
-        if (count > 0) m.PDebye_ = nullptr;
-        if (count > 1) m.PDocFluctuation_ = nullptr;
-        if (count > 2) m.PDocFinalState_ = nullptr;
-        if (count > 3) m.PDocScatteringPhaseShift_ = nullptr;
-        if (count > 4) m.PDocScattering_ = nullptr;
-        return ErrorText([&] { m.Run(); });
-    };
-    EXPECT_EQ(withoutDocuments(1), place + "PDebye_==NULL");
-    EXPECT_EQ(withoutDocuments(2), place + "PDocFluctuation_==NULL");
-    EXPECT_EQ(withoutDocuments(3), place + "PDocFinalState_==NULL");
-    EXPECT_EQ(withoutDocuments(4), place + "PDocScatteringPhaseShift_==NULL");
-    EXPECT_EQ(withoutDocuments(5), place + "PDocScattering_==NULL");
-
     matrix.keepTables = 1;
     EXPECT_EQ(RunText(), "Error: There are no pattern tables");
     matrix.keepTables = 0;
@@ -292,6 +259,17 @@ TEST_F(ScatteringPatternMatrix, Failures) {
     waves[0].Ek = 500.00000000000006;
     EXPECT_EQ(RunText(),
               "CalcPattern():Error: Emitter settings is not good. Corresponding kinetic energy is not found");
+
+    matrix.PDebye_ = nullptr;
+    EXPECT_EQ(RunText(), place + "PDebye_==NULL");
+    matrix.PDocFluctuation_ = nullptr;
+    EXPECT_EQ(RunText(), place + "PDocFluctuation_==NULL");
+    matrix.PDocFinalState_ = nullptr;
+    EXPECT_EQ(RunText(), place + "PDocFinalState_==NULL");
+    matrix.PDocScatteringPhaseShift_ = nullptr;
+    EXPECT_EQ(RunText(), place + "PDocScatteringPhaseShift_==NULL");
+    matrix.PDocScattering_ = nullptr;
+    EXPECT_EQ(RunText(), place + "PDocScattering_==NULL");
 }
 
 TEST_F(ScatteringPatternMatrix, StopsAtTheNextDistance) {
@@ -301,31 +279,14 @@ TEST_F(ScatteringPatternMatrix, StopsAtTheNextDistance) {
     EXPECT_EQ(matrix.totalTable.ValueAt(0, 0), 0.0);
 }
 
-// What the pair has in either list, the one of the emitted and the one of the scattered wave.
-TEST(SetListScattererDimerOnZ, Lists) {
-    Fluctuation fluctuation;
-    fluctuation.IsUseUisoEinsteinModel_ = true;
-    fluctuation.Temperature_K_ = 300.0;
+TEST(SetListScattererDimerOnZ, TakesTheFirst128PhaseShifts) {
     ZfScatteringRecord record;
-    record.SetListScattererDimerOnZ(Wave(kEnergy_eV, 2, 1).coeff, kEnergy_eV, 3e-10, "bulk", "Cu", 127,
-                                    fluctuation, {});
-    for (const ZfVectorFreeElectron* list : {&record.ListScatterer, &record.NextListScatterer}) {
-        ASSERT_EQ(list->electrons.size(), 2U);
-        EXPECT_EQ(list->Ek_eV, kEnergy_eV);
-        EXPECT_EQ(list->electrons[0].A.L, 3);
-        EXPECT_EQ(list->electrons[1].A.L, 0);
-        EXPECT_EQ(list->electrons[1].position.VectorValueAt(2), 3e-10);
-        for (const ZfFreeElectron& electron : list->electrons) {
-            EXPECT_EQ(electron.atomicNumber, 29);
-            EXPECT_EQ(electron.Ek_eV, kEnergy_eV);
-            EXPECT_NEAR(electron.Uiso, 5.9171e-24 * 10, 1e-27);
-        }
-    }
-    EXPECT_EQ(record.atomLabels, std::vector<std::string>(2, "bulk"));
+    const auto set = [&](std::int32_t index) {
+        record.SetListScattererDimerOnZ({}, kEnergy_eV, 3e-10, "bulk", "Cu", index, {}, {});
+    };
+    set(127);
     EXPECT_EQ(record.phaseShiftIndex.VectorValueAt(1), 127);
-    EXPECT_EQ(ErrorText([&] {
-                  record.SetListScattererDimerOnZ({}, kEnergy_eV, 3e-10, "bulk", "Cu", 128, fluctuation, {});
-              }),
+    EXPECT_EQ(ErrorText([&] { set(128); }),
               "ZfScatteringData::SetListScattererDimerOnZ()Error: There is no phase shift data");
 }
 

@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
-#include <hwy/targets.h>
 #include <cmath>
 
+#include "EveryTarget.h"
 #include "Sources.h"
 #include "scattering/FarField.h"
 #include "scattering/ZfWaveFunction.h"
@@ -58,14 +58,9 @@ void ExpectSamplesOf(const ZfVectorFreeElectron& list, double radius, const char
             << what;
 }
 
-class Kernels : public testing::TestWithParam<std::int64_t> {
-protected:
-    void SetUp() override { hwy::SetSupportedTargetsForTest(GetParam()); }
-    void TearDown() override { hwy::SetSupportedTargetsForTest(0); }
-};
+class Kernels : public EveryTarget {};
 
-INSTANTIATE_TEST_SUITE_P(EveryInstructionSet, Kernels, testing::ValuesIn(hwy::SupportedAndGeneratedTargets()),
-                         [](const auto& target) { return std::string(hwy::TargetName(target.param)); });
+INSTANTIATE_TEST_SUITE_P(EveryInstructionSet, Kernels, AllTargets(), TargetName);
 
 }  // namespace
 

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "ErrorText.h"
+#include "Tables.h"
 #include "scattering/ZfVectorFreeElectron.h"
 
 // What most tests of waves are made of.
@@ -24,11 +25,7 @@ inline ZfFreeElectron SourceOf(std::int32_t lSize, double x, double y, double z)
 /// One with coefficients of no symmetry.
 inline ZfFreeElectron FullSource(std::int32_t lSize, double x, double y, double z) {
     ZfFreeElectron source = SourceOf(lSize, x, y, z);
-    double t = 1.0 + 1e10 * (x + 2 * y + 3 * z);
-    for (std::complex<double>& a : source.A.block) {
-        a = {std::sin(t), std::cos(2.0 * t)};
-        t += 0.7;
-    }
+    FillTable(source.A, 1.0 + 1e10 * (x + 2 * y + 3 * z));
     return source;
 }
 

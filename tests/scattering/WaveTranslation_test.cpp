@@ -1,13 +1,13 @@
 #include "scattering/WaveTranslation.h"
 
 #include <gtest/gtest.h>
-#include <hwy/targets.h>
 
 #include <array>
 #include <cmath>
 
 #include "ClosedForms.h"
-#include "Sources.h"
+#include "EveryTarget.h"
+#include "Tables.h"
 
 // The operator against closed forms and the waves written out, on every instruction set.
 
@@ -22,15 +22,6 @@ constexpr double kDigits = 2e-13;
 const std::vector<Vector> kDisplacements = {{3.1, -2.2, 4.0},  {-2.0, 5.0, -1.0}, {0.0, 0.0, 5.0},
                                             {0.0, 0.0, -4.0},  {6.0, 0.0, 0.0},   {0.0, -5.5, 0.0},
                                             {-0.05, 0.0, 5.1}, {1.0, 1.5, -12.0}};
-
-ZfLmComplexTable FullTable(std::int32_t lSize, double start) {
-    ZfLmComplexTable table(lSize);
-    for (Complex& a : table.block) {
-        a = {std::sin(start), std::cos(2.0 * start)};
-        start += 0.7;
-    }
-    return table;
-}
 
 /// One table a place, each with its displacement.
 struct Pack {
@@ -79,40 +70,15 @@ Complex WaveAt(const ZfLmComplexTable& c, double k, const Vector& r, bool outgoi
     return sum;
 }
 
-class Translation : public testing::TestWithParam<std::int64_t> {
-protected:
-    void SetUp() override { hwy::SetSupportedTargetsForTest(GetParam()); }
-    void TearDown() override { hwy::SetSupportedTargetsForTest(0); }
-};
+class Translation : public EveryTarget {};
 
-INSTANTIATE_TEST_SUITE_P(EveryInstructionSet, Translation,
-                         testing::ValuesIn(hwy::SupportedAndGeneratedTargets()),
-                         [](const auto& target) { return std::string(hwy::TargetName(target.param)); });
+INSTANTIATE_TEST_SUITE_P(EveryInstructionSet, Translation, AllTargets(), TargetName);
 
 double One(std::int32_t) {
     return 1.0;
 }
 
 }  // namespace
-
-// A displaced s wave has a closed form; every place of the pack its own displacement.
-TEST_P(Translation, ExpandsSWaves) {
-    constexpr double k = 2.3;
-    Pack pack(RadialKind::Outgoing, k);
-    for (std::size_t i = 0; i < kDisplacements.size(); ++i)
-        pack.Set(i, kDisplacements[i], FullTable(1, static_cast<double>(i)));
-    for (const std::int32_t order : {1, 2, 9, 40}) {
-        pack.Translate(order);
-        for (std::size_t i = 0; i < kDisplacements.size(); ++i) {
-            const auto& d = kDisplacements[i];
-            const Complex a = FullTable(1, static_cast<double>(i)).block[0];
-            EXPECT_LT(RelativeError(pack.Result(i, order), TableOfSWave(Vector3(d[0], d[1], d[2]), k, order),
-                                    [a](std::int32_t) { return a; }),
-                      kDigits)
-                << i << ", order " << order;
-        }
-    }
-}
 
 // A wave of many l at points around its target, against its own series around the source.
 TEST_P(Translation, KeepsTheWaveAtEveryPoint) {
@@ -137,30 +103,6 @@ TEST_P(Translation, KeepsTheWaveAtEveryPoint) {
                 }
             }
         }
-    }
-}
-
-// exp(i q.r) is, around d, exp(i q.d) times itself: the regular translation changes but its phase.
-TEST_P(Translation, KeepsAPlaneWave) {
-    const ZfLDoubleMatrix q = Vector3(0.9, -0.4, 1.3);
-    const double k = std::sqrt(NormSquared(q));
-    constexpr std::int32_t lSize = 60;
-    const ZfLmComplexTable plane =
-        TableAlong(q, lSize, [](std::int32_t l) { return 4.0 * kPi * std::polar(1.0, l * kPi / 2); });
-    Pack pack(RadialKind::Regular, k);
-    for (std::size_t i = 0; i < kDisplacements.size(); ++i) pack.Set(i, kDisplacements[i], plane);
-    constexpr std::int32_t order = 12;  // well below the l size: the plane wave has no last l
-    pack.Translate(order);
-    for (std::size_t i = 0; i < kDisplacements.size(); ++i) {
-        double phase = 0.0;
-        for (std::size_t a = 0; a < 3; ++a)
-            phase -= q.VectorValueAt(static_cast<std::int32_t>(a)) * kDisplacements[i][a];
-        ZfLmComplexTable truth(order);
-        for (std::size_t n = 0; n < truth.block.size(); ++n) truth.block[n] = plane.block[n];
-        EXPECT_LT(RelativeError(pack.Result(i, order), truth,
-                                [phase](std::int32_t) { return std::polar(1.0, phase); }),
-                  kDigits)
-            << i;
     }
 }
 

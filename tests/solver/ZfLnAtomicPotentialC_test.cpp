@@ -76,29 +76,6 @@ TEST(ZfLnAtomicPotentialC, BoundStatesOfHydrogenLikeAtoms) {
     }
 }
 
-// Above a constant potential R is the spherical Bessel function j_l(k r), and r^l p starts as
-// (2l+1)!!/k^l j_l(k r).
-TEST(ZfLnAtomicPotentialC, FreeWaveInAConstantPotential) {
-    constexpr double inner_eV = -30.0;
-    constexpr double rBegin = 1e-6 * kBohr;
-    constexpr double rEnd = 6.0 * kBohr;
-    AtomicPotentialRecord record = Record(rBegin, rEnd, [](double) { return inner_eV; });
-    record.E = 70.0;
-    record.rVFirstSlope = rBegin * inner_eV;
-    record.rVLastSlope = rEnd * inner_eV;
-    ZfLnAtomicPotentialC equation;
-    equation.record = &record;
-    const double k = std::sqrt((record.E - inner_eV) / kRydberg_eV) / kBohr;
-    Integrate(equation, [k](double r, const Values& y) {
-        double scale = 1.0;
-        for (unsigned l = 0; l < kDegrees; ++l) {
-            const double j = std::sph_bessel(l, k * r);
-            ASSERT_NEAR(y[2 * l] * std::pow(k * r, l) / scale, j, 1e-5) << "l " << l << " r " << r;
-            scale *= 2.0 * l + 3.0;
-        }
-    });
-}
-
 // The clamped spline of a cubic is that cubic, on any grid.
 TEST(ZfLnAtomicPotentialC, SplineOfACubic) {
     const auto cubic = [](double x) { return 2.0 * x * x * x - x + 0.5; };

@@ -56,26 +56,6 @@ TEST(BindingEnergies, RootsOfALineFollowMoseley) {
     EXPECT_GT(compared, 350);
 }
 
-// The calculated orbitals have neither relativity, which binds the s levels of the heaviest atoms a third
-// more, nor relaxation, which takes up to 10 eV, and a third of the 4f levels.
-TEST(BindingEnergies, LieNearTheCalculatedOrbitals) {
-    const ScreeningTable atoms(QVRE_DATA "/screening_dhfs.csv");
-    for (const CoreLevel& line : Lines()) {
-        const std::vector<double> root = Roots(line);
-        for (std::size_t z = 1; z < root.size(); z += 6) {
-            if (root[z] == 0.0) continue;
-            ZfAtomName name;
-            name.SetAtomicNumber(static_cast<int>(z));
-            EXPECT_TRUE(IsOccupied(name.atomicNumber, line.n, line.l)) << line.Name() << " of " << name.name;
-            const ScreenedAtom& atom = atoms.Find(name.name);
-            const auto field = [&](double r) { return SlaterField(atom, r); };
-            const double calculated = -BoundOrbital(field, line.n, line.l).energy * kHartree_eV;
-            const double ratio = root[z] * root[z] / calculated;
-            EXPECT_TRUE(ratio > 0.5 && ratio < 1.45) << line.Name() << " of " << name.name << ": " << ratio;
-        }
-    }
-}
-
 TEST(BindingEnergies, LinesAndMeansOfPairs) {
     const auto find = [](const char* element, const char* level) {
         return kTable.Find(element, ParseCoreLevel(level)).value_or(0.0);

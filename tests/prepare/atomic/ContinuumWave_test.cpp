@@ -6,7 +6,6 @@
 
 #include "foundation/Constants.h"
 #include "prepare/atomic/MuffinTin.h"
-#include "scattering/ZfSphericalBessel.h"
 
 using namespace qvre;
 
@@ -16,27 +15,6 @@ constexpr double kIntegration = 1e-3 * kDegree;  // what the header promises
 
 ContinuumRequest Request(const RadialPotential& potential, double energy_eV, double radius = 2.4) {
     return {potential, radius, energy_eV, 12, RadialEquation::kSchroedinger, {}};
-}
-
-struct Bessel {
-    Bessel(std::int32_t l, double x) {
-        table.Calculate(l + 1, x);
-        j = table.J(l);
-        y = table.Y(l);
-        dj = l / x * j - table.J(l + 1);
-        dy = l / x * y - table.Y(l + 1);
-    }
-    ZfSphericalBessel table;
-    double j, y, dj, dy;
-};
-
-/// Nodes of a function below x_end.
-template <class Function>
-int Nodes(Function f, double end) {
-    int nodes = 0;
-    for (double x = 0.01; x + 0.01 < end; x += 0.01)
-        if ((f(x) < 0.0) != (f(x + 0.01) < 0.0)) ++nodes;
-    return nodes;
 }
 
 }  // namespace
@@ -51,65 +29,10 @@ TEST(ContinuumWave, FreeSpaceShiftsNothing) {
             const auto row = static_cast<std::size_t>(l);
             EXPECT_NEAR(wave.delta[row], 0.0, kIntegration) << "l=" << l;
             const std::size_t middle = wave.r.size() - 300;
-            EXPECT_NEAR(wave.u[row][middle], wave.r[middle] * Bessel(l, wave.k * wave.r[middle]).j, 1e-5);
+            EXPECT_NEAR(wave.u[row][middle],
+                        wave.r[middle] * std::sph_bessel(static_cast<unsigned>(l), wave.k * wave.r[middle]),
+                        1e-5);
         }
-    }
-}
-
-// Joining j_l(Kr) to cos(delta) j_l(kr) - sin(delta) y_l(kr) (L. I. Schiff, Quantum Mechanics, section 19).
-// The branch: what the well draws in is the number of nodes that j_l(Kr) has more than j_l(kr), to within a
-// half.
-TEST(ContinuumWave, SquareWell) {
-    const double radius = 2.0;
-    for (const double depth : {0.5, 6.0, 60.0}) {
-        const double energy = 10.0;  // hartree
-        const ContinuumWave wave =
-            SolveContinuum(Request([=](double) { return -depth; }, energy * kHartree_eV, radius));
-        const double k = std::sqrt(2.0 * energy);
-        const double inner = std::sqrt(2.0 * (energy + depth));
-        for (std::int32_t l = 0; l < 12; ++l) {
-            const Bessel out(l, k * radius);
-            const Bessel in(l, inner * radius);
-            const double tangent =
-                (k * out.dj * in.j - inner * out.j * in.dj) / (k * out.dy * in.j - inner * out.y * in.dj);
-            const double delta = wave.delta[static_cast<std::size_t>(l)];
-            EXPECT_NEAR(std::sin(delta - std::atan(tangent)), 0.0, 2e-5) << depth << " l=" << l;
-            const auto j = [l](double x) { return Bessel(l, x).j; };
-            const int drawn = Nodes(j, inner * radius) - Nodes(j, k * radius);
-            EXPECT_NEAR(delta / kPi, drawn, 1.0) << depth << " l=" << l;
-        }
-    }
-}
-
-// The variable-phase equation (F. Calogero, Variable Phase Approach to Potential Scattering (1967)),
-//     d(delta)/dr = -2 V/k (kr)^2 (cos(delta) j_l(kr) - sin(delta) y_l(kr))^2,
-// gives the phase of a potential cut at r, without a wave and with the absolute branch.
-TEST(ContinuumWave, VariablePhaseOfAnAtom) {
-    const ScreeningTable table(QVRE_DATA "/screening_dhfs.csv");
-    const SuperposedField field(table, "Si", {});
-    const MuffinTinPotential potential{&field, ExchangeKind::kFurnessMcCarthy, 20.0, 0.0};
-    const double radius = 2.2;
-    const ContinuumWave wave = SolveContinuum(Request(potential, 20.0 * kHartree_eV, radius));
-    const double k = std::sqrt(40.0);
-    for (std::int32_t l = 0; l < 4; ++l) {
-        const auto slope = [&](double x, double delta) {  // over ln r
-            const double r = std::exp(x);
-            const Bessel b(l, k * r);
-            const double f = k * r * (std::cos(delta) * b.j - std::sin(delta) * b.y);
-            return -2.0 * potential(r) / k * f * f * r;
-        };
-        constexpr int kSteps = 8000;
-        double x = std::log(1e-5);
-        const double h = (std::log(radius) - x) / kSteps;
-        double delta = 0.0;
-        for (int i = 0; i < kSteps; ++i, x += h) {
-            const double a = slope(x, delta);
-            const double b = slope(x + h / 2, delta + h / 2 * a);
-            const double c = slope(x + h / 2, delta + h / 2 * b);
-            const double d = slope(x + h, delta + h * c);
-            delta += h / 6 * (a + 2 * b + 2 * c + d);
-        }
-        EXPECT_NEAR(wave.delta[static_cast<std::size_t>(l)], delta, kIntegration) << "l=" << l;
     }
 }
 

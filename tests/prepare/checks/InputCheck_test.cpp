@@ -84,10 +84,9 @@ TEST(InputCheck, Cluster) {
          {[](Example& e) { e.Atoms().back().SetPositionAngstrom(Vector3(0, 0, 0.4)); },
           "misfit: two atoms stand 0.4 angstrom apart, Cu at (0, 0, 0) and Cu at (0, 0, 0.4)\n"
           "misfit: the phase shifts of \"Cu\" for 560 eV have l size 14, which is sampled at 0.983204 "
-          "angstrom, "
-          "and the nearest neighbour stands at 0.4 angstrom: the expansion of its wave does not converge, or "
-          "to "
-          "something wrong\n"
+          "angstrom, and the nearest neighbour stands at 0.4 angstrom: the expansion of its wave does not "
+          "converge, or "
+          "to something wrong\n"
           "warning: the phase shifts of \"Cu\" for 560 eV tell the radius 1.27633 angstrom; with 1.27633 "
           "angstrom of the nearest neighbour, 0.4 angstrom away, the spheres overlap\n"},
          {[](Example& e) { e.Atoms()[3].atom = "cu"; },
@@ -142,8 +141,7 @@ TEST(InputCheck, PhaseShiftsOfEveryNameAndEnergy) {
           "file\n"},
          {[](Example& e) { e.Record().AtomElement = "Ni"; },
           "warning: the phase shifts of \"Cu\" for 560 eV are of the element Ni, the atoms of the cluster "
-          "are "
-          "Cu\n"}});
+          "are Cu\n"}});
 }
 
 TEST(InputCheck, WhatPhaseShiftsHold) {
@@ -153,8 +151,7 @@ TEST(InputCheck, WhatPhaseShiftsHold) {
           "misfit: the phase shifts of \"Cu\" for 560 eV are empty\n"},
          {[](Example& e) { e.Record().radial.LnX.clear(); },
           "misfit: the phase shifts of \"Cu\" for 560 eV have no LnX, from which MULTI takes the radius of "
-          "the "
-          "atom\n"},
+          "the atom\n"},
          {[](Example& e) {
               e.method = kSlowMulti;
               e.Record().radial.LnX.clear();
@@ -163,8 +160,7 @@ TEST(InputCheck, WhatPhaseShiftsHold) {
          {[](Example& e) { e.Record().radial.LnX.back() = std::log(1.276); },
           "misfit: the phase shifts of \"Cu\" for 560 eV tell the radius 1.276e+10 angstrom (LnX ends at "
           "0.24373), which looks like a radius, or its logarithm, in angstrom or bohr: MULTI would silently "
-          "be "
-          "SLOWMULTI\n"},
+          "be SLOWMULTI\n"},
          {[](Example& e) {
               for (int l = 0; l < 14; ++l) e.Record().PhaseShiftValue.VectorAt(l) *= 0.0174533;
           },
@@ -175,8 +171,7 @@ TEST(InputCheck, WhatPhaseShiftsHold) {
               for (int l = 0; l < 4; ++l) e.Record().PhaseShiftValue.VectorAt(l) = all.VectorValueAt(l);
           },
           "warning: the phase shifts of \"Cu\" for 560 eV end at l = 3 with 72.156 degrees: the sum over l "
-          "is "
-          "cut off\n"}});
+          "is cut off\n"}});
 }
 
 TEST(InputCheck, Fluctuation) {

@@ -4,23 +4,17 @@
 
 #include <cmath>
 
+#include "Inputs.h"
 #include "foundation/Constants.h"
-
-using namespace qvre;
 
 namespace {
 
 /// Atoms on a circle of 2 angstrom at the given azimuths, a lighter one on the axis.
-std::vector<ClusterAtom> Circle(const std::vector<double>& azimuths_deg, const std::string& element = "Cu") {
-    std::vector<ClusterAtom> atoms(1);
-    atoms[0].atom = std::string("H");
-    for (const double azimuth : azimuths_deg) {
-        ClusterAtom atom;
-        atom.atom = element;
-        atom.SetPositionAngstrom(
-            Vector3(2.0 * std::cos(azimuth * kDegree), 2.0 * std::sin(azimuth * kDegree), -1.0));
-        atoms.push_back(atom);
-    }
+std::vector<ClusterAtom> Circle(const std::vector<double>& azimuths_deg) {
+    std::vector<ClusterAtom> atoms = {AtomAt("", 0, 0, 0, "H")};
+    for (const double azimuth : azimuths_deg)
+        atoms.push_back(
+            AtomAt("", 2.0 * std::cos(azimuth * kDegree), 2.0 * std::sin(azimuth * kDegree), -1.0));
     return atoms;
 }
 

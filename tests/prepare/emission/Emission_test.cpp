@@ -84,17 +84,3 @@ TEST(Emission, WeightIsTheIntensity) {
     }
     EXPECT_NEAR(sum, kPi, 1e-12);
 }
-
-TEST(Emission, RefusesWhatCannotBe) {
-    const auto text = [](const char* level, double kinetic, double weight) {
-        EmissionRequest request = FreeAtom("Cu", level, kinetic);
-        request.weight = weight;
-        return ErrorText([&] { CoreLevelEmission(request); });
-    };
-    EXPECT_EQ(text("4f", 560.0, 1.0), "The element Cu has no electrons in the level 4f");
-    EXPECT_EQ(text("2p", 560.0001, 1.0).substr(0, 46), "The energy 560.0001 eV has more than the 6 dig");
-    EXPECT_EQ(text("2p", 560.0, 0.0), "The weight has to be above 0");
-    EXPECT_EQ(KineticEnergyInside(1486.6, 932.7, 9.0), 562.9);
-    EXPECT_EQ(ErrorText([] { KineticEnergyInside(1253.6, 1303.0, 9.0); }),
-              "The photon energy of 1253.6 eV does not free an electron bound by 1303 eV");
-}

@@ -8,6 +8,7 @@
 #include "ErrorText.h"
 #include "foundation/Constants.h"
 #include "prepare/cluster/CrystalSources.h"
+#include "scattering/Tables.h"
 
 namespace {
 
@@ -35,9 +36,7 @@ double DifferenceFromFile(const std::vector<EmittedWave>& waves, const std::stri
     double largest = 0.0;
     for (std::size_t i = 0; i < std::min(waves.size(), example.size()); ++i) {
         EXPECT_EQ(waves[i].Ek, example[i].Ek) << name;
-        EXPECT_EQ(waves[i].coeff.L, example[i].coeff.L) << name;
-        for (std::size_t j = 0; j < std::min(waves[i].coeff.block.size(), example[i].coeff.block.size()); ++j)
-            largest = std::max(largest, std::abs(waves[i].coeff.block[j] - example[i].coeff.block[j]));
+        largest = std::max(largest, Difference(waves[i].coeff, example[i].coeff));
     }
     return largest;
 }
@@ -50,19 +49,6 @@ void ExpectChannels(const DipoleChannels& channels, const DipoleChannels& expect
     }
 }
 
-Cluster AlongX(const std::vector<std::vector<std::pair<std::string, double>>>& structures) {
-    Cluster cluster;
-    for (const auto& atoms : structures) {
-        Structure& structure = cluster.structures.emplace_back();
-        for (const auto& [name, x] : atoms) {
-            ClusterAtom& atom = structure.atoms.emplace_back();
-            atom.name = atom.atom = name;
-            atom.SetPositionAngstrom(Vector3(x, 0.0, 0.0));
-        }
-    }
-    return cluster;
-}
-
 }  // namespace
 
 // The README of the example gives radial integrals, phases (degrees) and beta; its files hold 6 digits.
@@ -71,10 +57,10 @@ TEST(EmitterField, Copper2pOfTheExample) {
     const Emission emission = EmissionInCrystal(species, "Cu", "2p", 560.0, LinearLight({0.0, 0.0, 1.0}));
     ExpectChannels(emission.channels, {1, {0.0027916, 0.012996}, {333.606, 140.434}}, 5e-7);
     EXPECT_NEAR(emission.channels.Beta(), 1.386, 5e-4);
-    EXPECT_LT(DifferenceFromFile(emission.waves, "cu001_small/emitter.xml_emt"), 2e-5);
+    EXPECT_LT(DifferenceFromFile(emission.waves, "cu001_small/emitter.xml_emt"), 1e-5);
     const auto ray = EmissionInCrystal(species, "Cu", "2p", 560.0, UnpolarisedLight({0.0, 0.0, 1.0})).waves;
-    EXPECT_LT(DifferenceFromFile(ray, "cu001_small/emitter_normal_incidence.xml_emt"), 2e-5);
-    EXPECT_LT(DifferenceFromFile(IsotropicEmission(560.0, 1.0), "cu001_small/emitter_s.xml_emt"), 5e-6);
+    EXPECT_LT(DifferenceFromFile(ray, "cu001_small/emitter_normal_incidence.xml_emt"), 1e-5);
+    EXPECT_LT(DifferenceFromFile(IsotropicEmission(560.0, 1.0), "cu001_small/emitter_s.xml_emt"), 2e-6);
 }
 
 // The smaller radial integral is the rest of a hundredfold cancellation; the example has it to 1e-3.
@@ -83,19 +69,5 @@ TEST(EmitterField, Arsenic3dOfTheExample) {
     const Emission emission = EmissionInCrystal(species, "As", "3d", 1455.0, LinearLight({0.0, 0.0, 1.0}));
     ExpectChannels(emission.channels, {2, {0.0004216, 0.0023134}, {218.540, 93.380}}, 6e-7);
     EXPECT_NEAR(emission.channels.Beta(), 1.033, 5e-4);
-    EXPECT_LT(DifferenceFromFile(emission.waves, "gaas001/emitter.xml_emt"), 5e-4);
-}
-
-TEST(EmitterField, EmitterStandsAtTheOrigin) {
-    EXPECT_EQ(EmitterOf(AlongX({{{"Ga", 2.4}, {"As", 0.0}}, {{"As", 0.005}}})).name, "As");
-    EXPECT_EQ(ErrorText([] {
-                  EmitterOf(AlongX({{{"Ga", 2.4}, {"As", 0.02}}}));
-              }),
-              "The cluster has no atom at its origin: move the emitter there");
-    EXPECT_EQ(
-        ErrorText([] {
-            EmitterOf(AlongX({{{"Ga", 0.0}}, {{"As", 0.0}}}));
-        }),
-        "The structures of the cluster have different emitters, Ga and As: make a cluster and an emitted "
-        "wave of each");
+    EXPECT_LT(DifferenceFromFile(emission.waves, "gaas001/emitter.xml_emt"), 3e-4);
 }

@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <limits>
-
 #include "ErrorText.h"
 #include "TempFolder.h"
 #include "input/ZfAtomName.h"
@@ -13,10 +11,6 @@
 namespace {
 
 const std::string kData = QVRE_DATA;
-
-std::string Refusal(const VibrationRequest& request) {
-    return ErrorText([&] { MakeFluctuation(request, DebyeTable(kData + "/debye_temperatures.csv")); });
-}
 
 }  // namespace
 
@@ -37,7 +31,6 @@ TEST(DebyeIntegralUiso, KnownValues) {
 
 TEST(DebyeTable, HoldsElementsOnly) {
     const DebyeTable table(kData + "/debye_temperatures.csv");
-    const ZfDebye weights = LoadAtomicWeights(kData + "/AtomicWeight.txt");
     std::size_t known = 0;
     for (std::int32_t z = 1; z <= 103; ++z) {
         ZfAtomName name;
@@ -49,28 +42,4 @@ TEST(DebyeTable, HoldsElementsOnly) {
     const TempFolder folder;
     const std::string damaged = folder.Write("t.csv", "element,debye_K\nCu,hot\n");
     EXPECT_EQ(ErrorText([&] { DebyeTable{damaged}; }), damaged + ": Cu: \"hot\" is no number");
-}
-
-TEST(MakeFluctuation, RefusesWhatARunWouldNotTake) {
-    EXPECT_EQ(Refusal({.elements = {"Cu"}, .debyeTemperature_K = {{"Cu", 315.0}}}), "no failure");
-    EXPECT_EQ(Refusal({.elements = {"F"}}),
-              "F has no Debye temperature in the table: give one, such as --debye F=300 "
-              "(in a recipe debye = { F = 300 })");
-    EXPECT_EQ(Refusal({.elements = {"CU"}}),
-              "There is no element \"CU\": write symbols as in Cu, case counts");
-    EXPECT_EQ(Refusal({.elements = {"Cu"}, .debyeTemperature_K = {{"Si", 645.0}}}),
-              "There is a Debye temperature for Si, which is not among the elements: leave it out");
-    EXPECT_EQ(Refusal({.elements = {"Cu"}, .debyeTemperature_K = {{"Cu", 0.0}}}),
-              "The Debye temperature of Cu has to be above 0 and up to 10000 kelvin, not 0");
-    // Before the elements are known.
-    EXPECT_EQ(ErrorText([] {
-                  CheckVibrations({.debyeTemperature_K = {{"Xx", 300.0}}});
-              }),
-              "There is no element \"Xx\": write symbols as in Cu, case counts");
-    EXPECT_EQ(ErrorText([] { CheckVibrations({.debyeTemperature_K = {{"Si", 645.0}}}); }), "no failure");
-    EXPECT_EQ(Refusal({.temperature_K = 10000.0, .elements = {"Cu"}}), "no failure");
-    for (const double temperature_K : {-1.0, 10001.0, std::numeric_limits<double>::quiet_NaN()})
-        EXPECT_TRUE(Refusal({.temperature_K = temperature_K, .elements = {"Cu"}})
-                        .starts_with("The temperature has to be from 0 to 10000 kelvin, not "))
-            << temperature_K;
 }

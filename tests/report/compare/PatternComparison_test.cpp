@@ -13,7 +13,6 @@
 
 namespace {
 
-constexpr SphereMap kMaps[] = {SphereMap::kAzimuthalEquidistant, SphereMap::kEquidistantCylindrical};
 constexpr double kPixel = 3.6;  // degrees
 
 /// A smooth intensity with a modulation of the given fold, turned by `turn` degrees, over an I0 that falls
@@ -128,33 +127,6 @@ TEST_F(PatternComparison, MeasurementWithBackground) {
     request.thetaMax = 74.0;
     request.rotate = false;
     EXPECT_EQ(ComparePatterns(request).theta.size(), result.theta.size());
-}
-
-TEST_F(PatternComparison, Refusals) {
-    CompareRequest request = Pair({1, 0.0}, kMaps[0], {1, 0.0}, kMaps[1]);
-    request.thetaMax = 100.0;
-    EXPECT_EQ(ErrorText([&] { ComparePatterns(request); }),
-              request.first.image + " ends at the polar angle 90 degrees: narrow the polar range");
-    request.thetaMin = 100.0;
-    EXPECT_EQ(ErrorText([&] { ComparePatterns(request); }),
-              "The polar range has to rise within 0 and 180 degrees, not from 100 to 100");
-    request = {};
-    request.second = Write("b.xml_img", kMaps[0], {1, 0.0});
-    request.measured = folder_.Write("data.csv", "80,0,5\n80,9,7\n");
-    EXPECT_EQ(ErrorText([&] { ComparePatterns(request); }),
-              request.measured + " has no column chi: name a background, such as 3 for a cubic polynomial");
-    request.background = BackgroundModel{};
-    request.thetaMax = 70.0;
-    EXPECT_EQ(
-        ErrorText([&] { ComparePatterns(request); }),
-        request.measured + " has no points with a polar angle from 0 to 70 degrees: widen the polar range");
-    request.background.reset();
-    request.measured.clear();
-    request.first = {request.second.image, ""};
-    EXPECT_EQ(
-        ErrorText([&] { ComparePatterns(request); }),
-        "The I0 image of " + request.first.image +
-            " is not given: add it, or name a background to be taken away, such as 3 for a cubic polynomial");
 }
 
 }  // namespace

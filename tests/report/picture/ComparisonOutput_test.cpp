@@ -37,14 +37,11 @@ TEST(WriteDifference, ScalesBWhereAScaleServes) {
                            "10,0,0.5,-0.5,1\n20,45,-0.25,0.25,-0.5\n30,90,0.125,0,0.125\n"),
               std::string::npos)
         << opposed;
-    EXPECT_EQ(ErrorText([&] {
-                  WriteDifference(Result({1.0, 2.0, 3.0}), folder.Path("a.CSV"));
-              }),
-              "A difference is written as .csv, .png, .svg or .pdf, not as " + folder.Path("a.CSV"));
 }
 
-/// Directions 5 degrees apart on rings from 20 to 60 degrees; a is 1 on the side of +y and -1 on the other.
-CompareResult Belt() {
+/// Directions 5 degrees apart on rings from 20 to 60 degrees; a is 1 on the side of +y and -1 on the other,
+/// and b a times `factor`.
+CompareResult Belt(double factor) {
     CompareResult result;
     for (int theta = 20; theta <= 60; theta += 5) {
         for (int phi = 0; phi < 360; phi += 5) {
@@ -52,35 +49,39 @@ CompareResult Belt() {
             result.phi.push_back(phi);
             result.weight.push_back(1.0);
             result.chiA.push_back(phi % 180 == 0 ? 0.0 : phi < 180 ? 1.0 : -1.0);
-            result.chiB.push_back(result.chiA.back());
+            result.chiB.push_back(factor * result.chiA.back());
         }
     }
     result.agreement = CompareModulations(result.chiA, result.chiB, result.weight);
     return result;
 }
 
+// a, b and a - b side by side; a b that is opposed to a is not scaled, and their difference the largest
+// value.
 TEST(WriteDifference, DrawsBothAndTheirDifferenceWhereTheyWereCompared) {
     const TempFolder folder;
-    WriteDifference(Belt(), folder.Path("d.png"));
-    const PngPicture png(folder.Path("d.png"));
     DiscPicture discs;
     discs.images.assign(3, {Sampled(kMaps[0], 5.0, [](double, double, double) { return 0.0; }), "title"});
     const DiscLayout layout(discs);
-    const auto seen = [&](std::size_t panel, double theta, double phi) {
-        return png.At(layout.Direction(View::kAzimuthalEquidistant, panel, theta * kDegree, phi * kDegree));
-    };
-    const Colour high = ColourAt(ColourMap::kDiverging, 1.0);
-    const Colour middle = ColourAt(ColourMap::kDiverging, 0.5);
-    const Colour low = ColourAt(ColourMap::kDiverging, 0.0);
-    for (const double theta : {25.0, 45.0, 61.0}) {
-        for (const std::size_t panel : {0U, 1U}) {
-            EXPECT_LT(Difference(seen(panel, theta, 95.0), high), 0.05) << theta;
-            EXPECT_LT(Difference(seen(panel, theta, 265.0), low), 0.05) << theta;
+    for (const auto& [factor, values] :
+         {std::pair{2.0, std::array{1.0, 1.0, 0.0}}, {-0.5, {2 / 3.0, -1 / 3.0, 1.0}}}) {
+        WriteDifference(Belt(factor), folder.Path("d.png"));
+        const PngPicture png(folder.Path("d.png"));
+        const auto off = [&](const Colour& colour, std::size_t panel, double theta, double phi) {
+            return Difference(
+                png.At(layout.Direction(View::kAzimuthalEquidistant, panel, theta * kDegree, phi * kDegree)),
+                colour);
+        };
+        const auto colour = [](double value) { return ColourAt(ColourMap::kDiverging, 0.5 + 0.5 * value); };
+        for (const double theta : {25.0, 45.0, 61.0}) {
+            for (std::size_t panel = 0; panel < 3; ++panel) {
+                EXPECT_LT(off(colour(values[panel]), panel, theta, 95.0), 0.05) << panel << ' ' << theta;
+                EXPECT_LT(off(colour(-values[panel]), panel, theta, 265.0), 0.05) << panel << ' ' << theta;
+            }
         }
-        EXPECT_LT(Difference(seen(2, theta, 95.0), middle), 0.05) << theta;
+        for (const double theta : {10.0, 70.0})
+            EXPECT_LT(off({1.0, 1.0, 1.0}, 0, theta, 95.0), 1e-9) << theta;
     }
-    for (const double theta : {10.0, 70.0})
-        EXPECT_LT(Difference(seen(0, theta, 95.0), {1.0, 1.0, 1.0}), 1e-9) << theta;
 }
 
 }  // namespace

@@ -21,34 +21,55 @@ double Tilted(double x, double y, double z) {
     return 0.4 * z + 0.3 * x + 0.2 * y;
 }
 
+const Colour kWhite{1.0, 1.0, 1.0};
+
+/// A picture as it was drawn.
+struct Drawn {
+    explicit Drawn(const DiscPicture& asked) : request(asked), layout(asked), png(Draw(asked)) {}
+
+    static PngPicture Draw(const DiscPicture& asked) {
+        const TempFolder folder;
+        DrawDiscs(asked, folder.Path("a.png"));
+        return PngPicture(folder.Path("a.png"));
+    }
+    /// How far the colour in a direction (degrees) is from another.
+    double Off(const Colour& colour, double theta, double phi, std::size_t panel = 0) const {
+        const PicturePoint point = layout.Direction(request.view, panel, theta * kDegree, phi * kDegree);
+        return Difference(png.At(point), colour);
+    }
+
+    DiscPicture request;
+    DiscLayout layout;
+    PngPicture png;
+};
+
+double Height(double, double, double z) {
+    return z;
+}
+
 TEST(DiscPicture, ShowsTheFunctionAtItsDirections) {
-    const TempFolder folder;
     for (const View view : kViews) {
         DiscPicture request;
         for (const SphereMap map : kMaps) request.images.push_back({Sampled(map, 2.0, Tilted), "map"});
         request.view = view;
         request.colours = ColourMap::kGrey;
         request.range = Span{-0.5, 0.6};
-        DrawDiscs(request, folder.Path("a.png"));
-        const PngPicture png(folder.Path("a.png"));
-        const DiscLayout layout(request);
-        for (std::size_t panel = 0; panel < 2; ++panel) {
+        const Drawn drawn(request);
+        for (const std::size_t panel : {0U, 1U}) {
             for (const double theta : {0.0, 20.0, 45.0, 70.0, 81.0}) {
                 for (const double phi : {0.0, 45.0, 135.0, 179.5, 180.5, 270.0}) {
                     const double value = At(Tilted, theta * kDegree, phi * kDegree);
                     const Colour expected = ColourAt(ColourMap::kGrey, (value + 0.5) / 1.1);
-                    const Colour seen = png.At(layout.Direction(view, panel, theta * kDegree, phi * kDegree));
-                    EXPECT_LT(Difference(seen, expected), kPixel) << theta << ' ' << phi;
+                    EXPECT_LT(drawn.Off(expected, theta, phi, panel), kPixel) << theta << ' ' << phi;
                 }
             }
-            const PicturePoint rim = layout.Direction(view, panel, 90 * kDegree, 45 * kDegree);
-            EXPECT_LT(Difference(png.At({rim.x + 0.03, rim.y - 0.03}), {1.0, 1.0, 1.0}), 1e-9);
+            const PicturePoint rim = drawn.layout.Direction(view, panel, 90 * kDegree, 45 * kDegree);
+            EXPECT_LT(Difference(drawn.png.At({rim.x + 0.03, rim.y - 0.03}), kWhite), 1e-9);
         }
     }
 }
 
 TEST(DiscPicture, ColourBarAndAutomaticRange) {
-    const TempFolder folder;
     DiscPicture request;
     request.images = {
         {Sampled(kMaps[1], 2.0, [](double, double, double z) { return z > -1e-9 ? z : 99.0; }), ""}};
@@ -56,58 +77,44 @@ TEST(DiscPicture, ColourBarAndAutomaticRange) {
     EXPECT_NEAR(range.low, 0.0, 1e-12);  // the lower hemisphere does not count
     EXPECT_NEAR(range.high, 1.0, 1e-12);
     EXPECT_NEAR(ColourRange(request.images, true).low, -1.0, 1e-12);
-    DrawDiscs(request, folder.Path("bar.png"));
-    const PngPicture png(folder.Path("bar.png"));
-    EXPECT_EQ(png.Width(), 800);
-    const DiscLayout layout(request);
+    const Drawn drawn(request);
+    EXPECT_EQ(drawn.png.Width(), 800);
+    const auto bar = [](const Drawn& d, double fraction) { return d.png.At(d.layout.ColourBar(fraction)); };
     for (const double fraction : {0.01, 0.5, 0.99})
-        EXPECT_LT(Difference(png.At(layout.ColourBar(fraction)), ColourAt(ColourMap::kViridis, fraction)),
-                  kPixel);
-    EXPECT_LT(Difference(png.At(layout.ColourBar(1.03)), {1.0, 1.0, 1.0}), 1e-9);
+        EXPECT_LT(Difference(bar(drawn, fraction), ColourAt(ColourMap::kViridis, fraction)), kPixel);
+    EXPECT_LT(Difference(bar(drawn, 1.03), kWhite), 1e-9);
 
     // Ticks stand to the right of the bar, which reaches 4.5 points from its middle.
     request.range = Span{0.0, 0.7};
-    DrawDiscs(request, folder.Path("ticks.png"));
-    const PngPicture ticks(folder.Path("ticks.png"));
-    const auto isTick = [&](double value) {
-        PicturePoint point = layout.ColourBar(value / 0.7);
-        point.x += 5.5 / layout.width;
-        return ticks.At(point).red < 0.9;
-    };
-    for (const double value : {0.0, 0.2, 0.4, 0.6}) EXPECT_TRUE(isTick(value)) << value;
-    for (const double value : {0.1, 0.3, 0.5, 0.7}) EXPECT_FALSE(isTick(value)) << value;
+    const Drawn ticks(request);
+    for (int i = 0; i < 8; ++i) {
+        PicturePoint point = ticks.layout.ColourBar(i / 7.0);
+        point.x += 5.5 / ticks.layout.width;
+        EXPECT_EQ(ticks.png.At(point).red < 0.9, i % 2 == 0) << i;
+    }
 }
 
 TEST(DiscPicture, PolarAnglesThatAreNotShownStayBlank) {
-    const TempFolder folder;
     DiscPicture request;
-    request.images = {{Sampled(kMaps[0], 2.0, [](double, double, double z) { return z; }), ""}};
+    request.images = {{Sampled(kMaps[0], 2.0, Height), ""}};
     request.shownTheta_deg = {10.0, 70.0};
-    DrawDiscs(request, folder.Path("belt.png"));
-    const PngPicture png(folder.Path("belt.png"));
-    const DiscLayout layout(request);
-    for (const double theta : {5.0, 12.0, 68.0, 75.0}) {
-        const PicturePoint point = layout.Direction(request.view, 0, theta * kDegree, 20 * kDegree);
-        EXPECT_EQ(Difference(png.At(point), {1.0, 1.0, 1.0}) < 1e-9, theta < 10.0 || theta > 70.0) << theta;
-    }
+    const Drawn drawn(request);
+    for (const double theta : {5.0, 12.0, 68.0, 75.0})
+        EXPECT_EQ(drawn.Off(kWhite, theta, 20.0) < 1e-9, theta < 10.0 || theta > 70.0) << theta;
 }
 
 TEST(DiscPicture, RingsStandAtTheirStep) {
-    const TempFolder folder;
-    DiscPicture discs;
-    discs.images = {{Sampled(kMaps[0], 5.0, [](double, double, double) { return 1.0; }), ""}};
-    discs.view = View::kStereographic;
-    discs.ringStep_deg = 40.0;
-    discs.range = Span{1.0, 2.0};
-    discs.width = 2000;
-    DrawDiscs(discs, folder.Path("rings.png"));
-    const PngPicture png(folder.Path("rings.png"));
-    const DiscLayout layout(discs);
-    for (const double theta : {20.0, 30.0, 40.0, 60.0, 80.0}) {
-        const Colour seen = png.At(layout.Direction(discs.view, 0, theta * kDegree, 200 * kDegree));
-        EXPECT_EQ(Difference(seen, ColourAt(discs.colours, 0.0)) > kPixel, theta == 40.0 || theta == 80.0)
+    DiscPicture request;
+    request.images = {{Sampled(kMaps[0], 5.0, Height), ""}};
+    request.view = View::kStereographic;
+    request.ringStep_deg = 40.0;
+    request.range = Span{1.0, 2.0};  // one colour throughout
+    request.width = 2000;
+    const Drawn drawn(request);
+    for (const double theta : {20.0, 30.0, 40.0, 60.0, 80.0})
+        EXPECT_EQ(drawn.Off(ColourAt(request.colours, 0.0), theta, 200.0) > kPixel,
+                  theta == 40.0 || theta == 80.0)
             << theta;
-    }
 }
 
 TEST(DiscPicture, FormatsAndFailures) {

@@ -98,12 +98,8 @@ TEST(SphereImageFile, RefusesWhatIsNoMap) {
     const SphereImage image = Sampled(SphereMap::kEquidistantCylindrical, 3.0, Constant);
     const auto failure = [](const std::string& path) { return ErrorText([&] { LoadSphereImage(path); }); };
     const std::string path = folder.Path("a.xml_img");
-    const std::string start = path + ": ";
-    EXPECT_EQ(failure(path), start + "there is no such file");
-    EXPECT_EQ(failure(folder.Write("a.xml_img", "54\n\nCu 0 0 0\n")),
-              start + "it is no image file (.xml_img)");
     EXPECT_EQ(failure(folder.Write("a.xml_img", "<DataOfProcessImage><version>1</version>")),
-              start + "its version cannot be read");
+              path + ": its version cannot be read");
     EXPECT_NE(failure(WriteImageFile(path, image, "Gnomonic")).find("\"Gnomonic\" is not known"),
               std::string::npos);
     EXPECT_NE(failure(WriteImageFile(path, image, "AzimuthalEquidistant")).find("not square"),

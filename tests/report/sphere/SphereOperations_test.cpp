@@ -96,19 +96,8 @@ TEST(Refracted, IsotropicSource) {
     }
 }
 
-TEST(Refracted, BendsAwayFromTheNormal) {
-    const double inside = 45 * kDegree;
-    const auto spot = [&](double x, double y, double z) {
-        const double along = x * std::sin(inside) + z * std::cos(inside);
-        return std::exp((along - 1) / 0.001) + 0 * y;
-    };
-    const SphereImage image = Refracted(Sampled(kMaps[1], 1.0, spot), 40.0, 12.0);
-    double best = 0.0;
-    for (double theta = 0.0; theta < 90.0; theta += 0.05) {
-        if (image.Value(theta * kDegree, 0.0) > image.Value(best * kDegree, 0.0)) best = theta;
-    }
-    EXPECT_NEAR(best, std::asin(std::sin(inside) * std::sqrt(40.0 / 28.0)) / kDegree, 0.3);
-    const SphereImage plain = Sampled(kMaps[0], 2.0, spot);
+TEST(Refracted, NeedsALowerPotential) {
+    const SphereImage plain = Sampled(kMaps[0], 2.0, [](double x, double, double z) { return x + z; });
     EXPECT_EQ(Refracted(plain, 40.0, 0.0).Value(0.8, 0.1), plain.Value(0.8, 0.1));
     for (const double potential : {-1.0, 40.0, 50.0})
         EXPECT_NE(ErrorText([&] { Refracted(plain, 40.0, potential); }), "no failure") << potential;
