@@ -32,7 +32,7 @@ void Translation(benchmark::State& state) {
         geometry.Set(lane, displacement, kWaveNumber);
     }
     for (auto _ : state) {
-        geometry.CalculateRadial(RadialKind::Outgoing, order + lSize);
+        geometry.CalculateRadial(RadialKind::kOutgoing, order + lSize);
         AddTranslated(sources, lSize, geometry, order, targets, scratch);
         benchmark::DoNotOptimize(targets.data());
     }

@@ -38,8 +38,8 @@ struct ThermalOptions {
 };
 
 VibrationModel ModelOf(const std::string& name) {
-    if (name == "einstein") return VibrationModel::Einstein;
-    return name == "cluster" ? VibrationModel::Cluster : VibrationModel::Debye;
+    if (name == "einstein") return VibrationModel::kEinstein;
+    return name == "cluster" ? VibrationModel::kCluster : VibrationModel::kDebye;
 }
 
 void AddElement(std::vector<std::string>& elements, const std::string& element) {
@@ -59,9 +59,9 @@ VibrationRequest RequestOf(const ThermalOptions& options, const Cluster& cluster
         request.debyeTemperature_K[element] = temperature_K;
         if (!named) AddElement(request.elements, element);
     }
-    if (request.model != VibrationModel::Debye && !options.debye.empty())
+    if (request.model != VibrationModel::kDebye && !options.debye.empty())
         throw CLI::ValidationError("--debye", "only the model debye takes Debye temperatures");
-    if (request.model == VibrationModel::Debye && request.elements.empty())
+    if (request.model == VibrationModel::kDebye && request.elements.empty())
         throw CLI::RequiredError("A cluster, --element or --debye");
     return request;
 }
@@ -94,17 +94,17 @@ std::string ResultText(const Fluctuation& fluctuation, const VibrationRequest& r
     for (std::size_t i = 0; i < request.elements.size(); ++i) {
         const std::string& element = request.elements[i];
         text += "  " + element + "   Uiso ";
-        if (request.model == VibrationModel::Cluster)
+        if (request.model == VibrationModel::kCluster)
             text += ClusterText(cluster, element);
         else
             text += DoubleToText(ModelUiso(fluctuation, weights, element) * 1e20) + " angstrom^2";
-        if (request.model == VibrationModel::Debye) text += DebyeText(fluctuation, request, i);
+        if (request.model == VibrationModel::kDebye) text += DebyeText(fluctuation, request, i);
         text += "\n";
     }
-    if (request.elements.empty() && request.model == VibrationModel::Einstein)
+    if (request.elements.empty() && request.model == VibrationModel::kEinstein)
         text = "  all elements   Uiso " + DoubleToText(ModelUiso(fluctuation, weights, "H") * 1e20) +
                " angstrom^2\n";
-    if (request.elements.empty() && request.model == VibrationModel::Cluster)
+    if (request.elements.empty() && request.model == VibrationModel::kCluster)
         text = "  all elements   Uiso as the atoms of the cluster have it\n";
     return text;
 }
@@ -142,7 +142,7 @@ void Run(const ThermalOptions& options) {
                 result.c_str());
     if (request.elements.size() > 1 && request.debyeTemperature_K.size() < fluctuation.DebyeElement_.size())
         std::printf("  note: the table is of pure elements; a compound has its own: give it with --debye\n");
-    if (cluster.structures.empty() && request.model == VibrationModel::Debye)
+    if (cluster.structures.empty() && request.model == VibrationModel::kDebye)
         PrintFindings(fluctuation, ClusterOf(request.elements), weights);
     else if (!cluster.structures.empty())
         PrintFindings(fluctuation, cluster, weights);

@@ -262,7 +262,7 @@ void TranslationGeometry::CalculateRadial(RadialKind kind, std::int32_t count) {
     for (std::size_t lane = 0; lane < kTranslationPack; ++lane) {
         const std::complex<double> over = inverse.Get(lane);
         if (over == 0.0) continue;
-        if (kind == RadialKind::Regular) {
+        if (kind == RadialKind::kRegular) {
             const auto j = ScaledBessel(kR.Get(lane), static_cast<std::int32_t>(size), kOrderScale);
             for (std::size_t l = 0; l < size; ++l) radial[l].Set(lane, j[l]);
         } else {
@@ -272,7 +272,7 @@ void TranslationGeometry::CalculateRadial(RadialKind kind, std::int32_t count) {
             radial[1].Set(lane, first * (over - i) * kOrderScale);
         }
     }
-    if (kind == RadialKind::Outgoing) HWY_DYNAMIC_DISPATCH(Recur)(*this, size, radial.data());
+    if (kind == RadialKind::kOutgoing) HWY_DYNAMIC_DISPATCH(Recur)(*this, size, radial.data());
 }
 
 std::vector<std::complex<double>> ScaledBessel(std::complex<double> x, std::int32_t count, double scale) {

@@ -55,7 +55,7 @@ using PackedTable = std::vector<PackedComplex>;
 
 /// Outgoing waves may have any l size and order. For regular ones the recurrence of S loses digits where l
 /// lies far above both L and kR: keep their l size within some ten of kR.
-enum class RadialKind { Outgoing, Regular };
+enum class RadialKind { kOutgoing, kRegular };
 
 /// Where the pairs of a pack stand to each other, and the radial functions f_L(kR). Places not set hold no
 /// wave.

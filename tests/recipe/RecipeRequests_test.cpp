@@ -82,7 +82,7 @@ TEST(RecipeRequests, Cluster) {
     const auto layers = [](const R& r) { return List(r.layers); };
     const auto top = [](const R& r) { return r.top; };
     const auto shape = [](const R& r) {
-        return std::string(r.shape == ClusterShape::Paraboloid ? "bowl" : "half a ball");
+        return std::string(r.shape == ClusterShape::kParaboloid ? "bowl" : "half a ball");
     };
     const auto radius = [](const R& r) { return Text(r.size_angstrom); };
     const auto atoms = [](const R& r) { return Text(r.atoms); };
@@ -206,9 +206,9 @@ TEST(RecipeRequests, Vibrations) {
     using R = VibrationRequest;
     const auto temperature = [](const R& r) { return Text(r.temperature_K); };
     const auto model = [](const R& r) {
-        return std::string(r.model == VibrationModel::Debye      ? "Debye"
-                           : r.model == VibrationModel::Einstein ? "Einstein"
-                                                                 : "as the cluster has it");
+        return std::string(r.model == VibrationModel::kDebye      ? "Debye"
+                           : r.model == VibrationModel::kEinstein ? "Einstein"
+                                                                  : "as the cluster has it");
     };
     const auto debye = [](const R& r) { return Text(r.debyeTemperature_K); };
     ExpectFields<R>("",

@@ -98,7 +98,7 @@ double One(std::int32_t) {
 // A displaced s wave has a closed form; every place of the pack its own displacement.
 TEST_P(Translation, ExpandsSWaves) {
     constexpr double k = 2.3;
-    Pack pack(RadialKind::Outgoing, k);
+    Pack pack(RadialKind::kOutgoing, k);
     for (std::size_t i = 0; i < kDisplacements.size(); ++i)
         pack.Set(i, kDisplacements[i], FullTable(1, static_cast<double>(i)));
     for (const std::int32_t order : {1, 2, 9, 40}) {
@@ -119,7 +119,7 @@ TEST_P(Translation, KeepsTheWaveAtEveryPoint) {
     constexpr double k = 2.0;
     const std::vector<Vector> points = {{0.4, 0.3, -0.2}, {-0.5, 0.1, 0.6}, {0.0, 0.0, 0.7}};
     for (const std::int32_t lSize : {1, 2, 3, 5, 14, 21}) {
-        for (const RadialKind kind : {RadialKind::Outgoing, RadialKind::Regular}) {
+        for (const RadialKind kind : {RadialKind::kOutgoing, RadialKind::kRegular}) {
             Pack pack(kind, k);
             for (std::size_t i = 0; i < kDisplacements.size(); ++i)
                 pack.Set(i, kDisplacements[i], FullTable(lSize, static_cast<double>(i)));
@@ -131,7 +131,7 @@ TEST_P(Translation, KeepsTheWaveAtEveryPoint) {
                     const auto& d = kDisplacements[i];
                     const Complex truth =
                         WaveAt(FullTable(lSize, static_cast<double>(i)), k,
-                               {r[0] - d[0], r[1] - d[1], r[2] - d[2]}, kind == RadialKind::Outgoing);
+                               {r[0] - d[0], r[1] - d[1], r[2] - d[2]}, kind == RadialKind::kOutgoing);
                     EXPECT_LT(std::abs(WaveAt(c, k, r, false) - truth), 1e-11 * std::abs(truth))
                         << "l size " << lSize << ", place " << i;
                 }
@@ -147,7 +147,7 @@ TEST_P(Translation, KeepsAPlaneWave) {
     constexpr std::int32_t lSize = 60;
     const ZfLmComplexTable plane =
         TableAlong(q, lSize, [](std::int32_t l) { return 4.0 * kPi * std::polar(1.0, l * kPi / 2); });
-    Pack pack(RadialKind::Regular, k);
+    Pack pack(RadialKind::kRegular, k);
     for (std::size_t i = 0; i < kDisplacements.size(); ++i) pack.Set(i, kDisplacements[i], plane);
     constexpr std::int32_t order = 12;  // well below the l size: the plane wave has no last l
     pack.Translate(order);
@@ -173,14 +173,14 @@ TEST_P(Translation, ComposesToOne) {
         const ZfLmComplexTable source = FullTable(5, 0.3);
         constexpr std::int32_t order = 20;
         constexpr std::int32_t kept = 4;
-        Pack first(RadialKind::Outgoing, k);
+        Pack first(RadialKind::kOutgoing, k);
         first.Set(0, there, source);
         first.Set(5, both, source);
         first.Translate(order);
-        Pack second(RadialKind::Regular, k);
+        Pack second(RadialKind::kRegular, k);
         second.Set(3, step, first.Result(0, order));
         second.Translate(order);
-        Pack back(RadialKind::Regular, k);
+        Pack back(RadialKind::kRegular, k);
         back.Set(7, {-step[0], -step[1], -step[2]}, second.Result(3, order));
         back.Translate(kept);
         const auto part = [](const ZfLmComplexTable& table) {
@@ -199,7 +199,7 @@ TEST_P(Translation, ReachesTheLargestOrder) {
     constexpr double k = 1.0;
     const Vector d = {3.0, -9.0, 8.0};  // k R = 12.4
     const ZfLmComplexTable source = FullTable(7, 0.1);
-    Pack pack(RadialKind::Outgoing, k);
+    Pack pack(RadialKind::kOutgoing, k);
     pack.Set(2, d, source);
     pack.Translate(kLargestOrder);
     const double r = 0.85 * std::sqrt(9.0 + 81.0 + 64.0);  // on the z axis, where only m = 0 is left

@@ -48,7 +48,7 @@ std::string Title(const ClusterRequest& request, const StructureSummary& summary
     std::string title = request.cell.Formula() + MillerIndices(request.surface) + " ";
     if (!oneElement) title += summary.emitter + " ";
     title += "emitter in layer " + std::to_string(summary.layer) + ", ";
-    title += request.shape == ClusterShape::Hemisphere ? "hemisphere radius " : "paraboloid size ";
+    title += request.shape == ClusterShape::kHemisphere ? "hemisphere radius " : "paraboloid size ";
     title += fmt::format("{:.2f} A", summary.size_angstrom);
     if (summary.domain_deg != 0.0)
         title += fmt::format(", domain turned by {:g} degrees", summary.domain_deg);

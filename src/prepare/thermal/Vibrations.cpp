@@ -59,17 +59,17 @@ void CheckDebyeTemperature(const std::string& element, double temperature_K) {
 
 void CheckVibrations(const VibrationRequest& request) {
     CheckTemperature(request.temperature_K);
-    if (request.model == VibrationModel::Debye) CheckDebyeTemperatures(request);
+    if (request.model == VibrationModel::kDebye) CheckDebyeTemperatures(request);
 }
 
 Fluctuation MakeFluctuation(const VibrationRequest& request, const DebyeTable& table) {
     CheckVibrations(request);
     Fluctuation fluctuation;
     fluctuation.Temperature_K_ = request.temperature_K;
-    fluctuation.IsUseUisoInCluster_ = request.model == VibrationModel::Cluster;
-    fluctuation.IsUseUisoEinsteinModel_ = request.model == VibrationModel::Einstein;
-    fluctuation.IsUseUisoDebyeModel_ = request.model == VibrationModel::Debye;
-    if (request.model == VibrationModel::Debye) AddDebyeTemperatures(fluctuation, request, table);
+    fluctuation.IsUseUisoInCluster_ = request.model == VibrationModel::kCluster;
+    fluctuation.IsUseUisoEinsteinModel_ = request.model == VibrationModel::kEinstein;
+    fluctuation.IsUseUisoDebyeModel_ = request.model == VibrationModel::kDebye;
+    if (request.model == VibrationModel::kDebye) AddDebyeTemperatures(fluctuation, request, table);
     return fluctuation;
 }
 

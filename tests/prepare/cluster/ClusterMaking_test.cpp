@@ -67,8 +67,8 @@ TEST(Cluster, TakesTheNearestWholeShells) {
         std::size_t atoms;
         double size_angstrom;
     };
-    const auto hemisphere = ClusterShape::Hemisphere;
-    const auto paraboloid = ClusterShape::Paraboloid;
+    const auto hemisphere = ClusterShape::kHemisphere;
+    const auto paraboloid = ClusterShape::kParaboloid;
     // 14 and 26 atoms are equally near to 20; the emitter of layer 4 lies outside its hemisphere of 4
     // angstrom.
     const Case cases[] = {
@@ -103,7 +103,7 @@ TEST(Cluster, HasThePointSymmetryOfItsSurface) {
         {GaAs(), {1, 1, 0}, "m"},
         {PresetCell("hcp", {"Co"}, {2.507, 4.069}), {0, 0, 1}, "3m"}};
     for (const auto& [cell, surface, symmetry] : cases)
-        for (const ClusterShape shape : {ClusterShape::Hemisphere, ClusterShape::Paraboloid}) {
+        for (const ClusterShape shape : {ClusterShape::kHemisphere, ClusterShape::kParaboloid}) {
             ClusterRequest request = RequestFor(cell);
             request.surface = surface;
             request.emitter = cell.atoms[0].element;
