@@ -32,6 +32,8 @@ ZfLmComplexTable FullTable(std::int32_t lSize, double start) {
     return table;
 }
 
+enum class RadialKind { kOutgoing, kRegular };
+
 /// One table a place, each with its displacement.
 struct Pack {
     Pack(RadialKind radialKind, Complex waveNumber) : kind(radialKind), k(waveNumber) { geometry.Clear(); }
@@ -43,9 +45,19 @@ struct Pack {
         lSize = std::max(lSize, table.L);
     }
     void Translate(std::int32_t order) {
-        geometry.CalculateRadial(kind, order + lSize - 1);
+        geometry.CalculateRadial(order + lSize - 1);
+        if (kind == RadialKind::kRegular) MakeRegular();
         targets.assign(static_cast<std::size_t>(order) * static_cast<std::size_t>(order), PackedComplex());
         AddTranslated(sources, lSize, geometry, order, targets, scratch);
+    }
+    /// j in place of h1.
+    void MakeRegular() {
+        const auto size = static_cast<std::int32_t>(geometry.radial.size());
+        for (std::size_t lane = 0; lane < kTranslationPack; ++lane) {
+            if (geometry.inverse.Get(lane) == 0.0) continue;
+            const auto j = ScaledBessel(geometry.kR.Get(lane), size, kOrderScale);
+            for (std::size_t l = 0; l < j.size(); ++l) geometry.radial[l].Set(lane, j[l]);
+        }
     }
     ZfLmComplexTable Result(std::size_t lane, std::int32_t order) const {
         ZfLmComplexTable table(order);

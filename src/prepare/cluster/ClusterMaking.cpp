@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "foundation/ZfError.h"
+#include "prepare/cluster/CellCheck.h"
 #include "prepare/cluster/ClusterDisplacements.h"
 #include "prepare/cluster/EmitterSites.h"
 #include "prepare/cluster/SurfaceFrame.h"
