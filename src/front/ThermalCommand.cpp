@@ -33,14 +33,9 @@ struct ThermalOptions {
     std::vector<std::string> elements;
     std::vector<std::string> debye;
     double temperature_K = VibrationRequest().temperature_K;
-    std::string model = "debye";
+    VibrationModel model = VibrationRequest().model;
     std::string output;
 };
-
-VibrationModel ModelOf(const std::string& name) {
-    if (name == "einstein") return VibrationModel::kEinstein;
-    return name == "cluster" ? VibrationModel::kCluster : VibrationModel::kDebye;
-}
 
 void AddElement(std::vector<std::string>& elements, const std::string& element) {
     if (std::find(elements.begin(), elements.end(), element) == elements.end()) elements.push_back(element);
@@ -51,7 +46,7 @@ VibrationRequest RequestOf(const ThermalOptions& options, const Cluster& cluster
     Usage("--temperature", [&] { CheckTemperature(options.temperature_K); });
     VibrationRequest request;
     request.temperature_K = options.temperature_K;
-    request.model = ModelOf(options.model);
+    request.model = options.model;
     request.elements = ElementsOf(cluster);
     for (const std::string& element : options.elements) AddElement(request.elements, element);
     const bool named = !request.elements.empty();
@@ -161,8 +156,8 @@ void AddThermalCommand(CLI::App& program) {
         .add_option("--model", options->model,
                     "Where Uiso comes from: debye (Debye temperature of each element), einstein (one force "
                     "constant, 70 N/m) or cluster (as the cluster file has it)")
-        ->check(OneOf(WordsOf<VibrationModel>()))
-        ->capture_default_str();
+        ->transform(WordOf<VibrationModel>())
+        ->option_text("NAME=" + WordFor(options->model));
     command.add_option("--element", options->elements, "Elements, such as Ga,As")
         ->delimiter(',')
         ->allow_extra_args(false);
