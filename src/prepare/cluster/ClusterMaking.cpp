@@ -119,9 +119,7 @@ void AddStructure(const ClusterRequest& request, const SurfaceFrame& frame, cons
 
 namespace {
 
-constexpr const char* kTakeFewer =
-    "take fewer emitters or domains (in a recipe [cluster] sites, domains; on the command line --site, "
-    "--domains)";
+constexpr const char* kTakeFewer = "take fewer sites of the emitter or fewer domains";
 
 /// A request whose numbers are checked, with what follows from them.
 struct Settled {

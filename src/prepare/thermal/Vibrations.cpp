@@ -17,8 +17,8 @@ double DebyeTemperatureOf(const std::string& element, const VibrationRequest& re
     const auto given = request.debyeTemperature_K.find(element);
     if (given != request.debyeTemperature_K.end()) return given->second;
     if (const auto listed = table.Find(element)) return *listed;
-    throw ZfError(element + " has no Debye temperature in the table: give one, such as --debye " + element +
-                  "=300 (in a recipe debye = { " + element + " = 300 })");
+    throw ZfError(element + " has no Debye temperature in the table: give one as debye, such as " + element +
+                  " = 300");
 }
 
 void CheckDebyeTemperatures(const VibrationRequest& request) {

@@ -153,10 +153,9 @@ TEST(Cluster, FindsTheDifferentSitesOfALargeCell) {
     EXPECT_EQ(ManyStructuresWarning(2), "");
     EXPECT_NE(ManyStructuresWarning(216).find("takes 216 times as long"), std::string::npos);
     request.domains_deg = {0, 60, 120, 180, 240};
-    EXPECT_EQ(
-        ErrorText([&] { CheckClusterRequest(request); }),
-        "216 emitters differ, which makes 1080 structures; more than 1000 are not made: take fewer "
-        "emitters or domains (in a recipe [cluster] sites, domains; on the command line --site, --domains)");
+    EXPECT_EQ(ErrorText([&] { CheckClusterRequest(request); }),
+              "216 emitters differ, which makes 1080 structures; more than 1000 are not made: take fewer "
+              "sites of the emitter or fewer domains");
 }
 
 // A slab cannot be cut at another plane than its own surface.
@@ -207,7 +206,7 @@ TEST(Cluster, SaysWhatCannotBe) {
     };
     using R = ClusterRequest&;
     EXPECT_EQ(failure([](R r) { r.emitter.clear(); }),
-              "The crystal holds Ga, As: say which one emits (--emitter)");
+              "The crystal holds Ga, As: say which one is the emitter");
     EXPECT_EQ(failure([](R r) { r.sites = {9}; }),
               "Emitter site 9 does not exist: the cell has the atoms 1 to 8");
     EXPECT_EQ(failure([](R r) { r.sites = {1}; }), "Emitter site 1 is Ga, not As");

@@ -138,7 +138,7 @@ TEST(CrystalSources, SayWhatIsWrong) {
     EXPECT_EQ(ErrorText([&] { LoadCell(folder.Path("x.cif")); }),
               folder.Path("x.cif") + ": there is no such file");
     EXPECT_EQ(ErrorText([] { PresetCell("zincblende", {"Ga"}, {5.6}); }),
-              "zincblende needs 2 element(s), 1 given: --element");
+              "zincblende needs 2 element(s), 1 given: set element");
 }
 
 }  // namespace

@@ -54,8 +54,7 @@ TEST(DebyeTable, HoldsElementsOnly) {
 TEST(MakeFluctuation, RefusesWhatARunWouldNotTake) {
     EXPECT_EQ(Refusal({.elements = {"Cu"}, .debyeTemperature_K = {{"Cu", 315.0}}}), "no failure");
     EXPECT_EQ(Refusal({.elements = {"F"}}),
-              "F has no Debye temperature in the table: give one, such as --debye F=300 "
-              "(in a recipe debye = { F = 300 })");
+              "F has no Debye temperature in the table: give one as debye, such as F = 300");
     EXPECT_EQ(Refusal({.elements = {"CU"}}),
               "There is no element \"CU\": write symbols as in Cu, case counts");
     EXPECT_EQ(Refusal({.elements = {"Cu"}, .debyeTemperature_K = {{"Si", 645.0}}}),
