@@ -3,6 +3,7 @@
 #include <complex>
 
 #include "scattering/LevelSynthesis.h"
+#include "scattering/WaveTranslation.h"
 
 using namespace qvre;
 
@@ -32,7 +33,7 @@ void Translation(benchmark::State& state) {
         geometry.Set(lane, displacement, kWaveNumber);
     }
     for (auto _ : state) {
-        geometry.CalculateRadial(RadialKind::Outgoing, order + lSize);
+        geometry.CalculateRadial(order + lSize);
         AddTranslated(sources, lSize, geometry, order, targets, scratch);
         benchmark::DoNotOptimize(targets.data());
     }

@@ -9,12 +9,12 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <exception>
 #include <filesystem>
 #include <functional>
 #include <string>
 #include <vector>
 
+#include "ExitStatus.h"
 #include "foundation/Console.h"
 #include "foundation/FileReading.h"
 #include "foundation/ZfError.h"
@@ -97,16 +97,9 @@ void Compare(const std::string& wave, const std::string& fluctuation) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    try {
+    return ExitStatus([&] {
         if (argc != 3) throw ZfError("qvre_program WAVE.xml_sf FLUCTUATION.xml_flu");
         setenv("OMP_NUM_THREADS", "1", 0);
         Compare(argv[1], argv[2]);
-    } catch (const ZfError& error) {
-        std::fprintf(stderr, "%s\n", error.message.c_str());
-        return 1;
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "%s\n", error.what());
-        return 1;
-    }
-    return 0;
+    });
 }

@@ -14,7 +14,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
-#include <exception>
 #include <functional>
 #include <limits>
 #include <map>
@@ -24,6 +23,7 @@
 #include <vector>
 
 #include "Copper.h"
+#include "ExitStatus.h"
 #include "foundation/Console.h"
 #include "foundation/ZfError.h"
 #include "pattern/ZfDocPattern.h"
@@ -211,14 +211,5 @@ void Compare(const Options& options) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    try {
-        Compare(ReadOptions({argv + 1, argv + argc}));
-    } catch (const ZfError& error) {
-        std::fprintf(stderr, "%s\n", error.message.c_str());
-        return 1;
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "%s\n", error.what());
-        return 1;
-    }
-    return 0;
+    return ExitStatus([&] { Compare(ReadOptions({argv + 1, argv + argc})); });
 }

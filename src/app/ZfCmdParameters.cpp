@@ -1,5 +1,7 @@
 #include "app/ZfCmdParameters.h"
 
+#include <algorithm>
+#include <array>
 #include <fstream>
 #include <string_view>
 
@@ -13,18 +15,16 @@ using namespace qvre;
 
 namespace {
 
-// A map that is added to those words must not become a word of this command line.
-static_assert(kWords<SphereMap>.size() == 2);
+// The methods and maps of this command line, whatever others the words may come to name.
+constexpr std::array kMethods = {kSingle, kSlowMulti, kMulti};
+constexpr std::array kMaps = {SphereMap::kAzimuthalEquidistant, SphereMap::kEquidistantCylindrical};
 
-std::int32_t MethodCode(std::string_view name) {
-    const auto method = ValueOfWord<ScatteringMethod>(name);
-    if (method && *method != kFull) return *method;
-    throw ZfError("Multiple scattering calculation method is not correct.");
-}
-
-std::int32_t MappingMethod(std::string_view name) {
-    if (const auto map = ValueOfWord<SphereMap>(name)) return static_cast<std::int32_t>(*map);
-    throw ZfError("Mapping method is not correct.");
+/// The code of a word whose value is among `values`.
+template <class Enumeration, std::size_t Size>
+std::int32_t CodeOf(std::string_view word, const std::array<Enumeration, Size>& values, const char* failure) {
+    const auto value = ValueOfWord<Enumeration>(word);
+    if (!value || std::find(values.begin(), values.end(), *value) == values.end()) throw ZfError(failure);
+    return static_cast<std::int32_t>(*value);
 }
 
 double Metres(std::string_view angstrom) {
@@ -62,9 +62,10 @@ void TakeOption(ZfCmdParameters& p, std::string_view option, const std::string& 
     } else if (option == "-LL") {
         p.clusterLowerLimit = Metres(value);
     } else if (option == "-MS") {
-        p.scatteringMethod = MethodCode(value);
+        p.scatteringMethod =
+            CodeOf(value, kMethods, "Multiple scattering calculation method is not correct.");
     } else if (option == "-M") {
-        p.mappingMethod = MappingMethod(value);
+        p.mappingMethod = CodeOf(value, kMaps, "Mapping method is not correct.");
     } else if (option == "-MFPE") {
         p.meanFreePath = Metres(value);
         p.mfpByEmitterDistance = true;

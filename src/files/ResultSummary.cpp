@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <limits>
 #include <map>
@@ -47,9 +46,7 @@ std::string RecordText(const ZfScatteringRecord& record) {
 }
 
 std::string MethodText(std::int32_t method) {
-    constexpr std::array<const char*, 4> kNames = {"SINGLE", "SLOWMULTI", "MULTI", "FULL"};
-    if (method >= 0 && method < 4) return kNames[static_cast<std::size_t>(method)];
-    return std::to_string(method);
+    return WordFor(static_cast<ScatteringMethod>(method), std::to_string(method));
 }
 
 std::string ValuesText(const float* begin, std::int64_t count) {

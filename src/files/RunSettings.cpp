@@ -36,21 +36,6 @@ std::vector<double> Sorted(const std::set<double>& values) {
     return {values.begin(), values.end()};
 }
 
-std::string MethodName(std::int32_t method) {
-    switch (method) {
-        case kSingle:
-            return "SINGLE";
-        case kSlowMulti:
-            return "SLOWMULTI";
-        case kMulti:
-            return "MULTI";
-        case kFull:
-            return "FULL";
-        default:
-            return "unknown";
-    }
-}
-
 void AddScatteredWave(RunSettings& settings, const std::string& path) {
     ZfScatteringData data;
     LoadScatteredWaveRecords(data, path);
@@ -177,7 +162,7 @@ void AddWaveSettings(RunSettings& settings, const ZfScatteringData& data) {
         atoms.push_back(static_cast<double>(record.ListScatterer.electrons.size()));
         largestL = std::max<double>(largestL, record.ListScatterer.LargestL());
     }
-    settings.push_back({"method", MethodName(data.Version), ""});
+    settings.push_back({"method", WordFor(static_cast<ScatteringMethod>(data.Version), "unknown"), ""});
     settings.push_back({"EPS", std::vector{data.EPS}, ""});
     settings.push_back({"passes", std::vector{static_cast<double>(data.MultiScattering)}, ""});
     settings.push_back({"records", std::vector{static_cast<double>(data.ListScatteringData.size())}, ""});

@@ -1,8 +1,6 @@
 #pragma once
 
-#include <algorithm>
 #include <array>
-#include <iterator>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -38,12 +36,12 @@ std::optional<Enumeration> ValueOfWord(std::string_view name) {
     return std::nullopt;
 }
 
-/// The value has a word.
+/// The word of a value; `otherwise` for one without, which a file may hold.
 template <class Enumeration>
-std::string WordFor(Enumeration value) {
-    const auto found = std::find_if(std::begin(kWords<Enumeration>), std::end(kWords<Enumeration>),
-                                    [value](const Word<Enumeration>& word) { return word.value == value; });
-    return std::string(found->name);
+std::string WordFor(Enumeration value, const std::string& otherwise = "") {
+    for (const Word<Enumeration>& word : kWords<Enumeration>)
+        if (word.value == value) return std::string(word.name);
+    return otherwise;
 }
 
 }  // namespace qvre

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdio>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -40,7 +41,7 @@ struct EmitOptions {
     std::string photon;
     std::vector<double> polarisation;
     std::vector<double> unpolarisedAlong;
-    std::string circular;
+    std::optional<Handedness> circular;
     std::vector<double> along;
     double weight = EmissionRequest().weight;
     std::string output;
@@ -53,7 +54,7 @@ std::array<double, 3> DirectionOf(const std::vector<double>& d) {
 std::vector<LightVector> LightOf(const EmitOptions& options) {
     if (!options.polarisation.empty()) return LinearLight(DirectionOf(options.polarisation));
     if (!options.unpolarisedAlong.empty()) return UnpolarisedLight(DirectionOf(options.unpolarisedAlong));
-    return CircularLight(DirectionOf(options.along), options.circular == "left");
+    return CircularLight(DirectionOf(options.along), *options.circular);
 }
 
 /// Below the Fermi level; of a free atom below the vacuum, calculated.
@@ -153,7 +154,7 @@ void Run(const EmitOptions& options) {
         return RunIsotropic(options);
     }
     Need(!options.level.empty(), "--level or --isotropic");
-    Need(!options.polarisation.empty() || !options.unpolarisedAlong.empty() || !options.circular.empty(),
+    Need(!options.polarisation.empty() || !options.unpolarisedAlong.empty() || options.circular.has_value(),
          "--polarisation, --unpolarised-along or --circular");
     Need(!options.clusterFile.empty() || !options.element.empty(), "A cluster, or --element");
     Need(!options.clusterFile.empty() || !options.surroundingsFile.empty() || options.freeAtom,
@@ -203,7 +204,7 @@ void AddLightOptions(CLI::App& command, EmitOptions& options) {
         "Circular light, left (helicity +1, anticlockwise for who looks into the light) or right");
     CLI::Option* along =
         AddDirection(command, "--along", options.along, "Direction x,y,z in which circular light travels");
-    circular->check(OneOf({"left", "right"}))->needs(along);
+    circular->transform(WordOf<Handedness>())->option_text("NAME")->needs(along);
     along->needs(circular);
     linear->excludes(unpolarised)->excludes(circular);
     unpolarised->excludes(circular);

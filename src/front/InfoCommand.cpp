@@ -29,13 +29,8 @@ constexpr const char* kExample =
 
 struct InfoOptions {
     std::vector<std::string> paths;
-    std::string method = "MULTI";
+    ScatteringMethod method = InputSet().method;
 };
-
-ScatteringMethod MethodOf(const std::string& name) {
-    if (name == "SINGLE") return kSingle;
-    return name == "SLOWMULTI" ? kSlowMulti : kMulti;
-}
 
 /// The input files of a folder under the names that a run takes by default.
 std::vector<std::string> InputsOf(const std::string& folder) {
@@ -112,7 +107,7 @@ void CheckSet(const std::vector<AnyFile>& files, ScatteringMethod method) {
 void Run(const InfoOptions& options) {
     const std::vector<AnyFile> files = LoadAll(options.paths);
     for (const AnyFile& file : files) std::fputs(FileSummary(file).c_str(), stdout);
-    CheckSet(files, MethodOf(options.method));
+    CheckSet(files, options.method);
 }
 
 }  // namespace
@@ -127,10 +122,11 @@ void AddInfoCommand(CLI::App& program) {
             "Files of any kind: .xml_cl, .xyz, .xml_emt, .xml_ph, .xml_flu, .xml_sf, .xml_img; or a folder")
         ->required();
     command
-        .add_option("--method", options->method,
-                    "Method of the run that the input is checked for: SINGLE, SLOWMULTI or MULTI")
-        ->check(OneOf({"SINGLE", "SLOWMULTI", "MULTI"}))
-        ->capture_default_str();
+        .add_option(
+            "--method", options->method,
+            "Method of the run that the input is checked for: " + Alternatives(WordsOf<ScatteringMethod>()))
+        ->transform(WordOf<ScatteringMethod>())
+        ->option_text("NAME=" + WordFor(options->method));
     command.footer(kExample);
     command.callback([options] { Run(*options); });
 }

@@ -33,14 +33,9 @@ struct ThermalOptions {
     std::vector<std::string> elements;
     std::vector<std::string> debye;
     double temperature_K = VibrationRequest().temperature_K;
-    std::string model = "debye";
+    VibrationModel model = VibrationRequest().model;
     std::string output;
 };
-
-VibrationModel ModelOf(const std::string& name) {
-    if (name == "einstein") return VibrationModel::Einstein;
-    return name == "cluster" ? VibrationModel::Cluster : VibrationModel::Debye;
-}
 
 void AddElement(std::vector<std::string>& elements, const std::string& element) {
     if (std::find(elements.begin(), elements.end(), element) == elements.end()) elements.push_back(element);
@@ -51,7 +46,7 @@ VibrationRequest RequestOf(const ThermalOptions& options, const Cluster& cluster
     Usage("--temperature", [&] { CheckTemperature(options.temperature_K); });
     VibrationRequest request;
     request.temperature_K = options.temperature_K;
-    request.model = ModelOf(options.model);
+    request.model = options.model;
     request.elements = ElementsOf(cluster);
     for (const std::string& element : options.elements) AddElement(request.elements, element);
     const bool named = !request.elements.empty();
@@ -59,9 +54,9 @@ VibrationRequest RequestOf(const ThermalOptions& options, const Cluster& cluster
         request.debyeTemperature_K[element] = temperature_K;
         if (!named) AddElement(request.elements, element);
     }
-    if (request.model != VibrationModel::Debye && !options.debye.empty())
+    if (request.model != VibrationModel::kDebye && !options.debye.empty())
         throw CLI::ValidationError("--debye", "only the model debye takes Debye temperatures");
-    if (request.model == VibrationModel::Debye && request.elements.empty())
+    if (request.model == VibrationModel::kDebye && request.elements.empty())
         throw CLI::RequiredError("A cluster, --element or --debye");
     return request;
 }
@@ -94,17 +89,17 @@ std::string ResultText(const Fluctuation& fluctuation, const VibrationRequest& r
     for (std::size_t i = 0; i < request.elements.size(); ++i) {
         const std::string& element = request.elements[i];
         text += "  " + element + "   Uiso ";
-        if (request.model == VibrationModel::Cluster)
+        if (request.model == VibrationModel::kCluster)
             text += ClusterText(cluster, element);
         else
             text += DoubleToText(ModelUiso(fluctuation, weights, element) * 1e20) + " angstrom^2";
-        if (request.model == VibrationModel::Debye) text += DebyeText(fluctuation, request, i);
+        if (request.model == VibrationModel::kDebye) text += DebyeText(fluctuation, request, i);
         text += "\n";
     }
-    if (request.elements.empty() && request.model == VibrationModel::Einstein)
+    if (request.elements.empty() && request.model == VibrationModel::kEinstein)
         text = "  all elements   Uiso " + DoubleToText(ModelUiso(fluctuation, weights, "H") * 1e20) +
                " angstrom^2\n";
-    if (request.elements.empty() && request.model == VibrationModel::Cluster)
+    if (request.elements.empty() && request.model == VibrationModel::kCluster)
         text = "  all elements   Uiso as the atoms of the cluster have it\n";
     return text;
 }
@@ -142,7 +137,7 @@ void Run(const ThermalOptions& options) {
                 result.c_str());
     if (request.elements.size() > 1 && request.debyeTemperature_K.size() < fluctuation.DebyeElement_.size())
         std::printf("  note: the table is of pure elements; a compound has its own: give it with --debye\n");
-    if (cluster.structures.empty() && request.model == VibrationModel::Debye)
+    if (cluster.structures.empty() && request.model == VibrationModel::kDebye)
         PrintFindings(fluctuation, ClusterOf(request.elements), weights);
     else if (!cluster.structures.empty())
         PrintFindings(fluctuation, cluster, weights);
@@ -161,8 +156,8 @@ void AddThermalCommand(CLI::App& program) {
         .add_option("--model", options->model,
                     "Where Uiso comes from: debye (Debye temperature of each element), einstein (one force "
                     "constant, 70 N/m) or cluster (as the cluster file has it)")
-        ->check(OneOf(WordsOf<VibrationModel>()))
-        ->capture_default_str();
+        ->transform(WordOf<VibrationModel>())
+        ->option_text("NAME=" + WordFor(options->model));
     command.add_option("--element", options->elements, "Elements, such as Ga,As")
         ->delimiter(',')
         ->allow_extra_args(false);

@@ -84,17 +84,7 @@ void TurnToAxis(const Part& part, const PackedComplex* sources, const PairSettin
     const std::size_t orders = std::min(n, setting.targetLSize);
     const std::size_t stride = Stride(setting);
     for (std::size_t l = 0; l < n; ++l) {
-        const PackedComplex* const a = sources + l * (l + 1);
-        for (std::size_t m = 0; m <= l; ++m) {
-            const VC phase = part.Load(w.alpha[m]);
-            const VC plus = Mul(part.Load(a[m]), phase);
-            const VC minus = m == 0 ? part.Zero() : MulConj(part.Load(*(a - m)), phase);
-            part.Store(Add(plus, minus), w.u[m].plus);
-            part.Store(Sub(plus, minus), w.u[m].minus);
-        }
-        Turn(part, l, l + 1, w.u.data(), [&](std::size_t mu, VC e, VC o) HWY_ATTR {
-            StorePhased<true>(part, l, e, o, part.Load(w.beta[mu]), w.v[mu]);
-        });
+        TurnOnce(part, l, sources + l * (l + 1), w.alpha.data(), w.beta.data(), w.u.data(), w.v.data());
         Turn(part, l, l + 1, w.v.data(), [&](std::size_t m, VC e, VC o) HWY_ATTR {
             if (m >= orders) return;
             // w_m +- w_-m with w_m = (-1)^m (E - O), w_-m = (-1)^(l+m) (E + O). Of the signs, (-1)^l is that
@@ -267,21 +257,8 @@ void TurnFromAxis(const Part& part, const PairSetting& setting, const MirrorSums
                   PackedComplex* targets, PairScratch& w) {
     const std::size_t orders = std::min(setting.sourceLSize, setting.targetLSize);
     for (std::size_t l = 0; l < setting.targetLSize; ++l) {
-        Turn(part, l, std::min(orders, l + 1), moved + l * Stride(setting),
-             [&](std::size_t mu, VC e, VC o)
-                 HWY_ATTR { StorePhased<false>(part, l, e, o, part.Load(w.beta[mu]), w.v[mu]); });
-        PackedComplex* const c = targets + l * (l + 1);
-        Turn(part, l, l + 1, w.v.data(), [&](std::size_t m, VC e, VC o) HWY_ATTR {
-            const VC phase = part.Load(w.alpha[m]);
-            const VC plus = MulConj(Sub(e, o), phase);
-            const VC at = part.Load(c[m]);
-            part.Store(m % 2 == 0 ? Add(at, plus) : Sub(at, plus), c[m]);
-            if (m == 0) return;
-            const VC minus = Mul(Add(e, o), phase);
-            PackedComplex& mirror = *(c - m);
-            const VC atMirror = part.Load(mirror);
-            part.Store((l + m) % 2 == 0 ? Add(atMirror, minus) : Sub(atMirror, minus), mirror);
-        });
+        AddTurnedBack(part, l, std::min(orders, l + 1), moved + l * Stride(setting), w.alpha.data(),
+                      w.beta.data(), w.v.data(), targets + l * (l + 1));
     }
 }
 

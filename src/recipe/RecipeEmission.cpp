@@ -48,8 +48,8 @@ std::vector<LightVector> ReadLight(RecipeTable& section) {
     if (isCircular != along.has_value()) section.Fail("circular", "circular and along belong together");
     if (unpolarised) return section.Made("unpolarised-along", [&] { return UnpolarisedLight(*unpolarised); });
     if (isCircular) {
-        const bool isLeft = section.OneOf("circular", {"left", "right"}) == "left";
-        return section.Made("along", [&] { return CircularLight(*along, isLeft); });
+        const Handedness handedness = section.Word("circular", Handedness::kLeft);
+        return section.Made("along", [&] { return CircularLight(*along, handedness); });
     }
     const std::array<double, 3> normal = {0.0, 0.0, 1.0};
     return section.Made("polarisation", [&] { return LinearLight(linear.value_or(normal)); });

@@ -157,11 +157,10 @@ void Planner::ReadGeneral(const RecipeCase& one) {
 /// A section or a scan without a measurement does less than its writer may expect.
 std::string Planner::NothingCompared(bool hasSettings) const {
     if (hasSettings)
-        return "note: [compare] names no measured pattern (nor does --compare): nothing is compared";
+        return "note: [compare] names no measured pattern, nor does the command: nothing is compared";
     if (!plan_.scannedName.empty())
         return "note: a scan without a measured pattern tells no reliability factors: give [compare] "
-               "measured, "
-               "or --compare";
+               "measured, or the command a file to compare with";
     return {};
 }
 

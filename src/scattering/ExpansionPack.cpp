@@ -179,7 +179,7 @@ void ExpansionPack::Add(const Row& row, ExpansionScratch& scratch) {
     }
     if (lSize == 0) return;
 
-    scratch.geometry.CalculateRadial(RadialKind::Outgoing, kUsualOrder + lSize);
+    scratch.geometry.CalculateRadial(kUsualOrder + lSize);
     std::int32_t order = 0;
     for (std::size_t lane = 0; lane < kTranslationPack; ++lane) {
         if (!taken[lane]) continue;
@@ -187,7 +187,7 @@ void ExpansionPack::Add(const Row& row, ExpansionScratch& scratch) {
         std::int32_t needed = OrderOf(lane, source, scratch);
         const std::int32_t largest = LargestOrderFor(source.A.L);
         if (needed == 0 && std::ssize(scratch.geometry.radial) < largest + lSize && largest > kUsualOrder) {
-            scratch.geometry.CalculateRadial(RadialKind::Outgoing, largest + lSize);
+            scratch.geometry.CalculateRadial(largest + lSize);
             needed = OrderOf(lane, source, scratch);
         }
         if (needed == 0) {

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "scattering/ExpansionTables.h"
-#include "scattering/WaveTranslation.h"
+#include "scattering/PackedTable.h"
 
 // The integrals of the levels of an expansion, without samples. The quadrature over the sphere is linear in
 // the wave, and a wave of outside sources is on every sphere psi = sum of c(L,M) j_L(kr) Y_LM. With

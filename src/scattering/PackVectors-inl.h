@@ -8,8 +8,8 @@
 #define QVRE_PACKVECTORS_INL_H
 #endif
 
+#include "scattering/PackedTable.h"
 #include "scattering/VectorMath-inl.h"
-#include "scattering/WaveTranslation.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace qvre::HWY_NAMESPACE {

@@ -203,11 +203,11 @@ void ZfScatteringData::PlanStructure(Cluster& cluster, const std::vector<Emitted
                            : SourcesOfAll(Version, record, phaseShifts));
     settings_.tolerance = EPS;
     settings_.nearTie = nearTie;
-    structure_ =
-        std::make_shared<StructureScattering>(std::move(records), std::move(seen), phaseShifts,
-                                              Version == kSlowMulti ? StructureScattering::Order::Successive
-                                                                    : StructureScattering::Order::Independent,
-                                              settings_);
+    structure_ = std::make_shared<StructureScattering>(std::move(records), std::move(seen), phaseShifts,
+                                                       Version == kSlowMulti
+                                                           ? StructureScattering::Order::kSuccessive
+                                                           : StructureScattering::Order::kIndependent,
+                                                       settings_);
 }
 
 void ZfScatteringData::CalculateSingle(ZfScatteringRecord& record, const ZfPhaseShiftDocument& phaseShifts,

@@ -67,7 +67,7 @@ StructureScattering::StructureScattering(std::vector<ZfScatteringRecord> records
     for (ZfScatteringRecord& record : records_)
         record.NextListScatterer.electrons.front() = record.ListScatterer.electrons.front();
     settings_.scratch.resize(static_cast<std::size_t>(omp_get_max_threads()));
-    if (order_ == Order::Independent)
+    if (order_ == Order::kIndependent)
         PlanIndependent();
     else
         PlanSuccessive();
@@ -134,7 +134,7 @@ const ScatteredWave* StructureScattering::Wave(std::size_t record, std::size_t a
 }
 
 bool StructureScattering::Advance() {
-    return order_ == Order::Independent ? AdvanceIndependent() : AdvanceSuccessive();
+    return order_ == Order::kIndependent ? AdvanceIndependent() : AdvanceSuccessive();
 }
 
 /// work(i, scratch) for all i below `count`; false if one has thrown. Its atoms are then left without a wave,

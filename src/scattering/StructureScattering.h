@@ -47,8 +47,8 @@ using SeenSources = std::vector<std::int32_t>;
 class StructureScattering {
 public:
     enum class Order {
-        Independent,  ///< an atom waits for the sources that it sees
-        Successive    ///< an atom sees all before it: its sources are added as they get ready
+        kIndependent,  ///< an atom waits for the sources that it sees
+        kSuccessive    ///< an atom sees all before it: its sources are added as they get ready
     };
 
     /// `records` as they stand before the pass, one an emitted wave, of the same atoms; `seen` by wave and

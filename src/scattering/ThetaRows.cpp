@@ -6,7 +6,7 @@
 #include <mutex>
 
 #include "foundation/Constants.h"
-#include "scattering/WaveTranslation.h"
+#include "scattering/PackedTable.h"
 
 namespace qvre {
 

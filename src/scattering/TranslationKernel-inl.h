@@ -104,6 +104,43 @@ HWY_INLINE void StorePhased(const Part& part, std::size_t l, VC e, VC o, VC phas
     part.Store(l % 2 == 0 ? b : a, out.minus);
 }
 
+/// The first half of a rotation: mirror sums `u` of the elements a[-l] .. a[l] of one degree, each times
+/// e^(i m alpha'), and `v`, what a quarter turn and the phases of beta make of them.
+HWY_INLINE void TurnOnce(const Part& part, std::size_t l, const PackedComplex* a, const PackedComplex* alpha,
+                         const PackedComplex* beta, MirrorSums* HWY_RESTRICT u, MirrorSums* HWY_RESTRICT v) {
+    for (std::size_t m = 0; m <= l; ++m) {
+        const VC phase = part.Load(alpha[m]);
+        const VC plus = Mul(part.Load(a[m]), phase);
+        const VC minus = m == 0 ? part.Zero() : MulConj(part.Load(*(a - m)), phase);
+        part.Store(Add(plus, minus), u[m].plus);
+        part.Store(Sub(plus, minus), u[m].minus);
+    }
+    Turn(part, l, l + 1, u, [&](std::size_t mu, VC e, VC o) HWY_ATTR {
+        StorePhased<true>(part, l, e, o, part.Load(beta[mu]), v[mu]);
+    });
+}
+
+/// The way back: turns `moved`, the mirror sums of one degree around the target for m < count, and adds its
+/// elements to c[-l] .. c[l]. `v` is scratch.
+HWY_INLINE void AddTurnedBack(const Part& part, std::size_t l, std::size_t count,
+                              const MirrorSums* HWY_RESTRICT moved, const PackedComplex* alpha,
+                              const PackedComplex* beta, MirrorSums* HWY_RESTRICT v, PackedComplex* c) {
+    Turn(part, l, count, moved, [&](std::size_t mu, VC e, VC o) HWY_ATTR {
+        StorePhased<false>(part, l, e, o, part.Load(beta[mu]), v[mu]);
+    });
+    Turn(part, l, l + 1, v, [&](std::size_t m, VC e, VC o) HWY_ATTR {
+        const VC phase = part.Load(alpha[m]);
+        const VC plus = MulConj(Sub(e, o), phase);
+        const VC at = part.Load(c[m]);
+        part.Store(m % 2 == 0 ? Add(at, plus) : Sub(at, plus), c[m]);
+        if (m == 0) return;
+        const VC minus = Mul(Add(e, o), phase);
+        PackedComplex& mirror = *(c - m);
+        const VC atMirror = part.Load(mirror);
+        part.Store((l + m) % 2 == 0 ? Add(atMirror, minus) : Sub(atMirror, minus), mirror);
+    });
+}
+
 }  // namespace qvre::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <mutex>
 
-#include "scattering/WaveTranslation.h"
+#include "scattering/PackedTable.h"
 
 namespace qvre {
 

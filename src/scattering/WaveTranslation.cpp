@@ -33,17 +33,8 @@ void FillPhases(const Part& part, const TranslationGeometry& geometry, std::size
 void TurnSources(const Part& part, const PackedTable& sources, std::size_t n, TranslationScratch& w) {
     const V two = hn::Set(part.d, 2.0);
     for (std::size_t l = 0; l < n; ++l) {
-        const PackedComplex* const a = sources.data() + l * (l + 1);
-        for (std::size_t m = 0; m <= l; ++m) {
-            const VC phase = part.Load(w.alpha[m]);
-            const VC plus = Mul(part.Load(a[m]), phase);
-            const VC minus = m == 0 ? part.Zero() : MulConj(part.Load(*(a - m)), phase);
-            part.Store(Add(plus, minus), w.u[m].plus);
-            part.Store(Sub(plus, minus), w.u[m].minus);
-        }
-        Turn(part, l, l + 1, w.u.data(), [&](std::size_t mu, VC e, VC o) HWY_ATTR {
-            StorePhased<true>(part, l, e, o, part.Load(w.beta[mu]), w.v[mu]);
-        });
+        TurnOnce(part, l, sources.data() + l * (l + 1), w.alpha.data(), w.beta.data(), w.u.data(),
+                 w.v.data());
         Turn(part, l, l + 1, w.v.data(), [&](std::size_t m, VC e, VC o) HWY_ATTR {
             // w_m +- w_-m with w_m = (-1)^m (E - O), w_-m = (-1)^(l+m) (E + O)
             const V factor = m == 0 ? hn::Set(part.d, 1.0) : two;
@@ -165,21 +156,8 @@ void MoveOrder(const Part& part, std::size_t m, std::size_t n, std::size_t order
 void TurnBack(const Part& part, std::size_t n, std::size_t order, PackedTable& targets,
               TranslationScratch& w) {
     for (std::size_t l = 0; l < order; ++l) {
-        Turn(part, l, std::min(n, l + 1), w.moved.data() + l * w.movedStride,
-             [&](std::size_t mu, VC e, VC o)
-                 HWY_ATTR { StorePhased<false>(part, l, e, o, part.Load(w.beta[mu]), w.v[mu]); });
-        PackedComplex* const c = targets.data() + l * (l + 1);
-        Turn(part, l, l + 1, w.v.data(), [&](std::size_t m, VC e, VC o) HWY_ATTR {
-            const VC phase = part.Load(w.alpha[m]);
-            const VC plus = MulConj(Sub(e, o), phase);
-            const VC at = part.Load(c[m]);
-            part.Store(m % 2 == 0 ? Add(at, plus) : Sub(at, plus), c[m]);
-            if (m == 0) return;
-            const VC minus = Mul(Add(e, o), phase);
-            PackedComplex& mirror = *(c - m);
-            const VC atMirror = part.Load(mirror);
-            part.Store((l + m) % 2 == 0 ? Add(atMirror, minus) : Sub(atMirror, minus), mirror);
-        });
+        AddTurnedBack(part, l, std::min(n, l + 1), w.moved.data() + l * w.movedStride, w.alpha.data(),
+                      w.beta.data(), w.v.data(), targets.data() + l * (l + 1));
     }
 }
 
@@ -256,23 +234,18 @@ void TranslationGeometry::Remove(std::size_t lane) {
     for (PackedComplex& f : radial) f.Set(lane, 0.0);
 }
 
-void TranslationGeometry::CalculateRadial(RadialKind kind, std::int32_t count) {
+void TranslationGeometry::CalculateRadial(std::int32_t count) {
     const auto size = static_cast<std::size_t>(std::max(count, 2));
     radial.assign(size, PackedComplex());
     for (std::size_t lane = 0; lane < kTranslationPack; ++lane) {
         const std::complex<double> over = inverse.Get(lane);
         if (over == 0.0) continue;
-        if (kind == RadialKind::Regular) {
-            const auto j = ScaledBessel(kR.Get(lane), static_cast<std::int32_t>(size), kOrderScale);
-            for (std::size_t l = 0; l < size; ++l) radial[l].Set(lane, j[l]);
-        } else {
-            const std::complex<double> i(0.0, 1.0);
-            const std::complex<double> first = -i * std::exp(i * kR.Get(lane)) * over;
-            radial[0].Set(lane, first);
-            radial[1].Set(lane, first * (over - i) * kOrderScale);
-        }
+        const std::complex<double> i(0.0, 1.0);
+        const std::complex<double> first = -i * std::exp(i * kR.Get(lane)) * over;
+        radial[0].Set(lane, first);
+        radial[1].Set(lane, first * (over - i) * kOrderScale);
     }
-    if (kind == RadialKind::Outgoing) HWY_DYNAMIC_DISPATCH(Recur)(*this, size, radial.data());
+    HWY_DYNAMIC_DISPATCH(Recur)(*this, size, radial.data());
 }
 
 std::vector<std::complex<double>> ScaledBessel(std::complex<double> x, std::int32_t count, double scale) {

@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "scattering/PackedTable.h"
+
 // Translation of spherical waves. With d the displacement from the target to the source, R = |d|, a wave
 // around the source is a regular one around the target,
 //
@@ -27,36 +29,6 @@
 
 namespace qvre {
 
-/// Pairs of a pack.
-constexpr std::size_t kTranslationPack = 8;
-
-/// Largest order of a target's table, and largest l size of a source's.
-constexpr std::int32_t kLargestOrder = 288;
-constexpr std::int32_t kLargestTranslatedL = 100;
-
-/// Radial functions and tables of a target hold their order L times kOrderScale^L: so they stay in the range
-/// of doubles. A power of 2, so that no digit is lost.
-constexpr double kOrderScale = 0.125;
-
-/// A complex number of each pair of a pack.
-struct alignas(64) PackedComplex {
-    double re[kTranslationPack]{};
-    double im[kTranslationPack]{};
-
-    void Set(std::size_t lane, std::complex<double> value) {
-        re[lane] = value.real();
-        im[lane] = value.imag();
-    }
-    std::complex<double> Get(std::size_t lane) const { return {re[lane], im[lane]}; }
-};
-
-/// A table over (l, m) of each pair, element (l, m) at l (l + 1) + m.
-using PackedTable = std::vector<PackedComplex>;
-
-/// Outgoing waves may have any l size and order. For regular ones the recurrence of S loses digits where l
-/// lies far above both L and kR: keep their l size within some ten of kR.
-enum class RadialKind { Outgoing, Regular };
-
 /// Where the pairs of a pack stand to each other, and the radial functions f_L(kR). Places not set hold no
 /// wave.
 struct TranslationGeometry {
@@ -64,22 +36,16 @@ struct TranslationGeometry {
     /// Displacement in metres from the target to the source, not zero; k in 1/m.
     void Set(std::size_t lane, const double* displacement, std::complex<double> k);
     void Remove(std::size_t lane);
-    /// f_L(kR) kOrderScale^L for L = 0 .. count - 1: h1 by its upward recurrence, j by the downward one
-    /// (Miller; DLMF 3.6(iii)).
-    void CalculateRadial(RadialKind kind, std::int32_t count);
+    /// The radial functions of outgoing waves for L = 0 .. count - 1, by their upward recurrence. Such waves
+    /// may have any l size and order; with j in place of h1, for regular ones, the recurrence of S loses
+    /// digits where l lies far above both L and kR.
+    void CalculateRadial(std::int32_t count);
 
     PackedComplex kR;
-    PackedComplex inverse;  ///< 1 / kR; 0: a place not set
-    PackedComplex alpha;    ///< e^(i alpha')
-    PackedComplex beta;     ///< e^(i beta)
-    std::vector<PackedComplex> radial;
-};
-
-/// The two combinations of the elements at m and -m that the parities of a quarter turn ask for: u_m + u_-m
-/// and u_m - u_-m; u_0 at m = 0.
-struct MirrorSums {
-    PackedComplex plus;
-    PackedComplex minus;
+    PackedComplex inverse;              ///< 1 / kR; 0: a place not set
+    PackedComplex alpha;                ///< e^(i alpha')
+    PackedComplex beta;                 ///< e^(i beta)
+    std::vector<PackedComplex> radial;  ///< f_L(kR) kOrderScale^L
 };
 
 /// Scratch of AddTranslated: one a thread, kept between calls.
@@ -111,7 +77,7 @@ void MoveWaves(const PackedTable& sources, std::int32_t lSize, const Translation
                std::int32_t order, TranslationScratch& scratch);
 void AddMoved(std::int32_t order, PackedTable& targets, TranslationScratch& scratch);
 
-/// j_l(x) scale^l for l = 0 .. count - 1.
+/// j_l(x) scale^l for l = 0 .. count - 1, by the downward recurrence (Miller; DLMF 3.6(iii)).
 std::vector<std::complex<double>> ScaledBessel(std::complex<double> x, std::int32_t count, double scale);
 
 }  // namespace qvre

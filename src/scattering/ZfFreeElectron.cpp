@@ -24,7 +24,7 @@ std::complex<double> UnitPhase(double angle) {
     return {std::cos(angle), std::sin(angle)};
 }
 
-enum class Kind { Outgoing, Incoming };
+enum class Kind { kOutgoing, kIncoming };
 
 /// Sum of C(l,m) Y(l,m) h_l over one table; coefficients that are exactly zero cost nothing.
 std::complex<double> SumOf(const ZfLmComplexTable& c, const ZfLmComplexTable& y,
@@ -33,7 +33,7 @@ std::complex<double> SumOf(const ZfLmComplexTable& c, const ZfLmComplexTable& y,
     if (c.block.empty()) return sum;
     std::size_t i = 0;
     for (std::int32_t l = 0; l < c.L; ++l) {
-        const std::complex<double> h(bessel.J(l), kind == Kind::Outgoing ? bessel.Y(l) : -bessel.Y(l));
+        const std::complex<double> h(bessel.J(l), kind == Kind::kOutgoing ? bessel.Y(l) : -bessel.Y(l));
         for (std::int32_t m = -l; m <= l; ++m, ++i) {
             if (c.block[i].real() == 0.0 && c.block[i].imag() == 0.0) continue;
             sum += Product(Product(c.block[i], y.block[i]), h);
@@ -100,7 +100,7 @@ void ZfFreeElectron::EvaluateAtPoint(std::complex<double>& result, double r, dou
     if (A.L == B.L)
         result = SumOfBoth(A, B, y, bessel);
     else
-        result = SumOf(B, y, bessel, Kind::Incoming) + SumOf(A, y, bessel, Kind::Outgoing);
+        result = SumOf(B, y, bessel, Kind::kIncoming) + SumOf(A, y, bessel, Kind::kOutgoing);
 }
 
 void ZfFreeElectron::ValueCartesian(std::complex<double>& result, double x, double y, double z) const {

@@ -38,8 +38,9 @@ TEST(ZfCmdParameters, ValuesOfOptions) {
     EXPECT_DOUBLE_EQ(p.meanFreePath, 5e-10);
     EXPECT_TRUE(p.mfpByEmitterDistance && p.mfpByDepth);  // an earlier flag stays
     EXPECT_EQ(ErrorText([] { Parse({"cmd_qvre", "-H", "-M"}); }), "Mapping method is not correct.");
-    EXPECT_EQ(ErrorText([] {
-                  Parse({"", "-MS", "multi"});
-              }),
-              "Multiple scattering calculation method is not correct.");
+    for (const char* method : {"multi", "FULL"})  // the latter belongs to the other program
+        EXPECT_EQ(ErrorText([method] {
+                      Parse({"", "-MS", method});
+                  }),
+                  "Multiple scattering calculation method is not correct.");
 }

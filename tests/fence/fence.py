@@ -2,9 +2,10 @@
 """Holds the includes to the link lists.
 
 A room is a folder with a CMake library. Its files include only from the rooms that the library links to, directly or
-through what these link to publicly; no room links to a program's room, and no chain of links returns to where it began.
-The sources of tests, benchmarks and fuzzers keep to their link lists too, but share headers among themselves. Prints
-what runs against this, a line each, and ends with 1.
+through what these link to publicly; no room links to a program's room. No chain of links returns to where it began, nor
+does one of includes, a header and the source of its name taken as one. The sources of tests, benchmarks and fuzzers
+keep to their link lists too, but share headers among themselves. Prints what runs against this, a line each, and ends
+with 1.
 
 Usage: fence.py ROOT       ROOT: the folder that holds src/, tests/ and bench/
 """
@@ -125,6 +126,20 @@ def resolve(root, here, header):
     return None
 
 
+def units(root):
+    """What each unit of src/ includes, a unit being a header with the source of its name."""
+    graph = {}
+    for folder, _, files in os.walk(os.path.join(root, "src")):
+        here = os.path.relpath(folder, root)
+        for file in sorted(name for name in files if name.endswith((".h", ".cpp"))):
+            unit = os.path.splitext(f"{here}/{file}")[0]
+            paths = [resolve(root, here, header)
+                     for _, quoted, header in includes(os.path.join(folder, file)) if quoted]
+            graph.setdefault(unit, set()).update(os.path.splitext(path)[0] for path in paths if path)
+            graph[unit].discard(unit)
+    return graph
+
+
 def faults(root):
     targets = read_targets(root)
     folders = {}
@@ -140,6 +155,8 @@ def faults(root):
     for cycle in cycles({name: [link for link in [*t.public, *t.private] if link in targets]
                          for name, t in targets.items()}):
         yield f"links in a circle: {cycle}"
+    for cycle in cycles(units(root)):
+        yield f"includes in a circle: {cycle}"
 
     for tree in TREES:
         endings = (".h", ".cpp") if tree == "src" else (".cpp",)

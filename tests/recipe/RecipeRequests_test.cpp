@@ -98,7 +98,7 @@ TEST(RecipeRequests, Cluster) {
                       {"sites", List(r.sites)},
                       {"layers", List(r.layers)},
                       {"top", r.top},
-                      {"bowl", YesNo(r.shape == ClusterShape::Paraboloid)},
+                      {"bowl", YesNo(r.shape == ClusterShape::kParaboloid)},
                       {"radius", Text(r.size_angstrom)},
                       {"atoms", Text(r.atoms)},
                       {"debye", Text(r.debye_K)},
@@ -186,8 +186,8 @@ TEST(RecipeRequests, Vibrations) {
     const auto read = [](const RecipeTable& section) {
         const VibrationRequest r = ReadVibrationRequest(section, kCopper);
         return Fields{{"temperature", Text(r.temperature_K)},
-                      {"Debye", YesNo(r.model == VibrationModel::Debye)},
-                      {"Einstein", YesNo(r.model == VibrationModel::Einstein)},
+                      {"Debye", YesNo(r.model == VibrationModel::kDebye)},
+                      {"Einstein", YesNo(r.model == VibrationModel::kEinstein)},
                       {"debye", Text(r.debyeTemperature_K)}};
     };
     ExpectFields(read, "", "Debye yes; Einstein no; debye ; temperature 300; ",

@@ -106,7 +106,7 @@ TEST(LevelSynthesis, GivesTheIntegralOfEveryLevel) {
     scratch.geometry.Clear();
     scratch.geometry.Set(3, list.electrons[0].position.Data(), list.electrons[0].k);
     constexpr std::int32_t order = 90;
-    scratch.geometry.CalculateRadial(RadialKind::Outgoing, order + 5);
+    scratch.geometry.CalculateRadial(order + 5);
     PackedTable source(25);
     for (std::size_t i = 0; i < source.size(); ++i) source[i].Set(3, list.electrons[0].A.block[i]);
     PackedTable waves(order * order);

@@ -23,6 +23,8 @@ const std::vector<Vector> kDisplacements = {{3.1, -2.2, 4.0},  {-2.0, 5.0, -1.0}
                                             {0.0, 0.0, -4.0},  {6.0, 0.0, 0.0},   {0.0, -5.5, 0.0},
                                             {-0.05, 0.0, 5.1}, {1.0, 1.5, -12.0}};
 
+enum class RadialKind { kOutgoing, kRegular };
+
 /// One table a place, each with its displacement.
 struct Pack {
     Pack(RadialKind radialKind, Complex waveNumber) : kind(radialKind), k(waveNumber) { geometry.Clear(); }
@@ -34,9 +36,19 @@ struct Pack {
         lSize = std::max(lSize, table.L);
     }
     void Translate(std::int32_t order) {
-        geometry.CalculateRadial(kind, order + lSize - 1);
+        geometry.CalculateRadial(order + lSize - 1);
+        if (kind == RadialKind::kRegular) MakeRegular();
         targets.assign(static_cast<std::size_t>(order) * static_cast<std::size_t>(order), PackedComplex());
         AddTranslated(sources, lSize, geometry, order, targets, scratch);
+    }
+    /// j in place of h1.
+    void MakeRegular() {
+        const auto size = static_cast<std::int32_t>(geometry.radial.size());
+        for (std::size_t lane = 0; lane < kTranslationPack; ++lane) {
+            if (geometry.inverse.Get(lane) == 0.0) continue;
+            const auto j = ScaledBessel(geometry.kR.Get(lane), size, kOrderScale);
+            for (std::size_t l = 0; l < j.size(); ++l) geometry.radial[l].Set(lane, j[l]);
+        }
     }
     ZfLmComplexTable Result(std::size_t lane, std::int32_t order) const {
         ZfLmComplexTable table(order);
@@ -85,7 +97,7 @@ TEST_P(Translation, KeepsTheWaveAtEveryPoint) {
     constexpr double k = 2.0;
     const std::vector<Vector> points = {{0.4, 0.3, -0.2}, {-0.5, 0.1, 0.6}, {0.0, 0.0, 0.7}};
     for (const std::int32_t lSize : {1, 2, 3, 5, 14, 21}) {
-        for (const RadialKind kind : {RadialKind::Outgoing, RadialKind::Regular}) {
+        for (const RadialKind kind : {RadialKind::kOutgoing, RadialKind::kRegular}) {
             Pack pack(kind, k);
             for (std::size_t i = 0; i < kDisplacements.size(); ++i)
                 pack.Set(i, kDisplacements[i], FullTable(lSize, static_cast<double>(i)));
@@ -97,7 +109,7 @@ TEST_P(Translation, KeepsTheWaveAtEveryPoint) {
                     const auto& d = kDisplacements[i];
                     const Complex truth =
                         WaveAt(FullTable(lSize, static_cast<double>(i)), k,
-                               {r[0] - d[0], r[1] - d[1], r[2] - d[2]}, kind == RadialKind::Outgoing);
+                               {r[0] - d[0], r[1] - d[1], r[2] - d[2]}, kind == RadialKind::kOutgoing);
                     EXPECT_LT(std::abs(WaveAt(c, k, r, false) - truth), 1e-11 * std::abs(truth))
                         << "l size " << lSize << ", place " << i;
                 }
@@ -115,14 +127,14 @@ TEST_P(Translation, ComposesToOne) {
         const ZfLmComplexTable source = FullTable(5, 0.3);
         constexpr std::int32_t order = 20;
         constexpr std::int32_t kept = 4;
-        Pack first(RadialKind::Outgoing, k);
+        Pack first(RadialKind::kOutgoing, k);
         first.Set(0, there, source);
         first.Set(5, both, source);
         first.Translate(order);
-        Pack second(RadialKind::Regular, k);
+        Pack second(RadialKind::kRegular, k);
         second.Set(3, step, first.Result(0, order));
         second.Translate(order);
-        Pack back(RadialKind::Regular, k);
+        Pack back(RadialKind::kRegular, k);
         back.Set(7, {-step[0], -step[1], -step[2]}, second.Result(3, order));
         back.Translate(kept);
         const auto part = [](const ZfLmComplexTable& table) {
@@ -141,7 +153,7 @@ TEST_P(Translation, ReachesTheLargestOrder) {
     constexpr double k = 1.0;
     const Vector d = {3.0, -9.0, 8.0};  // k R = 12.4
     const ZfLmComplexTable source = FullTable(7, 0.1);
-    Pack pack(RadialKind::Outgoing, k);
+    Pack pack(RadialKind::kOutgoing, k);
     pack.Set(2, d, source);
     pack.Translate(kLargestOrder);
     const double r = 0.85 * std::sqrt(9.0 + 81.0 + 64.0);  // on the z axis, where only m = 0 is left

@@ -169,13 +169,14 @@ void CheckSpheres(const PhaseShiftRecord& record, const PhaseShiftRecord& neighb
         return;
     const double ratio = (own + other) / distance_angstrom;
     if (ratio >= kGap && ratio <= kOverlap) return;
-    findings.push_back(
-        {Severity::kWarning,
-         NameOf(record) + " tell the radius " + DoubleToText(own) + " angstrom; with " + DoubleToText(other) +
-             " angstrom of the nearest neighbour, " + DoubleToText(distance_angstrom) +
-             " angstrom away, the spheres " + (ratio > kOverlap ? "overlap" : "leave a wide gap"),
-         "make phase shifts with touching spheres: in a recipe [phases] " +
-             TouchingRadii(record, neighbour, distance_angstrom) + ", on the command line --radius"});
+    findings.push_back({Severity::kWarning,
+                        NameOf(record) + " tell the radius " + DoubleToText(own) + " angstrom; with " +
+                            DoubleToText(other) + " angstrom of the nearest neighbour, " +
+                            DoubleToText(distance_angstrom) + " angstrom away, the spheres " +
+                            (ratio > kOverlap ? "overlap" : "leave a wide gap"),
+                        "make phase shifts with touching spheres: in a recipe [phases] " +
+                            TouchingRadii(record, neighbour, distance_angstrom) +
+                            ", on the command line the option of that name"});
 }
 
 void CheckSampling(const PhaseShiftRecord& record, double nearest_angstrom, InputFindings& findings) {

@@ -24,12 +24,12 @@ double Clean(double length) {
 }
 
 double SizeOf(ClusterShape shape, const gemmi::Vec3& position, double top) {
-    if (shape == ClusterShape::Paraboloid) return position.length() + (top - position.z);
+    if (shape == ClusterShape::kParaboloid) return position.length() + (top - position.z);
     return (position - gemmi::Vec3(0.0, 0.0, top)).length();
 }
 
 double VolumeOf(ClusterShape shape, double size, double top) {
-    if (shape == ClusterShape::Hemisphere) return 2.0 / 3.0 * gemmi::pi() * size * size * size;
+    if (shape == ClusterShape::kHemisphere) return 2.0 / 3.0 * gemmi::pi() * size * size * size;
     return size > top ? gemmi::pi() / 4.0 * (size * size - top * top) * (size + top) : 0.0;
 }
 
@@ -43,7 +43,7 @@ void AddSite(const HalfCrystal& half, ClusterShape shape, double size, std::size
     const CrystalCell& cell = *half.cell;
     const gemmi::Mat33 reciprocal = cell.Reciprocal();
     const gemmi::Vec3 emitter = cell.Position(cell.atoms[half.emitter]);
-    const bool aroundSurface = shape == ClusterShape::Hemisphere;
+    const bool aroundSurface = shape == ClusterShape::kHemisphere;
     const gemmi::Vec3 centre = emitter + half.rotation.row_copy(2) * (aroundSurface ? half.bounds.top : 0.0);
     const CellBox box(reciprocal, reciprocal.multiply(centre) - cell.atoms[site].fractional, size);
     for (int i = box.first[0]; i <= box.last[0]; ++i)

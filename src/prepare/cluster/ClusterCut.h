@@ -11,11 +11,11 @@
 
 namespace qvre {
 
-enum class ClusterShape : std::uint8_t { Hemisphere, Paraboloid };
+enum class ClusterShape : std::uint8_t { kHemisphere, kParaboloid };
 
 template <>
 inline constexpr auto kWords<ClusterShape> = std::to_array<Word<ClusterShape>>(
-    {{"hemisphere", ClusterShape::Hemisphere}, {"paraboloid", ClusterShape::Paraboloid}});
+    {{"hemisphere", ClusterShape::kHemisphere}, {"paraboloid", ClusterShape::kParaboloid}});
 
 /// A crystal with a surface around one emitter.
 struct HalfCrystal {

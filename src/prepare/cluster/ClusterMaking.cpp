@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "foundation/ZfError.h"
+#include "prepare/cluster/CellCheck.h"
 #include "prepare/cluster/ClusterDisplacements.h"
 #include "prepare/cluster/EmitterSites.h"
 #include "prepare/cluster/SurfaceFrame.h"
@@ -48,7 +49,7 @@ std::string Title(const ClusterRequest& request, const StructureSummary& summary
     std::string title = request.cell.Formula() + MillerIndices(request.surface) + " ";
     if (!oneElement) title += summary.emitter + " ";
     title += "emitter in layer " + std::to_string(summary.layer) + ", ";
-    title += request.shape == ClusterShape::Hemisphere ? "hemisphere radius " : "paraboloid size ";
+    title += request.shape == ClusterShape::kHemisphere ? "hemisphere radius " : "paraboloid size ";
     title += fmt::format("{:.2f} A", summary.size_angstrom);
     if (summary.domain_deg != 0.0)
         title += fmt::format(", domain turned by {:g} degrees", summary.domain_deg);
@@ -118,9 +119,7 @@ void AddStructure(const ClusterRequest& request, const SurfaceFrame& frame, cons
 
 namespace {
 
-constexpr const char* kTakeFewer =
-    "take fewer emitters or domains (in a recipe [cluster] sites, domains; on the command line --site, "
-    "--domains)";
+constexpr const char* kTakeFewer = "take fewer sites of the emitter or fewer domains";
 
 /// A request whose numbers are checked, with what follows from them.
 struct Settled {

@@ -23,7 +23,7 @@ struct ClusterRequest {
     std::vector<int> layers = {3};  ///< from 1 at the surface, counted over all atomic planes
     std::string top;                ///< element of the surface plane; emitters below another one are left out
 
-    ClusterShape shape = ClusterShape::Hemisphere;
+    ClusterShape shape = ClusterShape::kHemisphere;
     double size_angstrom = 0.0;  ///< radius, or path length of a paraboloid; 0: by number of atoms
     int atoms = 200;             ///< wanted; the nearest whole shell decides
 

@@ -4,6 +4,7 @@
 
 #include "foundation/FileReading.h"
 #include "foundation/ZfError.h"
+#include "prepare/cluster/CellCheck.h"
 
 namespace qvre {
 

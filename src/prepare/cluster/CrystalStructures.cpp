@@ -74,10 +74,10 @@ void CheckParameters(const StructureType& type, std::size_t elements, const std:
     const std::size_t lengths = type.hexagonal ? 2 : 1;
     if (elements != type.elements)
         throw ZfError(std::string(type.name) + " needs " + std::to_string(type.elements) + " element(s), " +
-                      std::to_string(elements) + " given: --element");
+                      std::to_string(elements) + " given: set element");
     if (lattice.empty() || lattice.size() > lengths)
         throw ZfError(std::string(type.name) + " needs the lattice constant a" +
-                      (type.hexagonal ? " and may have c" : "") + " in angstrom: --lattice");
+                      (type.hexagonal ? " and may have c" : "") + " in angstrom: set lattice");
     for (const double length : lattice)
         if (!(length > 0.0 && std::isfinite(length)))
             throw ZfError("A lattice constant has to be above 0 angstrom");
@@ -123,8 +123,7 @@ CrystalCell PresetCell(const std::string& name, const std::vector<std::string>& 
     const auto ready = table.crystals.find(name);
     if (ready != table.crystals.end()) {
         if (!elements.empty() || !lattice.empty())
-            throw ZfError(name +
-                          " has its element and lattice constant; --element and --lattice belong to a " +
+            throw ZfError(name + " has its element and lattice constant; element and lattice belong to a " +
                           "structure type such as fcc");
         return CellOfCrystal(ready->second);
     }

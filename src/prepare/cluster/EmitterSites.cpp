@@ -107,7 +107,7 @@ std::string EmitterElement(const ClusterRequest& request) {
     const std::vector<std::string> elements = request.cell.Elements();
     if (request.emitter.empty()) {
         if (elements.size() == 1) return elements[0];
-        throw ZfError("The crystal holds " + Joined(elements) + ": say which one emits (--emitter)");
+        throw ZfError("The crystal holds " + Joined(elements) + ": say which one is the emitter");
     }
     if (!Holds(elements, request.emitter))
         throw ZfError("No " + request.emitter + " to emit: the crystal holds " + Joined(elements));

@@ -67,10 +67,10 @@ std::vector<LightVector> UnpolarisedLight(const Direction& travel) {
     return {Combine(e1, half, e2, 0.0), Combine(e1, 0.0, e2, half)};
 }
 
-std::vector<LightVector> CircularLight(const Direction& travel, bool left) {
+std::vector<LightVector> CircularLight(const Direction& travel, Handedness handedness) {
     const auto [e1, e2] = Transverse(Unit(travel));
     const double half = std::sqrt(0.5);
-    return {Combine(e1, half, e2, {0.0, left ? half : -half})};
+    return {Combine(e1, half, e2, {0.0, handedness == Handedness::kLeft ? half : -half})};
 }
 
 double DipoleChannels::Beta() const {

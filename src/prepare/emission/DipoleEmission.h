@@ -2,8 +2,10 @@
 
 #include <array>
 #include <complex>
+#include <cstdint>
 #include <vector>
 
+#include "foundation/Words.h"
 #include "input/LmTable.h"
 
 namespace qvre {
@@ -12,6 +14,14 @@ namespace qvre {
 /// intensity.
 using LightVector = std::array<std::complex<double>, 3>;
 
+/// How circular light turns. Left: anticlockwise for an observer towards whom it travels, of positive
+/// helicity (M. Born, E. Wolf, Principles of Optics).
+enum class Handedness : std::uint8_t { kLeft, kRight };
+
+template <>
+inline constexpr auto kWords<Handedness> = std::to_array<Word<Handedness>>({{"left", Handedness::kLeft},
+                                                                            {"right", Handedness::kRight}});
+
 // Parts of light of unit intensity. Directions have any length but 0, otherwise these throw ZfError.
 
 /// Linear, along a direction.
@@ -19,11 +29,9 @@ std::vector<LightVector> LinearLight(const std::array<double, 3>& along);
 /// Unpolarised, travelling along a direction: two perpendicular linear parts of half the intensity each.
 /// Light along z has the parts x and y.
 std::vector<LightVector> UnpolarisedLight(const std::array<double, 3>& travel);
-/// Circular, travelling along a direction: (e1 + i e2)/sqrt(2) with e1, e2 and the direction right-handed has
-/// positive helicity and is left circular, the opposite right circular (M. Born, E. Wolf, Principles of
-/// Optics: seen by an observer towards whom the light travels, the field of left circular light turns
-/// anticlockwise).
-std::vector<LightVector> CircularLight(const std::array<double, 3>& travel, bool left);
+/// Circular, travelling along a direction: with e1, e2 and the direction right-handed, (e1 + i e2)/sqrt(2) is
+/// left and (e1 - i e2)/sqrt(2) right.
+std::vector<LightVector> CircularLight(const std::array<double, 3>& travel, Handedness handedness);
 
 /// Radial integrals and phases of the two partial waves l0 - 1 and l0 + 1 into which a dipole lifts a level
 /// of l0; for l0 = 0 the lower one has no part.

@@ -49,11 +49,9 @@ double OrbitalBinding(const ScreenedAtom& atom, const CoreLevel& level) {
 
 double MeasuredBinding(const BindingEnergies& table, const ScreenedAtom& atom, const CoreLevel& level) {
     if (const auto energy = table.Find(atom.symbol, level)) return *energy;
-    throw ZfError(
-        "The table has no binding energy of " + atom.symbol + " " + level.Name() +
-        ": give the measured one, in a recipe as binding, on the command line with --binding (the calculated "
-        "orbital lies at " +
-        DoubleToText(std::round(OrbitalBinding(atom, level))) + " eV)");
+    throw ZfError("The table has no binding energy of " + atom.symbol + " " + level.Name() +
+                  ": give the measured one as binding (the calculated orbital lies at " +
+                  DoubleToText(std::round(OrbitalBinding(atom, level))) + " eV)");
 }
 
 }  // namespace qvre

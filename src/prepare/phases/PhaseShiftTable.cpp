@@ -83,7 +83,7 @@ void CheckCount(double energies, double told) {
         throw ZfError("it is cut short: it has " + whole(energies) + " of " + whole(told) + " energies");
     if (energies > 2.0 * told)
         throw ZfError("its first line tells " + whole(told) + " energies and it has " + whole(energies) +
-                      ": is it a table of blocks (--format blocks)?");
+                      ": is it a table of blocks (format blocks)?");
 }
 
 PhaseShiftTable FixedFieldTable(const std::vector<std::string>& text, const PhaseTableChoice& choice) {

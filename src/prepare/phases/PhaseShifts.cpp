@@ -188,7 +188,7 @@ double CrystalZero(const PhaseShiftRequest& request, const std::vector<MuffinTin
         throw ZfError(
             "The muffin-tin zero is open: no atom of the cluster has neighbours all around it. Take a larger "
             "cluster or, for a single layer of atoms, give the zero: in a recipe [phases] zero, on the "
-            "command line --zero");
+            "command line the option of that name");
     return MuffinTinZero(sites, request.exchange, energy_eV / kHartree_eV);
 }
 

@@ -9,6 +9,7 @@
 #include "foundation/Constants.h"
 #include "foundation/Vec3.h"
 #include "foundation/ZfError.h"
+#include "prepare/cluster/CellCheck.h"
 #include "prepare/phases/PhaseShiftFile.h"
 #include "prepare/phases/VoronoiCell.h"
 

@@ -17,8 +17,8 @@ double DebyeTemperatureOf(const std::string& element, const VibrationRequest& re
     const auto given = request.debyeTemperature_K.find(element);
     if (given != request.debyeTemperature_K.end()) return given->second;
     if (const auto listed = table.Find(element)) return *listed;
-    throw ZfError(element + " has no Debye temperature in the table: give one, such as --debye " + element +
-                  "=300 (in a recipe debye = { " + element + " = 300 })");
+    throw ZfError(element + " has no Debye temperature in the table: give one as debye, such as " + element +
+                  " = 300");
 }
 
 void CheckDebyeTemperatures(const VibrationRequest& request) {
@@ -59,17 +59,17 @@ void CheckDebyeTemperature(const std::string& element, double temperature_K) {
 
 void CheckVibrations(const VibrationRequest& request) {
     CheckTemperature(request.temperature_K);
-    if (request.model == VibrationModel::Debye) CheckDebyeTemperatures(request);
+    if (request.model == VibrationModel::kDebye) CheckDebyeTemperatures(request);
 }
 
 Fluctuation MakeFluctuation(const VibrationRequest& request, const DebyeTable& table) {
     CheckVibrations(request);
     Fluctuation fluctuation;
     fluctuation.Temperature_K_ = request.temperature_K;
-    fluctuation.IsUseUisoInCluster_ = request.model == VibrationModel::Cluster;
-    fluctuation.IsUseUisoEinsteinModel_ = request.model == VibrationModel::Einstein;
-    fluctuation.IsUseUisoDebyeModel_ = request.model == VibrationModel::Debye;
-    if (request.model == VibrationModel::Debye) AddDebyeTemperatures(fluctuation, request, table);
+    fluctuation.IsUseUisoInCluster_ = request.model == VibrationModel::kCluster;
+    fluctuation.IsUseUisoEinsteinModel_ = request.model == VibrationModel::kEinstein;
+    fluctuation.IsUseUisoDebyeModel_ = request.model == VibrationModel::kDebye;
+    if (request.model == VibrationModel::kDebye) AddDebyeTemperatures(fluctuation, request, table);
     return fluctuation;
 }
 

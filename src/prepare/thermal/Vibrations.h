@@ -12,17 +12,17 @@
 
 namespace qvre {
 
-enum class VibrationModel { Debye, Einstein, Cluster };
+enum class VibrationModel { kDebye, kEinstein, kCluster };
 
 template <>
 inline constexpr auto kWords<VibrationModel> =
-    std::to_array<Word<VibrationModel>>({{"debye", VibrationModel::Debye},
-                                         {"einstein", VibrationModel::Einstein},
-                                         {"cluster", VibrationModel::Cluster}});
+    std::to_array<Word<VibrationModel>>({{"debye", VibrationModel::kDebye},
+                                         {"einstein", VibrationModel::kEinstein},
+                                         {"cluster", VibrationModel::kCluster}});
 
 struct VibrationRequest {
     double temperature_K = 300.0;
-    VibrationModel model = VibrationModel::Debye;
+    VibrationModel model = VibrationModel::kDebye;
     std::vector<std::string> elements{};                 ///< symbols, in the order of the document
     std::map<std::string, double> debyeTemperature_K{};  ///< those given; the others come from the table
 };

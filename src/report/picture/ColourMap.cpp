@@ -33,10 +33,6 @@ double Gamma(double linear) {
     return v <= 0.0031308 ? 12.92 * v : 1.055 * std::pow(v, 1 / 2.4) - 0.055;
 }
 
-double Linear(double value) {
-    return value <= 0.04045 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
-}
-
 /// The cube root of CIELAB with its straight piece near 0, inverted.
 double LabInverse(double f) {
     return f > 6.0 / 29 ? f * f * f : 3 * (6.0 / 29) * (6.0 / 29) * (f - 4.0 / 29);
@@ -78,12 +74,6 @@ Colour ColourAt(ColourMap map, double fraction) {
     if (map == ColourMap::kDiverging) return DivergingAt(inside);
     if (map == ColourMap::kGrey) return FromLab(100 * inside, 0.0, 0.0);
     return ViridisAt(inside);
-}
-
-double Lightness(const Colour& colour) {
-    const double y =
-        0.2126729 * Linear(colour.red) + 0.7151522 * Linear(colour.green) + 0.0721750 * Linear(colour.blue);
-    return y > 216.0 / 24389 ? 116 * std::cbrt(y) - 16 : y * 24389.0 / 27;
 }
 
 }  // namespace qvre

@@ -29,7 +29,4 @@ inline constexpr auto kWords<ColourMap> = std::to_array<Word<ColourMap>>(
 /// polar form of CIELAB.
 Colour ColourAt(ColourMap map, double fraction);
 
-/// CIE lightness L* of a colour, 0 to 100.
-double Lightness(const Colour& colour);
-
 }  // namespace qvre

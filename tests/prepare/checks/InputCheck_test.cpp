@@ -277,7 +277,7 @@ TEST(InputCheck, TellsTheRadiiOfTouchingSpheres) {
         return findings.empty() ? "" : findings[0].remedy;
     };
     const std::string before = "make phase shifts with touching spheres: in a recipe [phases] radius = { ";
-    const std::string behind = " }, on the command line --radius";
+    const std::string behind = " }, on the command line the option of that name";
     EXPECT_EQ(remedy(1.2, 1.2478), "");
     EXPECT_EQ(remedy(1.2, 1.6), before + "As = 0.847" + behind);
     EXPECT_EQ(remedy(1.6, 1.2), before + "Ga = 0.847" + behind);

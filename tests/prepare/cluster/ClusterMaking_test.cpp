@@ -54,8 +54,8 @@ TEST(Cluster, HasTheShellsOfItsCrystal) {
 }
 
 TEST(Cluster, TakesTheNearestWholeShells) {
-    constexpr auto hemisphere = ClusterShape::Hemisphere;
-    constexpr auto paraboloid = ClusterShape::Paraboloid;
+    constexpr auto hemisphere = ClusterShape::kHemisphere;
+    constexpr auto paraboloid = ClusterShape::kParaboloid;
     // 14 and 26 atoms are equally near to 20; the emitter of layer 4 lies outside its hemisphere of 4
     // angstrom.
     const std::tuple<const char*, int, ClusterShape, int, std::size_t, double> cases[] = {
@@ -90,7 +90,7 @@ TEST(Cluster, HasThePointSymmetryOfItsSurface) {
         {GaAs(), {1, 1, 0}, "m"},
         {PresetCell("hcp", {"Co"}, {2.507, 4.069}), {0, 0, 1}, "3m"}};
     for (const auto& [cell, surface, symmetry] : cases)
-        for (const ClusterShape shape : {ClusterShape::Hemisphere, ClusterShape::Paraboloid}) {
+        for (const ClusterShape shape : {ClusterShape::kHemisphere, ClusterShape::kParaboloid}) {
             ClusterRequest request = RequestFor(cell);
             request.surface = surface;
             request.emitter = cell.atoms[0].element;
@@ -140,10 +140,9 @@ TEST(Cluster, FindsTheDifferentSitesOfALargeCell) {
     EXPECT_EQ(ManyStructuresWarning(2), "");
     EXPECT_NE(ManyStructuresWarning(216).find("takes 216 times as long"), std::string::npos);
     request.domains_deg = {0, 60, 120, 180, 240};
-    EXPECT_EQ(
-        ErrorText([&] { CheckClusterRequest(request); }),
-        "216 emitters differ, which makes 1080 structures; more than 1000 are not made: take fewer "
-        "emitters or domains (in a recipe [cluster] sites, domains; on the command line --site, --domains)");
+    EXPECT_EQ(ErrorText([&] { CheckClusterRequest(request); }),
+              "216 emitters differ, which makes 1080 structures; more than 1000 are not made: take fewer "
+              "sites of the emitter or fewer domains");
 }
 
 // A slab cannot be cut at another plane than its own surface.

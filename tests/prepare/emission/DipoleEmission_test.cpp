@@ -52,8 +52,10 @@ TEST(DipoleEmission, AngularDistributionOfAClosedShell) {
             const double ray = 1.0 - 0.5 * beta * P2(seen, kAxis);
             EXPECT_NEAR(Intensity(channels, LinearLight(kAxis), seen), linear, kRounding) << l0;
             EXPECT_NEAR(Intensity(channels, UnpolarisedLight(kAxis), seen), ray, kRounding) << l0;
-            EXPECT_NEAR(Intensity(channels, CircularLight(kAxis, true), seen), ray, kRounding) << l0;
-            EXPECT_NEAR(Intensity(channels, CircularLight(kAxis, false), seen), ray, kRounding) << l0;
+            EXPECT_NEAR(Intensity(channels, CircularLight(kAxis, Handedness::kLeft), seen), ray, kRounding)
+                << l0;
+            EXPECT_NEAR(Intensity(channels, CircularLight(kAxis, Handedness::kRight), seen), ray, kRounding)
+                << l0;
         }
     }
 }
@@ -61,10 +63,10 @@ TEST(DipoleEmission, AngularDistributionOfAClosedShell) {
 // Left circular light brings one unit of angular momentum along its way, right circular light takes it.
 TEST(DipoleEmission, HandednessOfCircularLight) {
     const DipoleChannels s{0, {0.0, 1.0}, {0.0, 0.0}};
-    for (const bool left : {true, false})
+    for (const Handedness handedness : {Handedness::kLeft, Handedness::kRight})
         for (const double z : {1.0, -1.0}) {
-            const ZfLmComplexTable wave = DipoleWave(s, CircularLight({0.0, 0.0, z}, left)[0], 0);
-            const int m = left == (z > 0.0) ? 1 : -1;
+            const ZfLmComplexTable wave = DipoleWave(s, CircularLight({0.0, 0.0, z}, handedness)[0], 0);
+            const int m = (handedness == Handedness::kLeft) == (z > 0.0) ? 1 : -1;
             EXPECT_NEAR(std::abs(wave.At(1, m)), std::sqrt(1.0 / 3.0), kRounding);
             EXPECT_NEAR(std::abs(wave.At(1, -m)), 0.0, kRounding);
         }
@@ -74,5 +76,5 @@ TEST(DipoleEmission, RefusesLightWithoutDirection) {
     const std::string text = "The light needs a direction other than 0,0,0";
     EXPECT_EQ(ErrorText([] { LinearLight({0.0, 0.0, 0.0}); }), text);
     EXPECT_EQ(ErrorText([] { UnpolarisedLight({0.0, std::nan(""), 1.0}); }), text);
-    EXPECT_EQ(ErrorText([] { CircularLight({0.0, HUGE_VAL, 1.0}, true); }), text);
+    EXPECT_EQ(ErrorText([] { CircularLight({0.0, HUGE_VAL, 1.0}, Handedness::kLeft); }), text);
 }

@@ -88,7 +88,7 @@ TEST_F(PhaseShiftTables, SaysWhatIsWrong) {
         {"5 1\n 1.0\n 0.1 0.2\n 1.1\n 0.1 0.2\n", {}, "it is cut short: it has 2 of 5 energies"},
         {"1 -10.0\n 1.0\n 0.1 0.2\n 1.1\n 0.1 0.2\n 1.2\n 0.1 0.2\n",
          {},
-         "its first line tells 1 energies and it has 3: is it a table of blocks (--format blocks)?"},
+         "its first line tells 1 energies and it has 3: is it a table of blocks (format blocks)?"},
         {"energy,d0\n1,2\n", csv, "its title line has to name the columns Ek_eV, d0, d1, ..."},
         {"Ek_eV,d0\n1,2\n1,2\n", csv, "the energies do not rise"},
         {"Ek_eV,d0\n1\n", csv, "line 2: it has 1 fields and the title line 2"}};

@@ -213,6 +213,18 @@ TEST(AxisTicks, NiceNumbers) {
     EXPECT_EQ(StepTicks({-90.0, 90.0}, 30.0).labels.size(), 7U);
 }
 
+/// Of a channel of sRGB.
+double Linear(double value) {
+    return value <= 0.04045 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
+}
+
+/// CIE lightness L* of a colour, 0 to 100.
+double Lightness(const Colour& colour) {
+    const double y =
+        0.2126729 * Linear(colour.red) + 0.7151522 * Linear(colour.green) + 0.0721750 * Linear(colour.blue);
+    return y > 216.0 / 24389 ? 116 * std::cbrt(y) - 16 : y * 24389.0 / 27;
+}
+
 TEST(ColourMap, LightnessIsUniform) {
     const double span =
         Lightness(ColourAt(ColourMap::kViridis, 1.0)) - Lightness(ColourAt(ColourMap::kViridis, 0.0));
