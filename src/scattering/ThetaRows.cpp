@@ -101,12 +101,11 @@ ThetaRows MakeThetaRows(std::int32_t block, std::int32_t orders) {
     result.values.resize(count);
     ForColumns(block, orders, [&](std::int32_t M, std::size_t row, const std::vector<double>& column) {
         const std::size_t tile = row / kRowTile;
-        double* const even = result.values.data() + result.TileBegin(M, tile);
-        double* const odd = even + result.OddBegin(M);
-        for (std::size_t i = 0; i < column.size(); ++i) {
-            (i % 2 == 0 ? even : odd)[i / 2 * kRowTile + row % kRowTile] = column[i];
-            if (std::abs(column[i]) > kNegligible) result.limit[tile] = M + 1;
-        }
+        double* out = result.values.data() + result.TileBegin(M, tile) + row % kRowTile;
+        for (const std::size_t first : {0U, 1U})
+            for (std::size_t i = first; i < column.size(); i += 2, out += kRowTile) *out = column[i];
+        const auto counts = [](double factor) { return std::abs(factor) > kNegligible; };
+        if (std::any_of(column.begin(), column.end(), counts)) result.limit[tile] = M + 1;
     });
     return result;
 }
