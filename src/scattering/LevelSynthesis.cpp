@@ -307,6 +307,8 @@ bool LevelSynthesis::Serves(std::int32_t level) const {
     return level <= 14 || (level <= kLastSynthesisedLevel && largestOrder_ + tables_->lSize <= kFinePeriod);
 }
 
+// The two call each other to a depth of two: level 15 asks for level 14, and no other asks for any.
+// NOLINTBEGIN(misc-no-recursion)
 const PackedTable& LevelSynthesis::Level(std::int32_t level) {
     const bool early = tables_->lSize >= kFineLSize;
     const std::int32_t block = level <= 12 ? 0 : (level - 11) / 2;
@@ -329,7 +331,7 @@ void LevelSynthesis::ScaleLevel(std::int32_t level) {
         HWY_DYNAMIC_DISPATCH(Combine)(table, 0.5 * step, 0.5, levels_[static_cast<std::size_t>(level) - 1]);
 }
 
-/// The sums of a block for its own levels, or for the fine lattice, or both. Level 15 builds on level 14.
+/// The sums of a block for its own levels, or for the fine lattice, or both.
 void LevelSynthesis::AddBlock(std::int32_t block, bool own, bool fine) {
     const auto n = static_cast<std::size_t>(tables_->lSize);
     const auto sumOf = [&](std::int32_t level) {
@@ -361,6 +363,7 @@ void LevelSynthesis::AddBlock(std::int32_t block, bool own, bool fine) {
     for (std::int32_t level = kFirstSynthesisedLevel; block == 0 && level <= 12; ++level) ScaleLevel(level);
     if (block > 0) ScaleLevel(11 + 2 * block);
 }
+// NOLINTEND(misc-no-recursion)
 
 void LevelSynthesis::AddRows(std::int32_t block, const std::vector<FoldedSum>& sums,
                              const std::vector<FoldedSum>& coarse) {
@@ -371,7 +374,7 @@ void LevelSynthesis::AddRows(std::int32_t block, const std::vector<FoldedSum>& s
     };
     reserve(scratch_.column, 2 * largest + 4);
     reserve(scratch_.samples, (largest / 16 + 2) * 4 * rows);
-    reserve(scratch_.coarse, 2 * kClassPeriod * kCoarseRows);
+    reserve(scratch_.coarse, kCoarseRows * 2 * kClassPeriod);
     reserve(scratch_.values, rows);
     const ThetaRows& theta = ThetaRowsOf(block, largestOrder_);
     const ZfExpansionGrid& grid = tables_->grid;
