@@ -36,6 +36,8 @@ void Run(ScatterOptions& options) {
     if (request.method != kFull && (options.imfp_angstrom > 0.0 || !request.fluctuationFile.empty()))
         throw CLI::ValidationError(options.imfp_angstrom > 0.0 ? "--imfp" : "--fluctuation",
                                    "is for the method FULL; the others take it with the image");
+    if (request.method != kFull && request.full.tolerance != FullScatteringSettings().tolerance)
+        throw CLI::ValidationError("--tolerance", "is for the method FULL");
     request.full.meanFreePath = options.imfp_angstrom * 1e-10;
     request.atomicWeightFile = ProgramFile("AtomicWeight.txt");
     const InterruptRequest interrupt;
@@ -79,7 +81,7 @@ void AddScatterCommand(CLI::App& program) {
     command
         ->add_option("--tolerance", request.full.tolerance,
                      "Residual at which the solution of FULL is taken, relative")
-        ->check(Between(1e-12, 0.1))
+        ->check(Between(kLeastTolerance, kLargestTolerance))
         ->capture_default_str();
     command->footer(kFooter);
     command->callback([options] { Run(*options); });

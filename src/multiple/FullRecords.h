@@ -26,6 +26,10 @@ struct FullScatteringInputs {
     const ZfDebye* weights = nullptr;          ///< for the fluctuation
 };
 
+/// What a user may ask for.
+constexpr double kLeastTolerance = 1e-12;
+constexpr double kLargestTolerance = 0.1;
+
 struct FullScatteringSettings {
     double meanFreePath = 0.0;  ///< m; 0: none
     double tolerance = FullScatteringRequest().tolerance;

@@ -4,10 +4,13 @@
 #include <cstddef>
 
 #include "foundation/Constants.h"
+#include "foundation/ZfError.h"
 
 namespace qvre {
 
 namespace {
+
+constexpr double kLargestSquare = 1e4;  // of k u: nothing of the wave would be left
 
 /// P_l(z) for l below `count`.
 void FillLegendre(double z, std::size_t count, std::vector<double>& p) {
@@ -46,7 +49,10 @@ std::vector<Node> GaussLegendre(std::size_t count) {
 }  // namespace
 
 std::vector<std::complex<double>> VibrationAverage(const std::vector<std::complex<double>>& t, double x) {
-    if (!(x > 0.0) || t.empty()) return t;
+    if (!(x >= 0.0 && x <= kLargestSquare))
+        throw ZfError(
+            "Full scattering: the displacement of an atom is no number, or larger than in any solid");
+    if (x == 0.0 || t.empty()) return t;
     // A product of two P_l has twice the order; the exponential is smooth over 1 / sqrt(x).
     const std::size_t nodes = t.size() + 24 + static_cast<std::size_t>(4.0 * std::sqrt(x) + x / 4.0);
     std::vector<std::complex<double>> averaged(t.size());

@@ -13,7 +13,8 @@
 
 namespace qvre {
 
-/// The averaged t_l, of the same l size; x is k^2 U, not negative.
+/// The averaged t_l, of the same l size; x is k^2 U. Throws ZfError for one that is negative, no number, or
+/// far above those of solids.
 std::vector<std::complex<double>> VibrationAverage(const std::vector<std::complex<double>>& t, double x);
 
 }  // namespace qvre

@@ -1,5 +1,7 @@
 #include "recipe/RecipeSettings.h"
 
+#include <fmt/format.h>
+
 #include <vector>
 
 #include "recipe/RecipePictures.h"
@@ -61,8 +63,9 @@ ScatteringRequest ReadScatteringSection(RecipeTable section) {
             if (section.Has(key)) section.Fail(key, "is a setting of the method FULL");
     request.full.meanFreePath = Length(section, "imfp");
     request.full.tolerance = section.Number("tolerance", RecipeUnit::kNone, request.full.tolerance);
-    if (!(request.full.tolerance >= 1e-12 && request.full.tolerance <= 0.1))
-        section.Fail("tolerance", "has to lie between 1e-12 and 0.1");
+    if (!(request.full.tolerance >= kLeastTolerance && request.full.tolerance <= kLargestTolerance))
+        section.Fail("tolerance",
+                     fmt::format("has to lie between {:g} and {:g}", kLeastTolerance, kLargestTolerance));
     section.RefuseUnread();
     return request;
 }

@@ -164,9 +164,13 @@ std::string CalculateScattering(const ScatteringRequest& request, const std::str
     LoadedInputs inputs(request);
     ReplacedFile output(outputFile);
     ZfScatteringData data;
-    std::string remarks = request.method == kFull     ? CalculateInFull(request, inputs, data)
-                          : request.method == kSingle ? CalculateOnce(inputs, data)
-                                                      : CalculateInOrder(request, inputs, data);
+    // Plane waves come from outside, and are left to the calculators of the files.
+    const bool isExactSingle =
+        request.method == kSingle && std::none_of(inputs.waves.begin(), inputs.waves.end(),
+                                                  [](const EmittedWave& wave) { return wave.IsPlaneWave; });
+    std::string remarks = request.method == kFull ? CalculateInFull(request, inputs, data)
+                          : isExactSingle         ? CalculateOnce(inputs, data)
+                                                  : CalculateInOrder(request, inputs, data);
     output.Write([&data](const std::string& path) {
         ZfBarnFile file(path, "w");
         data.Exchange(file);

@@ -173,6 +173,8 @@ TEST(VibrationAverage, OfAnSWaveIsModifiedBesselFunctions) {
     for (std::size_t l = 0; l < 3; ++l)
         EXPECT_NEAR(std::abs(averaged[l] - t * std::exp(-x) * i[l]), 0.0, 1e-15) << l;
     EXPECT_EQ(VibrationAverage({t, t}, 0.0), std::vector<Complex>({t, t}));
+    for (const double wrong : {-1.0, 1e20, std::nan("")})
+        EXPECT_NE(ErrorText([&] { VibrationAverage({t}, wrong); }).find("displacement"), std::string::npos);
 }
 
 // Amplitudes of clusters whose atoms stand displaced at random, each to either side.
