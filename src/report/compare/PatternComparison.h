@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "report/compare/MeasuredPattern.h"
-#include "report/compare/PolarBackground.h"
 #include "report/compare/ReliabilityFactor.h"
+#include "report/sphere/PolarBackground.h"
 #include "report/sphere/SphereImage.h"
 
 namespace qvre {

@@ -1,4 +1,4 @@
-#include "report/compare/PolarBackground.h"
+#include "report/sphere/PolarBackground.h"
 
 #include <gtest/gtest.h>
 
