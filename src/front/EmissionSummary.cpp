@@ -23,7 +23,7 @@ std::string ZeroText(double zero_eV) {
 }
 
 std::string ChannelText(const Emission& emission) {
-    const DipoleChannels& channels = emission.channels;
+    const DipoleChannels& channels = emission.source.channels;
     std::string text;
     for (std::size_t i = channels.l0 == 0 ? 1 : 0; i < 2; ++i)
         text += fmt::format("  l = {}            radial integral {:.5g} bohr^(5/2), phase {:.3f} degrees\n",

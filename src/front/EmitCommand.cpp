@@ -124,7 +124,7 @@ ClusterAtom FindEmitter(const EmitOptions& options, PhaseShiftRequest& crystal) 
 void RunLevel(const EmitOptions& options) {
     EmissionRequest request;
     request.level = Usage("--level", [&] { return ParseCoreLevel(options.level); });
-    request.light = Usage("the light", [&] { return LightOf(options); });
+    const std::vector<LightVector> light = Usage("the light", [&] { return LightOf(options); });
     request.weight = options.weight;
     PhaseShiftRequest crystal = options.crystal;
     const ClusterAtom emitter = FindEmitter(options, crystal);
@@ -136,9 +136,10 @@ void RunLevel(const EmitOptions& options) {
     else
         origin += ZeroText(SetCrystalField(request, crystal, emitter.name, atoms));
     const Emission emission = CoreLevelEmission(request);
-    SaveEmittedWaves(emission.waves, options.output);
+    const std::vector<EmittedWave> waves = WavesUnder(emission.source, light);
+    SaveEmittedWaves(waves, options.output);
     std::printf("%s: %s %s, %s\n%s%s%s", options.output.c_str(), request.atom.symbol.c_str(),
-                request.level.Name().c_str(), Counted(emission.waves.size(), "wave").c_str(), origin.c_str(),
+                request.level.Name().c_str(), Counted(waves.size(), "wave").c_str(), origin.c_str(),
                 EnergyText(request.kinetic_eV).c_str(), ChannelText(emission).c_str());
 }
 

@@ -15,7 +15,6 @@ using namespace qvre;
 
 namespace {
 
-constexpr double kAtEmitterSquared_m2 = 1e-22;
 constexpr std::size_t kWordBits = 32;
 constexpr std::size_t kWrittenPlanes = 4;
 
@@ -59,15 +58,6 @@ void ZfDocPattern::PrepareCalculation(ZfScatteringData& data, const Fluctuation&
         ApplyThermalModel(fluctuation, record.NextListScatterer, debye);
         ApplyThermalModel(fluctuation, record.ListScatterer, debye);
     }
-}
-
-bool ZfDocPattern::IsLeftOut(const ZfFreeElectron& source) const {
-    const double q = NormSquared(source.position);
-    const double upper = clusterLimit * clusterLimit;
-    const double lower = clusterLowerLimit * clusterLowerLimit;
-    if (upper > 0 && q >= upper) return true;
-    if (clusterDepthLimit > 0 && source.position.VectorValueAt(2) > clusterDepthLimit) return true;
-    return q > kAtEmitterSquared_m2 && lower >= q;
 }
 
 void ZfDocPattern::SetUpRecord(const ZfScatteringData& data, std::int64_t record) {

@@ -12,6 +12,7 @@
 #include "input/ZfDebye.h"
 #include "pattern/ZfSphericalMapping.h"
 #include "scattering/FarFieldDirections.h"
+#include "scattering/SourceLimits.h"
 #include "scattering/ZfScatteringData.h"
 
 /// One pattern calculation: settings, the map with its planes, and the wave list at work. A subclass fixes
@@ -62,9 +63,10 @@ public:
 
 protected:
     bool IsActive(std::int64_t record) const;
-    /// Whether the limits take an entry out of the list. The emitter, which stands at the origin, is never
-    /// taken out by the two limits of the distance.
-    bool IsLeftOut(const ZfFreeElectron& source) const;
+    /// Whether the limits take an entry out of the list.
+    bool IsLeftOut(const ZfFreeElectron& source) const {
+        return qvre::SourceLimits{clusterLimit, clusterDepthLimit, clusterLowerLimit}.LeaveOut(source);
+    }
     /// Makes the wave lists of a record: the filtered one keeps the order of the entries.
     void SetUpRecord(const ZfScatteringData& data, std::int64_t record);
 

@@ -69,6 +69,18 @@ void CheckWaves(const RecipeTable& section, const WavesRequest& request, const s
 
 }  // namespace
 
+LightFrame ReadLightFrame(RecipeTable recipe) {
+    RecipeTable section = recipe.Section("light");
+    const LightFrame frame = section.Word("frame", LightFrame::kSample);
+    section.RefuseUnread();
+    return frame;
+}
+
+void RefuseLight(RecipeTable recipe, const std::string& source) {
+    const RecipeTable section = recipe.Section("light");
+    if (section.Exists()) section.Fail("", source + " is emitted without light: leave the section out");
+}
+
 WavesRequest ReadWavesRequest(RecipeTable section, const ClusterFacts& cluster) {
     WavesRequest request;
     EmissionRequest& emission = request.emission;
@@ -83,7 +95,7 @@ WavesRequest ReadWavesRequest(RecipeTable section, const ClusterFacts& cluster) 
         if (level.empty()) section.Fail("level", "give the core level, such as \"2p\"");
         emission.level = section.Made("level", [&] { return ParseCoreLevel(level); });
         request.energy = ReadEnergy(section);
-        emission.light = ReadLight(section);
+        request.light = ReadLight(section);
     }
     section.RefuseUnread();
     CheckWaves(section, request, cluster.emitter);

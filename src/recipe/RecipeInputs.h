@@ -1,9 +1,11 @@
 #pragma once
 
+#include <array>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "experiment/Light.h"
 #include "recipe/RecipeTable.h"
 #include "run/InputFiles.h"
 
@@ -35,6 +37,13 @@ std::optional<std::string> ReadReadyFile(RecipeTable& section, const RecipeFolde
 ClusterRequest ReadClusterRequest(RecipeTable section, const RecipeFolder& place);
 WavesRequest ReadWavesRequest(RecipeTable section, const ClusterFacts& cluster);
 PhaseShiftRequest ReadPhaseShiftRequest(RecipeTable section, const ClusterFacts& cluster);
+
+/// The keys of the emission that tell the light: on them the scattering does not depend.
+inline constexpr std::array<const char*, 4> kLightKeys = {"polarisation", "unpolarised-along", "circular",
+                                                          "along"};
+
+LightFrame ReadLightFrame(RecipeTable recipe);               ///< of the section "light"
+void RefuseLight(RecipeTable recipe, const std::string& source);  ///< which takes none
 VibrationRequest ReadVibrationRequest(RecipeTable section, const ClusterFacts& cluster);
 
 }  // namespace qvre

@@ -9,6 +9,7 @@
 
 #include "foundation/FileReading.h"
 #include "foundation/ProgramFile.h"
+#include "foundation/Text.h"
 #include "foundation/ZfError.h"
 #include "recipe/RecipeCases.h"
 #include "recipe/RecipeInputs.h"
@@ -28,17 +29,28 @@ namespace fs = std::filesystem;
 
 using Sections = std::vector<std::string>;
 
-// The sections on which the files of a calculation depend.
+// The sections on which the files of a calculation depend. Those without "light" do not depend on the light
+// keys of the emission either: waves are scattered before any light combines them.
 const Sections kCluster = {"cluster"};
 const Sections kWaves = {"cluster", "phases", "emission"};
+const Sections kWavesUnderLight = {"cluster", "phases", "emission", "light"};
 const Sections kPhases = {"cluster", "emission", "phases"};
 const Sections kFluctuation = {"cluster", "thermal"};
 const Sections kScattering = {"cluster", "emission", "phases", "scattering"};
 const Sections kFullScattering = {"cluster", "emission", "phases", "scattering", "thermal"};
-const Sections kImages = {"cluster", "emission", "phases", "scattering", "thermal", "image"};
+const Sections kImages = {"cluster", "emission", "light", "phases", "scattering", "thermal", "image"};
 
 /// Writes one file of the run and returns what the user should know of it, in lines.
 using FileMaker = std::function<std::string(const std::string& output)>;
+
+/// Writes a cluster and the table of its emitters.
+using ClusterMaker = std::function<std::string(const std::string& output, const std::string& sharesOutput)>;
+
+/// The files of a calculation as far as they are planned, and what is to be done with them.
+struct CasePlan {
+    ScatteringRequest scattering;
+    ImageRequest images;
+};
 
 /// One of the files of a calculation.
 struct FileKind {
@@ -46,6 +58,7 @@ struct FileKind {
     std::string stem;
     std::string extension;
     Sections sections;
+    std::string detail = {};  ///< on which it depends beside the sections
 };
 
 bool Contains(const Sections& sections, const std::string& section) {
@@ -101,10 +114,14 @@ private:
     void AddPicture(const RunResult& result, const RecipePicture& picture);
     RunResult AddCase(const RecipeCase& one);
     RunResult AddImages(const RecipeCase& one, const ImageRequest& request);
-    ClusterFacts AddCluster(const RecipeCase& one, ScatteringRequest& files);
+    ClusterFacts AddCluster(const RecipeCase& one, CasePlan& plan);
+    void AddClusterFiles(const RecipeCase& one, const std::string& extension, const ClusterMaker& maker,
+                         CasePlan& plan);
     void AddWaves(const RecipeCase& one, const PhaseShiftRequest& crystal, const ClusterFacts& facts,
-                  ScatteringRequest& files);
-    void AddWavesAndPhases(const RecipeCase& one, const ClusterFacts& facts, ScatteringRequest& files);
+                  CasePlan& plan);
+    void AddUnitWaves(const RecipeCase& one, const WavesRequest& request, const PhaseShiftRequest& crystal,
+                      CasePlan& plan);
+    void AddWavesAndPhases(const RecipeCase& one, const ClusterFacts& facts, CasePlan& plan);
     std::string AddFluctuation(const RecipeCase& one, const ClusterFacts& facts,
                                const std::string& clusterFile);
     std::string AddFile(const RecipeCase& one, const FileKind& kind, const FileMaker& maker);
@@ -148,7 +165,7 @@ void Planner::ReadGeneral(const RecipeCase& one) {
     RecipeTable compare = recipe.Section("compare");
     plan_.comparison = ReadCompareSection(compare, place_, options_.measuredFile);
     if (plan_.comparison.request.measured.empty()) plan_.remarks = NothingCompared(compare.Exists());
-    for (const char* section : {"cluster", "emission", "phases", "thermal", "scattering", "image"})
+    for (const char* section : {"cluster", "emission", "light", "phases", "thermal", "scattering", "image"})
         recipe.Section(section);
     pictures_ = ReadPictures(recipe);
     recipe.RefuseUnread();
@@ -181,10 +198,17 @@ std::string Planner::KeyOf(const RecipeCase& one, const std::string& name, const
     for (const std::string& section : sections) {
         const toml::table* table = one.settings[section].as_table();
         if (!table) continue;
-        text << section << '\n' << *table << '\n';
-        for (const char* key : {"file", "cell"})
-            if (const auto file = (*table)[key].value<std::string>())
-                text << FingerprintOfFile(place_.Path(*file)) << '\n';
+        toml::table content = *table;
+        if (!Contains(sections, "light"))
+            for (const char* key : kLightKeys) content.erase(key);
+        text << section << '\n' << content << '\n';
+        for (const char* key : {"file", "cell"}) {
+            const auto file = (*table)[key].value<std::string>();
+            if (!file) continue;
+            text << FingerprintOfFile(place_.Path(*file)) << '\n';
+            const std::string shares = EmitterSharesBeside(place_.Path(*file));
+            if (fs::exists(shares)) text << FingerprintOfFile(shares) << '\n';
+        }
     }
     return FingerprintOf(text.str());
 }
@@ -214,51 +238,109 @@ void Planner::ClaimComparison() {
 std::string Planner::AddFile(const RecipeCase& one, const FileKind& kind, const FileMaker& maker) {
     const std::string name = kind.stem + SuffixOf(one, kind.sections) + kind.extension;
     std::string path = InFolder(name);
-    AddStep({kind.step, KeyOf(one, kind.step, kind.sections), {name}, [=] { return maker(path); }});
+    AddStep({kind.step, KeyOf(one, kind.step + kind.detail, kind.sections), {name}, [=] { return maker(path); }});
     return path;
 }
 
-ClusterFacts Planner::AddCluster(const RecipeCase& one, ScatteringRequest& files) {
+/// Adds the step that makes the cluster and the table of its emitters.
+void Planner::AddClusterFiles(const RecipeCase& one, const std::string& extension, const ClusterMaker& maker,
+                              CasePlan& plan) {
+    const std::string suffix = SuffixOf(one, kCluster);
+    const std::string cluster = "cluster" + suffix + extension;
+    const std::string emitters = "emitters" + suffix + ".csv";
+    plan.scattering.clusterFile = InFolder(cluster);
+    plan.images.emergence.emittersFile = InFolder(emitters);
+    AddStep({"cluster",
+             KeyOf(one, "cluster", kCluster),
+             {cluster, emitters},
+             [maker, path = InFolder(cluster), emittersPath = InFolder(emitters)] {
+                 return maker(path, emittersPath);
+             }});
+}
+
+ClusterFacts Planner::AddCluster(const RecipeCase& one, CasePlan& plan) {
     RecipeTable section = RecipeTable(&one.settings, "recipe").Section("cluster");
     if (const auto ready = ReadReadyFile(section, place_)) {
         const auto cluster = LoadReady<Cluster>(section, *ready, ZfLoadCluster);
-        const std::string extension = fs::path(*ready).extension().string();
-        files.clusterFile = AddFile(one, {"cluster", "cluster", extension, kCluster}, Copy(*ready));
+        section.Made("file", [&] { return SharesOfReady(*ready, cluster); });
+        AddClusterFiles(
+            one, fs::path(*ready).extension().string(),
+            [path = *ready](const std::string& output, const std::string& emittersOutput) {
+                return CopyReadyCluster(path, output, emittersOutput);
+            },
+            plan);
         return section.Made("file", [&] { return FactsOf(cluster); });
     }
     const ClusterRequest request = ReadClusterRequest(section, place_);
-    files.clusterFile = AddFile(one, {"cluster", "cluster", ".xyz", kCluster},
-                                [=](const std::string& output) { return MakeClusterFile(request, output); });
+    AddClusterFiles(
+        one, ".xyz",
+        [request](const std::string& output, const std::string& emittersOutput) {
+            return MakeClusterFile(request, output, emittersOutput);
+        },
+        plan);
     return FactsOf(request);
 }
 
 void Planner::AddWaves(const RecipeCase& one, const PhaseShiftRequest& crystal, const ClusterFacts& facts,
-                       ScatteringRequest& files) {
-    RecipeTable section = RecipeTable(&one.settings, "recipe").Section("emission");
-    FileMaker maker;
+                       CasePlan& plan) {
+    const RecipeTable recipe(&one.settings, "recipe");
+    RecipeTable section = RecipeTable(recipe).Section("emission");
+    const FileKind kind = {"emission", "emitter", ".xml_emt", kWaves};
     if (const auto ready = ReadReadyFile(section, place_)) {
         LoadReady<std::vector<EmittedWave>>(section, *ready, ZfLoadEmittedWave);
-        maker = Copy(*ready);
-    } else {
-        maker = [request = ReadWavesRequest(section, facts), crystal, cluster = files.clusterFile](
-                    const std::string& output) { return MakeWavesFile(request, crystal, cluster, output); };
+        RefuseLight(recipe, "a ready file of waves");
+        plan.scattering.wavesFile = AddFile(one, kind, Copy(*ready));
+        return;
     }
-    files.wavesFile = AddFile(one, {"emission", "emitter", ".xml_emt", kWaves}, maker);
+    const WavesRequest request = ReadWavesRequest(section, facts);
+    if (!request.isotropic) {
+        plan.images.emergence.light = {request.light, ReadLightFrame(recipe)};
+        AddUnitWaves(one, request, crystal, plan);
+        return;
+    }
+    RefuseLight(recipe, "an isotropic source");
+    plan.scattering.wavesFile = AddFile(one, kind, [request](const std::string& output) {
+        return MakeIsotropicWaves(request, output);
+    });
+}
+
+/// Light that stays with the sample makes emitted waves as well, for whoever goes on with the folder's files.
+void Planner::AddUnitWaves(const RecipeCase& one, const WavesRequest& request,
+                           const PhaseShiftRequest& crystal, CasePlan& plan) {
+    const std::string suffix = SuffixOf(one, kWaves);
+    const std::string waves = "unit_waves" + suffix + ".xml_emt";
+    const std::string dipole = "dipole" + suffix + ".csv";
+    plan.scattering.wavesFile = InFolder(waves);
+    plan.images.emergence.dipoleFile = InFolder(dipole);
+    AddStep({"emission",
+             KeyOf(one, "emission", kWaves),
+             {waves, dipole},
+             [request, crystal, cluster = plan.scattering.clusterFile, wavesPath = InFolder(waves),
+              dipolePath = InFolder(dipole)] {
+                 return MakeUnitWaves(request, crystal, cluster, wavesPath, dipolePath);
+             }});
+    const Light& light = plan.images.emergence.light;
+    if (light.frame != LightFrame::kSample) return;
+    AddFile(one, {"light", "emitter", ".xml_emt", kWavesUnderLight},
+            [parts = light.parts, dipolePath = InFolder(dipole)](const std::string& output) {
+                return MakeWavesUnderLight(dipolePath, parts, output);
+            });
 }
 
 /// The waves follow the settings of the phase shifts; those of a ready file are not known and stay the usual
 /// ones.
-void Planner::AddWavesAndPhases(const RecipeCase& one, const ClusterFacts& facts, ScatteringRequest& files) {
+void Planner::AddWavesAndPhases(const RecipeCase& one, const ClusterFacts& facts, CasePlan& plan) {
     RecipeTable section = RecipeTable(&one.settings, "recipe").Section("phases");
     const FileKind kind = {"phases", "phaseshift", ".xml_ph", kPhases};
+    ScatteringRequest& files = plan.scattering;
     if (const auto ready = ReadReadyFile(section, place_)) {
         LoadReady<ZfPhaseShiftDocument>(section, *ready, ZfLoadPhaseShift);
-        AddWaves(one, {}, facts, files);
+        AddWaves(one, {}, facts, plan);
         files.phaseShiftFile = AddFile(one, kind, Copy(*ready));
         return;
     }
     const PhaseShiftRequest request = ReadPhaseShiftRequest(section, facts);
-    AddWaves(one, request, facts, files);
+    AddWaves(one, request, facts, plan);
     files.phaseShiftFile =
         AddFile(one, kind,
                 [request, cluster = files.clusterFile, waves = files.wavesFile](const std::string& output) {
@@ -281,27 +363,46 @@ std::string Planner::AddFluctuation(const RecipeCase& one, const ClusterFacts& f
     return AddFile(one, {"thermal", "fluctuation", ".xml_flu", kFluctuation}, maker);
 }
 
+/// FULL damps the waves on their way between atoms, all other losses belong to the image.
+void SettleLosses(RecipeTable& recipe, CasePlan& plan) {
+    EmergenceRequest& emergence = plan.images.emergence;
+    RecipeTable image = recipe.Section("image");
+    if (emergence.meanFreePath > 0.0 && emergence.inelasticMeanFreePath > 0.0)
+        image.Fail("mean-free-path", "damps amplitudes by exp(-2 r/length), imfp by what the losses are: give one");
+    if (plan.scattering.method != kFull) return;
+    if (emergence.meanFreePath > 0.0)
+        image.Fail("mean-free-path", "is for the other methods: with FULL give imfp");
+    double& between = plan.scattering.full.meanFreePath;
+    if (between == 0.0) between = emergence.inelasticMeanFreePath;
+}
+
+/// As text for a key; settings of another section become part of the method FULL.
+std::string LossesOf(const ScatteringRequest& scattering) {
+    return scattering.method == kFull ? DoubleToText(scattering.full.meanFreePath) : "";
+}
+
 RunResult Planner::AddCase(const RecipeCase& one) {
     RecipeTable recipe(&one.settings, "recipe");
-    ScatteringRequest inputs = ReadScatteringSection(recipe.Section("scattering"));
-    const ClusterFacts facts = AddCluster(one, inputs);
-    AddWavesAndPhases(one, facts, inputs);
-    ImageRequest images = ReadImageSection(recipe.Section("image"));
-    if (inputs.method == kFull && images.meanFreePath > 0.0)
-        recipe.Section("image").Fail("mean-free-path",
-                                     "is for the other methods: FULL takes [scattering] imfp");
-    images.atomicWeightFile = ProgramFile("AtomicWeight.txt");
-    images.fluctuationFile = AddFluctuation(one, facts, inputs.clusterFile);
+    CasePlan plan;
+    plan.scattering = ReadScatteringSection(recipe.Section("scattering"));
+    plan.images = ReadImageSection(recipe.Section("image"));
+    const ClusterFacts facts = AddCluster(one, plan);
+    AddWavesAndPhases(one, facts, plan);
+    SettleLosses(recipe, plan);
+    ScatteringRequest& scattering = plan.scattering;
+    EmergenceRequest& emergence = plan.images.emergence;
+    const std::string weights = ProgramFile("AtomicWeight.txt");
+    const std::string fluctuation = AddFluctuation(one, facts, scattering.clusterFile);
     AddFile(one, {"checks", "checks", ".txt", kImages}, [=](const std::string& output) {
-        return CheckRun(inputs, images.fluctuationFile, images.atomicWeightFile, output);
+        return CheckRun(scattering, fluctuation, weights, output);
     });
-    inputs.fluctuationFile = images.fluctuationFile;
-    inputs.atomicWeightFile = images.atomicWeightFile;
-    const Sections& sections = inputs.method == kFull ? kFullScattering : kScattering;
-    images.scatteredWaveFile =
-        AddFile(one, {"scattering", "scatteredwave", ".xml_sf", sections},
-                [=](const std::string& output) { return CalculateScattering(inputs, output); });
-    return AddImages(one, images);
+    scattering.fluctuationFile = emergence.fluctuationFile = fluctuation;
+    scattering.atomicWeightFile = emergence.atomicWeightFile = weights;
+    const Sections& sections = scattering.method == kFull ? kFullScattering : kScattering;
+    emergence.scatteredWaveFile =
+        AddFile(one, {"scattering", "scatteredwave", ".xml_sf", sections, LossesOf(scattering)},
+                [=](const std::string& output) { return CalculateScattering(scattering, output); });
+    return AddImages(one, plan.images);
 }
 
 RunResult Planner::AddImages(const RecipeCase& one, const ImageRequest& request) {

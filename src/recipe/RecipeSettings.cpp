@@ -76,9 +76,11 @@ ImageRequest ReadImageSection(RecipeTable section) {
     request.resolution = section.Number("resolution", RecipeUnit::kDegree, request.resolution);
     if (!(request.resolution >= 0.05 && request.resolution <= 10.0))
         section.Fail("resolution", "has to lie between 0.05 and 10 degrees");
-    request.meanFreePath = Length(section, "mean-free-path");
-    request.clusterLimit = Length(section, "limit");
-    request.clusterLowerLimit = Length(section, "lower-limit");
+    EmergenceRequest& emergence = request.emergence;
+    emergence.inelasticMeanFreePath = Length(section, "imfp");
+    emergence.meanFreePath = Length(section, "mean-free-path");
+    emergence.limits.largest = Length(section, "limit");
+    emergence.limits.smallest = Length(section, "lower-limit");
     section.RefuseUnread();
     return request;
 }

@@ -2,10 +2,13 @@
 
 #include <fmt/format.h>
 
+#include <filesystem>
+
 #include "foundation/FileReading.h"
 #include "foundation/ProgramFile.h"
 #include "foundation/ReplacedFile.h"
 #include "foundation/Text.h"
+#include "foundation/ZfError.h"
 #include "prepare/cluster/ClusterMaking.h"
 #include "prepare/cluster/ClusterWriting.h"
 #include "prepare/emission/EmitterField.h"
@@ -42,7 +45,8 @@ std::string CopyReadyFile(const std::string& path, const std::string& output) {
     return {};
 }
 
-std::string MakeClusterFile(const ClusterRequest& request, const std::string& output) {
+std::string MakeClusterFile(const ClusterRequest& request, const std::string& output,
+                            const std::string& sharesOutput) {
     const MadeCluster made = MakeCluster(request);
     XyzStyle style;
     std::string remarks;
@@ -53,9 +57,26 @@ std::string MakeClusterFile(const ClusterRequest& request, const std::string& ou
                                made.cluster.structures[i].atoms.size(), structure.symmetry.Name());
     }
     WriteCluster(made.cluster, output, style);
+    SaveEmitterShares(SharesOf(made), sharesOutput);
     if (const std::string warning = ManyStructuresWarning(made.structures.size()); !warning.empty())
         remarks += "warning: " + warning + "\n";
     return remarks;
+}
+
+std::vector<EmitterShare> SharesOfReady(const std::string& path, const Cluster& cluster) {
+    const std::string beside = EmitterSharesBeside(path);
+    if (!std::filesystem::exists(beside)) return SharesOf(cluster);
+    std::vector<EmitterShare> shares = LoadEmitterShares(beside);
+    if (shares.size() != cluster.structures.size())
+        throw ZfError(fmt::format("{} has {} rows for the {} structures of {}: make both anew, or remove it",
+                                  beside, shares.size(), cluster.structures.size(), path));
+    return shares;
+}
+
+std::string CopyReadyCluster(const std::string& path, const std::string& output,
+                             const std::string& sharesOutput) {
+    SaveEmitterShares(SharesOfReady(path, Load(path)), sharesOutput);
+    return CopyReadyFile(path, output);
 }
 
 double KineticEnergyOf(const PhotoelectronEnergy& energy, const ScreenedAtom& atom, const CoreLevel& level) {
@@ -67,18 +88,27 @@ double KineticEnergyOf(const PhotoelectronEnergy& energy, const ScreenedAtom& at
     return KineticEnergyInside(energy.photon_eV, binding, energy.fermi_eV);
 }
 
-std::string MakeWavesFile(const WavesRequest& request, const PhaseShiftRequest& crystal,
-                          const std::string& clusterFile, const std::string& output) {
+std::string MakeUnitWaves(const WavesRequest& request, const PhaseShiftRequest& crystal,
+                          const std::string& clusterFile, const std::string& wavesFile,
+                          const std::string& dipoleFile) {
     EmissionRequest emission = request.emission;
-    if (request.isotropic) {
-        SaveEmittedWaves(IsotropicEmission(request.energy.kinetic_eV, emission.weight), output);
-        return {};
-    }
     const std::string element = SetField(emission, crystal, request.energy, clusterFile);
-    const Emission result = CoreLevelEmission(emission);
-    SaveEmittedWaves(result.waves, output);
+    const DipoleSource source = CoreLevelEmission(emission).source;
+    SaveEmittedWaves(UnitWaves(source), wavesFile);
+    SaveDipoleSource(source, dipoleFile);
     return fmt::format("{} {} at {} eV, asymmetry beta = {}\n", element, emission.level.Name(),
-                       DoubleToText(emission.kinetic_eV), DoubleToText(result.channels.Beta()));
+                       DoubleToText(emission.kinetic_eV), DoubleToText(source.channels.Beta()));
+}
+
+std::string MakeIsotropicWaves(const WavesRequest& request, const std::string& output) {
+    SaveEmittedWaves(IsotropicEmission(request.energy.kinetic_eV, request.emission.weight), output);
+    return {};
+}
+
+std::string MakeWavesUnderLight(const std::string& dipoleFile, const std::vector<LightVector>& light,
+                                const std::string& output) {
+    SaveEmittedWaves(WavesUnder(LoadDipoleSource(dipoleFile), light), output);
+    return {};
 }
 
 std::string MakePhaseShiftFile(const PhaseShiftRequest& request, const std::string& clusterFile,

@@ -7,6 +7,7 @@
 #include <complex>
 #include <cstdio>
 
+#include "foundation/Constants.h"
 #include "foundation/ReplacedFile.h"
 #include "image/PlaneImage.h"
 #include "input/Fluctuation.h"
@@ -14,6 +15,7 @@
 #include "pattern/ZfDocPattern.h"
 #include "prepare/thermal/AtomicWeights.h"
 #include "run/RunProgress.h"
+#include "scattering/ThermalModels.h"
 #include "xml/ZfBarnFile.h"
 
 namespace qvre {
@@ -50,22 +52,44 @@ void WarnOfUnreachedAtoms(const ZfScatteringData& data, const ZfPhaseShiftDocume
         std::fprintf(stderr, "warning: no wave reaches %zu of the atoms, which scatter nothing\n", count);
 }
 
-void Calculate(ZfDocPattern& pattern, const ImageRequest& request) {
-    ZfScatteringData data;
+/// The scattered waves with their vibrations.
+void LoadWaves(ZfScatteringData& data, const EmergenceRequest& request) {
     ZfLoadScatteredWave(data, request.scatteredWaveFile);
+    if (data.Version == kFull) return;  // its vibrations are part of the waves
     Fluctuation fluctuation;
-    if (data.Version != kFull)  // its vibrations are part of the waves
-        ZfLoadFluctuation(fluctuation, request.fluctuationFile);
-    pattern.ActivateAll(data.ListScatteringData.size());
-    pattern.clusterLimit = request.clusterLimit;
-    pattern.clusterLowerLimit = request.clusterLowerLimit;
-    pattern.meanFreePath = request.meanFreePath;
-    pattern.mfpByEmitterDistance = request.meanFreePath > 0.0;
-    RunProgress progress("images", [&pattern] {
-        return static_cast<double>(pattern.recordsDone) / static_cast<double>(pattern.activeRecordCount);
-    });
-    pattern.Calculate(progress, data, fluctuation, LoadAtomicWeights(request.atomicWeightFile));
+    ZfLoadFluctuation(fluctuation, request.fluctuationFile);
+    const ZfDebye weights = LoadAtomicWeights(request.atomicWeightFile);
+    for (ZfScatteringRecord& record : data.ListScatteringData)
+        ApplyThermalModel(fluctuation, record.ListScatterer, weights);
+}
+
+CountedIntensity Count(const EmergenceRequest& request, const FarFieldDirections& directions) {
+    ZfScatteringData data;
+    LoadWaves(data, request);
+    CountingRequest counting;
+    if (!request.dipoleFile.empty()) counting.source = LoadDipoleSource(request.dipoleFile);
+    counting.emitters = LoadEmitterShares(request.emittersFile);
+    counting.light = request.light;
+    counting.inelasticMeanFreePath = request.inelasticMeanFreePath;
+    counting.arePathsDamped = data.Version == kFull;
+    counting.meanFreePath = request.meanFreePath;
+    counting.limits = request.limits;
+    double done = 0.0;
+    RunProgress progress("images", [&done] { return done; });
+    CountedIntensity counted = CountIntensity(data, directions, counting, progress, done);
     InterruptRequest::ThrowIfPending();
+    return counted;
+}
+
+/// Of the pixels inside the map, by their place in a plane.
+FarFieldDirections DirectionsOf(const ZfSphericalMapping& mapping) {
+    FarFieldDirections directions;
+    for (std::int64_t i = 0; i < mapping.pixelWeight.Count(); ++i)
+        if (mapping.pixelWeight.Data()[i] != 0.0)
+            directions.Add(static_cast<std::size_t>(i), mapping.directionX.Data()[i],
+                           mapping.directionY.Data()[i], mapping.directionZ.Data()[i]);
+    directions.Order();
+    return directions;
 }
 
 void SaveImages(const ZfSphericalMapping& mapping, const std::string& projection,
@@ -184,8 +208,24 @@ std::string CalculateScattering(const ScatteringRequest& request, const std::str
 void CalculateImages(const ImageRequest& request, const std::string& imageFile,
                      const std::string& directImageFile) {
     const std::unique_ptr<ZfDocPattern> pattern = MakePattern(request.map, request.resolution);
-    Calculate(*pattern, request);
-    SaveImages(pattern->mapping, ProjectionOf(request.map).Name(), imageFile, directImageFile);
+    pattern->BuildMapping();
+    ZfSphericalMapping& mapping = pattern->mapping;
+    const CountedIntensity counted = Count(request.emergence, DirectionsOf(mapping));
+    std::copy(counted.pattern.begin(), counted.pattern.end(), mapping.planes[0].Data());
+    std::copy(counted.direct.begin(), counted.direct.end(), mapping.planes[1].Data());
+    SaveImages(mapping, ProjectionOf(request.map).Name(), imageFile, directImageFile);
+}
+
+CountedIntensity CalculateDirections(const EmergenceRequest& request,
+                                     const std::vector<PolarDirection>& directions) {
+    FarFieldDirections far;
+    for (std::size_t i = 0; i < directions.size(); ++i) {
+        const double theta = directions[i].theta_deg * kDegree;
+        const double phi = directions[i].phi_deg * kDegree;
+        far.Add(i, std::sin(theta) * std::cos(phi), std::sin(theta) * std::sin(phi), std::cos(theta));
+    }
+    far.Order();
+    return Count(request, far);
 }
 
 }  // namespace qvre

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "experiment/CountedIntensity.h"
 #include "multiple/FullRecords.h"
 #include "pattern/SphereMap.h"
 #include "scattering/ZfScatteringData.h"
@@ -35,19 +36,37 @@ struct LoadedInputs {
 /// Returns what the user should know of it, in lines.
 std::string CalculateScattering(const ScatteringRequest& request, const std::string& outputFile);
 
-struct ImageRequest {
+/// What leaves the sample of an input set whose waves are scattered.
+struct EmergenceRequest {
     std::string scatteredWaveFile;
+    std::string dipoleFile;    ///< of unit waves; none: the waves are emitted as they stand
+    std::string emittersFile;  ///< the shares of the structures
     std::string fluctuationFile;
     std::string atomicWeightFile;
+    Light light;                         ///< on unit waves
+    double inelasticMeanFreePath = 0.0;  ///< m; see CountingRequest
+    double meanFreePath = 0.0;           ///< m; 0: no damping
+    SourceLimits limits;
+};
+
+struct ImageRequest {
+    EmergenceRequest emergence;
     SphereMap map = SphereMap::kAzimuthalEquidistant;
-    double resolution = 1.0;         ///< degrees a pixel
-    double meanFreePath = 0.0;       ///< m; 0: no damping
-    double clusterLimit = 0.0;       ///< m; 0: none
-    double clusterLowerLimit = 0.0;  ///< m
+    double resolution = 1.0;  ///< degrees a pixel
 };
 
 /// The pattern and the image of the direct wave alone.
 void CalculateImages(const ImageRequest& request, const std::string& imageFile,
                      const std::string& directImageFile);
+
+/// A direction of emission inside the sample.
+struct PolarDirection {
+    double theta_deg = 0.0;
+    double phi_deg = 0.0;
+};
+
+/// The same in some directions alone.
+CountedIntensity CalculateDirections(const EmergenceRequest& request,
+                                     const std::vector<PolarDirection>& directions);
 
 }  // namespace qvre

@@ -57,15 +57,21 @@ void PutCoefficients(const ZfFreeElectron& electron, std::int32_t size, double f
     }
 }
 
+double EscapeOf(const ZfFreeElectron& electron, const SurfaceEscape& escape) {
+    if (!(escape.meanFreePath > 0.0)) return 0.0;
+    const double depth = std::max(0.0, escape.surface - electron.position.Data()[2]);
+    return depth > 0.0 ? -depth / (2.0 * escape.meanFreePath) : 0.0;
+}
+
 /// Phase and thermal damping of one source; true if it is damped.
-bool PutGeometry(const ZfFreeElectron& electron, const ZfFreeElectron& emitter, double* out) {
+bool PutGeometry(const ZfFreeElectron& electron, const ZfFreeElectron& emitter, double escape, double* out) {
     const double k = emitter.k;
     const double* p = electron.position.Data();
     const double rho = std::sqrt(NormSquared(electron.position));
     const double u = electron.Uiso + emitter.Uiso;
     const bool damped = u > 0.0 && rho > 0.0;
-    const double values[kFarFieldGeometry] = {k * p[0], k * p[1], k * p[2], damped ? -k * k * u : 0.0,
-                                              damped ? k * u / rho : 0.0};
+    const double values[kFarFieldGeometry] = {
+        k * p[0], k * p[1], k * p[2], damped ? -k * k * u : 0.0, damped ? k * u / rho : 0.0, escape};
     for (const double value : values) {
         *out = value;
         out += kFarFieldPack;
@@ -92,27 +98,30 @@ double* CoefficientsAt(FarFieldSources& sources, std::size_t wave, std::size_t p
 }
 
 void Place(FarFieldSources& sources, std::size_t place, const ZfFreeElectron& electron,
-           const ZfFreeElectron& emitter) {
+           const ZfFreeElectron& emitter, const SurfaceEscape& escape) {
     const std::size_t pack = place / kFarFieldPack * kFarFieldGeometry * kFarFieldPack;
-    const bool damped = PutGeometry(electron, emitter, &sources.geometry[pack + place % kFarFieldPack]);
+    const double loss = EscapeOf(electron, escape);
+    const bool damped = PutGeometry(electron, emitter, loss, &sources.geometry[pack + place % kFarFieldPack]);
     sources.damped = sources.damped || damped;
+    sources.escaping = sources.escaping || loss != 0.0;
     sources.displaced = sources.displaced || NormSquared(electron.position) != 0.0;
 }
 
 /// The emitters of the waves, which share their place, fill one pack side by side.
-FarFieldSources PackEmitters(std::span<const ZfVectorFreeElectron> waves) {
+FarFieldSources PackEmitters(std::span<const ZfVectorFreeElectron> waves, const SurfaceEscape& escape) {
     std::int32_t L = 0;
     for (const ZfVectorFreeElectron& wave : waves) L = std::max(L, wave.electrons.front().A.L);
     FarFieldSources sources = Empty(L, 1, waves.size());
     const ZfFreeElectron& emitter = waves.front().electrons.front();
     for (std::size_t w = 0; w < waves.size(); ++w) {
-        Place(sources, w, emitter, emitter);
+        Place(sources, w, emitter, emitter, escape);
         PutCoefficients(waves[w].electrons.front(), L, 1.0, CoefficientsAt(sources, 0, w));
     }
     return sources;
 }
 
-FarFieldSources PackScatterers(std::span<const ZfVectorFreeElectron> waves) {
+FarFieldSources PackScatterers(std::span<const ZfVectorFreeElectron> waves,
+                               const SurfaceEscape& escape) {
     std::int32_t L = 0;
     for (const ZfVectorFreeElectron& wave : waves)
         for (const ZfFreeElectron& electron : std::span(wave.electrons).subspan(1))
@@ -120,7 +129,7 @@ FarFieldSources PackScatterers(std::span<const ZfVectorFreeElectron> waves) {
     const std::span<const ZfFreeElectron> first = waves.front().electrons;
     FarFieldSources sources = Empty(L, waves.size(), first.size() - 1);
     for (std::size_t place = 0; place + 1 < first.size(); ++place)
-        Place(sources, place, first[place + 1], first.front());
+        Place(sources, place, first[place + 1], first.front(), escape);
     for (std::size_t w = 0; w < waves.size(); ++w) {
         const double damping = waves[w].meanFreePath > 0.0 ? 2.0 / waves[w].meanFreePath : 0.0;
         for (std::size_t place = 0; place + 1 < first.size(); ++place) {
@@ -186,8 +195,10 @@ bool FarField::CanShare(const ZfVectorFreeElectron& a, const ZfVectorFreeElectro
            a.electrons.front().k == b.electrons.front().k;
 }
 
-FarField::FarField(std::span<const ZfVectorFreeElectron> waves)
-    : waves_(waves.size()), direct_(PackEmitters(waves)), scattered_(PackScatterers(waves)) {}
+FarField::FarField(std::span<const ZfVectorFreeElectron> waves, const SurfaceEscape& escape)
+    : waves_(waves.size()),
+      direct_(PackEmitters(waves, escape)),
+      scattered_(PackScatterers(waves, escape)) {}
 
 void FarField::Calculate(const FarFieldDirections& all, const FarFieldDirections::Task& task,
                          std::vector<double>& scratch, std::vector<Amplitudes>& result) const {

@@ -10,6 +10,14 @@
 
 namespace qvre {
 
+/// Inelastic losses on the straight way from each source to the surface plane, whose normal is z. In the
+/// direction of polar angle theta the amplitude of a source at height z is multiplied by
+///     exp(-(surface - z)/(2 meanFreePath cos theta)).
+struct SurfaceEscape {
+    double meanFreePath = 0.0;  ///< m, of the intensity; 0: no losses
+    double surface = 0.0;       ///< m above the emitter; sources above it lose nothing
+};
+
 /// The direct and the scattered far fields of the waves of one structure, as
 /// ZfVectorFreeElectron::DirectAmplitude and ScatteredAmplitude define them, in many directions at once.
 /// Phases and damping belong to the atoms and are calculated once for all waves. The sum of a direction has
@@ -19,7 +27,7 @@ public:
     static constexpr std::size_t kMostWaves = kFarFieldPack;
 
     /// Up to kMostWaves lists that Serves, any two of which CanShare.
-    explicit FarField(std::span<const ZfVectorFreeElectron> waves);
+    explicit FarField(std::span<const ZfVectorFreeElectron> waves, const SurfaceEscape& escape = {});
 
     /// Whether the tables and distances of a list are within what the kernels take.
     static bool Serves(const ZfVectorFreeElectron& list);

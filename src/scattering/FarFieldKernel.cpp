@@ -39,7 +39,7 @@ HWY_INLINE const double* SumOverDegrees(Tag d, std::size_t degrees, const double
 
 /// Phase factors of a pack in the directions of a task, damped if need be: by direction, kPack cosines and
 /// kPack sines of kd.
-template <bool kDamped>
+template <bool kDamped, bool kEscaping>
 HWY_INLINE void PhasesOfPack(const double* HWY_RESTRICT geometry, const FarFieldDirections::Direction* u,
                              std::size_t count, double* HWY_RESTRICT phases) {
     const Tag d;
@@ -52,9 +52,13 @@ HWY_INLINE void PhasesOfPack(const double* HWY_RESTRICT geometry, const FarField
             V s;
             V c;
             SinCos(d, kd, s, c);
-            if constexpr (kDamped) {
-                const V damping =
-                    hn::Exp(d, hn::MulAdd(hn::LoadU(d, g + 4 * kPack), kd, hn::LoadU(d, g + 3 * kPack)));
+            if constexpr (kDamped || kEscaping) {
+                V exponent = hn::MulAdd(hn::LoadU(d, g + 4 * kPack), kd, hn::LoadU(d, g + 3 * kPack));
+                if constexpr (kEscaping) {
+                    const V path = hn::Set(d, 1.0 / std::max(u[i].z, kFarFieldGrazing));
+                    exponent = hn::MulAdd(hn::LoadU(d, g + 5 * kPack), path, exponent);
+                }
+                const V damping = hn::Exp(d, exponent);
                 s = hn::Mul(s, damping);
                 c = hn::Mul(c, damping);
             }
@@ -67,7 +71,7 @@ HWY_INLINE void PhasesOfPack(const double* HWY_RESTRICT geometry, const FarField
 /// Sums over m for kCount groups of one ring, which share the loads of the orders. With w = |x| + i |y|, the
 /// power m of the mirror images is w^m, its conjugate, and (-1)^m times both.
 /// `phases` and `sums` begin at the first direction of the first group.
-template <bool kDisplaced, std::size_t kCount>
+template <bool kPhases, std::size_t kCount>
 HWY_INLINE void AddGroups(Tag d, std::size_t n, const double* HWY_RESTRICT orders,
                           const double* HWY_RESTRICT powers, const double* HWY_RESTRICT phases,
                           const FarFieldDirections& all, std::size_t group, double* HWY_RESTRICT sums) {
@@ -123,7 +127,7 @@ HWY_INLINE void AddGroups(Tag d, std::size_t n, const double* HWY_RESTRICT order
             const V im = hn::MulAdd(sign, left ? hImMinus : hImPlus, left ? gImMinus : gImPlus);
             const V sumRe = hn::LoadU(d, sums);
             const V sumIm = hn::LoadU(d, sums + kPack);
-            if constexpr (kDisplaced) {
+            if constexpr (kPhases) {
                 const V c = hn::LoadU(d, phases);
                 const V s = hn::LoadU(d, phases + kPack);
                 hn::StoreU(hn::MulAdd(re, c, hn::MulAdd(im, s, sumRe)), d, sums);
@@ -137,7 +141,7 @@ HWY_INLINE void AddGroups(Tag d, std::size_t n, const double* HWY_RESTRICT order
 }
 
 /// One wave of one pack.
-template <bool kDisplaced>
+template <bool kPhases>
 HWY_INLINE void AddPack(std::size_t n, const double* HWY_RESTRICT coefficients, const FarFieldTables& tables,
                         const double* phases, double* orders, double* sums) {
     const Tag d;
@@ -166,9 +170,9 @@ HWY_INLINE void AddPack(std::size_t n, const double* HWY_RESTRICT coefficients, 
                 const auto powers = [&] { return tables.powers + (g - firstGroup) * 2 * n; };
                 const auto place = [&] { return (all.groups[g].first - firstDirection) * 2 * kPack + part; };
                 for (; g + 2 <= end; g += 2)
-                    AddGroups<kDisplaced, 2>(d, n, ring, powers(), phases + place(), all, g, sums + place());
+                    AddGroups<kPhases, 2>(d, n, ring, powers(), phases + place(), all, g, sums + place());
                 if (g < end)
-                    AddGroups<kDisplaced, 1>(d, n, ring, powers(), phases + place(), all, g, sums + place());
+                    AddGroups<kPhases, 1>(d, n, ring, powers(), phases + place(), all, g, sums + place());
             }
         }
     }
@@ -184,15 +188,17 @@ void AddPacks(const FarFieldSources& sources, const FarFieldTables& tables, doub
     for (std::size_t pack = 0; pack < sources.packs; ++pack) {
         const double* const geometry = sources.geometry.data() + pack * kFarFieldGeometry * kPack;
         const FarFieldDirections::Direction* const u = tables.all.directions.data() + first;
-        if (sources.damped)
-            PhasesOfPack<true>(geometry, u, directions, phases);
+        if (sources.escaping)
+            PhasesOfPack<true, true>(geometry, u, directions, phases);
+        else if (sources.damped)
+            PhasesOfPack<true, false>(geometry, u, directions, phases);
         else if (sources.displaced)
-            PhasesOfPack<false>(geometry, u, directions, phases);
+            PhasesOfPack<false, false>(geometry, u, directions, phases);
         for (std::size_t wave = 0; wave < sources.waves; ++wave) {
             const double* const coefficients =
                 sources.coefficients.data() + (wave * sources.packs + pack) * packSize;
             double* const waveSums = sums + wave * directions * 2 * kPack;
-            if (sources.displaced)
+            if (sources.displaced || sources.escaping)
                 AddPack<true>(n, coefficients, tables, phases, orders, waveSums);
             else
                 AddPack<false>(n, coefficients, tables, phases, orders, waveSums);

@@ -14,7 +14,9 @@ namespace qvre {
 
 constexpr std::size_t kFarFieldPack = 8;      ///< sources side by side
 constexpr std::size_t kFarFieldValues = 4;    ///< of a coefficient: Re C, Im C, Re D, Im D
-constexpr std::size_t kFarFieldGeometry = 5;  ///< of a source: kx, ky, kz, damping, slope
+constexpr std::size_t kFarFieldGeometry = 6;  ///< of a source: kx, ky, kz, damping, slope, escape
+
+constexpr double kFarFieldGrazing = 1e-6;
 
 /// Sources of one table size, in packs filled up with zeros. Several waves may leave the same sources.
 struct FarFieldSources {
@@ -24,9 +26,11 @@ struct FarFieldSources {
     /// By wave, pack and (m, l), m outermost: kFarFieldPack of each value.
     std::vector<double> coefficients;
     /// By pack: kFarFieldPack of each value. With kd = kx x + ky y + kz z, the waves of a source are
-    /// multiplied by exp(-i kd) exp(damping + slope kd).
+    /// multiplied by exp(-i kd) exp(damping + slope kd + escape / z), z being that of the direction but not
+    /// below kFarFieldGrazing.
     std::vector<double> geometry;
     bool damped = false;
+    bool escaping = false;   ///< whether any source has an escape
     bool displaced = false;  ///< whether any source stands off the origin
 };
 

@@ -134,7 +134,7 @@ TEST(RecipeRequests, Emission) {
         return Fields{{"level", r.emission.level.Name()},     {"weight", Text(r.emission.weight)},
                       {"kinetic", Text(r.energy.kinetic_eV)}, {"photon", Text(r.energy.photon_eV)},
                       {"binding", Text(r.energy.binding_eV)}, {"fermi", Text(r.energy.fermi_eV)},
-                      {"isotropic", YesNo(r.isotropic)},      {"light", Text(r.emission.light)}};
+                      {"isotropic", YesNo(r.isotropic)},      {"light", Text(r.light)}};
     };
     ExpectFields(read, "level = \"2p3/2\"\nkinetic = \"0.5 keV\"\n",
                  "binding none; fermi 10; isotropic no; kinetic 500; level 2p3/2; light (0,0,1); photon 0; "
@@ -216,15 +216,17 @@ TEST(RecipeRequests, ScatteringAndImage) {
         const ImageRequest r = ReadImageSection(section);
         return Fields{{"map", WordFor(r.map)},
                       {"resolution", Text(r.resolution)},
-                      {"path", Text(r.meanFreePath)},
-                      {"limit", Text(r.clusterLimit)},
-                      {"lower", Text(r.clusterLowerLimit)}};
+                      {"path", Text(r.emergence.meanFreePath)},
+                      {"losses", Text(r.emergence.inelasticMeanFreePath)},
+                      {"limit", Text(r.emergence.limits.largest)},
+                      {"lower", Text(r.emergence.limits.smallest)}};
     };
-    ExpectFields(image, "", "limit 0; lower 0; map AE; path 0; resolution 1; ",
+    ExpectFields(image, "", "limit 0; losses 0; lower 0; map AE; path 0; resolution 1; ",
                  {{"map = \"AE\"", ""},
                   {"map = \"EC\"", "map EC; "},
                   {"resolution = 2.5", "resolution 2.5; "},
                   {"mean-free-path = \"4 nm\"", "path 4e-09; "},
+                  {"imfp = 14", "losses 1.4e-09; "},
                   {"limit = 8", "limit 8e-10; "},
                   {"lower-limit = 2", "lower 2e-10; "}});
 }

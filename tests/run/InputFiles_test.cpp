@@ -21,7 +21,7 @@ TEST(InputFiles, KeepTheWeightAndTellTheWarnings) {
     source.isotropic = true;
     source.energy.kinetic_eV = 60.0;
     source.emission.weight = 2.0;
-    MakeWavesFile(source, {}, "", waves);
+    MakeIsotropicWaves(source, waves);
     std::vector<EmittedWave> read;
     ZfLoadEmittedWave(read, waves);
     ASSERT_EQ(read.size(), 1U);

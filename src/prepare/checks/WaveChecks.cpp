@@ -53,12 +53,18 @@ void CheckSingle(const std::vector<EmittedWave>& waves, InputFindings& findings)
                         "take the method MULTI or SLOWMULTI, or an s wave"});
 }
 
+/// One coefficient 1: light combines such waves, and the strength is that of the light.
+bool IsUnitWave(const EmittedWave& wave) {
+    return std::count(wave.coeff.block.begin(), wave.coeff.block.end(), 1.0) == 1 && Strength(wave) == 1.0;
+}
+
 void CheckStrength(const std::vector<EmittedWave>& waves, InputFindings& findings) {
     double sum = 0.0;
     for (const EmittedWave& wave : waves) {
         if (wave.IsPlaneWave) return;
         sum += Strength(wave);
     }
+    if (waves.size() > 1 && std::all_of(waves.begin(), waves.end(), IsUnitWave)) return;
     if (sum == 0.0 && !waves.empty())
         findings.push_back({Severity::kMisfit, "no wave emits anything: the image would be empty",
                             "give the coefficients of a wave"});

@@ -35,17 +35,6 @@ DipoleChannels Channels(const EmissionRequest& request, const CoreOrbital& orbit
     return channels;
 }
 
-/// Scales all waves by one real factor.
-void Normalise(std::vector<EmittedWave>& waves, double weight) {
-    double sum = 0.0;
-    for (const EmittedWave& wave : waves)
-        for (const std::complex<double>& a : wave.coeff.block) sum += std::norm(a);
-    const double factor = std::sqrt(4.0 * kPi * weight / sum);
-    // Adding 0 makes a plain zero of a negative one, which would be written with its sign.
-    for (EmittedWave& wave : waves)
-        for (std::complex<double>& a : wave.coeff.block) a = a * factor + std::complex<double>(0.0, 0.0);
-}
-
 }  // namespace
 
 void CheckLevel(const EmissionRequest& request) {
@@ -65,14 +54,7 @@ Emission CoreLevelEmission(const EmissionRequest& request) {
     const auto field = [&](double r) { return SlaterField(request.atom, r); };
     Emission emission;
     emission.orbital = BoundOrbital(field, request.level.n, request.level.l);
-    emission.channels = Channels(request, emission.orbital);
-    for (const LightVector& light : request.light)
-        for (int m = -request.level.l; m <= request.level.l; ++m) {
-            EmittedWave& wave = emission.waves.emplace_back();
-            wave.Ek = request.kinetic_eV;
-            wave.coeff = DipoleWave(emission.channels, light, m);
-        }
-    Normalise(emission.waves, request.weight);
+    emission.source = {Channels(request, emission.orbital), request.kinetic_eV, request.weight};
     return emission;
 }
 

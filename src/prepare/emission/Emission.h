@@ -8,26 +8,24 @@
 #include "prepare/atomic/CoreLevel.h"
 #include "prepare/atomic/CoreOrbital.h"
 #include "prepare/atomic/ScreenedAtom.h"
-#include "prepare/emission/DipoleEmission.h"
+#include "prepare/emission/DipoleSource.h"
 
 namespace qvre {
 
-/// A core level, the field into which its electron goes and the light that lifts it.
+/// A core level and the field into which its electron goes.
 struct EmissionRequest {
     ScreenedAtom atom;  ///< the orbital is that of the free atom in Slater's field
     CoreLevel level;
     RadialPotential potential;  ///< of the photoelectron around the emitter
     double radius = 0.0;        ///< bohr: the potential is 0 from here on
     RadialEquation equation = RadialEquation::kSchroedinger;
-    double kinetic_eV = 0.0;         ///< where the potential is 0
-    std::vector<LightVector> light;  ///< incoherent parts
-    double weight = 1.0;             ///< of the intensity
+    double kinetic_eV = 0.0;  ///< where the potential is 0
+    double weight = 1.0;      ///< of the intensity
 };
 
 struct Emission {
     CoreOrbital orbital;
-    DipoleChannels channels;  ///< rho in bohr^(5/2), the continuum waves being u_l = r R_l of ContinuumWave
-    std::vector<EmittedWave> waves;  ///< for each part of the light one of each m = -l .. l of the level
+    DipoleSource source;  ///< rho in bohr^(5/2), the continuum waves being u_l = r R_l of ContinuumWave
 };
 
 /// Throws ZfError for a level that the ground state of the atom leaves empty.
@@ -36,9 +34,8 @@ void CheckLevel(const EmissionRequest& request);
 /// Throws ZfError for an energy that no file keeps (CheckEnergies), and a weight that is not positive.
 void CheckSource(double kinetic_eV, double weight);
 
-/// The emitted waves of a core level in the dipole approximation, length form. The sum of |A_lm|^2 over all
-/// waves is 4 pi times the weight: without scatterers the intensity averages to the weight over all
-/// directions. Throws ZfError as CheckLevel and CheckSource.
+/// The source that a core level is in the dipole approximation, length form. Throws ZfError as CheckLevel and
+/// CheckSource.
 Emission CoreLevelEmission(const EmissionRequest& request);
 
 /// One wave of l = 0, as strong in all directions: a source like an Auger transition between s levels.

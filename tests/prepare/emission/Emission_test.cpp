@@ -18,7 +18,6 @@ EmissionRequest FreeAtom(const std::string& element, const std::string& level, d
     request.atom = kAtoms.Find(element);
     request.level = ParseCoreLevel(level);
     request.kinetic_eV = kinetic_eV;
-    request.light = LinearLight({0.0, 0.0, 1.0});
     SetFreeAtomField(request);
     return request;
 }
@@ -54,7 +53,7 @@ TEST(Emission, LengthFormEqualsAccelerationForm) {
         for (std::size_t i = request.level.l == 0 ? 1 : 0; i < 2; ++i) {
             const int l = request.level.l + 2 * static_cast<int>(i) - 1;
             const double ratio =
-                AccelerationIntegral(request, emission.orbital, l) / emission.channels.rho[i];
+                AccelerationIntegral(request, emission.orbital, l) / emission.source.channels.rho[i];
             EXPECT_NEAR(ratio, 1.0, kForm) << element << level << " l = " << l;
         }
     }
@@ -67,15 +66,14 @@ TEST(Emission, AsymmetryOfFreeAtoms) {
         EmissionRequest request = FreeAtom(element, level, 1.0);
         const double binding = -BoundOrbital(request.potential, request.level.n, request.level.l).energy;
         request.kinetic_eV = std::round(1500.0 - binding * kHartree_eV);
-        EXPECT_NEAR(CoreLevelEmission(request).channels.Beta(), beta, 0.005) << element << level;
+        EXPECT_NEAR(CoreLevelEmission(request).source.channels.Beta(), beta, 0.005) << element << level;
     }
 }
 
 TEST(Emission, WeightIsTheIntensity) {
     EmissionRequest request = FreeAtom("Cu", "3d", 1480.0);
-    request.light = UnpolarisedLight({0.0, 1.0, 1.0});
     request.weight = 0.25;
-    const std::vector<EmittedWave> waves = CoreLevelEmission(request).waves;
+    const std::vector<EmittedWave> waves = WavesUnder(CoreLevelEmission(request).source, UnpolarisedLight({0.0, 1.0, 1.0}));
     ASSERT_EQ(waves.size(), 10U);
     double sum = 0.0;
     for (const EmittedWave& wave : waves) {
