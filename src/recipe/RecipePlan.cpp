@@ -40,6 +40,9 @@ const Sections kImages = {"cluster", "emission", "phases", "scattering", "therma
 /// Writes one file of the run and returns what the user should know of it, in lines.
 using FileMaker = std::function<std::string(const std::string& output)>;
 
+/// Writes a cluster and the table of its emitters.
+using ClusterMaker = std::function<std::string(const std::string& output, const std::string& sharesOutput)>;
+
 /// One of the files of a calculation.
 struct FileKind {
     std::string step;
@@ -102,6 +105,8 @@ private:
     RunResult AddCase(const RecipeCase& one);
     RunResult AddImages(const RecipeCase& one, const ImageRequest& request);
     ClusterFacts AddCluster(const RecipeCase& one, ScatteringRequest& files);
+    std::string AddClusterFiles(const RecipeCase& one, const std::string& extension,
+                                const ClusterMaker& maker);
     void AddWaves(const RecipeCase& one, const PhaseShiftRequest& crystal, const ClusterFacts& facts,
                   ScatteringRequest& files);
     void AddWavesAndPhases(const RecipeCase& one, const ClusterFacts& facts, ScatteringRequest& files);
@@ -182,9 +187,13 @@ std::string Planner::KeyOf(const RecipeCase& one, const std::string& name, const
         const toml::table* table = one.settings[section].as_table();
         if (!table) continue;
         text << section << '\n' << *table << '\n';
-        for (const char* key : {"file", "cell"})
-            if (const auto file = (*table)[key].value<std::string>())
-                text << FingerprintOfFile(place_.Path(*file)) << '\n';
+        for (const char* key : {"file", "cell"}) {
+            const auto file = (*table)[key].value<std::string>();
+            if (!file) continue;
+            text << FingerprintOfFile(place_.Path(*file)) << '\n';
+            const std::string shares = EmitterSharesBeside(place_.Path(*file));
+            if (fs::exists(shares)) text << FingerprintOfFile(shares) << '\n';
+        }
     }
     return FingerprintOf(text.str());
 }
@@ -218,17 +227,37 @@ std::string Planner::AddFile(const RecipeCase& one, const FileKind& kind, const 
     return path;
 }
 
+/// Adds the step that makes the cluster and "emitters.csv" and returns the path of the cluster.
+std::string Planner::AddClusterFiles(const RecipeCase& one, const std::string& extension,
+                                     const ClusterMaker& maker) {
+    const std::string suffix = SuffixOf(one, kCluster);
+    const std::string cluster = "cluster" + suffix + extension;
+    const std::string shares = "emitters" + suffix + ".csv";
+    std::string path = InFolder(cluster);
+    AddStep(
+        {"cluster", KeyOf(one, "cluster", kCluster), {cluster, shares}, [=, sharesPath = InFolder(shares)] {
+             return maker(path, sharesPath);
+         }});
+    return path;
+}
+
 ClusterFacts Planner::AddCluster(const RecipeCase& one, ScatteringRequest& files) {
     RecipeTable section = RecipeTable(&one.settings, "recipe").Section("cluster");
     if (const auto ready = ReadReadyFile(section, place_)) {
         const auto cluster = LoadReady<Cluster>(section, *ready, ZfLoadCluster);
         const std::string extension = fs::path(*ready).extension().string();
-        files.clusterFile = AddFile(one, {"cluster", "cluster", extension, kCluster}, Copy(*ready));
+        section.Made("file", [&] { return SharesOfReady(*ready, cluster); });
+        files.clusterFile = AddClusterFiles(
+            one, extension, [path = *ready](const std::string& output, const std::string& sharesOutput) {
+                return CopyReadyCluster(path, output, sharesOutput);
+            });
         return section.Made("file", [&] { return FactsOf(cluster); });
     }
     const ClusterRequest request = ReadClusterRequest(section, place_);
-    files.clusterFile = AddFile(one, {"cluster", "cluster", ".xyz", kCluster},
-                                [=](const std::string& output) { return MakeClusterFile(request, output); });
+    files.clusterFile =
+        AddClusterFiles(one, ".xyz", [=](const std::string& output, const std::string& sharesOutput) {
+            return MakeClusterFile(request, output, sharesOutput);
+        });
     return FactsOf(request);
 }
 

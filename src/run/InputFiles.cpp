@@ -2,10 +2,13 @@
 
 #include <fmt/format.h>
 
+#include <filesystem>
+
 #include "foundation/FileReading.h"
 #include "foundation/ProgramFile.h"
 #include "foundation/ReplacedFile.h"
 #include "foundation/Text.h"
+#include "foundation/ZfError.h"
 #include "prepare/cluster/ClusterMaking.h"
 #include "prepare/cluster/ClusterWriting.h"
 #include "prepare/emission/EmitterField.h"
@@ -42,7 +45,8 @@ std::string CopyReadyFile(const std::string& path, const std::string& output) {
     return {};
 }
 
-std::string MakeClusterFile(const ClusterRequest& request, const std::string& output) {
+std::string MakeClusterFile(const ClusterRequest& request, const std::string& output,
+                            const std::string& sharesOutput) {
     const MadeCluster made = MakeCluster(request);
     XyzStyle style;
     std::string remarks;
@@ -53,9 +57,26 @@ std::string MakeClusterFile(const ClusterRequest& request, const std::string& ou
                                made.cluster.structures[i].atoms.size(), structure.symmetry.Name());
     }
     WriteCluster(made.cluster, output, style);
+    SaveEmitterShares(SharesOf(made), sharesOutput);
     if (const std::string warning = ManyStructuresWarning(made.structures.size()); !warning.empty())
         remarks += "warning: " + warning + "\n";
     return remarks;
+}
+
+std::vector<EmitterShare> SharesOfReady(const std::string& path, const Cluster& cluster) {
+    const std::string beside = EmitterSharesBeside(path);
+    if (!std::filesystem::exists(beside)) return SharesOf(cluster);
+    std::vector<EmitterShare> shares = LoadEmitterShares(beside);
+    if (shares.size() != cluster.structures.size())
+        throw ZfError(fmt::format("{} has {} rows for the {} structures of {}: make both anew, or remove it",
+                                  beside, shares.size(), cluster.structures.size(), path));
+    return shares;
+}
+
+std::string CopyReadyCluster(const std::string& path, const std::string& output,
+                             const std::string& sharesOutput) {
+    SaveEmitterShares(SharesOfReady(path, Load(path)), sharesOutput);
+    return CopyReadyFile(path, output);
 }
 
 double KineticEnergyOf(const PhotoelectronEnergy& energy, const ScreenedAtom& atom, const CoreLevel& level) {

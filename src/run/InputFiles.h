@@ -1,8 +1,10 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "prepare/cluster/ClusterRequest.h"
+#include "prepare/cluster/EmitterShares.h"
 #include "prepare/emission/PhotonEnergy.h"
 #include "prepare/phases/PhaseShifts.h"
 #include "prepare/thermal/Vibrations.h"
@@ -14,7 +16,17 @@ namespace qvre {
 
 std::string CopyReadyFile(const std::string& path, const std::string& output);
 
-std::string MakeClusterFile(const ClusterRequest& request, const std::string& output);
+/// Writes the cluster and, as a second file, the table of its emitters.
+std::string MakeClusterFile(const ClusterRequest& request, const std::string& output,
+                            const std::string& sharesOutput);
+
+/// The table of emitters beside a ready cluster, or what the cluster alone tells. Throws ZfError when the
+/// table belongs to another one.
+std::vector<EmitterShare> SharesOfReady(const std::string& path, const Cluster& cluster);
+
+/// Copies a ready cluster and writes the table of its emitters.
+std::string CopyReadyCluster(const std::string& path, const std::string& output,
+                             const std::string& sharesOutput);
 
 /// What is emitted, into which light; emitter and field are those of the cluster.
 struct WavesRequest {

@@ -158,6 +158,14 @@ MadeCluster MakeCluster(const ClusterRequest& request) {
     return made;
 }
 
+std::vector<EmitterShare> SharesOf(const MadeCluster& made) {
+    std::vector<EmitterShare> shares;
+    for (const StructureSummary& structure : made.structures)
+        shares.push_back({structure.surface_angstrom, static_cast<double>(structure.weight),
+                          structure.emitter, structure.site, structure.layer});
+    return shares;
+}
+
 std::string ManyStructuresWarning(std::size_t structures) {
     constexpr std::size_t kMany = 100;
     if (structures <= kMany) return {};

@@ -6,6 +6,7 @@
 
 #include "input/Cluster.h"
 #include "prepare/cluster/ClusterRequest.h"
+#include "prepare/cluster/EmitterShares.h"
 #include "prepare/cluster/PointSymmetry.h"
 
 namespace qvre {
@@ -22,6 +23,7 @@ struct StructureSummary {
     std::string emitter;            ///< element
     int site = 0;                   ///< of the emitter in the cell, from 1
     int layer = 0;                  ///< of the emitter
+    int weight = 1;                 ///< number of emitters for which the structure stands
     double domain_deg = 0.0;        ///< turn of the domain
     double surface_angstrom = 0.0;  ///< height of the surface plane over the emitter
     std::string surfaceElements;    ///< of that plane, such as "As"
@@ -47,6 +49,8 @@ void CheckClusterRequest(const ClusterRequest& request);
 /// Cuts one structure for each layer, emitter site and domain, in this order. Throws ZfError with what to
 /// change when the request cannot be met.
 MadeCluster MakeCluster(const ClusterRequest& request);
+
+std::vector<EmitterShare> SharesOf(const MadeCluster& made);
 
 /// Of a cell whose atoms are all different, such as one of displaced atoms, each makes a structure: what that
 /// costs, and what to do. Empty for an ordinary number of structures.
