@@ -91,7 +91,7 @@ int StopRun(const std::string& recipe, const std::string& results, int signal, c
 TEST_F(RunCommand, RepeatsWhatChangedAndReusesTheScatteredWave) {
     const std::string picture = "[[picture]]\nfile = \"chi.png\"\nwidth = 100\n";
     Run(Recipe("temperature = 300", picture), "results");
-    EXPECT_EQ(Contents("results").size(), 9U);
+    EXPECT_EQ(Contents("results").size(), 10U);
     EXPECT_EQ(folder_.Read("results/chi.png").substr(1, 3), "PNG");
     for (const char* told : {"qvre 0.", "preset = \"Cu\"", "The inputs fit together.", " s\n"})
         EXPECT_PRED_FORMAT2(testing::IsSubstring, told, folder_.Read("results/run.log"));

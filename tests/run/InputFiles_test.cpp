@@ -33,3 +33,20 @@ TEST(InputFiles, KeepTheWeightAndTellTheWarnings) {
                         MakePhaseShiftFile(phases, QVRE_EXAMPLES "/cu001_small/cluster.xml_cl", waves,
                                            folder.Path("p.xml_ph")));
 }
+
+// A ready cluster keeps the weights that were made with it; without them it tells the depth itself.
+TEST(InputFiles, AReadyClusterBringsItsEmitters) {
+    const TempFolder folder;
+    const std::string cluster = folder.Write("c.xyz", "2\ncopper\nCu 0 0 0\nCu 1.8 0 1.8\n");
+    const auto shares = [&] {
+        CopyReadyCluster(cluster, folder.Path("cluster.xyz"), folder.Path("emitters.csv"));
+        return LoadEmitterShares(folder.Path("emitters.csv")).at(0);
+    };
+    EXPECT_NEAR(shares().depth_angstrom, 1.8, 1e-9);
+    const std::string table = folder.Write("c.emitters.csv", "structure,depth,weight\n1,3.6,2\n");
+    EXPECT_EQ(shares().depth_angstrom, 3.6);
+    EXPECT_EQ(shares().weight, 2.0);
+    folder.Write("c.emitters.csv", "structure,depth,weight\n1,3.6,2\n2,3.6,2\n");
+    EXPECT_EQ(ErrorText(shares),
+              table + " has 2 rows for the 1 structures of " + cluster + ": make both anew, or remove it");
+}
