@@ -19,11 +19,13 @@ class RunCommand : public testing::Test {
 protected:
     /// A recipe of 25 copper atoms; `more` follows its last section, [image].
     std::string Recipe(const std::string& thermal, const std::string& more = "",
-                       const std::string& kinetic = "60") const {
+                       const std::string& kinetic = "60",
+                       const std::string& source = "level = \"2p\"") const {
         return folder_.Write("recipe.toml",
                              "[cluster]\npreset = \"Cu\"\nemitter-layer = 2\natoms = 20\n"
-                             "[emission]\nlevel = \"2p\"\nkinetic = " +
-                                 kinetic + "\n[thermal]\n" + thermal + "\n[image]\nresolution = 10\n" + more);
+                             "[emission]\n" +
+                                 source + "\nkinetic = " + kinetic + "\n[thermal]\n" + thermal +
+                                 "\n[image]\nresolution = 10\n" + more);
     }
 
     /// The start of a command line; the leak checker of the sanitizers is told what fontconfig keeps.
@@ -91,14 +93,14 @@ int StopRun(const std::string& recipe, const std::string& results, int signal, c
 TEST_F(RunCommand, RepeatsWhatChangedAndReusesTheScatteredWave) {
     const std::string picture = "[[picture]]\nfile = \"chi.png\"\nwidth = 100\n";
     Run(Recipe("temperature = 300", picture), "results");
-    EXPECT_EQ(Contents("results").size(), 10U);
+    EXPECT_EQ(Contents("results").size(), 12U);
     EXPECT_EQ(folder_.Read("results/chi.png").substr(1, 3), "PNG");
     for (const char* told : {"qvre 0.", "preset = \"Cu\"", "The inputs fit together.", " s\n"})
         EXPECT_PRED_FORMAT2(testing::IsSubstring, told, folder_.Read("results/run.log"));
 
-    EXPECT_EQ(Count(Run(folder_.Path("recipe.toml"), "results"), "unchanged\n"), 8U);
+    EXPECT_EQ(Count(Run(folder_.Path("recipe.toml"), "results"), "unchanged\n"), 9U);
     folder_.Write("results/cluster.xyz", "edited");
-    EXPECT_EQ(Count(Run(folder_.Path("recipe.toml"), "results"), "unchanged\n"), 7U);
+    EXPECT_EQ(Count(Run(folder_.Path("recipe.toml"), "results"), "unchanged\n"), 8U);
 
     const std::string output =
         Run(Recipe("temperature = 100", "mean-free-path = 20\nlimit = 3.8\nlower-limit = 2.6\n[[picture]]\n"),
@@ -110,8 +112,13 @@ TEST_F(RunCommand, RepeatsWhatChangedAndReusesTheScatteredWave) {
     const auto results = Contents("results");
     EXPECT_EQ(Count(Run(folder_.Path("recipe.toml"), "results", " --repeat"), "unchanged\n"), 0U);
     EXPECT_EQ(Contents("results"), results);
+}
 
-    // The first program makes the same images of the same files.
+// Waves that no light lifts stand in the folder as they are emitted.
+TEST_F(RunCommand, TheFirstProgramMakesTheSameImagesOfTheFilesOfAnIsotropicSource) {
+    Run(Recipe("temperature = 100", "mean-free-path = 20\nlimit = 3.8\nlower-limit = 2.6\n", "560",
+               "isotropic = true"),
+        "results");
     const std::string images = (fs::path(QVRE_PROGRAM).parent_path() / "cmd_qvre").string() + " -W " +
                                folder_.Path("results/scatteredwave.xml_sf") + " -T " +
                                folder_.Path("results/fluctuation.xml_flu") + " -I " +
@@ -172,7 +179,7 @@ TEST_F(RunCommand, AChangedTableRepeatsTheSteps) {
         return Count(folder_.Read("told"), "unchanged\n");
     };
     unchanged();
-    EXPECT_EQ(unchanged(), 8U);
+    EXPECT_EQ(unchanged(), 9U);
     for (const std::string& table : tables) {
         std::string text = folder_.Read(table);
         folder_.Write(table, text.insert(text.find('\n'), " "));
