@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "prepare/attenuation/MeanFreePath.h"
 #include "recipe/RecipeTable.h"
 #include "run/InputFiles.h"
 
@@ -35,6 +36,8 @@ std::optional<std::string> ReadReadyFile(RecipeTable& section, const RecipeFolde
 ClusterRequest ReadClusterRequest(RecipeTable section, const RecipeFolder& place);
 WavesRequest ReadWavesRequest(RecipeTable section, const ClusterFacts& cluster);
 PhaseShiftRequest ReadPhaseShiftRequest(RecipeTable section, const ClusterFacts& cluster);
+/// The keys "imfp", a length or "TPP-2M", and "gap"; none without "imfp".
+std::optional<MeanFreePathRequest> ReadMeanFreePath(RecipeTable& section);
 VibrationRequest ReadVibrationRequest(RecipeTable section, const ClusterFacts& cluster);
 
 }  // namespace qvre

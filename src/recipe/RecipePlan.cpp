@@ -63,8 +63,8 @@ std::string SuffixOf(const RecipeCase& one, const Sections& sections) {
 /// Fingerprints of the tables that the program reads.
 std::string ShippedTables() {
     std::string text;
-    for (const char* name :
-         {"AtomicWeight.txt", "binding_energies.csv", "debye_temperatures.csv", "screening_dhfs.csv"})
+    for (const char* name : {"AtomicWeight.txt", "binding_energies.csv", "debye_temperatures.csv",
+                             "screening_dhfs.csv", "valence_electrons.csv"})
         text += FingerprintOfFile(ProgramFile(name)) + "\n";
     return text;
 }

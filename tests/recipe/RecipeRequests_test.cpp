@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <list>
 
+#include "ErrorText.h"
 #include "TempFolder.h"
 #include "foundation/Text.h"
 #include "recipe/RecipeInputs.h"
@@ -196,6 +197,28 @@ TEST(RecipeRequests, Vibrations) {
                   {"model = \"einstein\"", "Debye no; Einstein yes; "},
                   {"model = \"cluster\"", "Debye no; "},
                   {"debye = { Cu = 343 }", "debye Cu=343 ; "}});
+}
+
+TEST(RecipeRequests, MeanFreePath) {
+    const auto read = [](RecipeTable section) {
+        const std::optional<MeanFreePathRequest> r = ReadMeanFreePath(section);
+        if (!r) return Fields{{"given", "no"}};
+        return Fields{{"length", Text(r->length_angstrom)}, {"gap", Text(r->gap_eV)}};
+    };
+    EXPECT_EQ(read(Section("")).at("given"), "no");
+    ExpectFields(read, "imfp = \"TPP-2M\"\n", "gap 0; length none; ", {{"gap = 8.9", "gap 8.9; "}});
+    ExpectFields(read, "imfp = \"1.4 nm\"\n", "gap 0; length 14; ", {});
+    ExpectFields(read, "imfp = 14\n", "gap 0; length 14; ", {});
+    const auto refused = [&](const std::string& lines) { return ErrorText([&] { read(Section(lines)); }); };
+    for (const char* text : {"\"TPP\"", "\"\"", "\"angstrom\""})
+        EXPECT_EQ(refused(std::string("imfp = ") + text),
+                  "r.toml line 2: [s] imfp: has to be a length such as \"14 angstrom\", or \"TPP-2M\"");
+    EXPECT_EQ(refused("imfp = 0"),
+              "r.toml line 2: [s] imfp: The mean free path has to lie above 0 angstrom, not 0");
+    EXPECT_EQ(refused("imfp = \"TPP-2M\"\ngap = 31"),
+              "r.toml line 3: [s] gap: The band gap has to lie between 0 and 30 eV, not 31");
+    for (const char* text : {"gap = 1", "imfp = 14\ngap = 1"})
+        EXPECT_PRED_FORMAT2(testing::IsSubstring, "gap: is a setting of imfp = \"TPP-2M\"", refused(text));
 }
 
 TEST(RecipeRequests, ScatteringAndImage) {
