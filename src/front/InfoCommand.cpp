@@ -1,8 +1,10 @@
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -12,6 +14,7 @@
 #include "foundation/ZfError.h"
 #include "front/Commands.h"
 #include "front/SharedOptions.h"
+#include "prepare/attenuation/MeanFreePath.h"
 #include "prepare/checks/InputCheck.h"
 #include "prepare/thermal/AtomicWeights.h"
 
@@ -24,12 +27,15 @@ constexpr const char* kExample =
     "  qvre info pattern.xml_img\n"
     "  qvre info cluster.xml_cl emitter.xml_emt phaseshift.xml_ph fluctuation.xml_flu\n"
     "  qvre info .\n"
+    "  qvre info cluster.xml_cl --kinetic 1119\n"
     "A folder stands for the four input files of those names in it. Input files given together are checked\n"
     "against each other; the exit status is 1 when a run would fail or be wrong.";
 
 struct InfoOptions {
     std::vector<std::string> paths;
     ScatteringMethod method = InputSet().method;
+    double kinetic_eV = 0.0;
+    MeanFreePathRequest meanFreePath;
 };
 
 /// The input files of a folder under the names that a run takes by default.
@@ -104,9 +110,49 @@ void CheckSet(const std::vector<AnyFile>& files, ScatteringMethod method) {
     if (parts > 1) std::printf("The %s fit together\n", parts == 4 ? "four files" : "files");
 }
 
+/// The energies that the mean free path is told at: that of the option, or those of the emitted waves.
+std::set<double> Energies(const InfoOptions& options, const std::vector<AnyFile>& files) {
+    if (options.kinetic_eV > 0.0) return {options.kinetic_eV};
+    std::set<double> energies;
+    for (const AnyFile& file : files)
+        if (const auto* waves = std::get_if<std::vector<EmittedWave>>(&file.content))
+            for (const EmittedWave& wave : *waves) energies.insert(wave.Ek);
+    return energies;
+}
+
+/// How far electrons of the energies go in the solid of a cluster. Without the option a cluster that does not
+/// tell passes in silence.
+std::string MeanFreePaths(const InfoOptions& options, const AnyFile& file, const std::set<double>& energies) {
+    const auto* cluster = std::get_if<Cluster>(&file.content);
+    if (!cluster || energies.empty()) return "";
+    try {
+        const SolidDensity solid =
+            DensityOfCluster(*cluster, LoadAtomicWeights(ProgramFile("AtomicWeight.txt")),
+                             ValenceElectrons(ProgramFile("valence_electrons.csv")));
+        std::string text;
+        for (const double energy_eV : energies) {
+            text += "  mean free path " + MeanFreePathText(options.meanFreePath, solid, energy_eV) + "\n";
+            const std::string warning = MeanFreePathWarning(options.meanFreePath, energy_eV);
+            if (!warning.empty()) text += "  warning: " + warning + "\n";
+        }
+        return text;
+    } catch (const ZfError&) {
+        if (options.kinetic_eV > 0.0) throw;
+        return "";
+    }
+}
+
 void Run(const InfoOptions& options) {
+    Usage("--gap", [&] { CheckMeanFreePath(options.meanFreePath); });
     const std::vector<AnyFile> files = LoadAll(options.paths);
-    for (const AnyFile& file : files) std::fputs(FileSummary(file).c_str(), stdout);
+    if (options.kinetic_eV > 0.0 && std::none_of(files.begin(), files.end(), [](const AnyFile& file) {
+            return std::holds_alternative<Cluster>(file.content);
+        }))
+        throw CLI::ValidationError("--kinetic", "the mean free path needs a cluster");
+    const std::set<double> energies = Energies(options, files);
+    std::string text;
+    for (const AnyFile& file : files) text += FileSummary(file) + MeanFreePaths(options, file, energies);
+    std::fputs(text.c_str(), stdout);
     CheckSet(files, options.method);
 }
 
@@ -127,6 +173,17 @@ void AddInfoCommand(CLI::App& program) {
             "Method of the run that the input is checked for: " + Alternatives(WordsOf<ScatteringMethod>()))
         ->transform(WordOf<ScatteringMethod>())
         ->option_text("NAME=" + WordFor(options->method));
+    command
+        .add_option("--kinetic", options->kinetic_eV,
+                    "Kinetic energy in eV for the mean free path in the solid of a cluster (TPP-2M); by "
+                    "default that of emitted waves given with it")
+        ->check(AboveZero())
+        ->type_name("FLOAT");
+    command
+        .add_option("--gap", options->meanFreePath.gap_eV,
+                    "Band gap of the solid in eV, for its mean free path; insulators need it")
+        ->type_name("FLOAT")
+        ->capture_default_str();
     command.footer(kExample);
     command.callback([options] { Run(*options); });
 }

@@ -136,6 +136,23 @@ PhaseShiftRequest ReadPhaseShiftRequest(RecipeTable section, const ClusterFacts&
     return request;
 }
 
+std::optional<MeanFreePathRequest> ReadMeanFreePath(RecipeTable& section) {
+    if (!section.Has("imfp")) {
+        if (section.Has("gap")) section.Fail("gap", "is a setting of imfp = \"TPP-2M\"");
+        return std::nullopt;
+    }
+    MeanFreePathRequest request;
+    const std::string text = section.HasText("imfp") ? *section.Text("imfp") : "";
+    if (text != kTpp2m && text.find_first_of("0123456789") != 0 && section.HasText("imfp"))
+        section.Fail("imfp", "has to be a length such as \"14 angstrom\", or \"TPP-2M\"");
+    if (text != kTpp2m) request.length_angstrom = section.Number("imfp", RecipeUnit::kAngstrom);
+    request.gap_eV = section.Number("gap", RecipeUnit::kElectronVolt, request.gap_eV);
+    if (request.length_angstrom && section.Has("gap"))
+        section.Fail("gap", "is a setting of imfp = \"TPP-2M\"");
+    section.Made(request.length_angstrom ? "imfp" : "gap", [&] { CheckMeanFreePath(request); });
+    return request;
+}
+
 VibrationRequest ReadVibrationRequest(RecipeTable section, const ClusterFacts& cluster) {
     VibrationRequest request;
     request.temperature_K = Temperature(section, request.temperature_K);

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "experiment/Light.h"
+#include "prepare/attenuation/MeanFreePath.h"
 #include "recipe/RecipeTable.h"
 #include "run/InputFiles.h"
 
@@ -42,8 +43,10 @@ PhaseShiftRequest ReadPhaseShiftRequest(RecipeTable section, const ClusterFacts&
 inline constexpr std::array<const char*, 4> kLightKeys = {"polarisation", "unpolarised-along", "circular",
                                                           "along"};
 
-LightFrame ReadLightFrame(RecipeTable recipe);               ///< of the section "light"
+LightFrame ReadLightFrame(RecipeTable recipe);                    ///< of the section "light"
 void RefuseLight(RecipeTable recipe, const std::string& source);  ///< which takes none
+/// The keys "imfp", a length or "TPP-2M", and "gap"; none without "imfp".
+std::optional<MeanFreePathRequest> ReadMeanFreePath(RecipeTable& section);
 VibrationRequest ReadVibrationRequest(RecipeTable section, const ClusterFacts& cluster);
 
 }  // namespace qvre

@@ -1,15 +1,17 @@
 #include "recipe/RecipePlan.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <filesystem>
 #include <functional>
 #include <map>
+#include <optional>
 #include <sstream>
 #include <utility>
 
 #include "foundation/FileReading.h"
 #include "foundation/ProgramFile.h"
-#include "foundation/Text.h"
 #include "foundation/ZfError.h"
 #include "recipe/RecipeCases.h"
 #include "recipe/RecipeInputs.h"
@@ -50,6 +52,8 @@ using ClusterMaker = std::function<std::string(const std::string& output, const 
 struct CasePlan {
     ScatteringRequest scattering;
     ImageRequest images;
+    double fermi_eV = PhotoelectronEnergy().fermi_eV;
+    std::string losses;  ///< settings of the image on which the method FULL depends, as text
 };
 
 /// One of the files of a calculation.
@@ -76,8 +80,8 @@ std::string SuffixOf(const RecipeCase& one, const Sections& sections) {
 /// Fingerprints of the tables that the program reads.
 std::string ShippedTables() {
     std::string text;
-    for (const char* name :
-         {"AtomicWeight.txt", "binding_energies.csv", "debye_temperatures.csv", "screening_dhfs.csv"})
+    for (const char* name : {"AtomicWeight.txt", "binding_energies.csv", "debye_temperatures.csv",
+                             "screening_dhfs.csv", "valence_electrons.csv"})
         text += FingerprintOfFile(ProgramFile(name)) + "\n";
     return text;
 }
@@ -122,6 +126,7 @@ private:
     void AddUnitWaves(const RecipeCase& one, const WavesRequest& request, const PhaseShiftRequest& crystal,
                       CasePlan& plan);
     void AddWavesAndPhases(const RecipeCase& one, const ClusterFacts& facts, CasePlan& plan);
+    void AddLosses(const RecipeCase& one, const std::optional<MeanFreePathRequest>& losses, CasePlan& plan);
     std::string AddFluctuation(const RecipeCase& one, const ClusterFacts& facts,
                                const std::string& clusterFile);
     std::string AddFile(const RecipeCase& one, const FileKind& kind, const FileMaker& maker);
@@ -238,7 +243,8 @@ void Planner::ClaimComparison() {
 std::string Planner::AddFile(const RecipeCase& one, const FileKind& kind, const FileMaker& maker) {
     const std::string name = kind.stem + SuffixOf(one, kind.sections) + kind.extension;
     std::string path = InFolder(name);
-    AddStep({kind.step, KeyOf(one, kind.step + kind.detail, kind.sections), {name}, [=] { return maker(path); }});
+    AddStep(
+        {kind.step, KeyOf(one, kind.step + kind.detail, kind.sections), {name}, [=] { return maker(path); }});
     return path;
 }
 
@@ -295,13 +301,13 @@ void Planner::AddWaves(const RecipeCase& one, const PhaseShiftRequest& crystal, 
     const WavesRequest request = ReadWavesRequest(section, facts);
     if (!request.isotropic) {
         plan.images.emergence.light = {request.light, ReadLightFrame(recipe)};
+        plan.fermi_eV = request.energy.fermi_eV;
         AddUnitWaves(one, request, crystal, plan);
         return;
     }
     RefuseLight(recipe, "an isotropic source");
-    plan.scattering.wavesFile = AddFile(one, kind, [request](const std::string& output) {
-        return MakeIsotropicWaves(request, output);
-    });
+    plan.scattering.wavesFile = AddFile(
+        one, kind, [request](const std::string& output) { return MakeIsotropicWaves(request, output); });
 }
 
 /// Light that stays with the sample makes emitted waves as well, for whoever goes on with the folder's files.
@@ -363,44 +369,47 @@ std::string Planner::AddFluctuation(const RecipeCase& one, const ClusterFacts& f
     return AddFile(one, {"thermal", "fluctuation", ".xml_flu", kFluctuation}, maker);
 }
 
-/// FULL damps the waves on their way between atoms, all other losses belong to the image.
-void SettleLosses(RecipeTable& recipe, CasePlan& plan) {
-    EmergenceRequest& emergence = plan.images.emergence;
-    RecipeTable image = recipe.Section("image");
-    if (emergence.meanFreePath > 0.0 && emergence.inelasticMeanFreePath > 0.0)
-        image.Fail("mean-free-path", "damps amplitudes by exp(-2 r/length), imfp by what the losses are: give one");
-    if (plan.scattering.method != kFull) return;
-    if (emergence.meanFreePath > 0.0)
-        image.Fail("mean-free-path", "is for the other methods: with FULL give imfp");
-    double& between = plan.scattering.full.meanFreePath;
-    if (between == 0.0) between = emergence.inelasticMeanFreePath;
-}
-
-/// As text for a key; settings of another section become part of the method FULL.
-std::string LossesOf(const ScatteringRequest& scattering) {
-    return scattering.method == kFull ? DoubleToText(scattering.full.meanFreePath) : "";
+/// FULL damps the waves on their way between the atoms; all other losses belong to the image.
+void Planner::AddLosses(const RecipeCase& one, const std::optional<MeanFreePathRequest>& losses,
+                        CasePlan& plan) {
+    if (!losses) return;
+    ScatteringRequest& scattering = plan.scattering;
+    const std::string settings =
+        losses->length_angstrom ? fmt::format("imfp {}", *losses->length_angstrom)
+                                : fmt::format("{} gap {} fermi {}", kTpp2m, losses->gap_eV, plan.fermi_eV);
+    plan.images.emergence.meanFreePathFile =
+        AddFile(one, {"losses", "mean_free_path", ".csv", kWaves, settings},
+                [request = *losses, fermi = plan.fermi_eV, cluster = scattering.clusterFile,
+                 waves = scattering.wavesFile](const std::string& output) {
+                    return MakeMeanFreePathFile(request, fermi, cluster, waves, output);
+                });
+    if (scattering.method != kFull) return;
+    scattering.meanFreePathFile = plan.images.emergence.meanFreePathFile;
+    plan.losses = settings;
 }
 
 RunResult Planner::AddCase(const RecipeCase& one) {
     RecipeTable recipe(&one.settings, "recipe");
     CasePlan plan;
     plan.scattering = ReadScatteringSection(recipe.Section("scattering"));
-    plan.images = ReadImageSection(recipe.Section("image"));
+    const ImageSection image = ReadImageSection(recipe.Section("image"));
+    plan.images = image.request;
+    if (plan.scattering.method == kFull && plan.images.emergence.meanFreePath > 0.0)
+        recipe.Section("image").Fail("mean-free-path", "is for the other methods: with FULL give imfp");
     const ClusterFacts facts = AddCluster(one, plan);
     AddWavesAndPhases(one, facts, plan);
-    SettleLosses(recipe, plan);
+    AddLosses(one, image.losses, plan);
     ScatteringRequest& scattering = plan.scattering;
     EmergenceRequest& emergence = plan.images.emergence;
     const std::string weights = ProgramFile("AtomicWeight.txt");
     const std::string fluctuation = AddFluctuation(one, facts, scattering.clusterFile);
-    AddFile(one, {"checks", "checks", ".txt", kImages}, [=](const std::string& output) {
-        return CheckRun(scattering, fluctuation, weights, output);
-    });
+    AddFile(one, {"checks", "checks", ".txt", kImages},
+            [=](const std::string& output) { return CheckRun(scattering, fluctuation, weights, output); });
     scattering.fluctuationFile = emergence.fluctuationFile = fluctuation;
     scattering.atomicWeightFile = emergence.atomicWeightFile = weights;
     const Sections& sections = scattering.method == kFull ? kFullScattering : kScattering;
     emergence.scatteredWaveFile =
-        AddFile(one, {"scattering", "scatteredwave", ".xml_sf", sections, LossesOf(scattering)},
+        AddFile(one, {"scattering", "scatteredwave", ".xml_sf", sections, plan.losses},
                 [=](const std::string& output) { return CalculateScattering(scattering, output); });
     return AddImages(one, plan.images);
 }

@@ -59,9 +59,8 @@ ScatteringRequest ReadScatteringSection(RecipeTable section) {
     ScatteringRequest request;
     request.method = section.Word("method", request.method);
     if (request.method != kFull)
-        for (const char* key : {"imfp", "tolerance"})
-            if (section.Has(key)) section.Fail(key, "is a setting of the method FULL");
-    request.full.meanFreePath = Length(section, "imfp");
+        if (section.Has("tolerance")) section.Fail("tolerance", "is a setting of the method FULL");
+    if (section.Has("imfp")) section.Fail("imfp", "is a key of [image], for every method");
     request.full.tolerance = section.Number("tolerance", RecipeUnit::kNone, request.full.tolerance);
     if (!(request.full.tolerance >= kLeastTolerance && request.full.tolerance <= kLargestTolerance))
         section.Fail("tolerance",
@@ -70,19 +69,23 @@ ScatteringRequest ReadScatteringSection(RecipeTable section) {
     return request;
 }
 
-ImageRequest ReadImageSection(RecipeTable section) {
-    ImageRequest request;
+ImageSection ReadImageSection(RecipeTable section) {
+    ImageSection image;
+    ImageRequest& request = image.request;
     request.map = section.Word("map", request.map);
     request.resolution = section.Number("resolution", RecipeUnit::kDegree, request.resolution);
     if (!(request.resolution >= 0.05 && request.resolution <= 10.0))
         section.Fail("resolution", "has to lie between 0.05 and 10 degrees");
     EmergenceRequest& emergence = request.emergence;
-    emergence.inelasticMeanFreePath = Length(section, "imfp");
+    image.losses = ReadMeanFreePath(section);
     emergence.meanFreePath = Length(section, "mean-free-path");
+    if (image.losses && emergence.meanFreePath > 0.0)
+        section.Fail("mean-free-path",
+                     "damps by exp(-2 r/length), imfp by the losses on the whole way: give one");
     emergence.limits.largest = Length(section, "limit");
     emergence.limits.smallest = Length(section, "lower-limit");
     section.RefuseUnread();
-    return request;
+    return image;
 }
 
 RunComparison ReadCompareSection(RecipeTable section, const RecipeFolder& place,

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "recipe/RecipeInputs.h"
@@ -16,7 +17,12 @@ namespace qvre {
 ScatteringRequest ReadScatteringSection(RecipeTable section);
 
 /// Without the files.
-ImageRequest ReadImageSection(RecipeTable section);
+struct ImageSection {
+    ImageRequest request;
+    std::optional<MeanFreePathRequest> losses;
+};
+
+ImageSection ReadImageSection(RecipeTable section);
 
 /// `measuredFile`, if there is one, takes the place of the file that the section names. Without a column chi
 /// and without a background that is asked for, a cubic in the polar angle is taken away, here and from the

@@ -4,20 +4,25 @@
 
 #include <filesystem>
 
+#include "foundation/CommaTable.h"
 #include "foundation/FileReading.h"
 #include "foundation/ProgramFile.h"
 #include "foundation/ReplacedFile.h"
+#include "foundation/StrictNumber.h"
 #include "foundation/Text.h"
 #include "foundation/ZfError.h"
 #include "prepare/cluster/ClusterMaking.h"
 #include "prepare/cluster/ClusterWriting.h"
 #include "prepare/emission/EmitterField.h"
 #include "prepare/phases/EnergyList.h"
+#include "prepare/thermal/AtomicWeights.h"
 #include "prepare/thermal/Elements.h"
 
 namespace qvre {
 
 namespace {
+
+constexpr const char* kMeanFreePathTitle = "mean free path (angstrom)";
 
 Cluster Load(const std::string& clusterFile) {
     Cluster cluster;
@@ -122,6 +127,31 @@ std::string MakePhaseShiftFile(const PhaseShiftRequest& request, const std::stri
     std::string remarks = PhaseShiftListing(result.rows);
     for (const std::string& warning : result.warnings) remarks += "warning: " + warning + "\n";
     return remarks;
+}
+
+std::string MakeMeanFreePathFile(const MeanFreePathRequest& request, double fermi_eV,
+                                 const std::string& clusterFile, const std::string& wavesFile,
+                                 const std::string& output) {
+    const double kinetic_eV = EnergiesOfWaves(wavesFile).front();
+    const double energy_eV = kinetic_eV - fermi_eV;
+    SolidDensity solid;
+    if (!request.length_angstrom)
+        solid = DensityOfCluster(Load(clusterFile), LoadAtomicWeights(ProgramFile("AtomicWeight.txt")),
+                                 ValenceElectrons(ProgramFile("valence_electrons.csv")));
+    const double length_angstrom = MeanFreePath_angstrom(request, solid, energy_eV);
+    WriteWholeFile(output,
+                   fmt::format("kinetic (eV),{}\n{},{}\n", kMeanFreePathTitle, kinetic_eV, length_angstrom));
+    std::string text = "mean free path " + MeanFreePathText(request, solid, energy_eV) + "\n";
+    if (const std::string warning = MeanFreePathWarning(request, energy_eV); !warning.empty())
+        text += "warning: " + warning + "\n";
+    return text;
+}
+
+double LoadMeanFreePath_m(const std::string& path) {
+    const CommaTable table = CommaTable::Load(path);
+    if (table.rows.empty()) throw ZfError(path + " has no row");
+    constexpr double kAngstrom_m = 1e-10;
+    return kAngstrom_m * StrictNumber(table.rows.front()[table.Column(kMeanFreePathTitle)], path);
 }
 
 std::string MakeFluctuationFile(const VibrationRequest& request, const std::string& clusterFile,

@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "prepare/attenuation/MeanFreePath.h"
 #include "prepare/cluster/ClusterRequest.h"
 #include "prepare/cluster/EmitterShares.h"
 #include "prepare/emission/PhotonEnergy.h"
@@ -55,6 +56,13 @@ std::string MakeWavesUnderLight(const std::string& dipoleFile, const std::vector
 /// Of the atoms of the cluster, at the energies of the waves.
 std::string MakePhaseShiftFile(const PhaseShiftRequest& request, const std::string& clusterFile,
                                const std::string& wavesFile, const std::string& output);
+
+/// Table of the inelastic mean free path of the waves in the solid of the cluster. The Fermi level lies
+/// `fermi_eV` above the muffin-tin zero.
+std::string MakeMeanFreePathFile(const MeanFreePathRequest& request, double fermi_eV,
+                                 const std::string& clusterFile, const std::string& wavesFile,
+                                 const std::string& output);
+double LoadMeanFreePath_m(const std::string& path);
 
 /// Of the elements of the cluster.
 std::string MakeFluctuationFile(const VibrationRequest& request, const std::string& clusterFile,

@@ -14,6 +14,7 @@
 #include "pattern/SphereMap.h"
 #include "pattern/ZfDocPattern.h"
 #include "prepare/thermal/AtomicWeights.h"
+#include "run/InputFiles.h"
 #include "run/RunProgress.h"
 #include "scattering/ThermalModels.h"
 #include "xml/ZfBarnFile.h"
@@ -70,7 +71,8 @@ CountedIntensity Count(const EmergenceRequest& request, const FarFieldDirections
     if (!request.dipoleFile.empty()) counting.source = LoadDipoleSource(request.dipoleFile);
     counting.emitters = LoadEmitterShares(request.emittersFile);
     counting.light = request.light;
-    counting.inelasticMeanFreePath = request.inelasticMeanFreePath;
+    if (!request.meanFreePathFile.empty())
+        counting.inelasticMeanFreePath = LoadMeanFreePath_m(request.meanFreePathFile);
     counting.arePathsDamped = data.Version == kFull;
     counting.meanFreePath = request.meanFreePath;
     counting.limits = request.limits;
@@ -163,6 +165,9 @@ std::string CalculateInFull(const ScatteringRequest& request, LoadedInputs& inpu
         all.fluctuation = &fluctuation;
         all.weights = &weights;
     }
+    FullScatteringSettings settings = request.full;
+    if (!request.meanFreePathFile.empty())
+        settings.meanFreePath = LoadMeanFreePath_m(request.meanFreePathFile);
     double done = 0.0;
     RunProgress progress("scattering", [&done] { return done; });
     const FullScatteringReports reports = {TellEstimate, [&done](const FullScatteringProgress& at) {
@@ -170,7 +175,7 @@ std::string CalculateInFull(const ScatteringRequest& request, LoadedInputs& inpu
                                                    std::log(at.residual) / std::log(at.tolerance), 0.0, 1.0);
                                            }};
     std::string text;
-    for (const FullScatteringOutcome& outcome : ScatterInFull(data, all, request.full, progress, reports))
+    for (const FullScatteringOutcome& outcome : ScatterInFull(data, all, settings, progress, reports))
         text += OutcomeText(outcome);
     InterruptRequest::ThrowIfPending();
     return text;

@@ -19,8 +19,10 @@ struct ScatteringRequest {
     std::string wavesFile;
     std::string phaseShiftFile;
     ScatteringMethod method = kMulti;
-    FullScatteringSettings full;  ///< of the method FULL alone, as the two files behind it
-    std::string fluctuationFile;  ///< none: the atoms are at rest
+    // Of the method FULL alone; the others leave vibrations and losses to the image.
+    FullScatteringSettings full;
+    std::string meanFreePathFile;  ///< none: that of the settings
+    std::string fluctuationFile;   ///< none: the atoms are at rest
     std::string atomicWeightFile;
 };
 
@@ -43,9 +45,9 @@ struct EmergenceRequest {
     std::string emittersFile;  ///< the shares of the structures
     std::string fluctuationFile;
     std::string atomicWeightFile;
-    Light light;                         ///< on unit waves
-    double inelasticMeanFreePath = 0.0;  ///< m; see CountingRequest
-    double meanFreePath = 0.0;           ///< m; 0: no damping
+    std::string meanFreePathFile;  ///< of the inelastic mean free path; none: no losses
+    Light light;                   ///< on unit waves
+    double meanFreePath = 0.0;     ///< m; see CountingRequest
     SourceLimits limits;
 };
 

@@ -24,6 +24,9 @@ TEST(InfoCommand, SetThatFits) {
         "    x -5.415 to 5.415, y -5.415 to 5.415, z -1.805 to 3.61 angstrom\n"
         "    nearest neighbours 2.55266 angstrom apart\n"
         "    Uiso none\n"
+        "  mean free path 10.1 angstrom at 560 eV (TPP-2M: 8.97 g/cm^3, 11 valence electrons in 63.546 u, "
+        "gap 0 "
+        "eV)\n"
         "/cu001_small/emitter.xml_emt: emitted waves\n"
         "  3 waves\n"
         "  0: 560 eV, l size 3, |A|^2 of l = 2: 3.68491\n"
@@ -39,6 +42,21 @@ TEST(InfoCommand, SetThatFits) {
         "  Uiso from the Debye model\n"
         "  Debye temperature of Cu 343 K\n"
         "The four files fit together\n");
+}
+
+TEST(InfoCommand, MeanFreePath) {
+    const std::string cluster = "info " + kExamples + "/gaas001/cluster.xml_cl";
+    const auto told = [&](const std::string& options) {
+        const std::string text = RunQvre(cluster + options).output;
+        const std::size_t at = text.find("mean free path ");
+        return at == std::string::npos ? "" : text.substr(at + 15, 4);
+    };
+    EXPECT_EQ(told(""), "");
+    EXPECT_EQ(told(" --kinetic 1119"), "24.2");
+    EXPECT_EQ(told(" --kinetic 1119 --gap 1.4"), "24.3");
+    EXPECT_PRED_FORMAT2(testing::IsSubstring,
+                        "warning: TPP-2M holds from 50 to 200000 eV, and 45 eV lies outside",
+                        RunQvre(cluster + " --kinetic 45").output);
 }
 
 TEST(InfoCommand, Misfit) {

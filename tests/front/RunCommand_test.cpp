@@ -168,7 +168,8 @@ TEST_F(RunCommand, AWordInPlaceOfANumberIsAMisfit) {
 // The program looks for its tables beside itself.
 TEST_F(RunCommand, AChangedTableRepeatsTheSteps) {
     const std::vector<std::string> tables = {"AtomicWeight.txt", "binding_energies.csv",
-                                             "debye_temperatures.csv", "screening_dhfs.csv"};
+                                             "debye_temperatures.csv", "screening_dhfs.csv",
+                                             "valence_electrons.csv"};
     fs::copy_file(QVRE_PROGRAM, folder_.Path("qvre"));
     for (const std::string& table : tables)
         fs::copy_file(fs::path(QVRE_PROGRAM).parent_path() / table, folder_.Path(table));

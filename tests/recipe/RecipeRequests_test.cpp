@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <list>
 
+#include "ErrorText.h"
 #include "TempFolder.h"
 #include "foundation/Text.h"
 #include "recipe/RecipeInputs.h"
@@ -198,35 +199,53 @@ TEST(RecipeRequests, Vibrations) {
                   {"debye = { Cu = 343 }", "debye Cu=343 ; "}});
 }
 
+TEST(RecipeRequests, MeanFreePath) {
+    const auto read = [](RecipeTable section) {
+        const std::optional<MeanFreePathRequest> r = ReadMeanFreePath(section);
+        if (!r) return Fields{{"given", "no"}};
+        return Fields{{"length", Text(r->length_angstrom)}, {"gap", Text(r->gap_eV)}};
+    };
+    EXPECT_EQ(read(Section("")).at("given"), "no");
+    ExpectFields(read, "imfp = \"TPP-2M\"\n", "gap 0; length none; ", {{"gap = 8.9", "gap 8.9; "}});
+    ExpectFields(read, "imfp = \"1.4 nm\"\n", "gap 0; length 14; ", {});
+    ExpectFields(read, "imfp = 14\n", "gap 0; length 14; ", {});
+    const auto refused = [&](const std::string& lines) { return ErrorText([&] { read(Section(lines)); }); };
+    for (const char* text : {"\"TPP\"", "\"\"", "\"angstrom\""})
+        EXPECT_EQ(refused(std::string("imfp = ") + text),
+                  "r.toml line 2: [s] imfp: has to be a length such as \"14 angstrom\", or \"TPP-2M\"");
+    EXPECT_EQ(refused("imfp = 0"),
+              "r.toml line 2: [s] imfp: The mean free path has to lie above 0 angstrom, not 0");
+    EXPECT_EQ(refused("imfp = \"TPP-2M\"\ngap = 31"),
+              "r.toml line 3: [s] gap: The band gap has to lie between 0 and 30 eV, not 31");
+    for (const char* text : {"gap = 1", "imfp = 14\ngap = 1"})
+        EXPECT_PRED_FORMAT2(testing::IsSubstring, "gap: is a setting of imfp = \"TPP-2M\"", refused(text));
+}
+
 TEST(RecipeRequests, ScatteringAndImage) {
     const auto scattering = [](const RecipeTable& section) {
         const ScatteringRequest r = ReadScatteringSection(section);
         return Fields{{"method", Text(static_cast<double>(r.method))},  // as files number them
-                      {"damping", Text(r.full.meanFreePath)},
                       {"tolerance", Text(r.full.tolerance)}};
     };
-    ExpectFields(scattering, "", "damping 0; method 2; tolerance 1e-05; ",
+    ExpectFields(scattering, "", "method 2; tolerance 1e-05; ",
                  {{"method = \"SINGLE\"", "method 0; "},
                   {"method = \"SLOWMULTI\"", "method 1; "},
                   {"method = \"MULTI\"", ""},
                   {"method = \"FULL\"", "method 3; "},
-                  {"method = \"FULL\"\nimfp = 12", "damping 1.2e-09; method 3; "},
                   {"method = \"FULL\"\ntolerance = 0.001", "method 3; tolerance 0.001; "}});
     const auto image = [](const RecipeTable& section) {
-        const ImageRequest r = ReadImageSection(section);
+        const ImageRequest r = ReadImageSection(section).request;
         return Fields{{"map", WordFor(r.map)},
                       {"resolution", Text(r.resolution)},
                       {"path", Text(r.emergence.meanFreePath)},
-                      {"losses", Text(r.emergence.inelasticMeanFreePath)},
                       {"limit", Text(r.emergence.limits.largest)},
                       {"lower", Text(r.emergence.limits.smallest)}};
     };
-    ExpectFields(image, "", "limit 0; losses 0; lower 0; map AE; path 0; resolution 1; ",
+    ExpectFields(image, "", "limit 0; lower 0; map AE; path 0; resolution 1; ",
                  {{"map = \"AE\"", ""},
                   {"map = \"EC\"", "map EC; "},
                   {"resolution = 2.5", "resolution 2.5; "},
                   {"mean-free-path = \"4 nm\"", "path 4e-09; "},
-                  {"imfp = 14", "losses 1.4e-09; "},
                   {"limit = 8", "limit 8e-10; "},
                   {"lower-limit = 2", "lower 2e-10; "}});
 }
