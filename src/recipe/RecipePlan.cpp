@@ -1,5 +1,7 @@
 #include "recipe/RecipePlan.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <filesystem>
 #include <functional>
@@ -450,8 +452,7 @@ void Planner::AddPicture(const RunResult& result, const RecipePicture& picture) 
     if (plot.title.empty()) plot.title = plan_.title;
     if (!result.label.empty()) plot.title += ", " + result.label;
     AddStep({"picture", FingerprintOf(result.key + picture.settings + plot.title), {name}, [=] {
-                 DrawPatternPlot(plot);
-                 return std::string();
+                 return fmt::format("{}", fmt::join(DrawPatternPlot(plot).leftOut, "\n"));
              }});
 }
 
