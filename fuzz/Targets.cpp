@@ -22,6 +22,7 @@
 #include "input/ZfDebye.h"
 #include "input/ZfPhaseShiftDocument.h"
 #include "prepare/cluster/CrystalSources.h"
+#include "prepare/cluster/EmitterShares.h"
 #include "prepare/phases/PhaseShiftTable.h"
 #include "recipe/RecipePlan.h"
 #include "recipe/RecipeTable.h"
@@ -205,6 +206,11 @@ const std::vector<FuzzTarget>& FuzzTargets() {
         FileTarget("cluster_xml", "cluster.xml_cl", ZfLoadCluster),
         FileTarget("cluster_xyz", "cluster.xyz", ZfLoadCluster),
         {"date", ReadDate},
+        {"emitter_shares",
+         [](Bytes input) {
+             const std::string path = InputFile("c.emitters.csv", input);
+             Refusing([&] { LoadEmitterShares(path); });
+         }},
         {"expression", [](Bytes input) { RefusingAny([&] { ZfParser().Calculate(std::string(input)); }); }},
         {"expression_cell", [](Bytes input) { Refusing([&] { ParseExpressionCell(std::string(input)); }); }},
         FileTarget("fluctuation", "fluctuation.xml_flu", ZfLoadFluctuation),

@@ -11,6 +11,8 @@
 #include "prepare/cluster/ClusterMaking.h"
 #include "prepare/cluster/ClusterWriting.h"
 #include "prepare/cluster/CrystalSources.h"
+#include "prepare/cluster/EmitterShares.h"
+#include "prepare/cluster/Terminations.h"
 
 namespace qvre {
 
@@ -32,6 +34,8 @@ struct ClusterOptions {
     std::vector<double> lattice;
     std::vector<int> surface = {0, 0, 1};
     std::vector<std::string> debye;
+    std::string emitters;
+    bool listsTerminations = false;
     std::string output;
     std::string title;
     int decimals = 10;
@@ -68,25 +72,61 @@ void AddCrystalOptions(CLI::App& command, ClusterOptions& options) {
         ->capture_default_str();
 }
 
+/// All emitters below a surface, in place of single ones.
+void AddTerminationOptions(CLI::App& command, ClusterOptions& options,
+                           const std::vector<CLI::Option*>& ofSingleEmitters) {
+    ClusterRequest& request = options.request;
+    CLI::Option* emitters =
+        command
+            .add_option("--emitters", options.emitters,
+                        "all: each atom of the element below one surface, down to --depth")
+            ->check(CLI::IsMember({"all"}))
+            ->option_text("all");
+    for (CLI::Option* option : ofSingleEmitters) emitters->excludes(option);
+    CLI::Option* depth =
+        command
+            .add_option("--depth", request.depth_angstrom,
+                        "Depth of the deepest emitter below the top of the crystal, angstrom")
+            ->option_text("FLOAT");
+    command
+        .add_option("--termination", request.termination,
+                    "How the crystal ends: number of --list-terminations, or the elements of its topmost "
+                    "layers, such as O or \"O / O Ti\"")
+        ->needs(emitters);
+    emitters->needs(depth);
+    depth->needs(emitters);
+    command.add_option("--layer-tolerance", request.layerTolerance_angstrom,
+                       "Planes that lie so close are one layer, angstrom; default 0.3 with --emitters all, "
+                       "single planes otherwise");
+    command.add_flag("--list-terminations", options.listsTerminations,
+                     "Print how the crystal can end at the surface, and make no cluster");
+}
+
 void AddEmitterOptions(CLI::App& command, ClusterOptions& options) {
     ClusterRequest& request = options.request;
     command.add_option("--emitter", request.emitter,
                        "Element that emits; needed when the crystal holds several");
-    command
-        .add_option("--site", request.sites,
-                    "Emitting atoms of the cell, from 1; default: all of the element that differ")
-        ->delimiter(',');
-    command
-        .add_option("--layer,--emitter-layer", request.layers,
-                    "Layers of the emitter, from 1 at the surface, over all atomic planes")
-        ->delimiter(',')
-        ->capture_default_str();
-    command.add_option("--top", request.top, "Only emitters below a surface plane that holds this element");
+    CLI::Option* sites =
+        command
+            .add_option("--site", request.sites,
+                        "Emitting atoms of the cell, from 1; default: all of the element that differ")
+            ->delimiter(',');
+    CLI::Option* layer =
+        command
+            .add_option("--layer,--emitter-layer", request.layers,
+                        "Layers of the emitter, from 1 at the surface, over all atomic planes")
+            ->delimiter(',')
+            ->capture_default_str();
+    CLI::Option* top = command.add_option("--top", request.top,
+                                          "Only emitters below a surface plane that holds this element");
+    AddTerminationOptions(command, options, {sites, layer, top});
 }
 
 void AddShapeOptions(CLI::App& command, ClusterOptions& options) {
     ClusterRequest& request = options.request;
-    command.add_option("--shape", request.shape, "hemisphere (default) or paraboloid")
+    command
+        .add_option("--shape", request.shape,
+                    "hemisphere or paraboloid; default: hemisphere, with --emitters all paraboloid")
         ->transform(WordOf<ClusterShape>())
         ->option_text("NAME");
     CLI::Option* radius =
@@ -117,12 +157,14 @@ void AddOutputOptions(CLI::App& command, ClusterOptions& options) {
     command
         .add_option("-o,--output", options.output,
                     "Cluster file to write: .xml_cl (6 significant digits) or .xyz (Extended XYZ)")
-        ->required();
+        ->option_text("TEXT REQUIRED");
 }
 
 void CheckUsage(const ClusterOptions& options) {
     if (options.preset.empty() && options.cellFile.empty())
         throw CLI::ValidationError("a crystal is needed: --preset or --cell");
+    if (options.listsTerminations) return;
+    if (options.output.empty()) throw CLI::RequiredError("--output");
     Usage("--output", [&] { CheckClusterExtension(options.output); });
     if (options.title.find_first_of("\r\n") != std::string::npos)
         throw CLI::ValidationError("--title", "has to be one line");
@@ -147,6 +189,7 @@ void PrintStructure(const StructureSummary& structure, std::size_t index, std::s
     std::printf("  %zu atoms, emitter %s (site %d), surface plane %s at z = %.4f angstrom\n", atoms,
                 structure.emitter.c_str(), structure.site, structure.surfaceElements.c_str(),
                 structure.surface_angstrom);
+    if (structure.weight > 1) std::printf("  weight %d: so many equal emitters\n", structure.weight);
     PrintShells(structure.shells);
     std::printf("  nearest neighbour %s at %.4f angstrom, size %.3f angstrom\n",
                 structure.nearestElement.c_str(), structure.shells.front().distance_angstrom,
@@ -157,13 +200,15 @@ void PrintStructure(const StructureSummary& structure, std::size_t index, std::s
     std::printf("\n");
 }
 
-void Run(ClusterOptions& options) {
-    CheckUsage(options);
-    ReadDebye(options);
-    options.request.surface = {options.surface[0], options.surface[1], options.surface[2]};
-    options.request.cell = options.cellFile.empty()
-                               ? PresetCell(options.preset, options.elements, options.lattice)
-                               : LoadCell(options.cellFile);
+/// The table of the emitters, where there is more to tell than the one cluster.
+void WriteShares(const MadeCluster& made, const ClusterOptions& options) {
+    if (made.structures.size() == 1) return;
+    const std::string path = EmitterSharesBeside(options.output);
+    SaveEmitterShares(SharesOf(made), path);
+    std::printf("%s: depth and weight of each emitter\n", path.c_str());
+}
+
+void Make(const ClusterOptions& options) {
     const MadeCluster made = MakeCluster(options.request);
     XyzStyle style;
     style.decimals = options.decimals;
@@ -172,11 +217,27 @@ void Run(ClusterOptions& options) {
     WriteCluster(made.cluster, options.output, style);
     std::printf("%s: %s, %s displacements\n", options.output.c_str(),
                 Counted(made.structures.size(), "structure").c_str(), made.hasUiso ? "with" : "without");
+    WriteShares(made, options);
     for (std::size_t i = 0; i < made.structures.size(); ++i)
         PrintStructure(made.structures[i], i, made.cluster.structures[i].atoms.size());
+    std::fputs(made.remarks.c_str(), stdout);
     std::fflush(stdout);
-    if (const std::string warning = ManyStructuresWarning(made.structures.size()); !warning.empty())
-        std::fprintf(stderr, "qvre cluster: warning: %s\n", warning.c_str());
+    const std::string warning = ManyStructuresWarning(made.structures.size(), options.request.allEmitters);
+    if (!warning.empty()) std::fprintf(stderr, "qvre cluster: warning: %s\n", warning.c_str());
+}
+
+void Run(ClusterOptions& options) {
+    CheckUsage(options);
+    ReadDebye(options);
+    options.request.surface = {options.surface[0], options.surface[1], options.surface[2]};
+    options.request.allEmitters = !options.emitters.empty();
+    options.request.cell = options.cellFile.empty()
+                               ? PresetCell(options.preset, options.elements, options.lattice)
+                               : LoadCell(options.cellFile);
+    if (options.listsTerminations)
+        std::fputs(TerminationListing(options.request).c_str(), stdout);
+    else
+        Make(options);
 }
 
 }  // namespace

@@ -46,6 +46,41 @@ double Temperature(RecipeTable& section, double fallback) {
     return temperature_K;
 }
 
+/// A number, or the elements of the topmost layers.
+std::string TerminationName(RecipeTable& section) {
+    if (!section.Has("termination")) return {};
+    if (!section.HasText("termination")) return std::to_string(*section.Integer("termination"));
+    const std::string name = section.Text("termination", "");
+    if (name.empty()) section.Fail("termination", "has to be a number or the elements of the topmost layers");
+    return name;
+}
+
+/// All emitters below a termination, in place of those of a layer, whose surface the emitter itself chooses.
+void ReadTermination(RecipeTable& section, ClusterRequest& request) {
+    request.layerTolerance_angstrom = section.Number("layer-tolerance", RecipeUnit::kAngstrom);
+    const std::optional<std::string> emitters = section.Text("emitters");
+    if (emitters && *emitters != "all")
+        section.Fail("emitters", "can only be \"all\"; the element that emits is named by emitter");
+    request.allEmitters = emitters.has_value();
+    request.termination = TerminationName(section);
+    request.depth_angstrom = section.Number("depth", RecipeUnit::kAngstrom, 0.0);
+    if (request.allEmitters) {
+        if (!section.Has("depth"))
+            section.Fail("emitters",
+                         "\"all\" needs depth, down to which atoms emit: three mean free paths hold 95 "
+                         "percent of the signal");
+        for (const char* key : {"emitter-layer", "sites", "top"})
+            if (section.Has(key))
+                section.Fail(key,
+                             "is for emitters one by one; with emitters = \"all\" leave it out, as depth "
+                             "and termination take its place");
+        return;
+    }
+    for (const char* key : {"depth", "termination"})
+        if (section.Has(key))
+            section.Fail(key, "is for all emitters below a surface: give emitters = \"all\" too");
+}
+
 CrystalCell ReadCell(RecipeTable& section, const RecipeFolder& place) {
     const std::string preset = section.Text("preset", "");
     const std::string cell = section.Text("cell", "");
@@ -102,7 +137,8 @@ ClusterRequest ReadClusterRequest(RecipeTable section, const RecipeFolder& place
         for (const int layer : request.layers) CheckLayer(layer);
     });
     request.top = section.Text("top", "");
-    request.shape = section.Word("shape", request.shape);
+    ReadTermination(section, request);
+    request.shape = section.Word<ClusterShape>("shape");
     request.size_angstrom = section.NotNegative("radius", RecipeUnit::kAngstrom, request.size_angstrom);
     request.atoms = section.Count("atoms", request.atoms);
     if (section.Has("atoms") && section.Has("radius"))

@@ -63,7 +63,9 @@ std::string MakeClusterFile(const ClusterRequest& request, const std::string& ou
     }
     WriteCluster(made.cluster, output, style);
     SaveEmitterShares(SharesOf(made), sharesOutput);
-    if (const std::string warning = ManyStructuresWarning(made.structures.size()); !warning.empty())
+    remarks += made.remarks;
+    if (const std::string warning = ManyStructuresWarning(made.structures.size(), request.allEmitters);
+        !warning.empty())
         remarks += "warning: " + warning + "\n";
     return remarks;
 }

@@ -8,6 +8,7 @@
 #include "ErrorText.h"
 #include "TempFolder.h"
 #include "foundation/Text.h"
+#include "prepare/cluster/Terminations.h"
 #include "recipe/RecipeInputs.h"
 #include "recipe/RecipePictures.h"
 #include "recipe/RecipeSettings.h"
@@ -99,31 +100,41 @@ TEST(RecipeRequests, Cluster) {
                       {"sites", List(r.sites)},
                       {"layers", List(r.layers)},
                       {"top", r.top},
-                      {"bowl", YesNo(r.shape == ClusterShape::kParaboloid)},
+                      {"bowl", YesNo(r.Shape() == ClusterShape::kParaboloid)},
+                      {"all", YesNo(r.allEmitters)},
+                      {"depth", Text(r.depth_angstrom)},
+                      {"termination", r.termination},
+                      {"tolerance", Text(LayerTolerance_angstrom(r))},
                       {"radius", Text(r.size_angstrom)},
                       {"atoms", Text(r.atoms)},
                       {"debye", Text(r.debye_K)},
                       {"temperature", Text(r.temperature_K)},
                       {"cell", r.cell.Formula() + " " + Text(r.cell.axes.column_copy(0).length())}};
     };
-    ExpectFields(
-        read, "preset = \"Cu\"\n",
-        "atoms 200; azimuth 0; bowl no; cell Cu 3.61; debye ; domains 0; emitter ; layers 3; radius 0; "
-        "sites ; surface 0 0 1; temperature 300; top ; ",
-        {{"surface = [1, 1, -2]", "surface 1 1 -2; "},
-         {"azimuth = \"1 rad\"", "azimuth 57.2958; "},
-         {"domains = [0, 90]", "domains 0 90; "},
-         {"emitter = \"Cu\"", "emitter Cu; "},
-         {"sites = [2]", "sites 2; "},
-         {"emitter-layer = 5", "layers 5; "},
-         {"top = \"Cu\"", "top Cu; "},
-         {"shape = \"hemisphere\"", ""},
-         {"shape = \"paraboloid\"", "bowl yes; "},
-         {"radius = \"0.7 nm\"", "radius 7; "},
-         {"radius = 7", "radius 7; "},
-         {"atoms = 50", "atoms 50; "},
-         {"debye = { Cu = 343 }", "debye Cu=343 ; "},
-         {"temperature = 77", "temperature 77; "}});
+    ExpectFields(read, "preset = \"Cu\"\n",
+                 "all no; atoms 200; azimuth 0; bowl no; cell Cu 3.61; debye ; depth 0; domains 0; emitter ; "
+                 "layers 3; "
+                 "radius 0; sites ; surface 0 0 1; temperature 300; termination ; tolerance 0.01; top ; ",
+                 {{"surface = [1, 1, -2]", "surface 1 1 -2; "},
+                  {"azimuth = \"1 rad\"", "azimuth 57.2958; "},
+                  {"domains = [0, 90]", "domains 0 90; "},
+                  {"emitter = \"Cu\"", "emitter Cu; "},
+                  {"sites = [2]", "sites 2; "},
+                  {"emitter-layer = 5", "layers 5; "},
+                  {"top = \"Cu\"", "top Cu; "},
+                  {"layer-tolerance = \"20 pm\"", "tolerance 0.2; "},
+                  {"emitters = \"all\"\ndepth = \"1 nm\"", "all yes; bowl yes; depth 10; tolerance 0.3; "},
+                  {"emitters = \"all\"\ndepth = 4\ntermination = 1\nshape = \"hemisphere\"",
+                   "all yes; depth 4; termination 1; tolerance 0.3; "},
+                  {"emitters = \"all\"\ndepth = 0\ntermination = \"Cu / Cu\"",
+                   "all yes; bowl yes; termination Cu / Cu; tolerance 0.3; "},
+                  {"shape = \"hemisphere\"", ""},
+                  {"shape = \"paraboloid\"", "bowl yes; "},
+                  {"radius = \"0.7 nm\"", "radius 7; "},
+                  {"radius = 7", "radius 7; "},
+                  {"atoms = 50", "atoms 50; "},
+                  {"debye = { Cu = 343 }", "debye Cu=343 ; "},
+                  {"temperature = 77", "temperature 77; "}});
     EXPECT_EQ(read(Section("preset = \"fcc\"\nelements = \"Ni\"\nlattice = \"0.352 nm\"")).at("cell"),
               "Ni 3.52");
     EXPECT_EQ(read(Section("cell = \"a.cell\"")).at("cell"), "Po 4");

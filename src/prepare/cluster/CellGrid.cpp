@@ -71,8 +71,9 @@ std::vector<CellGrid::Found> CellGrid::Near(const gemmi::Vec3& fractional, doubl
                 const std::array<int, 3> place = {i - cell[0] * boxes_[0], j - cell[1] * boxes_[1],
                                                   k - cell[2] * boxes_[2]};
                 for (const std::size_t atom : atoms_[BoxOf(place)]) {
-                    const double distance = cell_.axes.multiply(inside_[atom] + image - point).length();
-                    if (distance <= radius) found.push_back({atom, distance});
+                    const gemmi::Vec3 offset = cell_.axes.multiply(inside_[atom] + image - point);
+                    const double distance = offset.length();
+                    if (distance <= radius) found.push_back({atom, distance, offset});
                 }
             }
     return found;

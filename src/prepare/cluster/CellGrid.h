@@ -18,6 +18,7 @@ public:
     struct Found {
         std::size_t atom = 0;   ///< index in the cell
         double distance = 0.0;  ///< angstrom
+        gemmi::Vec3 offset;     ///< from the point, angstrom
     };
 
     /// All atoms within `radius` angstrom of a point in fractions; an atom may be there with several images.

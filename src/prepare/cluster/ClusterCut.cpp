@@ -15,7 +15,6 @@ namespace {
 
 constexpr double kSameShell_angstrom = 1e-4;
 constexpr double kBeyondSize_angstrom = 1e-3;
-constexpr double kSamePlane_angstrom = 0.01;
 
 /// Exactly 0 for what rounding leaves of it.
 double Clean(double length) {

@@ -4,15 +4,17 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 #include <optional>
-#include <set>
 #include <utility>
 
 #include "foundation/ZfError.h"
 #include "prepare/cluster/CellCheck.h"
+#include "prepare/cluster/CellGrid.h"
 #include "prepare/cluster/ClusterDisplacements.h"
 #include "prepare/cluster/EmitterSites.h"
 #include "prepare/cluster/SurfaceFrame.h"
+#include "prepare/cluster/Terminations.h"
 #include "prepare/thermal/Vibrations.h"
 
 namespace qvre {
@@ -33,35 +35,17 @@ void CheckNumbers(const ClusterRequest& request) {
     CheckTemperature(request.temperature_K);
 }
 
-/// "(001)", or "(1 0 -1)" when an index has a sign or two digits.
-std::string MillerIndices(const std::array<int, 3>& hkl) {
-    const bool digits = std::all_of(hkl.begin(), hkl.end(), [](int i) { return i >= 0 && i <= 9; });
-    std::string text = "(";
-    for (std::size_t i = 0; i < 3; ++i) {
-        if (i > 0 && !digits) text += " ";
-        text += std::to_string(hkl.at(i));
-    }
-    return text + ")";
-}
-
 std::string Title(const ClusterRequest& request, const StructureSummary& summary) {
     const bool oneElement = request.cell.Elements().size() == 1;
-    std::string title = request.cell.Formula() + MillerIndices(request.surface) + " ";
+    std::string title = SurfaceName(request.cell, request.surface) + " ";
     if (!oneElement) title += summary.emitter + " ";
     title += "emitter in layer " + std::to_string(summary.layer) + ", ";
-    title += request.shape == ClusterShape::kHemisphere ? "hemisphere radius " : "paraboloid size ";
+    if (request.allEmitters) title += fmt::format("depth {:.2f} A, ", summary.surface_angstrom);
+    title += request.Shape() == ClusterShape::kHemisphere ? "hemisphere radius " : "paraboloid size ";
     title += fmt::format("{:.2f} A", summary.size_angstrom);
     if (summary.domain_deg != 0.0)
         title += fmt::format(", domain turned by {:g} degrees", summary.domain_deg);
     return title;
-}
-
-std::string ElementsOf(const CrystalCell& cell, const AtomicPlane& plane) {
-    std::set<std::string> elements;
-    for (const std::size_t atom : plane.atoms) elements.insert(cell.atoms[atom].element);
-    std::string text;
-    for (const std::string& element : elements) text += (text.empty() ? "" : " ") + element;
-    return text;
 }
 
 /// Distances from the emitter, in groups that differ by less than 0.001 angstrom.
@@ -90,21 +74,35 @@ Structure StructureOf(const CrystalCell& cell, const ClusterCut& cut) {
     return structure;
 }
 
+/// A deep emitter outside of its hemisphere would see the atoms at the surface and none around itself.
+void CheckReach(const ClusterRequest& request, const EmitterSite& emitter, const ClusterCut& cut) {
+    if (!request.allEmitters || request.Shape() != ClusterShape::kHemisphere) return;
+    if (cut.size > emitter.bounds.top) return;
+    throw ZfError(
+        fmt::format("The emitter at a depth of {:.3f} angstrom lies outside of its hemisphere of "
+                    "radius {:.3f} angstrom: take the shape paraboloid, a larger cluster or a "
+                    "smaller depth",
+                    emitter.bounds.top, cut.size));
+}
+
 void AddStructure(const ClusterRequest& request, const SurfaceFrame& frame, const EmitterSite& emitter,
                   double domain_deg, MadeCluster& made) {
     const CrystalCell& cell = request.cell;
     const HalfCrystal half{&cell, frame.RotatedBy(request.azimuth_deg + domain_deg), emitter.bounds,
                            emitter.atom};
-    const ClusterCut cut = request.size_angstrom > 0.0 ? CutBySize(half, request.shape, request.size_angstrom)
-                                                       : CutByCount(half, request.shape, request.atoms);
+    const ClusterCut cut = request.size_angstrom > 0.0
+                               ? CutBySize(half, request.Shape(), request.size_angstrom)
+                               : CutByCount(half, request.Shape(), request.atoms);
+    CheckReach(request, emitter, cut);
     Structure structure = StructureOf(cell, cut);
     StructureSummary summary;
     summary.emitter = cell.atoms[emitter.atom].element;
     summary.site = static_cast<int>(emitter.atom) + 1;
     summary.layer = emitter.layer;
+    summary.weight = emitter.weight;
     summary.domain_deg = domain_deg;
     summary.surface_angstrom = emitter.bounds.top;
-    summary.surfaceElements = ElementsOf(cell, frame.planes[emitter.bounds.plane]);
+    summary.surfaceElements = ElementsOf(cell, frame.planes[emitter.bounds.plane].atoms);
     summary.size_angstrom = cut.size;
     summary.shells = ShellsAround(cut.atoms);
     summary.nearestElement = cell.atoms[cut.atoms[1].site].element;
@@ -115,11 +113,93 @@ void AddStructure(const ClusterRequest& request, const SurfaceFrame& frame, cons
     made.structures.push_back(std::move(summary));
 }
 
-}  // namespace
+bool IsSameAtom(const ClusterAtom& a, const ClusterAtom& b) {
+    constexpr double kSamePlace_m = 1e-14;  // 1e-4 angstrom
+    constexpr double kSameU_m2 = 1e-26;
+    if (a.atom != b.atom || a.U.Count() != b.U.Count()) return false;
+    for (int i = 0; i < 3; ++i)
+        if (std::abs(a.position.Data()[i] - b.position.Data()[i]) > kSamePlace_m) return false;
+    return a.U.Count() == 0 || std::abs(a.U.Data()[0] - b.U.Data()[0]) < kSameU_m2;
+}
 
-namespace {
+/// Whether two clusters have the same atoms at the same places: by distance from the emitter, of which they
+/// have several at one.
+bool HaveSameAtoms(const std::vector<ClusterAtom>& a, const std::vector<ClusterAtom>& b) {
+    if (a.size() != b.size()) return false;
+    constexpr double kSameDistance_m = 2e-14;
+    const auto distance = [](const ClusterAtom& atom) {
+        const double* p = atom.position.Data();
+        return std::sqrt(p[0] * p[0] + p[1] * p[1] + p[2] * p[2]);
+    };
+    std::vector<double> distances;
+    for (const ClusterAtom& atom : b) distances.push_back(distance(atom));
+    return std::all_of(a.begin(), a.end(), [&](const ClusterAtom& atom) {
+        auto other = std::lower_bound(distances.begin(), distances.end(), distance(atom) - kSameDistance_m);
+        for (; other != distances.end() && *other < distance(atom) + kSameDistance_m; ++other)
+            if (IsSameAtom(atom, b[static_cast<std::size_t>(other - distances.begin())])) return true;
+        return false;
+    });
+}
 
-constexpr const char* kTakeFewer = "take fewer sites of the emitter or fewer domains";
+/// Takes the structures of the last emitter, one a domain, away when an earlier emitter at the same depth
+/// sees the same, and counts them there.
+void JoinEqual(MadeCluster& made, std::size_t domains) {
+    constexpr double kSameDepth_angstrom = 1e-4;
+    std::vector<Structure>& structures = made.cluster.structures;
+    const std::size_t last = structures.size() - domains;
+    for (std::size_t earlier = 0; earlier < last; earlier += domains) {
+        const double depth = made.structures[earlier].surface_angstrom;
+        if (std::abs(depth - made.structures[last].surface_angstrom) > kSameDepth_angstrom ||
+            !HaveSameAtoms(structures[earlier].atoms, structures[last].atoms))
+            continue;
+        for (std::size_t domain = 0; domain < domains; ++domain)
+            made.structures[earlier + domain].weight += made.structures[last + domain].weight;
+        structures.resize(last);
+        made.structures.resize(last);
+        return;
+    }
+}
+
+/// Weights as the smallest whole numbers.
+void ReduceWeights(std::vector<StructureSummary>& structures) {
+    int divisor = 0;
+    for (const StructureSummary& structure : structures) divisor = std::gcd(divisor, structure.weight);
+    for (StructureSummary& structure : structures) structure.weight /= divisor;
+}
+
+/// How many atoms of the half crystal are nearest neighbours of an emitter, with those at about their
+/// distance.
+int NeighboursOf(const CellGrid& grid, const CrystalCell& cell, const SurfaceFrame& frame,
+                 const StructureSummary& structure, double reach) {
+    const std::vector<CellGrid::Found> found =
+        grid.Near(cell.atoms[static_cast<std::size_t>(structure.site) - 1].fractional, reach);
+    return static_cast<int>(std::count_if(found.begin(), found.end(), [&](const CellGrid::Found& near) {
+        const double height = near.offset.dot(frame.rotation.row_copy(2));
+        return near.distance > kSamePlane_angstrom &&
+               height < structure.surface_angstrom + kSamePlane_angstrom;
+    }));
+}
+
+std::string NarrowRemark(const CrystalCell& cell, const SurfaceFrame& frame, const MadeCluster& made) {
+    constexpr double kRounding_angstrom = 1e-3;
+    const CellGrid grid(cell);
+    for (const StructureSummary& structure : made.structures) {
+        const NeighbourShell& nearest = structure.shells.front();
+        const double reach = nearest.distance_angstrom + kRounding_angstrom;
+        if (NeighboursOf(grid, cell, frame, structure, reach) > nearest.atoms)
+            return fmt::format(
+                "clusters of emitters from a depth of {:.3f} angstrom on lack some of the nearest "
+                "neighbours, "
+                "those behind: ask for more atoms where backscattering counts\n",
+                structure.surface_angstrom);
+    }
+    return {};
+}
+
+const char* TakeFewer(bool allEmitters) {
+    return allEmitters ? "take a smaller depth or fewer domains"
+                       : "take fewer sites of the emitter or fewer domains";
+}
 
 /// A request whose numbers are checked, with what follows from them.
 struct Settled {
@@ -127,13 +207,14 @@ struct Settled {
         CheckNumbers(request);
         CheckCell(request.cell);
         hasUiso = SettleDisplacements(request);
-        frame.emplace(request.cell, request.surface);
+        CheckLayerTolerance(request);
+        frame.emplace(request.cell, request.surface, LayerTolerance_angstrom(request));
         emitters = FindEmitters(request, *frame);
         const std::size_t structures = emitters.size() * request.domains_deg.size();
         if (structures > kMostStructures)
             throw ZfError(
                 fmt::format("{} emitters differ, which makes {} structures; more than {} are not made: {}",
-                            emitters.size(), structures, kMostStructures, kTakeFewer));
+                            emitters.size(), structures, kMostStructures, TakeFewer(request.allEmitters)));
     }
 
     ClusterRequest request;  ///< with displacements
@@ -152,9 +233,14 @@ MadeCluster MakeCluster(const ClusterRequest& request) {
     const Settled settled(request);
     MadeCluster made;
     made.hasUiso = settled.hasUiso;
-    for (const EmitterSite& emitter : settled.emitters)
+    made.remarks = TerraceRemarks(settled.request, *settled.frame);
+    for (const EmitterSite& emitter : settled.emitters) {
         for (const double domain : request.domains_deg)
             AddStructure(settled.request, *settled.frame, emitter, domain, made);
+        if (request.allEmitters) JoinEqual(made, request.domains_deg.size());
+    }
+    ReduceWeights(made.structures);
+    if (request.allEmitters) made.remarks += NarrowRemark(settled.request.cell, *settled.frame, made);
     return made;
 }
 
@@ -166,13 +252,13 @@ std::vector<EmitterShare> SharesOf(const MadeCluster& made) {
     return shares;
 }
 
-std::string ManyStructuresWarning(std::size_t structures) {
+std::string ManyStructuresWarning(std::size_t structures, bool allEmitters) {
     constexpr std::size_t kMany = 100;
     if (structures <= kMany) return {};
     return fmt::format(
         "a calculation of {} structures takes {} times as long as one of a single cluster; if that is too "
         "long, {}",
-        structures, structures, kTakeFewer);
+        structures, structures, TakeFewer(allEmitters));
 }
 
 }  // namespace qvre

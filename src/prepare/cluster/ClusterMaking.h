@@ -37,6 +37,7 @@ struct MadeCluster {
     Cluster cluster;
     std::vector<StructureSummary> structures;  ///< one for each of the cluster
     bool hasUiso = false;
+    std::string remarks;  ///< what the user should know, in lines
 };
 
 /// Each is calculated by itself, in the time that one takes.
@@ -54,6 +55,6 @@ std::vector<EmitterShare> SharesOf(const MadeCluster& made);
 
 /// Of a cell whose atoms are all different, such as one of displaced atoms, each makes a structure: what that
 /// costs, and what to do. Empty for an ordinary number of structures.
-std::string ManyStructuresWarning(std::size_t structures);
+std::string ManyStructuresWarning(std::size_t structures, bool allEmitters = false);
 
 }  // namespace qvre

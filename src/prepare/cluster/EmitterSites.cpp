@@ -1,19 +1,22 @@
 #include "prepare/cluster/EmitterSites.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
+#include <limits>
 #include <map>
 #include <optional>
 #include <set>
 #include <string>
 
 #include "foundation/ZfError.h"
-#include "prepare/cluster/CellGrid.h"
+#include "prepare/cluster/CellSymmetry.h"
+#include "prepare/cluster/Terminations.h"
 
 namespace qvre {
 
 namespace {
 
-constexpr double kSamePlace_angstrom = 0.01;
 constexpr int kDeepestLayer = 1000;
 
 std::string Joined(const std::vector<std::string>& words) {
@@ -26,80 +29,13 @@ bool Holds(const std::vector<std::string>& elements, const std::string& element)
     return std::find(elements.begin(), elements.end(), element) != elements.end();
 }
 
-/// The sets of atoms that translations of the crystal bring to coincide.
-class TranslationClasses {
-public:
-    explicit TranslationClasses(const CrystalCell& cell) : cell_(cell), grid_(cell) {
-        for (std::size_t atom = 0; atom < cell.atoms.size(); ++atom) {
-            class_.push_back(atom);
-            order_.push_back(atom);
-        }
-        // A translation brings an atom to one of its element: those of the rarest are the ones to try.
-        const std::vector<std::size_t> rarest = RarestElement();
-        for (const std::size_t target : rarest) {
-            if (Of(target) == Of(rarest[0])) continue;  // follows from translations that are known
-            const std::vector<std::size_t> images =
-                Images(cell.atoms[target].fractional - cell.atoms[rarest[0]].fractional);
-            for (std::size_t atom = 0; atom < images.size(); ++atom) Join(atom, images[atom]);
-        }
-    }
-
-    /// The first atom of its set stands for all.
-    std::size_t Of(std::size_t atom) {
-        while (class_[atom] != atom) atom = class_[atom] = class_[class_[atom]];
-        return atom;
-    }
-
-private:
-    std::vector<std::size_t> RarestElement() const {
-        std::map<std::string, std::vector<std::size_t>> atoms;
-        for (std::size_t atom = 0; atom < cell_.atoms.size(); ++atom)
-            atoms[cell_.atoms[atom].element].push_back(atom);
-        const auto rarest = std::min_element(atoms.begin(), atoms.end(), [](const auto& a, const auto& b) {
-            return a.second.size() < b.second.size();
-        });
-        return rarest == atoms.end() ? std::vector<std::size_t>() : rarest->second;
-    }
-
-    /// Where a shift brings each atom; empty when one of them comes to no atom of its element. The atom that
-    /// spoils a shift is the first to be looked at for the next.
-    std::vector<std::size_t> Images(const gemmi::Vec3& shift) {
-        std::vector<std::size_t> images(order_.size());
-        for (std::size_t& atom : order_) {
-            const CellAtom& from = cell_.atoms[atom];
-            const std::vector<CellGrid::Found> found =
-                grid_.Near(from.fractional + shift, kSamePlace_angstrom);
-            const auto image = std::find_if(found.begin(), found.end(), [&](const CellGrid::Found& to) {
-                return cell_.atoms[to.atom].element == from.element;
-            });
-            if (image == found.end()) {
-                std::swap(order_[0], atom);
-                return {};
-            }
-            images[atom] = image->atom;
-        }
-        return images;
-    }
-
-    void Join(std::size_t a, std::size_t b) {
-        const std::size_t classA = Of(a);
-        const std::size_t classB = Of(b);
-        class_[std::max(classA, classB)] = std::min(classA, classB);
-    }
-
-    const CrystalCell& cell_;
-    CellGrid grid_;
-    std::vector<std::size_t> class_;  // an atom of the same set; itself, when it is the first
-    std::vector<std::size_t> order_;  // in which atoms are looked at
-};
-
 /// Atoms of the element, one of each set that translations join.
 std::vector<std::size_t> DifferentSites(const CrystalCell& cell, const std::string& element) {
-    TranslationClasses classes(cell);
+    const CellSymmetry symmetry(cell);
     std::set<std::size_t> known;
     std::vector<std::size_t> sites;
     for (std::size_t i = 0; i < cell.atoms.size(); ++i)
-        if (cell.atoms[i].element == element && known.insert(classes.Of(i)).second) sites.push_back(i);
+        if (cell.atoms[i].element == element && known.insert(symmetry.ClassOf(i)).second) sites.push_back(i);
     return sites;
 }
 
@@ -172,6 +108,80 @@ void AddLayers(const ClusterRequest& request, const SurfaceFrame& frame, std::si
     throw ZfError(message);
 }
 
+void CheckAllEmitters(const ClusterRequest& request) {
+    constexpr double kDeepest_angstrom = 100.0;
+    if (!(request.depth_angstrom >= 0.0 && request.depth_angstrom <= kDeepest_angstrom))
+        throw ZfError(fmt::format("The depth of the emitters has to lie between 0 and {:g} angstrom",
+                                  kDeepest_angstrom));
+    if (!request.sites.empty())
+        throw ZfError("All emitters below a termination are asked for: leave the sites out");
+    if (!request.top.empty())
+        throw ZfError(
+            "All emitters below a termination are asked for: in place of top, termination says "
+            "how the crystal ends");
+}
+
+/// Adds the atoms of the element in one plane, those together that translations bring to coincide.
+void AddPlane(const ClusterRequest& request, const std::string& element, const AtomicPlane& plane,
+              const CellSymmetry& symmetry, const EmitterSite& place, std::vector<EmitterSite>& emitters) {
+    std::map<std::size_t, std::size_t> known;  // index of the emitter, by class
+    for (const std::size_t atom : plane.atoms) {
+        if (request.cell.atoms[atom].element != element) continue;
+        const auto [emitter, isNew] = known.emplace(symmetry.ClassOf(atom), emitters.size());
+        if (!isNew) {
+            ++emitters[emitter->second].weight;
+            continue;
+        }
+        emitters.push_back(place);
+        emitters.back().atom = atom;
+    }
+}
+
+[[noreturn]] void ThrowNoneSoDeep(const ClusterRequest& request, const SurfaceFrame& frame,
+                                  const std::string& element, std::size_t topmost) {
+    std::string message =
+        fmt::format("No {} lies within {:g} angstrom below the surface", element, request.depth_angstrom);
+    for (std::size_t plane = topmost; plane + frame.planes.size() > topmost; --plane) {
+        const std::vector<std::size_t>& atoms = frame.planes[plane % frame.planes.size()].atoms;
+        const double depth = frame.HeightOf(topmost) - frame.HeightOf(plane);
+        if (std::any_of(atoms.begin(), atoms.end(),
+                        [&](std::size_t atom) { return request.cell.atoms[atom].element == element; }))
+            throw ZfError(fmt::format("{}: the first is at a depth of {:.3f} angstrom", message, depth));
+    }
+    throw ZfError(message);
+}
+
+/// All emitters below the termination, from the surface down.
+std::vector<EmitterSite> EmittersBelow(const ClusterRequest& request, const SurfaceFrame& frame) {
+    constexpr double kRounding_angstrom = 1e-3;  // for depths copied with three digits
+    CheckAllEmitters(request);
+    const std::string element = EmitterElement(request);
+    const Termination termination = ChosenTermination(request, frame);
+    const CellSymmetry symmetry(request.cell);
+    // Counted on so far that all planes down to the depth have a number.
+    const std::size_t count = frame.planes.size();
+    const auto periods = static_cast<std::size_t>(request.depth_angstrom / frame.period) + 3;
+    const std::size_t topmost = termination.topmost % count + periods * count;
+    const double vacuum = frame.GapAbove(topmost);
+    const double thickness =
+        vacuum > kVacuum_angstrom ? frame.period - vacuum : std::numeric_limits<double>::infinity();
+    const double deepest =
+        std::min(request.depth_angstrom + kRounding_angstrom, thickness + kSamePlane_angstrom);
+
+    std::vector<EmitterSite> emitters;
+    EmitterSite place;
+    place.bounds.plane = topmost % count;
+    for (std::size_t plane = topmost;; --plane) {
+        place.bounds.top = frame.HeightOf(topmost) - frame.HeightOf(plane);
+        place.bounds.bottom = place.bounds.top - thickness;
+        if (place.bounds.top > deepest) break;
+        if (plane != topmost && frame.IsTopOfLayer(plane)) ++place.layer;
+        AddPlane(request, element, frame.planes[plane % count], symmetry, place, emitters);
+    }
+    if (emitters.empty()) ThrowNoneSoDeep(request, frame, element, topmost);
+    return emitters;
+}
+
 }  // namespace
 
 void CheckLayer(int layer) {
@@ -181,6 +191,7 @@ void CheckLayer(int layer) {
 }
 
 std::vector<EmitterSite> FindEmitters(const ClusterRequest& request, const SurfaceFrame& frame) {
+    if (request.allEmitters) return EmittersBelow(request, frame);
     const std::vector<std::string> elements = request.cell.Elements();
     if (!request.top.empty() && !Holds(elements, request.top))
         throw ZfError("No surface plane of " + request.top + ": the crystal holds " + Joined(elements));

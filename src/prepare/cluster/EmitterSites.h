@@ -13,6 +13,7 @@ struct EmitterSite {
     std::size_t atom = 0;  ///< index in the cell
     int layer = 1;
     CrystalBounds bounds;
+    int weight = 1;  ///< how many such atoms the layer of a cell has, which differ by translations
 };
 
 /// Throws ZfError for a number that no layer has.

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 #include <numeric>
+#include <set>
 
 #include "foundation/ZfError.h"
 
@@ -11,8 +12,16 @@ namespace qvre {
 
 namespace {
 
-constexpr double kSamePlane_angstrom = 0.01;
-constexpr double kVacuum_angstrom = 5.0;
+/// "(001)", or "(1 0 -1)" when an index has a sign or two digits.
+std::string MillerIndices(const std::array<int, 3>& hkl) {
+    const bool digits = std::all_of(hkl.begin(), hkl.end(), [](int i) { return i >= 0 && i <= 9; });
+    std::string text = "(";
+    for (std::size_t i = 0; i < 3; ++i) {
+        if (i > 0 && !digits) text += " ";
+        text += std::to_string(hkl.at(i));
+    }
+    return text + ")";
+}
 
 gemmi::Vec3 Unit(const gemmi::Vec3& v) {
     const double length = v.length();
@@ -54,20 +63,29 @@ std::vector<AtomicPlane> PlanesOf(const CrystalCell& cell, const gemmi::Vec3& no
     return planes;
 }
 
-/// Height of the plane `index` counted on through the periods.
-double HeightOf(const SurfaceFrame& frame, std::size_t index) {
+/// The layers of a frame that has its planes.
+std::vector<AtomicLayer> LayersOf(const SurfaceFrame& frame, double tolerance) {
+    constexpr double kRounding_angstrom = 1e-6;  // a tolerance that is the very distance of two planes
     const std::size_t count = frame.planes.size();
-    const std::size_t periods = index / count;
-    return frame.planes[index % count].height + frame.period * static_cast<double>(periods);
-}
-
-double GapAbove(const SurfaceFrame& frame, std::size_t plane) {
-    return HeightOf(frame, plane + 1) - HeightOf(frame, plane);
+    const auto isJoined = [&](std::size_t plane) {  // to the plane above
+        return tolerance > kSamePlane_angstrom && frame.GapAbove(plane) <= tolerance + kRounding_angstrom;
+    };
+    std::vector<AtomicLayer> layers;
+    for (std::size_t plane = 0; plane < count; ++plane) {
+        if (isJoined(plane + count - 1)) continue;
+        AtomicLayer layer{plane, plane};
+        while (isJoined(layer.topmost)) ++layer.topmost;
+        layers.push_back(layer);
+    }
+    if (!layers.empty()) return layers;
+    for (std::size_t plane = 0; plane < count; ++plane) layers.push_back({plane, plane});
+    return layers;
 }
 
 }  // namespace
 
-SurfaceFrame::SurfaceFrame(const CrystalCell& cell, const std::array<int, 3>& hkl) {
+SurfaceFrame::SurfaceFrame(const CrystalCell& cell, const std::array<int, 3>& hkl,
+                           double layerTolerance_angstrom) {
     const std::array<int, 3> lowest = LowestTerms(hkl);
     const gemmi::Vec3 reciprocal = cell.Reciprocal().left_multiply(gemmi::Vec3(lowest));
     const gemmi::Vec3 z = Unit(reciprocal);
@@ -79,6 +97,20 @@ SurfaceFrame::SurfaceFrame(const CrystalCell& cell, const std::array<int, 3>& hk
     planeOf.resize(cell.atoms.size());
     for (std::size_t plane = 0; plane < planes.size(); ++plane)
         for (const std::size_t atom : planes[plane].atoms) planeOf[atom] = plane;
+    layers = LayersOf(*this, layerTolerance_angstrom);
+    layerOf.resize(planes.size());
+    for (std::size_t layer = 0; layer < layers.size(); ++layer)
+        for (std::size_t plane = layers[layer].lowest; plane <= layers[layer].topmost; ++plane)
+            layerOf[plane % planes.size()] = layer;
+}
+
+double SurfaceFrame::HeightOf(std::size_t plane) const {
+    const std::size_t periods = plane / planes.size();
+    return planes[plane % planes.size()].height + period * static_cast<double>(periods);
+}
+
+std::size_t SurfaceFrame::TopmostPlane(std::size_t layer) const {
+    return layers[layer % layers.size()].topmost + layer / layers.size() * planes.size();
 }
 
 gemmi::Mat33 SurfaceFrame::RotatedBy(double angle_deg) const {
@@ -90,10 +122,23 @@ gemmi::Mat33 SurfaceFrame::RotatedBy(double angle_deg) const {
     return gemmi::Mat33(cosine, -sine, 0.0, sine, cosine, 0.0, 0.0, 0.0, 1.0).multiply(rotation);
 }
 
+std::string SurfaceName(const CrystalCell& cell, const std::array<int, 3>& hkl) {
+    return cell.Formula() + MillerIndices(hkl);
+}
+
+std::string ElementsOf(const CrystalCell& cell, const std::vector<std::size_t>& atoms) {
+    std::set<std::string> elements;
+    for (const std::size_t atom : atoms) elements.insert(cell.atoms[atom].element);
+    std::string text;
+    for (const std::string& element : elements) text += (text.empty() ? "" : " ") + element;
+    return text;
+}
+
 std::optional<int> LayerInSlab(const SurfaceFrame& frame, std::size_t atom) {
-    const std::size_t plane = frame.planeOf[atom];
-    for (std::size_t up = 0; up < frame.planes.size(); ++up)
-        if (GapAbove(frame, plane + up) > kVacuum_angstrom) return static_cast<int>(up) + 1;
+    const std::size_t layer = frame.layerOf[frame.planeOf[atom]];
+    for (std::size_t up = 0; up < frame.layers.size(); ++up)
+        if (frame.GapAbove(frame.TopmostPlane(layer + up)) > kVacuum_angstrom)
+            return static_cast<int>(up) + 1;
     return std::nullopt;
 }
 
@@ -101,13 +146,16 @@ std::optional<CrystalBounds> BoundsForLayer(const SurfaceFrame& frame, std::size
     const std::optional<int> slabLayer = LayerInSlab(frame, atom);
     if (slabLayer && *slabLayer != layer) return std::nullopt;
     const std::size_t count = frame.planes.size();
-    const std::size_t plane = frame.planeOf[atom];
-    const std::size_t topmost = plane + static_cast<std::size_t>(layer) - 1;
-    const double here = HeightOf(frame, plane);
+    // The planes of a layer that reaches into the next period are counted on from its lowest.
+    std::size_t plane = frame.planeOf[atom];
+    const std::size_t first = frame.layerOf[plane];
+    if (plane < frame.layers[first].lowest) plane += count;
+    const std::size_t topmost = frame.TopmostPlane(first + static_cast<std::size_t>(layer) - 1);
+    const double here = frame.HeightOf(plane);
     CrystalBounds bounds;
-    bounds.top = HeightOf(frame, topmost) - here;
+    bounds.top = frame.HeightOf(topmost) - here;
     bounds.plane = topmost % count;
-    bounds.bottom = slabLayer ? HeightOf(frame, topmost + 1) - frame.period - here
+    bounds.bottom = slabLayer ? frame.HeightOf(topmost + 1) - frame.period - here
                               : -std::numeric_limits<double>::infinity();
     return bounds;
 }
