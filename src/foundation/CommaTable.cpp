@@ -21,16 +21,14 @@ std::string Field(std::string_view line, std::size_t begin, std::size_t end) {
     return std::string(field.substr(0, field.find_last_not_of(kBlanks) + 1));
 }
 
-std::vector<std::string> Fields(std::string_view line, FieldSeparator separator) {
-    const std::string_view ends = separator == FieldSeparator::kComma ? "," : " \t\r,;";
+std::vector<std::string> Fields(std::string_view line) {
     std::vector<std::string> fields;
     std::size_t at = std::min(line.find_first_not_of(kBlanks), line.size());
     while (at < line.size()) {
-        const std::size_t end = std::min(line.find_first_of(ends, at), line.size());
+        const std::size_t end = std::min(line.find(',', at), line.size());
         fields.push_back(Field(line, at, end));
-        at = std::min(line.find_first_not_of(kBlanks, end), line.size());
-        if (at == line.size() || ends.find(line[at]) == std::string_view::npos) continue;
-        at = std::min(line.find_first_not_of(kBlanks, at + 1), line.size());
+        if (end == line.size()) break;
+        at = std::min(line.find_first_not_of(kBlanks, end + 1), line.size());
         if (at == line.size()) fields.emplace_back();
     }
     return fields;
@@ -38,13 +36,13 @@ std::vector<std::string> Fields(std::string_view line, FieldSeparator separator)
 
 }  // namespace
 
-void ForEachTableLine(const std::string& text, FieldSeparator separator,
+void ForEachTableLine(const std::string& text,
                       const std::function<void(const std::vector<std::string>&)>& take) {
     std::istringstream lines(text);
     int number = 0;
     for (std::string line; std::getline(lines, line);) {
         ++number;
-        const auto fields = Fields(std::string_view(line).substr(0, line.find('#')), separator);
+        const auto fields = Fields(std::string_view(line).substr(0, line.find('#')));
         if (fields.empty()) continue;
         try {
             take(fields);
@@ -56,7 +54,7 @@ void ForEachTableLine(const std::string& text, FieldSeparator separator,
 }
 
 CommaTable::CommaTable(const std::string& text) {
-    ForEachTableLine(text, FieldSeparator::kComma, [this](const std::vector<std::string>& fields) {
+    ForEachTableLine(text, [this](const std::vector<std::string>& fields) {
         if (titles.empty()) {
             titles = fields;
             return;

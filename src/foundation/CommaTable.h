@@ -8,15 +8,10 @@
 
 namespace qvre {
 
-enum class FieldSeparator {
-    kComma,
-    kAny,  ///< a comma, a semicolon or a run of blanks
-};
-
-/// Calls `take` with the fields of each line of a table. Text behind # is a comment, and lines of nothing
-/// else are skipped. Blanks around a field do not belong to it; two separators in a row enclose an empty
-/// field. A ZfError of `take` gets the number of its line in front: "line 7: ...".
-void ForEachTableLine(const std::string& text, FieldSeparator separator,
+/// Calls `take` with the fields of each line of a comma-separated table. Text behind # is a comment, and
+/// lines of nothing else are skipped. Blanks around a field do not belong to it; two commas in a row enclose
+/// an empty field. A ZfError of `take` gets the number of its line in front: "line 7: ...".
+void ForEachTableLine(const std::string& text,
                       const std::function<void(const std::vector<std::string>&)>& take);
 
 /// A comma-separated table: the titles of its columns, then rows of as many fields.

@@ -1,7 +1,9 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cctype>
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
 #include <map>
 #include <memory>
 #include <set>
@@ -10,6 +12,7 @@
 
 #include "files/AnyFile.h"
 #include "files/FileSummary.h"
+#include "foundation/FileReading.h"
 #include "foundation/ProgramFile.h"
 #include "foundation/ZfError.h"
 #include "front/Commands.h"
@@ -17,6 +20,7 @@
 #include "prepare/attenuation/MeanFreePath.h"
 #include "prepare/checks/InputCheck.h"
 #include "prepare/thermal/AtomicWeights.h"
+#include "report/compare/MeasuredSummary.h"
 
 namespace qvre {
 
@@ -28,8 +32,11 @@ constexpr const char* kExample =
     "  qvre info cluster.xml_cl emitter.xml_emt phaseshift.xml_ph fluctuation.xml_flu\n"
     "  qvre info .\n"
     "  qvre info cluster.xml_cl --kinetic 1119\n"
+    "  qvre info measured.csv\n"
     "A folder stands for the four input files of those names in it. Input files given together are checked\n"
-    "against each other; the exit status is 1 when a run would fail or be wrong.";
+    "against each other; the exit status is 1 when a run would fail or be wrong. Any other text is read as "
+    "a\n"
+    "table of measured points.";
 
 struct InfoOptions {
     std::vector<std::string> paths;
@@ -53,14 +60,33 @@ std::vector<std::string> InputsOf(const std::string& folder) {
     return found;
 }
 
+/// No XML and no Extended XYZ, so a table of measured points.
+bool IsTable(const std::string& path) {
+    RequireFile(path);
+    const std::string extension = std::filesystem::path(path).extension().string();
+    if (extension == ".xyz" || extension.starts_with(".xml")) return false;
+    std::ifstream file(path, std::ios::binary);
+    for (char c = 0; file.get(c);)
+        if (std::isgraph(static_cast<unsigned char>(c)) != 0 && static_cast<unsigned char>(c) < 0x80)
+            return c != '<';
+    return false;
+}
+
+std::string TableSummaries(const std::vector<std::string>& paths) {
+    std::string text;
+    for (const std::string& path : paths)
+        if (!std::filesystem::is_directory(path) && IsTable(path))
+            text += path + ": " + MeasuredSummary(LoadMeasuredTable(path));
+    return text;
+}
+
 std::vector<AnyFile> LoadAll(const std::vector<std::string>& paths) {
     std::vector<AnyFile> files;
     for (const std::string& path : paths) {
-        if (!std::filesystem::is_directory(path)) {
+        if (std::filesystem::is_directory(path))
+            for (const std::string& input : InputsOf(path)) files.push_back(LoadAnyFile(input));
+        else if (!IsTable(path))
             files.push_back(LoadAnyFile(path));
-            continue;
-        }
-        for (const std::string& input : InputsOf(path)) files.push_back(LoadAnyFile(input));
     }
     return files;
 }
@@ -150,7 +176,7 @@ void Run(const InfoOptions& options) {
         }))
         throw CLI::ValidationError("--kinetic", "the mean free path needs a cluster");
     const std::set<double> energies = Energies(options, files);
-    std::string text;
+    std::string text = TableSummaries(options.paths);
     for (const AnyFile& file : files) text += FileSummary(file) + MeanFreePaths(options, file, energies);
     std::fputs(text.c_str(), stdout);
     CheckSet(files, options.method);
@@ -163,9 +189,10 @@ void AddInfoCommand(CLI::App& program) {
     CLI::App& command =
         *program.add_subcommand("info", "Show what files hold, and whether an input set fits together");
     command
-        .add_option(
-            "FILE", options->paths,
-            "Files of any kind: .xml_cl, .xyz, .xml_emt, .xml_ph, .xml_flu, .xml_sf, .xml_img; or a folder")
+        .add_option("FILE", options->paths,
+                    "Files of any kind: .xml_cl, .xyz, .xml_emt, .xml_ph, .xml_flu, .xml_sf, .xml_img, "
+                    "tables of measured "
+                    "points; or a folder")
         ->required();
     command
         .add_option(

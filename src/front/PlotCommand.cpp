@@ -31,25 +31,15 @@ constexpr const char* kExamples =
     "45 -o "
     "cut.svg\n";
 
-/// Values beyond the ends of the scale have the colours of the ends.
-void PrintValues(const PatternPlotSummary& shown) {
-    std::printf("%s from %.4g to %.4g", shown.isModulation ? "chi" : "I", shown.values.low,
-                shown.values.high);
-    const Span& ends = *shown.colours;
-    if (shown.values.low < ends.low || shown.values.high > ends.high)
-        std::printf(", colours from %.4g to %.4g", ends.low, ends.high);
-    std::printf("\n");
-}
-
 void Plot(const PatternPlot& plot) {
     try {
         CheckPatternPlot(plot);
     } catch (const ZfError& error) {
         throw CLI::ValidationError(error.message);
     }
-    const PatternPlotSummary shown = DrawPatternPlot(plot);
-    if (shown.colours) PrintValues(shown);
-    for (const std::string& leftOut : shown.leftOut) std::printf("%s\n", leftOut.c_str());
+    const std::optional<Span> range = DrawPatternPlot(plot);
+    if (range)
+        std::printf("%s from %.4g to %.4g\n", plot.references.empty() ? "I" : "chi", range->low, range->high);
     std::printf("%s written\n", plot.output.c_str());
 }
 
@@ -63,7 +53,6 @@ void AddFiles(CLI::App& command, PatternPlot& options) {
             "I0 image, one for all, or once more for each image: draws chi = (I - I0)/I0 instead of I")
         ->allow_extra_args(false)
         ->type_name("FILE");
-    AddBackground(command, options.background);
     command.add_option("-o,--output", options.output, "Picture: .png, .svg or .pdf")
         ->required()
         ->type_name("FILE");
@@ -113,8 +102,7 @@ void AddScales(CLI::App& command, PatternPlot& options) {
         ->option_text("NAME");
     command
         .add_option("--range", options.range,
-                    "Ends of the colours or of the axis of cuts; default: all values, of chi those in 99 "
-                    "percent of the directions")
+                    "Ends of the colours or of the axis of cuts; default: all values")
         ->expected(2)
         ->check(Between(-kLargestNumber, kLargestNumber))
         ->type_name("LOW HIGH");

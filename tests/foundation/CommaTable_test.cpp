@@ -8,18 +8,11 @@ namespace {
 
 using Lines = std::vector<std::vector<std::string>>;
 
-Lines LinesOf(const std::string& text, FieldSeparator separator) {
+TEST(TableLines, AreSplitAtCommas) {
     Lines lines;
-    ForEachTableLine(text, separator,
+    ForEachTableLine("# why\n\n a b , c,\r\n,d # note\n \n,,",
                      [&](const std::vector<std::string>& fields) { lines.push_back(fields); });
-    return lines;
-}
-
-TEST(TableLines, AreSplitAtTheirSeparators) {
-    EXPECT_EQ(LinesOf("# why\n\n a b , c,\r\n,d # note\n \n,,", FieldSeparator::kComma),
-              (Lines{{"a b", "c", ""}, {"", "d"}, {"", "", ""}}));
-    EXPECT_EQ(LinesOf("1 2\t3\n1;2 ; 3\n1,,3\n 1, 2;\n", FieldSeparator::kAny),
-              (Lines{{"1", "2", "3"}, {"1", "2", "3"}, {"1", "", "3"}, {"1", "2", ""}}));
+    EXPECT_EQ(lines, (Lines{{"a b", "c", ""}, {"", "d"}, {"", "", ""}}));
 }
 
 TEST(CommaTable, FindsColumnsAndCountsLines) {

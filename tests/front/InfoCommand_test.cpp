@@ -1,3 +1,5 @@
+#include <cmath>
+
 #include "RunQvre.h"
 #include "TempFolder.h"
 #include "scattering/ZfScatteringData.h"
@@ -137,4 +139,64 @@ TEST(InfoCommand, DamagedFiles) {
             EXPECT_TRUE(result.errors.starts_with("qvre info: " + folder.Path(name) + ": ")) << result.errors;
         }
     }
+}
+
+// A threefold pattern with a mirror plane at azimuth 20, all around but for a gap, and the same over 60
+// degrees.
+TEST(InfoCommand, TellsWhatATableHolds) {
+    const TempFolder folder;
+    std::string table = "theta,phi,counts,remark\n";
+    std::string sector = "IGOR\nWAVES/D theta phi counts\nBEGIN\n";
+    for (int theta = 10; theta <= 70; theta += 5)
+        for (int phi = 0; phi < 360; phi += 5) {
+            const double counts = 1000.0 + 100.0 * std::cos(3.0 * (phi - 20) * 0.017453292519943295);
+            const bool isGap = theta == 30 && phi > 100 && phi < 120;
+            table += std::to_string(theta) + "," + std::to_string(phi) + "," +
+                     (isGap ? "" : std::to_string(counts)) + ",x\n";
+            if (phi >= 300)
+                sector +=
+                    std::to_string(theta) + " " + std::to_string(phi) + " " + std::to_string(counts) + "\n";
+        }
+    const std::string all = folder.Write("all.csv", table);
+    QvreResult result = RunQvre("info " + all);
+    EXPECT_EQ(result.output, all +
+                                 ": measured table\n"
+                                 "  list of points, separated by commas\n"
+                                 "    column 1 \"theta\": polar angle\n"
+                                 "    column 2 \"phi\": azimuth\n"
+                                 "    column 3 \"counts\": intensity\n"
+                                 "    column 4 \"remark\": skipped\n"
+                                 "  933 points, 3 left out: empty or not a number\n"
+                                 "  intensity 900 to 1100\n"
+                                 "  13 rings, polar angles 10 to 70 degrees in steps of 5\n"
+                                 "  azimuths all around, steps of 5 degrees\n"
+                                 "  gaps in azimuth: 1\n"
+                                 "    polar angle 30, azimuth 100 to 120\n"
+                                 "  correlation of the data with themselves turned by\n"
+                                 "    60 degrees: -1.00, of 930 pairs\n"
+                                 "    90 degrees: 0.00, of 930 pairs\n"
+                                 "    120 degrees: 1.00, of 930 pairs\n"
+                                 "    180 degrees: -1.00, of 930 pairs\n"
+                                 "  best mirror plane at azimuth 20 degrees: correlation 1.00\n")
+        << result.errors;
+    result = RunQvre("info " + folder.Write("sector.itx", sector + "END\n"));
+    EXPECT_PRED_FORMAT2(testing::IsSubstring,
+                        "  azimuths 300 to 355 degrees, a sector of 55, steps of 5 degrees\n", result.output);
+
+    const auto told = [&](const char* text, const char* line) {
+        EXPECT_PRED_FORMAT2(testing::IsSubstring, line,
+                            RunQvre("info " + folder.Write("t.dat", text)).output);
+    };
+    told("theta,phi,I\n-10,30,1\n0,30,2\n10,30,3\n",
+         "  a polar scan at azimuth 30 degrees: -10 to 10 degrees in steps of 10\n");
+    told("theta = 45\nphi,I\n0,1\n3,2\n6,3\n", "  an azimuthal scan at polar angle 45 degrees\n");
+    told("E,I\n300,1\n310,2\n",
+         "  to compare with it: the table does not tell the polar angle: set measured-theta\n");
+    told(
+        "theta,phi,E,I\n0,0,300,1\n0,0,310,2\n",
+        "  1 point in a direction that occurred before\n  one direction: polar angle 0, azimuth 0 degrees\n");
+    const std::string bad = folder.Write("bad.dat", "1 2 3\n1 2 x\n");
+    result = RunQvre("info " + bad);
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.errors, "qvre info: " + bad + ": line 2: \"x\" is not a number\n");
 }

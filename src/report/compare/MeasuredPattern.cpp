@@ -3,15 +3,10 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <array>
-#include <cctype>
-#include <charconv>
 #include <cmath>
 #include <cstddef>
-#include <optional>
-#include <string_view>
 
-#include "foundation/CommaTable.h"
+#include "foundation/Constants.h"
 #include "foundation/FileReading.h"
 #include "foundation/ZfError.h"
 
@@ -19,97 +14,87 @@ namespace qvre {
 
 namespace {
 
-enum Column : std::size_t { kTheta, kPhi, kIntensity, kChi, kColumns };
-
-struct Layout {
-    std::array<std::optional<std::size_t>, kColumns> place;  ///< of each column in a line, where there is one
-    std::size_t fields = 0;                                  ///< of a line
-};
-
-constexpr Layout kUnnamed = {{0, 1, 2, std::nullopt}, 3};
-
-constexpr std::array<std::pair<std::string_view, Column>, 8> kNames = {{{"theta", kTheta},
-                                                                        {"polar", kTheta},
-                                                                        {"phi", kPhi},
-                                                                        {"azimuth", kPhi},
-                                                                        {"i", kIntensity},
-                                                                        {"intensity", kIntensity},
-                                                                        {"counts", kIntensity},
-                                                                        {"chi", kChi}}};
-
-std::optional<double> Number(const std::string& field) {
-    const char* begin = field.data() + (field.starts_with('+') ? 1 : 0);
-    const char* end = field.data() + field.size();
-    double value = 0.0;
-    const auto [stop, status] = std::from_chars(begin, end, value);
-    if (status != std::errc() || stop != end || !std::isfinite(value)) return std::nullopt;
-    return value;
-}
-
-Layout NamedColumns(const std::vector<std::string>& fields) {
-    Layout layout;
-    layout.fields = fields.size();
-    for (std::size_t place = 0; place < fields.size(); ++place) {
-        std::string name = fields[place];
-        std::transform(name.begin(), name.end(), name.begin(),
-                       [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-        for (const auto& [known, column] : kNames) {
-            if (name != known) continue;
-            if (layout.place[column])
-                throw ZfError("there are two columns for the quantity \"" + fields[place] + "\"");
-            layout.place[column] = place;
-        }
-    }
-    const auto& place = layout.place;
-    if (place[kTheta] && place[kPhi] && (place[kIntensity] || place[kChi])) return layout;
+/// The angle whose kind the table leaves open is the one that is not given; with both given it is an energy.
+Quantity KindOfAngle(const ScanDirection& direction) {
+    if (direction.theta && direction.phi) return kEnergy;
+    if (direction.theta) return kPhi;
+    if (direction.phi) return kTheta;
     throw ZfError(
-        "the columns have to be named theta, phi and intensity (or chi), or to bring numbers alone");
+        "the table has one angle: set measured-theta if it is the azimuth, measured-phi if it is the polar "
+        "angle, both if it is the kinetic energy");
 }
 
-double Value(const std::string& field) {
-    const std::optional<double> value = Number(field);
-    if (!value) throw ZfError("\"" + field + "\" is not a number");
-    return *value;
+std::string Skipped(const MeasuredTable& table) {
+    std::string text;
+    for (const std::string& column : table.skipped) text += (text.empty() ? " (skipped: " : ", ") + column;
+    return text.empty() ? text : text + ")";
 }
 
-void AddPoint(MeasuredPattern& pattern, const Layout& layout, const std::vector<std::string>& fields) {
-    if (fields.size() != layout.fields)
-        throw ZfError(fmt::format("there are {} fields instead of {}; a decimal sign is a point",
-                                  fields.size(), layout.fields));
-    const std::array<std::vector<double>*, kColumns> lists = {&pattern.theta, &pattern.phi,
-                                                              &pattern.intensity, &pattern.chi};
-    for (std::size_t column = 0; column < kColumns; ++column)
-        if (layout.place[column]) lists[column]->push_back(Value(fields[*layout.place[column]]));
-    const double theta = pattern.theta.back();
-    if (theta < 0.0 || theta > 90.0)
-        throw ZfError(fmt::format("the polar angle {} does not lie between 0 and 90 degrees",
-                                  fields[*layout.place[kTheta]]));
+std::vector<double> Angles(const MeasuredTable& table, const std::vector<double>& column,
+                           const std::optional<double>& given, const char* name, const char* setting) {
+    if (!column.empty() && given)
+        throw ZfError(fmt::format("the table has its own {}: leave {} away", name, setting));
+    if (!column.empty()) return column;
+    if (!given)
+        throw ZfError(fmt::format("the table does not tell the {}{}: set {}", name, Skipped(table), setting));
+    std::vector<double> all(table.Points(), *given);
+    return all;
 }
 
-/// A line is a header when its first field is no number.
-void TakeLine(MeasuredPattern& pattern, std::optional<Layout>& layout,
-              const std::vector<std::string>& fields) {
-    if (!layout) {
-        const bool named = !Number(fields.front());
-        layout = named ? NamedColumns(fields) : kUnnamed;
-        if (named) return;
-    }
-    AddPoint(pattern, *layout, fields);
+/// The analyser's slit is parallel to the axis about which theta turns the sample: the direction goes over to
+/// cos(alpha) k + sin(alpha) phi-hat.
+void AddSlitAngle(double& theta, double& phi, double alpha) {
+    const double s = std::sin(theta * kDegree);
+    const double c = std::cos(theta * kDegree);
+    const double a = alpha * kDegree;
+    if (alpha == 0.0) return;
+    phi += Degrees(std::atan2(std::sin(a), std::cos(a) * s));
+    theta = Degrees(std::acos(std::clamp(std::cos(a) * c, -1.0, 1.0)));
 }
 
 }  // namespace
 
-MeasuredPattern ParseMeasuredPattern(const std::string& text) {
+MeasuredPattern PatternOf(const MeasuredTable& table, const ScanDirection& direction) {
+    if (direction.theta && !(std::abs(*direction.theta) <= 90.0))
+        throw ZfError("measured-theta lies between -90 and 90 degrees");
+    if (direction.phi && !std::isfinite(*direction.phi)) throw ZfError("measured-phi is a number of degrees");
+    std::vector<double> theta = table[kTheta];
+    std::vector<double> phi = table[kPhi];
     MeasuredPattern pattern;
-    std::optional<Layout> layout;
-    ForEachTableLine(text, FieldSeparator::kAny,
-                     [&](const std::vector<std::string>& fields) { TakeLine(pattern, layout, fields); });
-    if (pattern.theta.empty()) throw ZfError("there are no points in the table");
+    pattern.energy = table[kEnergy];
+    if (const std::vector<double>& angle = table[kAngle]; !angle.empty() && (theta.empty() || phi.empty())) {
+        const Quantity kind = !theta.empty() ? kPhi : !phi.empty() ? kTheta : KindOfAngle(direction);
+        (kind == kTheta ? theta : kind == kPhi ? phi : pattern.energy) = angle;
+    }
+    pattern.theta = Angles(table, theta, direction.theta, "polar angle", "measured-theta");
+    pattern.phi = Angles(table, phi, direction.phi, "azimuth", "measured-phi");
+    pattern.intensity = table[kIntensity];
+    pattern.chi = table[kChi];
+    pattern.sigma = table[kSigma];
+    for (std::size_t i = 0; i < table.Points(); ++i) {
+        if (!(std::abs(pattern.theta[i]) <= 90.0))
+            throw ZfError(fmt::format("the polar angle {:g} does not lie between -90 and 90 degrees",
+                                      pattern.theta[i]));
+        if (pattern.theta[i] < 0.0) {
+            pattern.theta[i] = -pattern.theta[i];
+            pattern.phi[i] += 180.0;
+        }
+        if (!table[kAlpha].empty()) AddSlitAngle(pattern.theta[i], pattern.phi[i], table[kAlpha][i]);
+    }
     return pattern;
 }
 
-MeasuredPattern LoadMeasuredPattern(const std::string& path) {
-    return Naming(path, [&] { return ParseMeasuredPattern(ReadTextFile(path)); });
+MeasuredPattern ParseMeasuredPattern(const std::string& text, const ScanDirection& direction) {
+    return PatternOf(ReadMeasuredTable(text), direction);
+}
+
+MeasuredTable LoadMeasuredTable(const std::string& path) {
+    return Naming(path, [&] { return ReadMeasuredTable(ReadTextFile(path), ColumnLetters(path)); });
+}
+
+MeasuredPattern LoadMeasuredPattern(const std::string& path, const ScanDirection& direction) {
+    const MeasuredTable table = LoadMeasuredTable(path);
+    return Naming(path, [&] { return PatternOf(table, direction); });
 }
 
 }  // namespace qvre

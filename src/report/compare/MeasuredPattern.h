@@ -1,7 +1,10 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
+
+#include "report/compare/MeasuredTable.h"
 
 namespace qvre {
 
@@ -12,16 +15,26 @@ struct MeasuredPattern {
     std::vector<double> phi;        ///< azimuth, degrees, any
     std::vector<double> intensity;  ///< any unit
     std::vector<double> chi;        ///< modulation (I - B)/B, where the file brings it
+    std::vector<double> sigma;      ///< standard deviation of the measured value, 0 or more
+    std::vector<double> energy;     ///< kinetic, eV
 };
 
-/// Reads a table of points from a text. Fields are separated by commas, semicolons, blanks or tabs; empty
-/// lines and what follows a # do not count; all lines have the same number of fields. The first line may name
-/// the columns, in any order and in either case: theta or polar, phi or azimuth, I, intensity or counts, chi;
-/// other columns are skipped. Without names there are three columns, theta, phi, intensity. Throws ZfError
-/// with the number of the line for anything else.
-MeasuredPattern ParseMeasuredPattern(const std::string& text);
+/// The direction of a scan, which its table need not have.
+struct ScanDirection {
+    std::optional<double> theta;  ///< degrees, "measured-theta"
+    std::optional<double> phi;    ///< degrees, "measured-phi"
+};
 
-/// The same from a file; errors bring its name.
-MeasuredPattern LoadMeasuredPattern(const std::string& path);
+/// The points of a table. A negative polar angle is a positive one at the azimuth opposite; angles along the
+/// slit are added, with the slit parallel to the axis of the polar rotation. Throws ZfError for an angle that
+/// neither the table nor `direction` tells, or both.
+MeasuredPattern PatternOf(const MeasuredTable& table, const ScanDirection& direction = {});
+
+/// ReadMeasuredTable and PatternOf.
+MeasuredPattern ParseMeasuredPattern(const std::string& text, const ScanDirection& direction = {});
+
+/// The table of a file, whose extension may name the columns, and its points. Errors bring the file's name.
+MeasuredTable LoadMeasuredTable(const std::string& path);
+MeasuredPattern LoadMeasuredPattern(const std::string& path, const ScanDirection& direction = {});
 
 }  // namespace qvre
