@@ -8,8 +8,10 @@
 #include <string>
 #include <vector>
 
+#include "experiment/Light.h"
 #include "files/AnyFile.h"
 #include "files/FileSummary.h"
+#include "foundation/Constants.h"
 #include "foundation/ProgramFile.h"
 #include "foundation/Text.h"
 #include "foundation/ZfError.h"
@@ -43,6 +45,7 @@ struct EmitOptions {
     std::vector<double> unpolarisedAlong;
     std::optional<Handedness> circular;
     std::vector<double> along;
+    std::vector<double> analyserAt;  // theta, phi
     double weight = EmissionRequest().weight;
     std::string output;
 };
@@ -51,10 +54,21 @@ std::array<double, 3> DirectionOf(const std::vector<double>& d) {
     return {d.at(0), d.at(1), d.at(2)};
 }
 
-std::vector<LightVector> LightOf(const EmitOptions& options) {
+std::vector<LightVector> GivenLight(const EmitOptions& options) {
     if (!options.polarisation.empty()) return LinearLight(DirectionOf(options.polarisation));
     if (!options.unpolarisedAlong.empty()) return UnpolarisedLight(DirectionOf(options.unpolarisedAlong));
     return CircularLight(DirectionOf(options.along), *options.circular);
+}
+
+/// In the axes of the sample.
+std::vector<LightVector> LightOf(const EmitOptions& options) {
+    std::vector<LightVector> light = GivenLight(options);
+    if (options.analyserAt.empty()) return light;
+    const double theta = options.analyserAt.at(0) * kDegree;
+    const double phi = options.analyserAt.at(1) * kDegree;
+    const Vec3 k = {std::sin(theta) * std::cos(phi), std::sin(theta) * std::sin(phi), std::cos(theta)};
+    for (LightVector& part : light) part = InSample(part, LightFrame::kAnalyser, k);
+    return light;
 }
 
 /// Below the Fermi level; of a free atom below the vacuum, calculated.
@@ -205,6 +219,13 @@ void AddLightOptions(CLI::App& command, EmitOptions& options) {
         "Circular light, left (helicity +1, anticlockwise for who looks into the light) or right");
     CLI::Option* along =
         AddDirection(command, "--along", options.along, "Direction x,y,z in which circular light travels");
+    command
+        .add_option("--analyser-at", options.analyserAt,
+                    "Polar angle and azimuth, in degrees, of an analyser: the directions of the light are "
+                    "along theta-hat, phi-hat and k-hat there")
+        ->delimiter(',')
+        ->expected(2)
+        ->allow_extra_args(false);
     circular->transform(WordOf<Handedness>())->option_text("NAME")->needs(along);
     along->needs(circular);
     linear->excludes(unpolarised)->excludes(circular);

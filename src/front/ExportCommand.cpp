@@ -4,6 +4,7 @@
 #include <string>
 
 #include "front/Commands.h"
+#include "front/SharedOptions.h"
 #include "report/export/ImageExport.h"
 #include "report/export/WaveExport.h"
 
@@ -24,8 +25,9 @@ constexpr const char* kExample =
     "alone. The layouts, and Python that reads them, are in docs/export-and-compare.md.";
 
 void ExportWave(const ExportRequest& request) {
-    if (!request.i0.empty() || request.hemisphere)
-        throw CLI::ValidationError("--i0 and --hemisphere are for images, not for a scattered wave");
+    if (!request.i0.empty() || request.hemisphere || request.background)
+        throw CLI::ValidationError(
+            "--i0, --background and --hemisphere are for images, not for a scattered wave");
     const WaveSummary summary = ExportScatteredWave(request.image, request.runFiles, request.output);
     std::printf("%s: %zu records, %zu sources, l size up to %d\n", request.output.c_str(), summary.records,
                 summary.sources, summary.largestL);
@@ -36,9 +38,13 @@ void Run(const ExportRequest& request) {
         ExportWave(request);
         return;
     }
+    if (!request.i0.empty() && request.background)
+        throw CLI::ValidationError("--i0 excludes --background: either is what I is divided by");
     const ExportSummary summary = ExportImage(request);
+    const char* planes = request.background ? "I, B and chi" : request.i0.empty() ? "I" : "I, I0 and chi";
     std::printf("%s: %zu x %zu pixels, %zu on the map, %s\n", request.output.c_str(), summary.columns,
-                summary.rows, summary.pixels, request.i0.empty() ? "I" : "I, I0 and chi");
+                summary.rows, summary.pixels, planes);
+    if (!summary.leftOut.empty()) std::printf("%s\n", summary.leftOut.c_str());
 }
 
 }  // namespace
@@ -52,6 +58,7 @@ void AddExportCommand(CLI::App& program) {
         ->required();
     command.add_option("--i0", request->i0,
                        "Image of I0 of the same run; adds I0 and chi = (I - I0)/I0. Default none");
+    AddBackground(command, request->background);
     command
         .add_option(
             "--run", request->runFiles,

@@ -31,15 +31,25 @@ constexpr const char* kExamples =
     "45 -o "
     "cut.svg\n";
 
+/// Values beyond the ends of the scale have the colours of the ends.
+void PrintValues(const PatternPlotSummary& shown) {
+    std::printf("%s from %.4g to %.4g", shown.isModulation ? "chi" : "I", shown.values.low,
+                shown.values.high);
+    const Span& ends = *shown.colours;
+    if (shown.values.low < ends.low || shown.values.high > ends.high)
+        std::printf(", colours from %.4g to %.4g", ends.low, ends.high);
+    std::printf("\n");
+}
+
 void Plot(const PatternPlot& plot) {
     try {
         CheckPatternPlot(plot);
     } catch (const ZfError& error) {
         throw CLI::ValidationError(error.message);
     }
-    const std::optional<Span> range = DrawPatternPlot(plot);
-    if (range)
-        std::printf("%s from %.4g to %.4g\n", plot.references.empty() ? "I" : "chi", range->low, range->high);
+    const PatternPlotSummary shown = DrawPatternPlot(plot);
+    if (shown.colours) PrintValues(shown);
+    for (const std::string& leftOut : shown.leftOut) std::printf("%s\n", leftOut.c_str());
     std::printf("%s written\n", plot.output.c_str());
 }
 
@@ -53,6 +63,7 @@ void AddFiles(CLI::App& command, PatternPlot& options) {
             "I0 image, one for all, or once more for each image: draws chi = (I - I0)/I0 instead of I")
         ->allow_extra_args(false)
         ->type_name("FILE");
+    AddBackground(command, options.background);
     command.add_option("-o,--output", options.output, "Picture: .png, .svg or .pdf")
         ->required()
         ->type_name("FILE");
@@ -102,7 +113,8 @@ void AddScales(CLI::App& command, PatternPlot& options) {
         ->option_text("NAME");
     command
         .add_option("--range", options.range,
-                    "Ends of the colours or of the axis of cuts; default: all values")
+                    "Ends of the colours or of the axis of cuts; default: all values, of chi those in 99 "
+                    "percent of the directions")
         ->expected(2)
         ->check(Between(-kLargestNumber, kLargestNumber))
         ->type_name("LOW HIGH");

@@ -67,6 +67,18 @@ CLI::Option* AddZero(CLI::App& command, std::optional<double>& zero_eV, const st
         ->type_name("FLOAT");
 }
 
+CLI::Option* AddBackground(CLI::App& command, std::optional<BackgroundModel>& background) {
+    return command
+        .add_option_function<std::string>(
+            "--background",
+            [&background](const std::string& text) {
+                background = Usage("--background", [&] { return ParseBackgroundModel(text); });
+            },
+            "Instead of --i0: chi = (I - B)/B with the smooth part B(theta) of I itself: mean, its means "
+            "over the azimuth, or a polynomial of this degree through them, 0 to 12. Default none")
+        ->type_name("MODEL");
+}
+
 std::vector<std::pair<std::string, double>> NamedNumbers(const char* option,
                                                          const std::vector<std::string>& texts) {
     std::vector<std::pair<std::string, double>> pairs;

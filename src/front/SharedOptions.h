@@ -12,6 +12,7 @@
 #include "foundation/Words.h"
 #include "foundation/ZfError.h"
 #include "prepare/atomic/MuffinTin.h"
+#include "report/sphere/PolarBackground.h"
 
 // What the options of several subcommands have in common.
 
@@ -68,6 +69,9 @@ CLI::Option* AddExchange(CLI::App& command, ExchangeKind& exchange, const std::s
 
 /// --zero, of the muffin tins; `purpose` goes behind its default.
 CLI::Option* AddZero(CLI::App& command, std::optional<double>& zero_eV, const std::string& purpose);
+
+/// --background, of an image of which chi is asked for without its I0.
+CLI::Option* AddBackground(CLI::App& command, std::optional<BackgroundModel>& background);
 
 /// Pairs such as Cu=343, in their order. A number alone has an empty name. Throws CLI::ValidationError for
 /// what is no number and for a name given twice.

@@ -9,6 +9,13 @@ namespace qvre {
 
 namespace {
 
+/// In place of I0.
+std::optional<BackgroundModel> ReadPictureBackground(RecipeTable& section, PictureQuantity quantity) {
+    if (quantity != PictureQuantity::kModulation && section.Has("background"))
+        section.Fail("background", "is what I is divided by for the quantity \"chi\"");
+    return ReadBackgroundModel(section);
+}
+
 void ReadTreatment(RecipeTable& section, PatternPlot& plot) {
     const std::int64_t fold = section.Integer("fold").value_or(plot.fold);
     if (fold < 1 || fold > 360) section.Fail("fold", "has to lie between 1 and 360");
@@ -26,6 +33,7 @@ RecipePicture ReadPicture(RecipeTable& section) {
     plot.output = section.Text("file", "pattern.png");
     CheckResultName(section, "file", plot.output);
     picture.quantity = section.Word("quantity", picture.quantity);
+    plot.background = ReadPictureBackground(section, picture.quantity);
     plot.images = {"image"};  // the checks ask for one
     plot.view = section.Word("view", plot.view);
     plot.colours = section.Word<ColourMap>("colours");
@@ -54,6 +62,14 @@ void CheckResultName(const RecipeTable& section, const std::string& key, const s
     if (name.starts_with('.')) section.Fail(key, "may not begin with a dot: the file would be hidden");
 }
 
+std::optional<BackgroundModel> ReadBackgroundModel(RecipeTable& section) {
+    if (!section.Has("background")) return std::nullopt;
+    const std::string text = section.HasText("background")
+                                 ? section.Text("background", "")
+                                 : std::to_string(section.Integer("background").value_or(0));
+    return section.Made("background", [&] { return ParseBackgroundModel(text); });
+}
+
 std::vector<RecipePicture> ReadPictures(RecipeTable& recipe) {
     std::vector<RecipeTable> sections = recipe.Sections("picture");
     if (sections.empty() && !recipe.Has("scan")) sections.emplace_back(nullptr, "[[picture]]");
@@ -72,7 +88,7 @@ PatternPlot PlotOf(const RecipePicture& picture, const std::string& image, const
                    const std::string& output) {
     PatternPlot plot = picture.plot;
     plot.images = {picture.quantity == PictureQuantity::kDirect ? directImage : image};
-    if (picture.quantity == PictureQuantity::kModulation) plot.references = {directImage};
+    if (picture.quantity == PictureQuantity::kModulation && !plot.background) plot.references = {directImage};
     plot.output = output;
     return plot;
 }

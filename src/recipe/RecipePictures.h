@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -25,6 +26,9 @@ struct RecipePicture {
 
 /// Throws ZfError for the name of a picture that would not land in the result folder.
 void CheckResultName(const RecipeTable& section, const std::string& key, const std::string& name);
+
+/// The key "background": "mean", or the degree of a polynomial. Throws ZfError.
+std::optional<BackgroundModel> ReadBackgroundModel(RecipeTable& section);
 
 /// The [[picture]] tables of a recipe; without any, one of the modulation, "pattern.png", but none in a scan.
 /// Throws ZfError, also for two of the same name.

@@ -459,8 +459,7 @@ void Planner::AddPicture(const RunResult& result, const RecipePicture& picture) 
     if (plot.title.empty()) plot.title = plan_.title;
     if (!result.label.empty()) plot.title += ", " + result.label;
     AddStep({"picture", FingerprintOf(result.key + picture.settings + plot.title), {name}, [=] {
-                 DrawPatternPlot(plot);
-                 return std::string();
+                 return fmt::format("{}", fmt::join(DrawPatternPlot(plot).leftOut, "\n"));
              }});
 }
 

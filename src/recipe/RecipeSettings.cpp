@@ -27,15 +27,6 @@ void ReadPolarRange(RecipeTable& section, CompareRequest& request) {
     request.thetaMax = range[1];
 }
 
-/// "mean", or the degree of a polynomial.
-void ReadBackground(RecipeTable& section, CompareRequest& request) {
-    if (!section.Has("background")) return;
-    const std::string text = section.HasText("background")
-                                 ? section.Text("background", "")
-                                 : std::to_string(section.Integer("background").value_or(0));
-    request.background = section.Made("background", [&] { return ParseBackgroundModel(text); });
-}
-
 std::string ReadDifference(RecipeTable& section) {
     std::string name = section.Text("difference", "");
     if (name.empty()) return name;
@@ -95,7 +86,7 @@ RunComparison ReadCompareSection(RecipeTable section, const RecipeFolder& place,
     const std::string file = section.Text("measured", "");
     request.measured = !measuredFile.empty() ? measuredFile : file.empty() ? file : place.Path(file);
     ReadPolarRange(section, request);
-    ReadBackground(section, request);
+    request.background = ReadBackgroundModel(section);
     request.rotate = section.Flag("rotate", request.rotate);
     comparison.difference = ReadDifference(section);
     section.RefuseUnread();

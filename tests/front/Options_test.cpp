@@ -27,7 +27,8 @@ TEST(Options, EachChangesTheFile) {
          "--debye Cu=343 --temperature 77; --title words; --digits 3"},
         {"cluster --preset Si --atoms 20", ".xyz", "; --site 1"},
         {"emit " + copper + "cluster.xml_cl --level 2p --photon Al --polarisation 0,0,1", ".xml_emt",
-         "; --fermi 7; --binding 930; --weight 2; --exchange none; --relativistic; --zero -2"},
+         "; --fermi 7; --binding 930; --weight 2; --exchange none; --relativistic; --zero -2; "
+         "--analyser-at 30,40"},
         {"phases " + copper + "cluster.xml_cl --energy 560", ".xml_ph",
          "; --exchange slater; --relativistic; --radius 1.2; --zero -2; --lmax 4; --cut 5; --radial 9;"
          "--label words"},

@@ -32,7 +32,7 @@ public:
                                          " -o " + folder.Path("chi.png"));
         EXPECT_EQ(drawn.status, 0) << drawn.errors;
         png_ = std::make_unique<PngPicture>(folder.Path("chi.png"));
-        request_.images = {LoadSphereImage(image)};
+        request_.images = {{LoadSphereImage(image).image, "i"}};
     }
 
     /// How far the colour at a direction (degrees) is from that of chi.

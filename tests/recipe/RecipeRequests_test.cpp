@@ -261,17 +261,19 @@ TEST(RecipeRequests, ScatteringAndImage) {
                   {"lower-limit = 2", "lower 2e-10; "}});
 }
 
+std::string BackgroundText(const std::optional<BackgroundModel>& background) {
+    if (!background) return "none";
+    return background->degree ? std::to_string(*background->degree) : "mean";
+}
+
 TEST(RecipeRequests, Comparison) {
     const TempFolder folder;
     std::string asked;  // on the command line
     const auto read = [&](const RecipeTable& section) {
         const RunComparison r = ReadCompareSection(section, {folder.Path("")}, asked);
-        const auto& background = r.request.background;
         return Fields{{"measured", std::filesystem::path(r.request.measured).filename()},
                       {"theta", Text(r.request.thetaMin) + " " + Text(r.request.thetaMax)},
-                      {"background", !background          ? "none"
-                                     : background->degree ? std::to_string(*background->degree)
-                                                          : "mean"},
+                      {"background", BackgroundText(r.request.background)},
                       {"rotate", YesNo(r.request.rotate)},
                       {"difference", r.difference}};
     };
@@ -307,6 +309,7 @@ TEST(RecipeRequests, Pictures) {
         return Fields{{"file", r.plot.output},
                       {"drawn", List(drawn.images) + "/" + List(drawn.references)},
                       {"view", WordFor(r.plot.view)},
+                      {"background", BackgroundText(drawn.background)},
                       {"colours", r.plot.colours ? WordFor(*r.plot.colours) : ""},
                       {"range", List(r.plot.range)},
                       {"title", r.plot.title},
@@ -321,12 +324,15 @@ TEST(RecipeRequests, Pictures) {
                       {"width", Text(r.plot.width)}};
     };
     ExpectFields(read, "",
-                 "acceptance 0; azimuthal ; colours ; drawn I/I0; energy 0; file pattern.png; fold 1; "
+                 "acceptance 0; azimuthal ; background none; colours ; drawn I/I0; energy 0; file "
+                 "pattern.png; fold 1; "
                  "mirror none; polar ; potential none; range ; rings 30; title ; view equidistant; width 0; ",
                  {{"file = \"a.svg\"", "file a.svg; "},
                   {"quantity = \"chi\"", ""},
                   {"quantity = \"intensity\"", "drawn I/; "},
                   {"quantity = \"direct\"", "drawn I0/; "},
+                  {"background = 3", "background 3; drawn I/; "},
+                  {"background = \"mean\"", "background mean; drawn I/; "},
                   {"view = \"stereographic\"", "view stereographic; "},
                   {"colours = \"grey\"", "colours grey; "},
                   {"range = [-0.5, 1]", "range -0.5 1; "},

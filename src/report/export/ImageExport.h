@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
 
 #include "report/export/ExportRequest.h"
 
@@ -10,9 +11,11 @@ struct ExportSummary {
     std::size_t columns = 0;
     std::size_t rows = 0;
     std::size_t pixels = 0;  ///< that lie on the map
+    std::string leftOut;     ///< LeftOutText
 };
 
-/// Writes an image with the direction of each pixel, I, and if there is an I0 also I0 and chi = (I - I0)/I0.
+/// Writes an image with the direction of each pixel, I, and if there is an I0 also I0 and chi = (I - I0)/I0,
+/// or the background B and chi = (I - B)/B.
 /// The layouts are in docs/export-and-compare.md. Throws ZfError for an unknown extension, files that cannot
 /// be read or written, images that do not fit together.
 ExportSummary ExportImage(const ExportRequest& request);

@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "foundation/Constants.h"
+#include "report/sphere/Modulation.h"
 
 namespace qvre {
 
@@ -16,9 +17,9 @@ std::size_t PixelIndex(const ImageTable& table, const SpherePixel& pixel) {
     return static_cast<std::size_t>(pixel.row) * table.columns + static_cast<std::size_t>(pixel.column);
 }
 
-std::vector<double> Plane(const ImageTable& table, const SphereImage& image) {
+std::vector<double> Plane(const ImageTable& table, const std::vector<SpherePixel>& pixels) {
     std::vector<double> values(table.columns * table.rows, kNaN);
-    for (const SpherePixel& pixel : image.Pixels())
+    for (const SpherePixel& pixel : pixels)
         if (PixelIndex(table, pixel) < values.size()) values[PixelIndex(table, pixel)] = pixel.value;
     return values;
 }
@@ -50,11 +51,25 @@ RunSettings Settings(const ExportRequest& request, const ImageTable& table) {
     RunSettings settings = {{"program", "qvre " QVRE_VERSION, ""},
                             {"image_file", fileName(request.image), ""}};
     if (!request.i0.empty()) settings.push_back({"i0_file", fileName(request.i0), ""});
+    if (request.background)
+        settings.push_back({"background",
+                            request.background->degree ? std::to_string(*request.background->degree) : "mean",
+                            ""});
     settings.push_back({"map", ProjectionOf(table.map).Name(), ""});
     settings.push_back({"resolution", std::vector{table.resolution}, "degrees"});
     AddImageSettings(settings, request.image);
     for (const std::string& path : request.runFiles) AddFileSettings(settings, path);
     return settings;
+}
+
+void AddModulation(ImageTable& table, const ExportRequest& request, const SphereImage& image) {
+    const ModulationFunction chi = request.background
+                                       ? ModulationFunction(image, *request.background)
+                                       : ModulationFunction(image, LoadSphereImage(request.i0).image);
+    table.planes.push_back(
+        {request.background ? "B" : "I0", "arbitrary units", Plane(table, chi.ReferencePixels())});
+    table.planes.push_back({"chi", "1", Plane(table, chi.Pixels())});
+    table.leftOut = LeftOutText(chi.LeftOut(), chi.IsByBackground());
 }
 
 }  // namespace
@@ -67,13 +82,8 @@ ImageTable MakeImageTable(const ExportRequest& request) {
     table.rows = Rows(image, request.hemisphere);
     table.resolution = image.Resolution_deg();
     SetDirections(table, image);
-    table.planes.push_back({"I", "arbitrary units", Plane(table, image)});
-    if (!request.i0.empty()) {
-        const SphereImage i0 = LoadSphereImage(request.i0).image;
-        const SphereImage chi = Modulation(image, i0);
-        table.planes.push_back({"I0", "arbitrary units", Plane(table, i0)});
-        table.planes.push_back({"chi", "1", Plane(table, chi)});
-    }
+    table.planes.push_back({"I", "arbitrary units", Plane(table, image.Pixels())});
+    if (!request.i0.empty() || request.background) AddModulation(table, request, image);
     table.settings = Settings(request, table);
     return table;
 }

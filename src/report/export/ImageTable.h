@@ -11,7 +11,7 @@
 namespace qvre {
 
 /// A quantity that an export writes: one value a pixel, row by row with the column fastest, NaN outside the
-/// map.
+/// map and where there is none.
 struct ImagePlane {
     std::string name;
     std::string unit;
@@ -26,7 +26,8 @@ struct ImageTable {
     double resolution = 0.0;         ///< degrees
     std::vector<double> theta;       ///< degrees, as a plane
     std::vector<double> phi;         ///< degrees, 0 to 360, as a plane
-    std::vector<ImagePlane> planes;  ///< I, or I, I0 and chi
+    std::vector<ImagePlane> planes;  ///< I, or I, I0 and chi, or I, B and chi; chi is NaN where left out
+    std::string leftOut;             ///< LeftOutText of chi
     RunSettings settings;            ///< the program, the files, the map, and what is known of the run
 
     bool OnMap(std::size_t pixel) const { return theta[pixel] == theta[pixel]; }

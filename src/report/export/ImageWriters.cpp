@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cmath>
 #include <iterator>
 
 #include "foundation/ReplacedFile.h"
@@ -25,6 +26,7 @@ std::string Head(const ImageTable& table) {
     std::string text;
     for (const RunSetting& setting : table.settings) text += Comment(setting);
     text += "# theta: polar angle from the surface normal, degrees; phi: azimuth from +x to +y, degrees\n";
+    if (!table.leftOut.empty()) text += fmt::format("# {}\n", table.leftOut);
     for (const ImagePlane& plane : table.planes)
         text += fmt::format("# unit of {}: {}\n", plane.name, plane.unit);
     text += "theta,phi";
@@ -40,7 +42,10 @@ void WriteImageCsv(const ImageTable& table, const std::string& path) {
     for (std::size_t i = 0; i < table.theta.size(); ++i) {
         if (!table.OnMap(i)) continue;
         fmt::format_to(end, "{:.9g},{:.9g}", table.theta[i], table.phi[i]);
-        for (const ImagePlane& plane : table.planes) fmt::format_to(end, ",{:.9g}", plane.values[i]);
+        for (const ImagePlane& plane : table.planes) {
+            text += ",";
+            if (!std::isnan(plane.values[i])) fmt::format_to(end, "{:.9g}", plane.values[i]);
+        }
         text += "\n";
     }
     WriteWholeFile(path, text);

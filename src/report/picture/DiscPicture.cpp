@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <limits>
 
 #include "foundation/Constants.h"
 #include "foundation/ZfError.h"
@@ -45,8 +44,8 @@ std::uint32_t Packed(const Colour& colour) {
 }
 
 /// The square around the disc. Its pixels go a little beyond the rim, where the drawing cuts them off.
-std::vector<std::uint32_t> DiscPixels(const SphereImage& image, const DiscPicture& picture, const Span& range,
-                                      std::int32_t side) {
+std::vector<std::uint32_t> DiscPixels(const DrawnPattern& image, const DiscPicture& picture,
+                                      const Span& range, std::int32_t side) {
     const double beyondRim = 1.0 + 4.0 / side;
     Span shown = picture.shownTheta_deg;
     if (shown.high >= 90.0) shown.high = 180.0;
@@ -62,7 +61,8 @@ std::vector<std::uint32_t> DiscPixels(const SphereImage& image, const DiscPictur
             if (radius > beyondRim) continue;
             const double theta = PolarAngle(picture.view, radius);
             if (theta < shown.low * kDegree || theta > shown.high * kDegree) continue;
-            const double value = image.Value(theta, std::atan2(y, x));
+            const double value = image.value(theta, std::atan2(y, x));
+            if (std::isnan(value)) continue;
             const double fraction = (value - range.low) / (range.high - range.low);
             pixels[static_cast<std::size_t>(row) * static_cast<std::size_t>(side) +
                    static_cast<std::size_t>(column)] = Packed(ColourAt(picture.colours, fraction));
@@ -129,21 +129,6 @@ void DrawColourBar(Canvas& canvas, const DiscPicture& picture, const DiscLayout&
 
 }  // namespace
 
-Span ColourRange(const std::vector<LoadedImage>& images, bool symmetric) {
-    constexpr double kHorizon = kPi / 2 + 1e-9;
-    Span range{std::numeric_limits<double>::infinity(), -std::numeric_limits<double>::infinity()};
-    for (const LoadedImage& loaded : images) {
-        for (const SpherePixel& p : loaded.image.Pixels()) {
-            if (p.theta > kHorizon) continue;
-            range.low = std::min(range.low, p.value);
-            range.high = std::max(range.high, p.value);
-        }
-    }
-    if (!symmetric) return Widened(range);
-    const double largest = std::max(std::abs(range.low), std::abs(range.high));
-    return largest > 0.0 ? Span{-largest, largest} : Span{-1.0, 1.0};
-}
-
 DiscLayout::DiscLayout(const DiscPicture& picture) {
     const std::size_t count = picture.images.size();
     const auto perRow = std::min(count, static_cast<std::size_t>(picture.panelsPerRow));
@@ -185,8 +170,8 @@ void DrawDiscs(const DiscPicture& picture, const std::string& path) {
     const auto side = static_cast<std::int32_t>(std::ceil(2 * kRadius * canvas.PixelsPerPoint()));
     for (std::size_t i = 0; i < picture.images.size(); ++i) {
         const PicturePoint centre = layout.centres[i];
-        canvas.DiscImage(centre.x, centre.y, kRadius,
-                         DiscPixels(picture.images[i].image, picture, range, side), side);
+        canvas.DiscImage(centre.x, centre.y, kRadius, DiscPixels(picture.images[i], picture, range, side),
+                         side);
         DrawRings(canvas, picture, centre);
         DrawAzimuths(canvas, centre);
         if (!single)

@@ -6,15 +6,15 @@
 
 #include "report/picture/AxisTicks.h"
 #include "report/picture/ColourMap.h"
-#include "report/sphere/SphereImage.h"
+#include "report/picture/DrawnPattern.h"
 #include "report/sphere/ViewProjection.h"
 
 namespace qvre {
 
 /// Pictures of one or more patterns side by side, on one scale of colours.
 struct DiscPicture {
-    std::vector<LoadedImage> images;  ///< with their titles
-    std::string title;                ///< over all; empty: none
+    std::vector<DrawnPattern> images;
+    std::string title;  ///< over all; empty: none
     std::string quantity = "I (arb. units)";
     View view = View::kAzimuthalEquidistant;
     ColourMap colours = ColourMap::kViridis;
@@ -26,9 +26,6 @@ struct DiscPicture {
     double width =
         0.0;  ///< of the picture, pixels for PNG, mm for SVG and PDF; 0: 85 mm or 800 pixels for one image
 };
-
-/// Least and largest pixel of the upper hemisphere, over all images.
-Span ColourRange(const std::vector<LoadedImage>& images, bool symmetric);
 
 /// A place on the picture, in fractions of its width and height from the top left corner.
 struct PicturePoint {

@@ -2,9 +2,13 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <cmath>
+#include <limits>
 #include <utility>
 
 #include "foundation/Constants.h"
+#include "foundation/FileReading.h"
 #include "foundation/ZfError.h"
 #include "report/picture/Canvas.h"
 #include "report/picture/DiscPicture.h"
@@ -28,22 +32,47 @@ SphereImage Measured(SphereImage image, const PatternPlot& plot) {
     return image;
 }
 
-LoadedImage Prepared(const PatternPlot& plot, std::size_t index) {
-    LoadedImage loaded = LoadSphereImage(plot.images[index]);
-    if (index < plot.captions.size()) loaded.title = plot.captions[index];
-    loaded.image = Measured(std::move(loaded.image), plot);
-    if (plot.references.empty()) return loaded;
+bool IsModulation(const PatternPlot& plot) {
+    return plot.background || !plot.references.empty();
+}
+
+ModulationFunction ModulationOf(SphereImage image, const PatternPlot& plot, std::size_t index) {
+    if (plot.background)
+        return Naming(plot.images[index],
+                      [&] { return ModulationFunction(std::move(image), *plot.background); });
     const std::string& path = plot.references[plot.references.size() == 1 ? 0 : index];
-    const SphereImage reference = Measured(LoadSphereImage(path).image, plot);
-    try {
-        loaded.image = Modulation(loaded.image, reference);
-    } catch (const ZfError& error) {
-        throw ZfError(fmt::format("{} and {}: {}", plot.images[index], path, error.message));
+    SphereImage reference = Measured(LoadSphereImage(path).image, plot);
+    return Naming(plot.images[index] + " and " + path,
+                  [&] { return ModulationFunction(std::move(image), std::move(reference)); });
+}
+
+/// Takes the pixels of an image into the summary. They are the same for any view.
+void Summarise(const std::vector<SpherePixel>& pixels, PatternPlotSummary& summary) {
+    for (const SpherePixel& p : pixels) {
+        if (p.theta > kPi / 2 + 1e-9 || std::isnan(p.value)) continue;
+        summary.values.low = std::min(summary.values.low, p.value);
+        summary.values.high = std::max(summary.values.high, p.value);
     }
-    return loaded;
+}
+
+DrawnPattern Prepared(const PatternPlot& plot, std::size_t index, PatternPlotSummary& summary) {
+    LoadedImage loaded = LoadSphereImage(plot.images[index]);
+    const std::string title = index < plot.captions.size() ? plot.captions[index] : loaded.title;
+    SphereImage image = Measured(std::move(loaded.image), plot);
+    if (!IsModulation(plot)) {
+        Summarise(image.Pixels(), summary);
+        return {std::move(image), title};
+    }
+    ModulationFunction chi = ModulationOf(std::move(image), plot, index);
+    Summarise(chi.Pixels(), summary);
+    const std::string leftOut = LeftOutText(chi.LeftOut(), chi.IsByBackground());
+    if (!leftOut.empty())
+        summary.leftOut.push_back(plot.images.size() == 1 ? leftOut : plot.images[index] + ": " + leftOut);
+    return {std::move(chi), title};
 }
 
 std::string Quantity(const PatternPlot& plot) {
+    if (plot.background) return "χ = (I − B)/B";
     return plot.references.empty() ? "I (arb. units)" : "χ = (I − I₀)/I₀";
 }
 
@@ -53,26 +82,26 @@ std::optional<Span> AskedRange(const PatternPlot& plot) {
 }
 
 /// What the legend says of one cut; what is common to all lines is left to the axis.
-std::string CutLabel(const PatternPlot& plot, const LoadedImage& loaded, const char* angleName, double angle,
-                     std::size_t cuts) {
+std::string CutLabel(const PatternPlot& plot, const DrawnPattern& pattern, const char* angleName,
+                     double angle, std::size_t cuts) {
     const std::string place = fmt::format("{} = {:g}°", angleName, angle);
     if (plot.images.size() == 1) return cuts == 1 ? "" : place;
-    return cuts == 1 ? loaded.title : loaded.title + ", " + place;
+    return cuts == 1 ? pattern.title : pattern.title + ", " + place;
 }
 
-void DrawCuts(const PatternPlot& plot, const std::vector<LoadedImage>& images) {
+void DrawCuts(const PatternPlot& plot, const std::vector<DrawnPattern>& patterns) {
     const bool polar = !plot.polarCuts.empty();
     const std::vector<double>& angles = polar ? plot.polarCuts : plot.azimuthalCuts;
     std::vector<Curve> curves;
-    for (const LoadedImage& loaded : images) {
+    for (const DrawnPattern& pattern : patterns) {
         for (const double angle : angles) {
-            curves.push_back(polar ? PolarCut(loaded.image, angle * kDegree)
-                                   : AzimuthalCut(loaded.image, angle * kDegree));
-            curves.back().label = CutLabel(plot, loaded, polar ? "φ" : "θ", angle, angles.size());
+            curves.push_back(polar ? PolarCut(pattern, angle * kDegree)
+                                   : AzimuthalCut(pattern, angle * kDegree));
+            curves.back().label = CutLabel(plot, pattern, polar ? "φ" : "θ", angle, angles.size());
         }
     }
     LineAxes axes;
-    axes.title = plot.title.empty() && images.size() == 1 ? images.front().title : plot.title;
+    axes.title = plot.title.empty() && patterns.size() == 1 ? patterns.front().title : plot.title;
     axes.xLabel = polar ? "polar angle θ (degrees)" : "azimuth φ (degrees)";
     if (angles.size() == 1) axes.xLabel += fmt::format(", {} = {:g}°", polar ? "φ" : "θ", angles.front());
     axes.yLabel = Quantity(plot);
@@ -83,22 +112,21 @@ void DrawCuts(const PatternPlot& plot, const std::vector<LoadedImage>& images) {
     DrawLines(curves, axes, plot.output);
 }
 
-Span DrawImages(const PatternPlot& plot, std::vector<LoadedImage> images) {
-    const bool modulation = !plot.references.empty();
+/// Returns the ends of the colours.
+Span DrawImages(const PatternPlot& plot, std::vector<DrawnPattern> patterns) {
+    const bool modulation = IsModulation(plot);
     DiscPicture discs;
-    discs.images = std::move(images);
+    discs.range = plot.range.empty() ? ColourRange(patterns, modulation) : *AskedRange(plot);
+    discs.images = std::move(patterns);
     discs.title = plot.title;
     discs.quantity = Quantity(plot);
     discs.view = plot.view;
     discs.colours = plot.colours.value_or(modulation ? ColourMap::kDiverging : ColourMap::kViridis);
-    discs.range = AskedRange(plot);
-    discs.symmetricRange = modulation;
     discs.ringStep_deg = plot.rings;
     discs.panelsPerRow = plot.perRow;
     discs.width = plot.width;
-    const Span range = ColourRange(discs.images, false);
     DrawDiscs(discs, plot.output);
-    return range;
+    return *discs.range;
 }
 
 }  // namespace
@@ -107,6 +135,8 @@ void CheckPatternPlot(const PatternPlot& plot) {
     const std::size_t count = plot.references.size();
     if (count > 1 && count != plot.images.size())
         throw ZfError("give one I0 image for all images, or one for each");
+    if (count > 0 && plot.background)
+        throw ZfError("I0 and a background exclude each other: either is what I is divided by");
     if (!Canvas::CanWrite(plot.output))
         throw ZfError("the name of the picture has to end in .png, .svg or .pdf");
     static_cast<void>(Canvas::Scale(plot.output, kColumnWidth, plot.width));  // refuses a width out of range
@@ -123,13 +153,17 @@ void CheckPatternPlot(const PatternPlot& plot) {
         throw ZfError("polar and azimuthal cuts need a picture each");
 }
 
-std::optional<Span> DrawPatternPlot(const PatternPlot& plot) {
+PatternPlotSummary DrawPatternPlot(const PatternPlot& plot) {
     CheckPatternPlot(plot);
-    std::vector<LoadedImage> images;
-    for (std::size_t i = 0; i < plot.images.size(); ++i) images.push_back(Prepared(plot, i));
-    if (plot.polarCuts.empty() && plot.azimuthalCuts.empty()) return DrawImages(plot, std::move(images));
-    DrawCuts(plot, images);
-    return std::nullopt;
+    constexpr double kInfinity = std::numeric_limits<double>::infinity();
+    PatternPlotSummary summary{IsModulation(plot), {kInfinity, -kInfinity}, {}, {}};
+    std::vector<DrawnPattern> patterns;
+    for (std::size_t i = 0; i < plot.images.size(); ++i) patterns.push_back(Prepared(plot, i, summary));
+    if (plot.polarCuts.empty() && plot.azimuthalCuts.empty())
+        summary.colours = DrawImages(plot, std::move(patterns));
+    else
+        DrawCuts(plot, patterns);
+    return summary;
 }
 
 }  // namespace qvre

@@ -6,6 +6,7 @@
 
 #include "report/picture/AxisTicks.h"
 #include "report/picture/ColourMap.h"
+#include "report/sphere/PolarBackground.h"
 #include "report/sphere/ViewProjection.h"
 
 namespace qvre {
@@ -14,10 +15,11 @@ namespace qvre {
 struct PatternPlot {
     std::vector<std::string> images;      ///< .xml_img, drawn side by side on one scale
     std::vector<std::string> references;  ///< I0, one for all or one each: draws chi = (I - I0)/I0; empty: I
-    std::string output;                   ///< .png, .svg or .pdf
+    std::optional<BackgroundModel> background;  ///< instead of I0: draws chi = (I - B)/B
+    std::string output;                         ///< .png, .svg or .pdf
     View view = View::kAzimuthalEquidistant;
     std::optional<ColourMap> colours;   ///< unset: viridis for I, diverging for chi
-    std::vector<double> range;          ///< ends of the colours, or of the axis of cuts; empty: all values
+    std::vector<double> range;          ///< ends of the colours, or of the axis of cuts; empty: ColourRange
     std::string title;                  ///< empty: that of the file
     std::vector<std::string> captions;  ///< of the images, in place of those of the files
     double rings = 30.0;                ///< step of the polar rings
@@ -32,11 +34,19 @@ struct PatternPlot {
     std::vector<double> azimuthalCuts;     ///< polar angles
 };
 
+/// What a picture shows.
+struct PatternPlotSummary {
+    bool isModulation = false;
+    Span values;                       ///< least and largest pixel of the upper hemisphere
+    std::optional<Span> colours;       ///< ends of the scale; none for cuts
+    std::vector<std::string> leftOut;  ///< LeftOutText of each image that has one
+};
+
 /// Throws ZfError for settings that contradict each other.
 void CheckPatternPlot(const PatternPlot& plot);
 
 /// Draws it; what a measurement does to a pattern acts on I and I0 in the order surface, domains, analyser.
-/// Returns the least and the largest value, without cuts. Throws ZfError; nothing is left behind then.
-std::optional<Span> DrawPatternPlot(const PatternPlot& plot);
+/// Throws ZfError; nothing is left behind then.
+PatternPlotSummary DrawPatternPlot(const PatternPlot& plot);
 
 }  // namespace qvre

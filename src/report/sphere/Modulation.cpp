@@ -80,13 +80,18 @@ double ModulationFunction::Value(double theta, double phi) const {
     return ModulationAt(intensity_.Value(theta, phi), Reference(theta, phi), largest_);
 }
 
+std::vector<SpherePixel> ModulationFunction::ReferencePixels() const {
+    if (reference_) return reference_->Pixels();
+    std::vector<SpherePixel> pixels = intensity_.Pixels();
+    for (SpherePixel& p : pixels) p.value = background_->At(Degrees(p.theta));
+    return pixels;
+}
+
 std::vector<SpherePixel> ModulationFunction::Pixels() const {
     std::vector<SpherePixel> pixels = intensity_.Pixels();
-    const std::vector<SpherePixel> below = reference_ ? reference_->Pixels() : std::vector<SpherePixel>();
-    for (std::size_t i = 0; i < pixels.size(); ++i) {
-        SpherePixel& p = pixels[i];
-        p.value = ModulationAt(p.value, below.empty() ? Reference(p.theta, p.phi) : below[i].value, largest_);
-    }
+    const std::vector<SpherePixel> below = ReferencePixels();
+    for (std::size_t i = 0; i < pixels.size(); ++i)
+        pixels[i].value = ModulationAt(pixels[i].value, below[i].value, largest_);
     return pixels;
 }
 

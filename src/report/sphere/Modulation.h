@@ -42,17 +42,17 @@ public:
     /// Angles in radians, as in SphereImage. NaN beyond the map and where chi is left out.
     double Value(double theta, double phi) const;
 
-    /// The reference in a direction.
-    double Reference(double theta, double phi) const;
-
-    /// The pixels of the map in the order of storage, with chi.
+    /// The pixels of the map in the order of storage, with chi and with the reference.
     std::vector<SpherePixel> Pixels() const;
+    std::vector<SpherePixel> ReferencePixels() const;
 
     double LeftOut() const;  ///< part of the solid angle of the upper hemisphere, 0 to 1
     bool IsByBackground() const { return background_.has_value(); }
     const SphereImage& Intensity() const { return intensity_; }
 
 private:
+    double Reference(double theta, double phi) const;
+
     SphereImage intensity_;
     std::optional<SphereImage> reference_;
     std::optional<PolarBackground> background_;

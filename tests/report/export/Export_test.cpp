@@ -32,6 +32,7 @@ protected:
         return {WriteImage("p.xml_img", map, 1.5),
                 WriteImage("i0.xml_img", map, 1.0),
                 {},
+                {},
                 true,
                 folder_.Path(output)};
     }
@@ -140,6 +141,54 @@ array = np.load('disc.npy')
 assert np.allclose(x[12], (array[0] * np.cos(rad(array[1])))[9, 12])
 theta, phi = signal('grid.h5')[2]
 assert list(theta[:2]) == [0, 10] and phi[-1] == 350
+)");
+}
+
+// The direct wave of an s level under light along x vanishes in the plane across; of 19 columns of the map
+// only the middle one, x = 0, lies within asin(0.1) of it.
+TEST_F(Export, LeavesChiOutWhereI0IsFaint) {
+    const auto direct = [](double x, double, double) { return x * x; };
+    const auto scattered = [](double x, double, double) { return x * x * 1.25 + 0.01; };
+    WriteImageFile(folder_.Path("i0.xml_img"), Sampled(SphereMap::kAzimuthalEquidistant, 10.0, direct));
+    const std::string image =
+        WriteImageFile(folder_.Path("p.xml_img"), Sampled(SphereMap::kAzimuthalEquidistant, 10.0, scattered));
+    for (const char* output : {"s.csv", "s.npy", "s.h5"}) {
+        const ExportSummary summary =
+            ExportImage({image, folder_.Path("i0.xml_img"), {}, {}, false, folder_.Path(output)});
+        EXPECT_EQ(summary.leftOut.substr(0, 16), "chi left out in ");
+    }
+    const std::string text = folder_.Read("s.csv");
+    EXPECT_NE(text.find("\n# chi left out in "), std::string::npos);
+    EXPECT_NE(text.find("\n0,0,0.00999999978,0,\n"), std::string::npos);
+    ExpectInPython(R"(
+theta, phi, I, I0, chi = np.load('s.npy')
+inside = theta <= 90
+assert np.array_equal(np.isnan(chi), ~inside | (np.arange(19) == 9)) and not np.isnan(I0[inside]).any()
+data = h5py.File('s.h5')['entry/data']
+assert np.array_equal(data['chi'][()], chi, equal_nan=True)
+assert np.allclose(chi[9, 0], 0.26)
+rows = [line.split(',') for line in open('s.csv') if line[0] not in '#t']
+assert sum(row[4] == '\n' for row in rows) == 19 and len(rows) == inside.sum()
+)");
+}
+
+TEST_F(Export, DividesByTheMeansOfTheRings) {
+    const auto modulated = [](double x, double y, double z) { return (2.0 + z) * (1.0 + x * y); };
+    ExportRequest request;
+    request.image = WriteImageFile(folder_.Path("p.xml_img"),
+                                   Sampled(SphereMap::kEquidistantCylindrical, 1.0, modulated));
+    request.background = ParseBackgroundModel("mean");
+    request.hemisphere = true;
+    request.output = folder_.Path("b.npy");
+    ExportImage(request);
+    request.output = folder_.Path("b.csv");
+    ExportImage(request);
+    EXPECT_NE(folder_.Read("b.csv").find("\n# background = mean\n"), std::string::npos);
+    EXPECT_NE(folder_.Read("b.csv").find("\ntheta,phi,I,B,chi\n"), std::string::npos);
+    ExpectInPython(R"(
+theta, phi, I, B, chi = np.load('b.npy')
+t, p = np.radians(theta), np.radians(phi)
+assert np.abs(B - 2 - np.cos(t)).max() < 0.01 and np.abs(chi - np.sin(t)**2 * np.sin(2 * p) / 2).max() < 0.01
 )");
 }
 

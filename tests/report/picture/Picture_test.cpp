@@ -72,11 +72,10 @@ TEST(DiscPicture, ShowsTheFunctionAtItsDirections) {
 TEST(DiscPicture, ColourBarAndAutomaticRange) {
     DiscPicture request;
     request.images = {
-        {Sampled(kMaps[1], 2.0, [](double, double, double z) { return z > -1e-9 ? z : 99.0; }), ""}};
+        {Sampled(kMaps[1], 2.0, [](double, double, double z) { return z > -0.1 ? z : 99.0; }), ""}};
     const Span range = ColourRange(request.images, false);
     EXPECT_NEAR(range.low, 0.0, 1e-12);  // the lower hemisphere does not count
     EXPECT_NEAR(range.high, 1.0, 1e-12);
-    EXPECT_NEAR(ColourRange(request.images, true).low, -1.0, 1e-12);
     const Drawn drawn(request);
     EXPECT_EQ(drawn.png.Width(), 800);
     const auto bar = [](const Drawn& d, double fraction) { return d.png.At(d.layout.ColourBar(fraction)); };
@@ -91,6 +90,40 @@ TEST(DiscPicture, ColourBarAndAutomaticRange) {
         PicturePoint point = ticks.layout.ColourBar(i / 7.0);
         point.x += 5.5 / ticks.layout.width;
         EXPECT_EQ(ticks.png.At(point).red < 0.9, i % 2 == 0) << i;
+    }
+}
+
+// Of the solid angle with a value, a hundredth is z > 0.991, of which the part nearer to the normal holds
+// another one.
+TEST(DiscPicture, TheRangeOfAModulationLeavesAHundredthOut) {
+    const auto cap = [](double atNormal) {
+        return DrawnPattern(
+            [=](double theta, double) {
+                const double z = std::cos(theta);
+                return z > 0.995 ? atNormal : z < 0.1 ? std::nan("") : -z;
+            },
+            1.0, "");
+    };
+    for (const double atNormal : {1e30, -7.0}) {
+        const Span range = ColourRange({cap(atNormal)}, true);
+        EXPECT_NEAR(range.high, 0.991, 2e-3);  // rings half a degree apart
+        EXPECT_EQ(range.low, -range.high);
+    }
+    EXPECT_EQ(ColourRange({cap(1e30)}, false).high, 1e30);
+    EXPECT_NEAR(ColourRange({cap(1e30)}, false).low, -0.995, 2e-3);
+    const DrawnPattern spot([](double theta, double) { return theta < 1e-3 ? 2.0 : 0.0; }, 1.0, "");
+    EXPECT_EQ(ColourRange({spot}, true).high, 2.0);
+    EXPECT_EQ(ColourRange({{[](double, double) { return std::nan(""); }, 1.0, ""}}, true).high, 1.0);
+}
+
+TEST(DiscPicture, DirectionsWithoutAValueStayBlank) {
+    DiscPicture request;
+    request.images = {
+        {[](double theta, double phi) { return std::cos(phi) < 0 ? std::nan("") : theta; }, 1.0, ""}};
+    const Drawn drawn(request);
+    for (const double theta : {20.0, 40.0, 80.0}) {
+        EXPECT_LT(drawn.Off(kWhite, theta, 170.0), 1e-9);
+        EXPECT_LT(drawn.Off(ColourAt(request.colours, theta / 90.0), theta, 10.0), kPixel);
     }
 }
 
@@ -141,7 +174,7 @@ TEST(DiscPicture, FormatsAndFailures) {
 
 TEST(PatternCuts, FollowTheFunction) {
     for (const SphereMap map : kMaps) {
-        const SphereImage image = Sampled(map, 2.0, Tilted);
+        const DrawnPattern image(Sampled(map, 2.0, Tilted), "");
         const Curve polar = PolarCut(image, 200 * kDegree);
         EXPECT_EQ(polar.x.front(), -90.0);
         EXPECT_EQ(polar.x.back(), 90.0);
