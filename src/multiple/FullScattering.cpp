@@ -28,6 +28,9 @@ constexpr double kAngstrom_m = 1e-10;
 /// Steps of GMRES before it starts anew with the true residual, which bounds its memory.
 constexpr std::size_t kRestart = 40;
 
+/// Besides the applications: two half sweeps and the true residual.
+constexpr double kFurtherProducts = 2.0;
+
 /// The residual of the preconditioned equations, on which GMRES stops, can be below the true one.
 constexpr double kResidualReserve = 2.0;
 
@@ -319,6 +322,21 @@ std::vector<Complex> ScatteringFactors(const PhaseShiftRecord& record) {
     return t;
 }
 
+double ExpectedApplications(const FullScatteringSize& size) {
+    // Fitted to fcc metals, Si and GaAs of 80 to 1000 atoms at 50 to 1400 eV. With damping, what counts are
+    // the atoms within some mean free paths.
+    double atoms = size.atoms;
+    if (size.meanFreePath > 0.0) atoms = std::min(atoms, 13.0 * size.meanFreePath / kAngstrom_m);
+    const double digits = -std::log10(size.tolerance);
+    return std::min(36.0, 300.0 / size.lSize) * std::pow(atoms / 581.0, 0.36) * digits / 6.0;
+}
+
+double NominalSeconds(const FullScatteringSize& size) {
+    constexpr double kPairSeconds = 1.5e-10;  // of one term of a pair
+    const double products = std::ceil(ExpectedApplications(size)) + kFurtherProducts;
+    return kPairSeconds * size.atoms * size.atoms * std::pow(size.lSize, 3) * size.waves * products;
+}
+
 FullScatteringEstimate EstimateFullScattering(const FullScatteringRequest& request) {
     std::vector<PhaseShiftCut> cuts;
     const ScatteringOperator scattering = MakeOperator(request, cuts);
@@ -326,19 +344,14 @@ FullScatteringEstimate EstimateFullScattering(const FullScatteringRequest& reque
     std::size_t lSize = 1;
     for (std::size_t i = 0; i < request.positions.size(); ++i) lSize = std::max(lSize, scattering.LSize(i));
 
-    // Fitted to fcc metals, Si and GaAs of 80 to 1000 atoms at 50 to 1400 eV. With damping, what counts are
-    // the atoms within some mean free paths.
-    auto atoms = static_cast<double>(request.positions.size());
-    if (request.meanFreePath > 0.0) atoms = std::min(atoms, 13.0 * request.meanFreePath / kAngstrom_m);
-    const double digits = -std::log10(request.tolerance);
-    const double expected =
-        std::min(36.0, 300.0 / static_cast<double>(lSize)) * std::pow(atoms / 581.0, 0.36) * digits / 6.0;
+    const double expected = ExpectedApplications(
+        {static_cast<double>(request.positions.size()), static_cast<double>(lSize),
+         static_cast<double>(request.waves.size()), request.meanFreePath, request.tolerance});
     estimate.applications =
         std::clamp(static_cast<std::int32_t>(std::ceil(expected)), 1, request.largestApplications);
-    // Besides the applications two half sweeps and the true residual.
     const double threads = std::max(1.0, 0.9 * omp_get_max_threads());
-    estimate.seconds =
-        scattering.SecondsOfProduct(request.waves.size()) * (estimate.applications + 2.0) / threads;
+    estimate.seconds = scattering.SecondsOfProduct(request.waves.size()) *
+                       (estimate.applications + kFurtherProducts) / threads;
     const double waveBytes =
         static_cast<double>(scattering.WaveSize() * request.waves.size()) * sizeof(Complex);
     const auto vectors = std::min<double>(estimate.applications, kRestart) + 8.0;

@@ -82,6 +82,22 @@ struct FullScatteringProgress {
     double secondsLeft = 0.0;  ///< as if the residual went on falling as it did
 };
 
+/// What the cost of a solution depends on.
+struct FullScatteringSize {
+    double atoms = 0.0;
+    double lSize = 0.0;
+    double waves = 0.0;         ///< solved together
+    double meanFreePath = 0.0;  ///< m; 0: none
+    double tolerance = FullScatteringRequest().tolerance;
+};
+
+/// Applications of the operator that a solution is expected to take, to a factor of 2.
+double ExpectedApplications(const FullScatteringSize& size);
+
+/// Seconds on two cores of a server of 2022 with 512-bit vectors: atoms^2 lSize^3 waves by pair, for each
+/// application. Unlike EstimateFullScattering the same on every machine.
+double NominalSeconds(const FullScatteringSize& size);
+
 /// Expected cost. The seconds are those of this machine, with the threads that it may use, from a few packs
 /// of pairs that are timed; how many applications it takes depends on the atoms and is known to a factor
 /// of 2.

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "experiment/Light.h"
+#include "foundation/FileReading.h"
 #include "prepare/attenuation/MeanFreePath.h"
 #include "recipe/RecipeTable.h"
 #include "run/InputFiles.h"
@@ -34,6 +35,19 @@ ClusterFacts FactsOf(const Cluster& cluster);  ///< throws ZfError without an em
 
 /// The path of the ready file that the section names ("file") instead of its other keys; none without one.
 std::optional<std::string> ReadReadyFile(RecipeTable& section, const RecipeFolder& place);
+
+/// Loads a ready file, as a run will; what is wrong with it is told at the key that names it.
+template <class Document>
+Document LoadReady(const RecipeTable& section, const std::string& path,
+                   void (*load)(Document&, const std::string&)) {
+    return section.Made("file", [&] {
+        return Naming(path, [&] {
+            Document document;
+            load(document, path);
+            return document;
+        });
+    });
+}
 
 ClusterRequest ReadClusterRequest(RecipeTable section, const RecipeFolder& place);
 WavesRequest ReadWavesRequest(RecipeTable section, const ClusterFacts& cluster);

@@ -13,6 +13,7 @@
 #include "foundation/FileReading.h"
 #include "foundation/ProgramFile.h"
 #include "foundation/ZfError.h"
+#include "recipe/MethodChoice.h"
 #include "recipe/RecipeCases.h"
 #include "recipe/RecipeInputs.h"
 #include "recipe/RecipePictures.h"
@@ -53,7 +54,7 @@ struct CasePlan {
     ScatteringRequest scattering;
     ImageRequest images;
     double fermi_eV = PhotoelectronEnergy().fermi_eV;
-    std::string losses;  ///< settings of the image on which the method FULL depends, as text
+    std::string choices;  ///< on which the scattering depends beside the settings of its sections
 };
 
 /// One of the files of a calculation.
@@ -90,19 +91,6 @@ FileMaker Copy(const std::string& path) {
     return [path](const std::string& output) { return CopyReadyFile(path, output); };
 }
 
-/// Loads a ready file, as a run will; what is wrong with it is told at the key that names it.
-template <class Document>
-Document LoadReady(const RecipeTable& section, const std::string& path,
-                   void (*load)(Document&, const std::string&)) {
-    return section.Made("file", [&] {
-        return Naming(path, [&] {
-            Document document;
-            load(document, path);
-            return document;
-        });
-    });
-}
-
 /// Makes the plan of one recipe.
 class Planner {
 public:
@@ -117,7 +105,7 @@ private:
     void AddGroup(const RecipeGroup& group);
     void AddPicture(const RunResult& result, const RecipePicture& picture);
     RunResult AddCase(const RecipeCase& one);
-    RunResult AddImages(const RecipeCase& one, const ImageRequest& request);
+    RunResult AddImages(const RecipeCase& one, const CasePlan& plan);
     ClusterFacts AddCluster(const RecipeCase& one, CasePlan& plan);
     void AddClusterFiles(const RecipeCase& one, const std::string& extension, const ClusterMaker& maker,
                          CasePlan& plan);
@@ -144,6 +132,7 @@ private:
     RecipeOptions options_;
     std::string tables_ = ShippedTables();        // part of every key
     std::map<std::string, std::string> writers_;  // key of the step that writes a file, by its name
+    ScatteringMethod method_ = kMulti;
     bool isSummed_ = true;
     std::vector<RecipePicture> pictures_;
     RunPlan plan_;
@@ -155,6 +144,9 @@ RunPlan Planner::Plan() {
     plan_.origin = "recipe " + recipePath_ + "\n" + text;
     plan_.folder = options_.folder;
     ReadGeneral(groups.front().cases.front());
+    const MethodChoice choice = ChooseMethod(groups, place_);
+    method_ = choice.method;
+    if (!choice.remark.empty()) plan_.remarks = choice.remark + "\n" + plan_.remarks;
     for (const RecipeGroup& group : groups) AddGroup(group);
     ClaimComparison();
     for (const RunResult& result : plan_.results)
@@ -385,13 +377,15 @@ void Planner::AddLosses(const RecipeCase& one, const std::optional<MeanFreePathR
                 });
     if (scattering.method != kFull) return;
     scattering.meanFreePathFile = plan.images.emergence.meanFreePathFile;
-    plan.losses = settings;
+    plan.choices += settings;
 }
 
 RunResult Planner::AddCase(const RecipeCase& one) {
     RecipeTable recipe(&one.settings, "recipe");
     CasePlan plan;
-    plan.scattering = ReadScatteringSection(recipe.Section("scattering"));
+    plan.scattering = ReadScatteringSection(recipe.Section("scattering")).request;
+    plan.scattering.method = method_;
+    plan.choices = WordFor(method_);
     const ImageSection image = ReadImageSection(recipe.Section("image"));
     plan.images = image.request;
     if (plan.scattering.method == kFull && plan.images.emergence.meanFreePath > 0.0)
@@ -403,24 +397,24 @@ RunResult Planner::AddCase(const RecipeCase& one) {
     EmergenceRequest& emergence = plan.images.emergence;
     const std::string weights = ProgramFile("AtomicWeight.txt");
     const std::string fluctuation = AddFluctuation(one, facts, scattering.clusterFile);
-    AddFile(one, {"checks", "checks", ".txt", kImages},
+    AddFile(one, {"checks", "checks", ".txt", kImages, plan.choices},
             [=](const std::string& output) { return CheckRun(scattering, fluctuation, weights, output); });
     scattering.fluctuationFile = emergence.fluctuationFile = fluctuation;
     scattering.atomicWeightFile = emergence.atomicWeightFile = weights;
     const Sections& sections = scattering.method == kFull ? kFullScattering : kScattering;
     emergence.scatteredWaveFile =
-        AddFile(one, {"scattering", "scatteredwave", ".xml_sf", sections, plan.losses},
+        AddFile(one, {"scattering", "scatteredwave", ".xml_sf", sections, plan.choices},
                 [=](const std::string& output) { return CalculateScattering(scattering, output); });
-    return AddImages(one, plan.images);
+    return AddImages(one, plan);
 }
 
-RunResult Planner::AddImages(const RecipeCase& one, const ImageRequest& request) {
+RunResult Planner::AddImages(const RecipeCase& one, const CasePlan& plan) {
     const std::string suffix = SuffixOf(one, kImages);
     RunResult result{suffix.empty() ? "" : suffix.substr(1), "pattern" + suffix + ".xml_img",
-                     "i0" + suffix + ".xml_img", KeyOf(one, "images", kImages)};
+                     "i0" + suffix + ".xml_img", KeyOf(one, "images" + plan.choices, kImages)};
     const std::string image = InFolder(result.image);
     const std::string directImage = InFolder(result.directImage);
-    AddStep({"images", result.key, {result.image, result.directImage}, [=] {
+    AddStep({"images", result.key, {result.image, result.directImage}, [=, request = plan.images] {
                  CalculateImages(request, image, directImage);
                  return std::string();
              }});

@@ -46,18 +46,19 @@ void CompleteBackground(CompareRequest& request) {
 
 }  // namespace
 
-ScatteringRequest ReadScatteringSection(RecipeTable section) {
-    ScatteringRequest request;
-    request.method = section.Word("method", request.method);
-    if (request.method != kFull)
-        if (section.Has("tolerance")) section.Fail("tolerance", "is a setting of the method FULL");
+ScatteringSection ReadScatteringSection(RecipeTable section) {
+    ScatteringSection scattering;
+    ScatteringRequest& request = scattering.request;
+    scattering.method = section.Word<ScatteringMethod>("method");
+    if (scattering.method.value_or(kFull) != kFull && section.Has("tolerance"))
+        section.Fail("tolerance", "is a setting of the method FULL");
     if (section.Has("imfp")) section.Fail("imfp", "is a key of [image], for every method");
     request.full.tolerance = section.Number("tolerance", RecipeUnit::kNone, request.full.tolerance);
     if (!(request.full.tolerance >= kLeastTolerance && request.full.tolerance <= kLargestTolerance))
         section.Fail("tolerance",
                      fmt::format("has to lie between {:g} and {:g}", kLeastTolerance, kLargestTolerance));
     section.RefuseUnread();
-    return request;
+    return scattering;
 }
 
 ImageSection ReadImageSection(RecipeTable section) {

@@ -13,8 +13,13 @@
 
 namespace qvre {
 
-/// The method and its settings, without the files.
-ScatteringRequest ReadScatteringSection(RecipeTable section);
+/// Without the files and, in the request, without the method.
+struct ScatteringSection {
+    ScatteringRequest request;
+    std::optional<ScatteringMethod> method;  ///< none: the recipe leaves it open
+};
+
+ScatteringSection ReadScatteringSection(RecipeTable section);
 
 /// Without the files.
 struct ImageSection {

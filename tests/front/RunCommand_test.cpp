@@ -24,7 +24,8 @@ protected:
         return folder_.Write("recipe.toml",
                              "[cluster]\npreset = \"Cu\"\nemitter-layer = 2\natoms = 20\n"
                              "[emission]\n" +
-                                 source + "\nkinetic = " + kinetic + "\n[thermal]\n" + thermal +
+                                 source + "\nkinetic = " + kinetic +
+                                 "\n[scattering]\nmethod = \"MULTI\"\n[thermal]\n" + thermal +
                                  "\n[image]\nresolution = 10\n" + more);
     }
 

@@ -16,6 +16,7 @@ protected:
         std::map<std::string, std::string> sections = {{"cluster", "preset = \"Cu\"\natoms = 20\n"},
                                                        {"emission", "level = \"2p\"\nkinetic = 60\n"}};
         for (const auto& [section, lines] : more) sections[section] += lines + "\n";
+        sections.try_emplace("scattering", "method = \"MULTI\"\n");
         std::string text = sections[""];
         sections.erase("");
         for (const auto& [section, lines] : sections) text += "[" + section + "]\n" + lines;
@@ -57,7 +58,10 @@ TEST_F(RecipePlan, AStepIsRepeatedForTheSettingsThatItDependsOn) {
         {"phases", "lmax = 12", kFromPhases},
         {"thermal", "temperature = 77", "thermal checks images picture"},
         {"scattering", "method = \"SINGLE\"", "checks scattering images picture"},
+        {"emission", "polarisation = [1, 0, 0]", "checks images picture"},
+        {"light", "frame = \"analyser\"", "checks images picture"},
         {"image", "resolution = 2", "checks images picture"},
+        {"image", "imfp = 10", "checks images picture"},
         {"picture", "width = 300", "picture"},
         {"", "title = \"another\"", "picture"},
     };
@@ -68,6 +72,29 @@ TEST_F(RecipePlan, AStepIsRepeatedForTheSettingsThatItDependsOn) {
     EXPECT_EQ(Changed(Keys(Recipe({{"scattering", full}})),
                       Keys(Recipe({{"scattering", full}, {"thermal", "temperature = 77"}}))),
               "thermal checks scattering images picture");
+    EXPECT_EQ(Changed(Keys(Recipe({{"scattering", full}})),
+                      Keys(Recipe({{"scattering", full}, {"image", "imfp = 10"}}))),
+              "checks scattering images picture");
+}
+
+TEST_F(RecipePlan, FullScatteringIsTakenWhereItCostsLittle) {
+    const auto remarks = [&](const std::map<std::string, std::string>& more) {
+        std::map<std::string, std::string> open = more;
+        open.emplace("scattering", "");
+        return Plan(Recipe(open)).remarks;
+    };
+    EXPECT_EQ(remarks({{"scattering", "method = \"MULTI\""}}), "");
+    EXPECT_EQ(remarks({}), "method FULL\n");
+    EXPECT_PRED_FORMAT2(
+        testing::IsSubstring, "method MULTI; FULL would take about",
+        remarks({{"cluster", "emitter-layer = [1, 2, 3, 4, 5, 6, 7, 8, 9]"},
+                 {"phases", "lmax = 60"},
+                 {"scan", "vary = \"emission.kinetic\"\nfrom = 9000\nto = 9390\nsteps = 40"}}));
+    EXPECT_EQ(remarks({{"image", "mean-free-path = 20"}}),
+              "method MULTI, as FULL takes no such waves or damping\n");
+    // The scattered waves and what follows are those of the method.
+    EXPECT_EQ(Changed(Keys(Recipe()), Keys(Recipe({{"scattering", ""}}))),
+              "checks scattering images picture");
 }
 
 TEST_F(RecipePlan, AStepIsRepeatedForTheContentOfItsFiles) {
@@ -92,7 +119,7 @@ TEST_F(RecipePlan, AStepIsRepeatedForTheContentOfItsFiles) {
         {cluster + emission + "[thermal]\nfile = \"f.xml_flu\"\n", "thermal checks images picture"},
     };
     for (const auto& [text, repeated] : cases) {
-        const std::string recipe = folder_.Write("r.toml", text);
+        const std::string recipe = folder_.Write("r.toml", text + "[scattering]\nmethod = \"MULTI\"\n");
         write("3");
         const std::map<std::string, std::string> before = Keys(recipe);
         write("4");

@@ -234,16 +234,16 @@ TEST(RecipeRequests, MeanFreePath) {
 
 TEST(RecipeRequests, ScatteringAndImage) {
     const auto scattering = [](const RecipeTable& section) {
-        const ScatteringRequest r = ReadScatteringSection(section);
-        return Fields{{"method", Text(static_cast<double>(r.method))},  // as files number them
-                      {"tolerance", Text(r.full.tolerance)}};
+        const ScatteringSection r = ReadScatteringSection(section);
+        return Fields{{"method", r.method ? WordFor(*r.method) : "open"},
+                      {"tolerance", Text(r.request.full.tolerance)}};
     };
-    ExpectFields(scattering, "", "method 2; tolerance 1e-05; ",
-                 {{"method = \"SINGLE\"", "method 0; "},
-                  {"method = \"SLOWMULTI\"", "method 1; "},
-                  {"method = \"MULTI\"", ""},
-                  {"method = \"FULL\"", "method 3; "},
-                  {"method = \"FULL\"\ntolerance = 0.001", "method 3; tolerance 0.001; "}});
+    ExpectFields(scattering, "", "method open; tolerance 1e-05; ",
+                 {{"method = \"SINGLE\"", "method SINGLE; "},
+                  {"method = \"SLOWMULTI\"", "method SLOWMULTI; "},
+                  {"method = \"MULTI\"", "method MULTI; "},
+                  {"method = \"FULL\"", "method FULL; "},
+                  {"method = \"FULL\"\ntolerance = 0.001", "method FULL; tolerance 0.001; "}});
     const auto image = [](const RecipeTable& section) {
         const ImageRequest r = ReadImageSection(section).request;
         return Fields{{"map", WordFor(r.map)},

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "recipe/RecipeCases.h"
+#include "recipe/RecipeInputs.h"
+#include "scattering/ZfScatteringData.h"
+
+namespace qvre {
+
+/// The method of a run.
+struct MethodChoice {
+    ScatteringMethod method = kMulti;
+    std::string remark;  ///< what was taken and why, where the recipe names none
+};
+
+/// What the recipe names, otherwise FULL if all its calculations together are expected to take less than a
+/// minute by it (NominalSeconds), and MULTI if not, as well as for plane waves and for damping by the
+/// distance, which FULL does not know. The choice is the same on every machine. Throws ZfError.
+MethodChoice ChooseMethod(const std::vector<RecipeGroup>& groups, const RecipeFolder& place);
+
+}  // namespace qvre
