@@ -130,6 +130,8 @@ void CheckSet(const std::vector<AnyFile>& files, ScatteringMethod method) {
     }
     const ZfDebye weights = LoadAtomicWeights(ProgramFile("AtomicWeight.txt"));
     set.weights = &weights;
+    const DebyeTable debye(ProgramFile("debye_temperatures.csv"));
+    set.debye = &debye;
     const std::vector<InputFinding> findings = CheckInputs(set);
     PrintFindings(findings);
     if (!FitsTogether(findings)) throw ZfError("The input does not fit, see the misfits above");

@@ -1,9 +1,12 @@
+#include <fmt/format.h>
 #include <CLI/CLI.hpp>
+
 #include <algorithm>
 #include <cstdio>
 #include <map>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "files/AnyFile.h"
@@ -26,12 +29,15 @@ constexpr const char* kExample =
     "Examples, the first with a cluster:\n"
     "  qvre thermal cluster.xml_cl --temperature 300 -o fluctuation.xml_flu\n"
     "  qvre thermal --debye Ga=360,As=360 --temperature 300 -o fluctuation.xml_flu\n"
-    "  qvre thermal --element Cu --temperature 300 -o fluctuation.xml_flu";
+    "  qvre thermal --element Cu --temperature 300 -o fluctuation.xml_flu\n"
+    "  qvre thermal --B Ti=0.5,O=0.45 -o fluctuation.xml_flu";
 
 struct ThermalOptions {
     std::string clusterFile;
     std::vector<std::string> elements;
     std::vector<std::string> debye;
+    std::vector<std::string> uiso;
+    std::vector<std::string> b;
     double temperature_K = VibrationRequest().temperature_K;
     VibrationModel model = VibrationRequest().model;
     std::string output;
@@ -41,7 +47,28 @@ void AddElement(std::vector<std::string>& elements, const std::string& element) 
     if (std::find(elements.begin(), elements.end(), element) == elements.end()) elements.push_back(element);
 }
 
-/// The elements of the cluster, or those named, or those with a Debye temperature.
+std::vector<std::pair<std::string, double>> SquareAngstroms(const char* option,
+                                                            const std::vector<std::string>& texts) {
+    std::vector<std::pair<std::string, double>> pairs = NamedNumbers(option, texts);
+    for (const auto& pair : pairs)
+        if (pair.first.empty())
+            throw CLI::ValidationError(option, "give pairs of element and square angstrom, such as Cu=0.55");
+    return pairs;
+}
+
+/// U in square angstrom by element, each once.
+std::vector<std::pair<std::string, double>> Displacements(const ThermalOptions& options) {
+    std::vector<std::pair<std::string, double>> displacements = SquareAngstroms("--uiso", options.uiso);
+    for (const auto& [element, b] : SquareAngstroms("--B", options.b)) {
+        for (const auto& given : displacements)
+            if (given.first == element)
+                throw CLI::ValidationError("--B", element + " has a --uiso already: give one of them");
+        displacements.emplace_back(element, b / kBOfUiso);
+    }
+    return displacements;
+}
+
+/// The elements of the cluster, or those named, or those with a value of their own.
 VibrationRequest RequestOf(const ThermalOptions& options, const Cluster& cluster) {
     Usage("--temperature", [&] { CheckTemperature(options.temperature_K); });
     VibrationRequest request;
@@ -54,10 +81,17 @@ VibrationRequest RequestOf(const ThermalOptions& options, const Cluster& cluster
         request.debyeTemperature_K[element] = temperature_K;
         if (!named) AddElement(request.elements, element);
     }
-    if (request.model != VibrationModel::kDebye && !options.debye.empty())
-        throw CLI::ValidationError("--debye", "only the model debye takes Debye temperatures");
+    for (const auto& [element, uiso] : Displacements(options)) {
+        request.uiso_angstrom2[element] = uiso;
+        if (!named) AddElement(request.elements, element);
+    }
+    if (request.model != VibrationModel::kDebye)
+        for (const auto& [option, given] : {std::pair{"--debye", !options.debye.empty()},
+                                            {"--uiso", !options.uiso.empty()},
+                                            {"--B", !options.b.empty()}})
+            if (given) throw CLI::ValidationError(option, "only the model debye takes values by element");
     if (request.model == VibrationModel::kDebye && request.elements.empty())
-        throw CLI::RequiredError("A cluster, --element or --debye");
+        throw CLI::RequiredError("A cluster, --element, --debye, --uiso or --B");
     return request;
 }
 
@@ -77,9 +111,15 @@ std::string ClusterText(const Cluster& cluster, const std::string& element) {
 
 std::string DebyeText(const Fluctuation& fluctuation, const VibrationRequest& request, std::size_t i) {
     const std::string& element = fluctuation.DebyeElement_[i];
-    std::string text = "   Debye temperature ";
-    return text + DoubleToText(fluctuation.DebyeTemperature_K_[i]) + " K (" +
-           (request.debyeTemperature_K.contains(element) ? "given" : "Kittel, of the pure element") + ")";
+    const char* origin = request.debyeTemperature_K.contains(element) ? "given"
+                         : request.uiso_angstrom2.contains(element)   ? "for the given U"
+                                                                      : "table of pure elements";
+    return "   Debye temperature " + DoubleToText(fluctuation.DebyeTemperature_K_[i]) + " K (" + origin + ")";
+}
+
+/// "0.007 angstrom^2 (B 0.553)"
+std::string DisplacementText(double uiso) {
+    return fmt::format("{:g} angstrom^2 (B {:.3g})", uiso * 1e20, uiso * 1e20 * kBOfUiso);
 }
 
 /// One line an element, as the run will have it.
@@ -92,13 +132,12 @@ std::string ResultText(const Fluctuation& fluctuation, const VibrationRequest& r
         if (request.model == VibrationModel::kCluster)
             text += ClusterText(cluster, element);
         else
-            text += DoubleToText(ModelUiso(fluctuation, weights, element) * 1e20) + " angstrom^2";
+            text += DisplacementText(ModelUiso(fluctuation, weights, element));
         if (request.model == VibrationModel::kDebye) text += DebyeText(fluctuation, request, i);
         text += "\n";
     }
     if (request.elements.empty() && request.model == VibrationModel::kEinstein)
-        text = "  all elements   Uiso " + DoubleToText(ModelUiso(fluctuation, weights, "H") * 1e20) +
-               " angstrom^2\n";
+        text = "  all elements   Uiso " + DisplacementText(ModelUiso(fluctuation, weights, "H")) + "\n";
     if (request.elements.empty() && request.model == VibrationModel::kCluster)
         text = "  all elements   Uiso as the atoms of the cluster have it\n";
     return text;
@@ -112,11 +151,13 @@ Cluster ClusterOf(const std::vector<std::string>& elements) {
     return cluster;
 }
 
-void PrintFindings(const Fluctuation& fluctuation, const Cluster& cluster, const ZfDebye& weights) {
+void PrintFindings(const Fluctuation& fluctuation, const Cluster& cluster, const ZfDebye& weights,
+                   const DebyeTable& table) {
     InputSet set;
     set.cluster = &cluster;
     set.fluctuation = &fluctuation;
     set.weights = &weights;
+    set.debye = &table;
     InputFindings findings;
     CheckFluctuation(set, findings);
     for (const InputFinding& finding : findings)
@@ -130,17 +171,20 @@ void Run(const ThermalOptions& options) {
     const VibrationRequest request = RequestOf(options, cluster);
     const DebyeTable table(ProgramFile("debye_temperatures.csv"));
     const ZfDebye weights = LoadAtomicWeights(ProgramFile("AtomicWeight.txt"));
-    const Fluctuation fluctuation = MakeFluctuation(request, table);
+    const Fluctuation fluctuation = MakeFluctuation(request, table, weights);
     const std::string result = ResultText(fluctuation, request, cluster, weights);
     SaveFluctuation(fluctuation, options.output);
     std::printf("%s: %s K\n%s", options.output.c_str(), DoubleToText(request.temperature_K).c_str(),
                 result.c_str());
-    if (request.elements.size() > 1 && request.debyeTemperature_K.size() < fluctuation.DebyeElement_.size())
-        std::printf("  note: the table is of pure elements; a compound has its own: give it with --debye\n");
+    if (request.elements.size() > 1 &&
+        request.debyeTemperature_K.size() + request.uiso_angstrom2.size() < fluctuation.DebyeElement_.size())
+        std::printf(
+            "  note: the table is of pure elements; a compound has its own: give it with --B, --uiso or "
+            "--debye\n");
     if (cluster.structures.empty() && request.model == VibrationModel::kDebye)
-        PrintFindings(fluctuation, ClusterOf(request.elements), weights);
+        PrintFindings(fluctuation, ClusterOf(request.elements), weights, table);
     else if (!cluster.structures.empty())
-        PrintFindings(fluctuation, cluster, weights);
+        PrintFindings(fluctuation, cluster, weights, table);
 }
 
 }  // namespace
@@ -163,8 +207,16 @@ void AddThermalCommand(CLI::App& program) {
         ->allow_extra_args(false);
     command
         .add_option("--debye", options->debye,
-                    "Debye temperatures, kelvin, such as Ga=360,As=360. Those not given "
-                    "come from a table of pure elements (Kittel)")
+                    "Debye temperatures of the run's formula, kelvin, such as Ga=360,As=360. Elements "
+                    "without any value come from a table of pure elements")
+        ->delimiter(',')
+        ->allow_extra_args(false);
+    command
+        .add_option("--uiso", options->uiso,
+                    "Mean square displacements at this temperature, square angstrom, such as Cu=0.007")
+        ->delimiter(',')
+        ->allow_extra_args(false);
+    command.add_option("--B", options->b, "The same as B = 8 pi^2 U, square angstrom, such as Cu=0.55")
         ->delimiter(',')
         ->allow_extra_args(false);
     command.add_option("-o,--output", options->output, "Fluctuation file to write (.xml_flu)")->required();

@@ -13,6 +13,7 @@
 #include "prepare/cluster/CrystalSources.h"
 #include "prepare/cluster/EmitterSites.h"
 #include "prepare/emission/EmitterField.h"
+#include "prepare/thermal/AtomicWeights.h"
 #include "prepare/thermal/Elements.h"
 
 namespace qvre {
@@ -174,17 +175,17 @@ PhaseShiftRequest ReadPhaseShiftRequest(RecipeTable section, const ClusterFacts&
 
 std::optional<MeanFreePathRequest> ReadMeanFreePath(RecipeTable& section) {
     if (!section.Has("imfp")) {
-        if (section.Has("gap")) section.Fail("gap", "is a setting of imfp = \"TPP-2M\"");
+        if (section.Has("gap")) section.Fail("gap", R"(is a setting of imfp = "TPP-2M")");
         return std::nullopt;
     }
     MeanFreePathRequest request;
     const std::string text = section.HasText("imfp") ? *section.Text("imfp") : "";
     if (text != kTpp2m && text.find_first_of("0123456789") != 0 && section.HasText("imfp"))
-        section.Fail("imfp", "has to be a length such as \"14 angstrom\", or \"TPP-2M\"");
+        section.Fail("imfp", R"(has to be a length such as "14 angstrom", or "TPP-2M")");
     if (text != kTpp2m) request.length_angstrom = section.Number("imfp", RecipeUnit::kAngstrom);
     request.gap_eV = section.Number("gap", RecipeUnit::kElectronVolt, request.gap_eV);
     if (request.length_angstrom && section.Has("gap"))
-        section.Fail("gap", "is a setting of imfp = \"TPP-2M\"");
+        section.Fail("gap", R"(is a setting of imfp = "TPP-2M")");
     section.Made(request.length_angstrom ? "imfp" : "gap", [&] { CheckMeanFreePath(request); });
     return request;
 }
@@ -194,10 +195,17 @@ VibrationRequest ReadVibrationRequest(RecipeTable section, const ClusterFacts& c
     request.temperature_K = Temperature(section, request.temperature_K);
     request.model = section.Word("model", request.model);
     request.debyeTemperature_K = NamedNumbers(section, "debye", RecipeUnit::kKelvin);
+    request.uiso_angstrom2 = NamedNumbers(section, "uiso", RecipeUnit::kNone);
+    for (const auto& [element, b] : NamedNumbers(section, "B", RecipeUnit::kNone))
+        if (!request.uiso_angstrom2.emplace(element, b / kBOfUiso).second)
+            section.Fail("B", element + " has a uiso already: give one of them");
     section.RefuseUnread();
     VibrationRequest complete = request;
     complete.elements = cluster.elements;
-    section.Check([&] { MakeFluctuation(complete, DebyeTable(ProgramFile("debye_temperatures.csv"))); });
+    section.Check([&] {
+        MakeFluctuation(complete, DebyeTable(ProgramFile("debye_temperatures.csv")),
+                        LoadAtomicWeights(ProgramFile("AtomicWeight.txt")));
+    });
     return request;
 }
 

@@ -160,7 +160,9 @@ std::string MakeFluctuationFile(const VibrationRequest& request, const std::stri
                                 const std::string& output) {
     VibrationRequest complete = request;
     complete.elements = ElementsOf(Load(clusterFile));
-    SaveFluctuation(MakeFluctuation(complete, DebyeTable(ProgramFile("debye_temperatures.csv"))), output);
+    SaveFluctuation(MakeFluctuation(complete, DebyeTable(ProgramFile("debye_temperatures.csv")),
+                                    LoadAtomicWeights(ProgramFile("AtomicWeight.txt"))),
+                    output);
     return {};
 }
 

@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "foundation/ProgramFile.h"
 #include "foundation/ReplacedFile.h"
 #include "foundation/ZfError.h"
 #include "input/Fluctuation.h"
@@ -33,6 +34,7 @@ std::string CheckRun(const ScatteringRequest& inputs, const std::string& fluctua
     Fluctuation fluctuation;
     ZfLoadFluctuation(fluctuation, fluctuationFile);
     const ZfDebye weights = LoadAtomicWeights(atomicWeightFile);
+    const DebyeTable debye(ProgramFile("debye_temperatures.csv"));
     // SINGLE of a run is exact, as FULL is: neither has the limits of the ordered methods.
     const ScatteringMethod method = inputs.method == kSingle ? kFull : inputs.method;
     const std::vector<InputFinding> findings =
@@ -42,6 +44,7 @@ std::string CheckRun(const ScatteringRequest& inputs, const std::string& fluctua
                      &fluctuation,
                      &weights,
                      method,
+                     &debye,
                      {inputs.clusterFile, inputs.wavesFile, inputs.phaseShiftFile, fluctuationFile}});
     std::string report = ReportOf(findings);
     if (!FitsTogether(findings)) throw ZfError("the inputs do not fit together\n" + report);

@@ -200,14 +200,17 @@ TEST(RecipeRequests, Vibrations) {
         return Fields{{"temperature", Text(r.temperature_K)},
                       {"Debye", YesNo(r.model == VibrationModel::kDebye)},
                       {"Einstein", YesNo(r.model == VibrationModel::kEinstein)},
-                      {"debye", Text(r.debyeTemperature_K)}};
+                      {"debye", Text(r.debyeTemperature_K)},
+                      {"uiso", Text(r.uiso_angstrom2)}};
     };
-    ExpectFields(read, "", "Debye yes; Einstein no; debye ; temperature 300; ",
+    ExpectFields(read, "", "Debye yes; Einstein no; debye ; temperature 300; uiso ; ",
                  {{"temperature = \"77 K\"", "temperature 77; "},
                   {"model = \"debye\"", ""},
                   {"model = \"einstein\"", "Debye no; Einstein yes; "},
                   {"model = \"cluster\"", "Debye no; "},
-                  {"debye = { Cu = 343 }", "debye Cu=343 ; "}});
+                  {"debye = { Cu = 343 }", "debye Cu=343 ; "},
+                  {"uiso = { Cu = 0.0072 }", "uiso Cu=0.0072 ; "},
+                  {"B = { Cu = 0.55 }", "uiso Cu=0.00696583 ; "}});
 }
 
 TEST(RecipeRequests, MeanFreePath) {

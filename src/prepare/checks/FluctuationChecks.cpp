@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cmath>
 #include <map>
+#include <optional>
 #include <set>
 #include <vector>
 
@@ -81,6 +82,15 @@ std::map<std::int32_t, double> DebyeTemperatures(const Fluctuation& f, InputFind
     return temperatures;
 }
 
+/// Whether a displacement is that of the solid element, zero-point motion included. A Debye temperature that
+/// was made for such a one means nothing by itself.
+bool IsLargeEnough(double uiso, const std::string& element, const InputSet& inputs) {
+    if (!inputs.debye) return false;
+    const std::optional<double> theta = inputs.debye->Find(element);
+    return theta && kTooSmall * uiso > DebyeIntegralUiso(inputs.fluctuation->Temperature_K_,
+                                                         AtomicNumberOf(element), *theta, *inputs.weights);
+}
+
 void CheckDebyeValue(const std::string& element, double theta, const InputSet& inputs,
                      InputFindings& findings) {
     const double t = inputs.fluctuation->Temperature_K_;
@@ -98,14 +108,14 @@ void CheckDebyeValue(const std::string& element, double theta, const InputSet& i
     }
     const double formula = inputs.weights->CalcUiso(t, number, theta);
     const double whole = DebyeIntegralUiso(t, number, theta, *inputs.weights);
-    if (formula <= 0.0 || whole < kTooSmall * formula) return;
+    if (formula <= 0.0 || whole < kTooSmall * formula || IsLargeEnough(formula, element, inputs)) return;
     findings.push_back({Severity::kWarning,
                         "U of " + element + " is " +
                             DoubleToText(std::round(whole / formula * 100.0) / 100.0) +
                             " times too small: " + DoubleToText(t) +
                             " K is low against its Debye temperature of " + DoubleToText(theta) + " K",
                         "the formula is one of high temperature; give " + DoubleToText(whole * 1e20) +
-                            " angstrom^2 as U with the cluster"});
+                            " angstrom^2 as uiso"});
 }
 
 std::set<std::string> EmittersOf(const Cluster& cluster) {

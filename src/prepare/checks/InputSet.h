@@ -8,6 +8,7 @@
 #include "input/Fluctuation.h"
 #include "input/ZfDebye.h"
 #include "input/ZfPhaseShiftDocument.h"
+#include "prepare/thermal/DebyeTable.h"
 #include "scattering/ZfScatteringData.h"
 
 namespace qvre {
@@ -20,7 +21,8 @@ struct InputSet {
     const Fluctuation* fluctuation = nullptr;
     const ZfDebye* weights = nullptr;
     ScatteringMethod method = kMulti;
-    std::vector<std::string> files{};  ///< that the documents were loaded from; none: they were made
+    const DebyeTable* debye = nullptr;  ///< by which a U at low temperature is large enough
+    std::vector<std::string> files{};   ///< that the documents were loaded from; none: they were made
 };
 
 enum class Severity {

@@ -6,7 +6,8 @@
 
 namespace qvre {
 
-/// Debye temperatures of the elements as solids of their own, from the specific heat at low temperature.
+/// Debye temperatures of the elements as solids of their own: those of the whole model (DebyeIntegralUiso)
+/// that give their displacements at room temperature.
 class DebyeTable {
 public:
     /// Reads the comma-separated table that ships as "debye_temperatures.csv". Throws ZfError.

@@ -41,4 +41,9 @@ double DebyeIntegralUiso(double temperature_K, std::int32_t atomicNumber, double
     return unit * (0.25 + (t > 0.0 ? DebyeIntegral(1.0 / t) * t * t : 0.0));
 }
 
+double DebyeTemperatureOfUiso(double uiso, double temperature_K, std::int32_t atomicNumber,
+                              const ZfDebye& weights) {
+    return std::sqrt(weights.CalcUiso(temperature_K, atomicNumber, 1.0) / uiso);
+}
+
 }  // namespace qvre

@@ -21,4 +21,9 @@ double ModelUiso(const Fluctuation& fluctuation, const ZfDebye& weights, const s
 double DebyeIntegralUiso(double temperature_K, std::int32_t atomicNumber, double debyeTemperature_K,
                          const ZfDebye& weights);
 
+/// The Debye temperature in kelvin by which a run gives an atom the displacement `uiso` (m^2) at a
+/// temperature above 0. It is smaller than that of the whole model.
+double DebyeTemperatureOfUiso(double uiso, double temperature_K, std::int32_t atomicNumber,
+                              const ZfDebye& weights);
+
 }  // namespace qvre
