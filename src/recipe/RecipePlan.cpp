@@ -53,6 +53,7 @@ using ClusterMaker = std::function<std::string(const std::string& output, const 
 struct CasePlan {
     ScatteringRequest scattering;
     ImageRequest images;
+    std::optional<CrystalCell> crystal;  ///< of a cluster that is made
     double fermi_eV = PhotoelectronEnergy().fermi_eV;
     std::string choices;  ///< on which the scattering depends beside the settings of its sections
 };
@@ -270,6 +271,7 @@ ClusterFacts Planner::AddCluster(const RecipeCase& one, CasePlan& plan) {
         return section.Made("file", [&] { return FactsOf(cluster); });
     }
     const ClusterRequest request = ReadClusterRequest(section, place_);
+    plan.crystal = request.cell;
     AddClusterFiles(
         one, ".xyz",
         [request](const std::string& output, const std::string& emittersOutput) {
@@ -371,9 +373,9 @@ void Planner::AddLosses(const RecipeCase& one, const std::optional<MeanFreePathR
                                 : fmt::format("{} gap {} fermi {}", kTpp2m, losses->gap_eV, plan.fermi_eV);
     plan.images.emergence.meanFreePathFile =
         AddFile(one, {"losses", "mean_free_path", ".csv", kWaves, settings},
-                [request = *losses, fermi = plan.fermi_eV, cluster = scattering.clusterFile,
-                 waves = scattering.wavesFile](const std::string& output) {
-                    return MakeMeanFreePathFile(request, fermi, cluster, waves, output);
+                [request = LossesRequest{*losses, plan.crystal, plan.fermi_eV},
+                 cluster = scattering.clusterFile, waves = scattering.wavesFile](const std::string& output) {
+                    return MakeMeanFreePathFile(request, cluster, waves, output);
                 });
     if (scattering.method != kFull) return;
     scattering.meanFreePathFile = plan.images.emergence.meanFreePathFile;

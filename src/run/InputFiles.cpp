@@ -131,20 +131,22 @@ std::string MakePhaseShiftFile(const PhaseShiftRequest& request, const std::stri
     return remarks;
 }
 
-std::string MakeMeanFreePathFile(const MeanFreePathRequest& request, double fermi_eV,
-                                 const std::string& clusterFile, const std::string& wavesFile,
-                                 const std::string& output) {
+std::string MakeMeanFreePathFile(const LossesRequest& request, const std::string& clusterFile,
+                                 const std::string& wavesFile, const std::string& output) {
     const double kinetic_eV = EnergiesOfWaves(wavesFile).front();
-    const double energy_eV = kinetic_eV - fermi_eV;
+    const double energy_eV = kinetic_eV - request.fermi_eV;
     SolidDensity solid;
-    if (!request.length_angstrom)
-        solid = DensityOfCluster(Load(clusterFile), LoadAtomicWeights(ProgramFile("AtomicWeight.txt")),
-                                 ValenceElectrons(ProgramFile("valence_electrons.csv")));
-    const double length_angstrom = MeanFreePath_angstrom(request, solid, energy_eV);
+    if (!request.path.length_angstrom) {
+        const ZfDebye weights = LoadAtomicWeights(ProgramFile("AtomicWeight.txt"));
+        const ValenceElectrons valence(ProgramFile("valence_electrons.csv"));
+        solid = request.crystal ? DensityOfCrystal(*request.crystal, weights, valence)
+                                : DensityOfCluster(Load(clusterFile), weights, valence);
+    }
+    const double length_angstrom = MeanFreePath_angstrom(request.path, solid, energy_eV);
     WriteWholeFile(output,
                    fmt::format("kinetic (eV),{}\n{},{}\n", kMeanFreePathTitle, kinetic_eV, length_angstrom));
-    std::string text = "mean free path " + MeanFreePathText(request, solid, energy_eV) + "\n";
-    if (const std::string warning = MeanFreePathWarning(request, energy_eV); !warning.empty())
+    std::string text = "mean free path " + MeanFreePathText(request.path, solid, energy_eV) + "\n";
+    if (const std::string warning = MeanFreePathWarning(request.path, energy_eV); !warning.empty())
         text += "warning: " + warning + "\n";
     return text;
 }

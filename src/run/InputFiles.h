@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -57,11 +58,16 @@ std::string MakeWavesUnderLight(const std::string& dipoleFile, const std::vector
 std::string MakePhaseShiftFile(const PhaseShiftRequest& request, const std::string& clusterFile,
                                const std::string& wavesFile, const std::string& output);
 
-/// Table of the inelastic mean free path of the waves in the solid of the cluster. The Fermi level lies
-/// `fermi_eV` above the muffin-tin zero.
-std::string MakeMeanFreePathFile(const MeanFreePathRequest& request, double fermi_eV,
-                                 const std::string& clusterFile, const std::string& wavesFile,
-                                 const std::string& output);
+/// The solid in which electrons lose energy.
+struct LossesRequest {
+    MeanFreePathRequest path;
+    std::optional<CrystalCell> crystal;  ///< none: the density is that of the cluster
+    double fermi_eV = 0.0;               ///< Fermi level above the muffin-tin zero
+};
+
+/// Table of the inelastic mean free path of the waves.
+std::string MakeMeanFreePathFile(const LossesRequest& request, const std::string& clusterFile,
+                                 const std::string& wavesFile, const std::string& output);
 double LoadMeanFreePath_m(const std::string& path);
 
 /// Of the elements of the cluster.

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstddef>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "foundation/Constants.h"
@@ -19,7 +20,9 @@ namespace {
 
 constexpr double kGramsPerUnit = kAtomicMass_kg * 1e3;
 constexpr double kCm3PerAngstrom3 = 1e-24;
-constexpr double kEmptyLayer = 6.0;  // angstrom: wider than the layers of any crystal stand apart
+constexpr double kEmptyLayer = 6.0;    // angstrom: wider than the layers of any crystal stand apart
+constexpr double kSamePlane = 0.3;     // angstrom
+constexpr double kMostUnknown = 0.25;  // of the atoms: beyond, the others do not stand for the solid
 constexpr double kCompleteness =
     0.8;  // of the neighbours: a Voronoi cell with fewer is not that of the solid
 
@@ -48,18 +51,61 @@ private:
     double electrons_ = 0.0;
 };
 
-/// Widest gap in angstrom between atomic planes that follow each other along the normal of the faces across
-/// `axis`.
-double WidestGap(const CrystalCell& cell, int axis) {
-    std::vector<double> heights;
+/// Atoms of about one height over the faces across an axis, in a cell.
+struct Plane {
+    double height = 0.0;  ///< angstrom
+    std::vector<std::string> elements;
+};
+
+/// The planes across `axis` from the one above the widest gap on.
+struct Stack {
+    Stack(const CrystalCell& cell, int axis);
+
+    std::vector<Plane> planes;  ///< rising height
+    double gap = 0.0;           ///< angstrom, from the last plane to the first of the next cell
+    double period = 0.0;        ///< angstrom
+};
+
+Stack::Stack(const CrystalCell& cell, int axis) : period(1.0 / cell.Reciprocal().row_copy(axis).length()) {
+    std::vector<std::pair<double, std::string>> atoms;
     for (const CellAtom& atom : cell.atoms) {
         const double fraction = atom.fractional.at(axis);
-        heights.push_back(fraction - std::floor(fraction));
+        atoms.emplace_back(period * (fraction - std::floor(fraction)), atom.element);
     }
-    std::sort(heights.begin(), heights.end());
-    double widest = heights.front() + 1.0 - heights.back();
-    for (std::size_t i = 1; i < heights.size(); ++i) widest = std::max(widest, heights[i] - heights[i - 1]);
-    return widest / cell.Reciprocal().row_copy(axis).length();
+    std::sort(atoms.begin(), atoms.end());
+    std::size_t first = 0;
+    gap = atoms.front().first + period - atoms.back().first;
+    for (std::size_t i = 1; i < atoms.size(); ++i)
+        if (const double step = atoms[i].first - atoms[i - 1].first; step > gap) {
+            gap = step;
+            first = i;
+        }
+    for (std::size_t i = 0; i < atoms.size(); ++i) {
+        const auto& [height, element] = atoms[(first + i) % atoms.size()];
+        const double risen = height + (first + i < atoms.size() ? 0.0 : period);
+        if (planes.empty() || risen - planes.back().height > kSamePlane) planes.push_back({risen, {}});
+        planes.back().elements.push_back(element);
+    }
+}
+
+/// The inner half of a slab, from a plane to the farthest one of the same elements.
+SolidDensity DensityInside(const Stack& slab, double area_angstrom2, Averaging average) {
+    const double bottom = slab.planes.front().height;
+    const double quarter = 0.25 * (slab.planes.back().height - bottom);
+    for (std::size_t low = 0; low < slab.planes.size(); ++low) {
+        if (slab.planes[low].height < bottom + quarter) continue;
+        for (std::size_t high = slab.planes.size() - 1; high > low; --high) {
+            if (slab.planes[high].height > bottom + 3.0 * quarter + kSamePlane ||
+                slab.planes[high].elements != slab.planes[low].elements)
+                continue;
+            for (std::size_t plane = low + 1; plane <= high; ++plane)
+                for (const std::string& element : slab.planes[plane].elements) average.Add(element, 1.0);
+            return average.In(area_angstrom2 * (slab.planes[high].height - slab.planes[low].height));
+        }
+    }
+    throw ZfError("The cell has an empty layer of " + DoubleToText(slab.gap) +
+                  " angstrom and is too thin to tell the density of the solid: give the mean free path as a "
+                  "length");
 }
 
 }  // namespace
@@ -67,26 +113,31 @@ double WidestGap(const CrystalCell& cell, int axis) {
 SolidDensity DensityOfCrystal(const CrystalCell& cell, const ZfDebye& weights,
                               const ValenceElectrons& valence) {
     CheckCell(cell);
-    for (int axis = 0; axis < 3; ++axis)
-        if (const double gap = WidestGap(cell, axis); gap > kEmptyLayer)
-            throw ZfError("The cell has an empty layer of " + DoubleToText(gap) +
-                          " angstrom, so its density is not that of the solid: give the mean free path as a "
-                          "length");
+    const double volume = std::abs(cell.axes.determinant());
     Averaging average(weights, valence);
+    for (int axis = 0; axis < 3; ++axis)
+        if (const Stack stack(cell, axis); stack.gap > kEmptyLayer)
+            return DensityInside(stack, volume / stack.period, average);
     for (const CellAtom& atom : cell.atoms) average.Add(atom.element, 1.0);
-    return average.In(std::abs(cell.axes.determinant()));
+    return average.In(volume);
 }
 
 SolidDensity DensityOfCluster(const Cluster& cluster, const ZfDebye& weights,
                               const ValenceElectrons& valence) {
     Averaging average(weights, valence);
     double volume = 0.0;
+    double atoms = 0.0;
+    double unknown = 0.0;
     for (const AtomSurroundings& species : SurroundingsInCluster(cluster)) {
-        if (species.cellVolume == 0.0 || species.completeness < kCompleteness) continue;
+        atoms += species.weight;
+        if (species.cellVolume == 0.0 || species.completeness < kCompleteness) {
+            unknown += species.weight;
+            continue;
+        }
         average.Add(species.element, species.weight);
         volume += species.weight * species.cellVolume * std::pow(kBohr_angstrom, 3);
     }
-    if (volume == 0.0)
+    if (unknown > kMostUnknown * atoms)
         throw ZfError(
             "The cluster is too small to tell the density of the solid: give the mean free path as "
             "a length");

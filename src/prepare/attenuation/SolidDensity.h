@@ -14,14 +14,14 @@ struct SolidDensity {
     double valenceElectrons = 0.0;  ///< an atom
 };
 
-/// The density of a crystal. Throws ZfError for a cell with an empty layer (a slab in vacuum), whose density
-/// is not that of the solid, and for elements without weight or number of valence electrons.
+/// The density of a crystal; of a cell with an empty layer, a slab in vacuum, that inside of the slab. Throws
+/// ZfError for a slab too thin to tell it, and for elements without weight or number of valence electrons.
 SolidDensity DensityOfCrystal(const CrystalCell& cell, const ZfDebye& weights,
                               const ValenceElectrons& valence);
 
 /// The density of a cluster, by the Voronoi cells of its species, each weighted by the number of its atoms.
-/// Species without a closed cell, such as adsorbed atoms, do not count. Throws ZfError when no species has
-/// one, and for elements without weight or number of valence electrons.
+/// Species without a closed cell, such as adsorbed atoms, do not count. Throws ZfError when they are more than
+/// a quarter of the atoms, and for elements without weight or number of valence electrons.
 SolidDensity DensityOfCluster(const Cluster& cluster, const ZfDebye& weights,
                               const ValenceElectrons& valence);
 

@@ -70,6 +70,17 @@ TEST(SolidDensity, OfCrystalAndCluster) {
     EXPECT_NEAR(Tpp2m_angstrom(cut, 1.4, 1400.0) / Tpp2m_angstrom(crystal, 1.4, 1400.0), 1.0, 0.01);
 }
 
+// Whatever lies on a slab, its inside is the solid.
+TEST(SolidDensity, OfSlabs) {
+    for (const auto& [cell, element, lattice] :
+         {std::tuple{"o_ni001", "Ni", 3.524}, {"co_cu110", "Cu", 3.615}, {"pt111", "Pt", 3.924}}) {
+        const CrystalCell slab = LoadCell(std::string(QVRE_EXAMPLES "/surfaces/") + cell + ".cell");
+        const SolidDensity inside = DensityOfCrystal(slab, kWeights, kValence);
+        EXPECT_NEAR(inside.density_g_cm3 / Solid("fcc", {element}, {lattice}).density_g_cm3, 1.0, 1e-3)
+            << cell;
+    }
+}
+
 TEST(SolidDensity, AdsorbedAtomsDoNotCount) {
     Cluster cluster = ExampleCluster("gaas001/cluster.xml_cl");
     const SolidDensity bare = DensityOfCluster(cluster, kWeights, kValence);
@@ -85,8 +96,15 @@ TEST(SolidDensity, RefusesWhatDoesNotTellIt) {
     slab.axes = slab.axes.multiply(gemmi::Mat33(1, 0, 0, 0, 1, 0, 0, 0, 3));
     for (CellAtom& atom : slab.atoms) atom.fractional.z /= 3.0;
     EXPECT_EQ(ErrorText([&] { DensityOfCrystal(slab, kWeights, kValence); }),
-              "The cell has an empty layer of 9.0375 angstrom, so its density is not that of the solid: give "
-              "the mean free path as a length");
+              "The cell has an empty layer of 9.0375 angstrom and is too thin to tell the density of the "
+              "solid: give the mean free path as a length");
+    Cluster half = ExampleCluster("gaas001/cluster.xml_cl");
+    std::erase_if(half.structures[0].atoms, [](const ClusterAtom& atom) {
+        return atom.atom == "Ga" && NormSquared(atom.position) > 1e-19;
+    });
+    EXPECT_EQ(
+        ErrorText([&] { DensityOfCluster(half, kWeights, kValence); }),
+        "The cluster is too small to tell the density of the solid: give the mean free path as a length");
     Cluster pair;
     pair.structures.resize(1);
     for (const double x : {0.0, 2.0}) {
