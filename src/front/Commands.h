@@ -17,6 +17,7 @@ void AddPhasesCommand(CLI::App& program);
 void AddPlotCommand(CLI::App& program);
 void AddRunCommand(CLI::App& program);
 void AddScatterCommand(CLI::App& program);
+void AddSumCommand(CLI::App& program);
 void AddThermalCommand(CLI::App& program);
 
 void AddCommands(CLI::App& program);  ///< all of them, of which one has to be called

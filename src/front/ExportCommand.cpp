@@ -25,12 +25,26 @@ constexpr const char* kExample =
     "alone. The layouts, and Python that reads them, are in docs/export-and-compare.md.";
 
 void ExportWave(const ExportRequest& request) {
-    if (!request.i0.empty() || request.hemisphere || request.background)
+    if (!request.i0.empty() || request.hemisphere || request.background || !request.partner.empty())
         throw CLI::ValidationError(
-            "--i0, --background and --hemisphere are for images, not for a scattered wave");
+            "--i0, --background, --asymmetry and --hemisphere are for images, not for a scattered wave");
     const WaveSummary summary = ExportScatteredWave(request.image, request.runFiles, request.output);
     std::printf("%s: %zu records, %zu sources, l size up to %d\n", request.output.c_str(), summary.records,
                 summary.sources, summary.largestL);
+}
+
+void CheckDivisors(const ExportRequest& request) {
+    if (!request.i0.empty() && request.background)
+        throw CLI::ValidationError("--i0 excludes --background: either is what I is divided by");
+    if (!request.partner.empty() && (!request.i0.empty() || request.background))
+        throw CLI::ValidationError("--asymmetry is that of two intensities, without --i0 and --background");
+}
+
+/// "I, I0 and chi".
+std::string Listed(const std::vector<std::string>& names) {
+    std::string text = names.front();
+    for (std::size_t i = 1; i < names.size(); ++i) text += (i + 1 < names.size() ? ", " : " and ") + names[i];
+    return text;
 }
 
 void Run(const ExportRequest& request) {
@@ -38,12 +52,10 @@ void Run(const ExportRequest& request) {
         ExportWave(request);
         return;
     }
-    if (!request.i0.empty() && request.background)
-        throw CLI::ValidationError("--i0 excludes --background: either is what I is divided by");
+    CheckDivisors(request);
     const ExportSummary summary = ExportImage(request);
-    const char* planes = request.background ? "I, B and chi" : request.i0.empty() ? "I" : "I, I0 and chi";
     std::printf("%s: %zu x %zu pixels, %zu on the map, %s\n", request.output.c_str(), summary.columns,
-                summary.rows, summary.pixels, planes);
+                summary.rows, summary.pixels, Listed(summary.planes).c_str());
     if (!summary.leftOut.empty()) std::printf("%s\n", summary.leftOut.c_str());
 }
 
@@ -59,6 +71,8 @@ void AddExportCommand(CLI::App& program) {
     command.add_option("--i0", request->i0,
                        "Image of I0 of the same run; adds I0 and chi = (I - I0)/I0. Default none");
     AddBackground(command, request->background);
+    command.add_option("--asymmetry", request->partner,
+                       "Second image B; adds it and (A - B)/(A + B). Default none");
     command
         .add_option(
             "--run", request->runFiles,

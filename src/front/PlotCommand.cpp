@@ -33,8 +33,7 @@ constexpr const char* kExamples =
 
 /// Values beyond the ends of the scale have the colours of the ends.
 void PrintValues(const PatternPlotSummary& shown) {
-    std::printf("%s from %.4g to %.4g", shown.isModulation ? "chi" : "I", shown.values.low,
-                shown.values.high);
+    std::printf("%s from %.4g to %.4g", shown.quantity.c_str(), shown.values.low, shown.values.high);
     const Span& ends = *shown.colours;
     if (shown.values.low < ends.low || shown.values.high > ends.high)
         std::printf(", colours from %.4g to %.4g", ends.low, ends.high);
@@ -64,6 +63,12 @@ void AddFiles(CLI::App& command, PatternPlot& options) {
         ->allow_extra_args(false)
         ->type_name("FILE");
     AddBackground(command, options.background);
+    command
+        .add_option("--asymmetry", options.partners,
+                    "Second image B, one for all, or once more for each: draws (A - B)/(A + B), for light of "
+                    "either hand the dichroism")
+        ->allow_extra_args(false)
+        ->type_name("FILE");
     command.add_option("-o,--output", options.output, "Picture: .png, .svg or .pdf")
         ->required()
         ->type_name("FILE");

@@ -51,6 +51,7 @@ void AddCommands(CLI::App& program) {
     AddPlotCommand(program);
     AddRunCommand(program);
     AddScatterCommand(program);
+    AddSumCommand(program);
     AddThermalCommand(program);
 }
 

@@ -18,11 +18,11 @@
 #include "recipe/RecipeInputs.h"
 #include "recipe/RecipePictures.h"
 #include "recipe/RecipeSettings.h"
+#include "report/sphere/ImageSum.h"
 #include "run/Fingerprint.h"
 #include "run/InputFiles.h"
 #include "run/RunChecks.h"
 #include "run/RunStages.h"
-#include "run/SummedImages.h"
 
 namespace qvre {
 
@@ -432,11 +432,11 @@ RunResult Planner::AddSum(const std::vector<RunResult>& members, const RecipeGro
 
     RunResult sum{suffix.empty() ? "" : suffix.substr(1), "pattern" + suffix + "_sum.xml_img",
                   "i0" + suffix + "_sum.xml_img", FingerprintOf(key)};
-    std::vector<std::string> images;
-    std::vector<std::string> directImages;
+    std::vector<WeightedImage> images;
+    std::vector<WeightedImage> directImages;
     for (const RunResult& member : members) {
-        images.push_back(InFolder(member.image));
-        directImages.push_back(InFolder(member.directImage));
+        images.push_back({InFolder(member.image), 1.0, member.image});
+        directImages.push_back({InFolder(member.directImage), 1.0, member.directImage});
     }
     const std::string image = InFolder(sum.image);
     const std::string directImage = InFolder(sum.directImage);

@@ -5,6 +5,7 @@
 #include "RunQvre.h"
 #include "TempFolder.h"
 #include "report/SphereFunctions.h"
+#include "report/sphere/ImageSum.h"
 
 namespace {
 
@@ -19,6 +20,7 @@ void WriteInputs(const TempFolder& folder) {
     const auto smooth = [](double, double, double z) { return 2.0 + z; };
     WriteImageFile(folder.Path("disc.xml_img"), Sampled(SphereMap::kAzimuthalEquidistant, 5.0, values));
     WriteImageFile(folder.Path("i0.xml_img"), Sampled(SphereMap::kAzimuthalEquidistant, 5.0, smooth));
+    SaveAsymmetry(folder.Path("disc.xml_img"), folder.Path("i0.xml_img"), folder.Path("asymmetry.xml_img"));
     WriteImageFile(folder.Path("cylinder.xml_img"), Sampled(SphereMap::kEquidistantCylindrical, 5.0, smooth));
     const std::string cubic = "lengths 5.65 5.65 5.65\n";
     const std::string image = FileText(QVRE_OLD_IMAGES "/version0.xml_img");

@@ -30,3 +30,36 @@ TEST(ReportCommands, AnExportedTableComparesWithItsImage) {
     EXPECT_EQ(drawn.status, 0) << drawn.errors;
     EXPECT_EQ(folder.Read("difference.png").substr(1, 3), "PNG");
 }
+
+// A = (2 + z) (1 + x y), B = (2 + z) (1 - x y): the asymmetry is x y, their sum 4 + 2 z.
+TEST(ReportCommands, AsymmetryIsOneImagePictureAndTable) {
+    const TempFolder folder;
+    const auto map = SphereMap::kEquidistantCylindrical;
+    const auto left = [](double x, double y, double z) { return (2.0 + z) * (1.0 + x * y); };
+    const auto right = [](double x, double y, double z) { return (2.0 + z) * (1.0 - x * y); };
+    const std::string a = WriteImageFile(folder.Path("a.xml_img"), Sampled(map, 5.0, left));
+    const std::string b = WriteImageFile(folder.Path("b.xml_img"), Sampled(map, 5.0, right));
+    const std::string image = folder.Path("d.xml_img");
+    const auto table = [&](const std::string& arguments) {
+        const QvreResult result = RunQvre("export " + arguments + " --hemisphere -o " + folder.Path("d.csv"));
+        EXPECT_EQ(result.status, 0) << result.errors;
+        return folder.Read("d.csv");
+    };
+    EXPECT_EQ(RunQvre("sum --asymmetry " + a + " " + b + " -o " + image).output, image + " written\n");
+    // theta 90, phi 45 degrees: x y = 1/2
+    EXPECT_PRED_FORMAT2(testing::IsSubstring, "theta,phi,asymmetry\n", table(image));
+    EXPECT_PRED_FORMAT2(testing::IsSubstring, "\n90,45,0.5\n", table(image));
+    EXPECT_PRED_FORMAT2(testing::IsSubstring, "theta,phi,A,B,asymmetry\n", table(a + " --asymmetry " + b));
+    EXPECT_PRED_FORMAT2(testing::IsSubstring, "\n90,45,3,1,0.5\n", table(a + " --asymmetry " + b));
+
+    const std::string picture = folder.Path("d.png");
+    for (const std::string& drawn : {image, a + " --asymmetry " + b})
+        EXPECT_EQ(RunQvre("plot " + drawn + " --range -0.4 1 -o " + picture).output,
+                  "asymmetry from -0.5 to 0.5, colours from -0.4 to 1\n" + picture + " written\n");
+    // The mean over two-fold axes keeps it, that over mirror planes along x makes A and B equal.
+    EXPECT_PRED_FORMAT2(testing::IsSubstring, "asymmetry from -0.5 to 0.5",
+                        RunQvre("plot " + a + " --asymmetry " + b + " --fold 2 -o " + picture).output);
+    RunQvre("sum " + a + " " + b + " -o " + image);
+    EXPECT_PRED_FORMAT2(testing::IsSubstring, "I from 4 to 6\n",
+                        RunQvre("plot " + image + " -o " + picture).output);
+}

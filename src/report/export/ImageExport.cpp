@@ -26,7 +26,8 @@ Writer WriterFor(const std::string& path) {
 ExportSummary ExportImage(const ExportRequest& request) {
     const Writer write = WriterFor(request.output);
     const ImageTable table = MakeImageTable(request);
-    ExportSummary summary{table.columns, table.rows, 0, table.leftOut};
+    ExportSummary summary{table.columns, table.rows, 0, {}, table.leftOut};
+    for (const ImagePlane& plane : table.planes) summary.planes.push_back(plane.name);
     for (std::size_t i = 0; i < table.theta.size(); ++i) summary.pixels += table.OnMap(i) ? 1 : 0;
     write(table, request.output);
     return summary;

@@ -5,12 +5,15 @@
 #include <limits>
 
 #include "foundation/Constants.h"
-#include "report/sphere/Modulation.h"
+#include "foundation/FileReading.h"
+#include "foundation/ZfError.h"
+#include "report/sphere/ImageSum.h"
 
 namespace qvre {
 
 namespace {
 
+constexpr const char* kIntensityUnit = "arbitrary units";
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 std::size_t PixelIndex(const ImageTable& table, const SpherePixel& pixel) {
@@ -51,6 +54,7 @@ RunSettings Settings(const ExportRequest& request, const ImageTable& table) {
     RunSettings settings = {{"program", "qvre " QVRE_VERSION, ""},
                             {"image_file", fileName(request.image), ""}};
     if (!request.i0.empty()) settings.push_back({"i0_file", fileName(request.i0), ""});
+    if (!request.partner.empty()) settings.push_back({"second_image_file", fileName(request.partner), ""});
     if (request.background)
         settings.push_back({"background",
                             request.background->degree ? std::to_string(*request.background->degree) : "mean",
@@ -67,23 +71,40 @@ void AddModulation(ImageTable& table, const ExportRequest& request, const Sphere
                                        ? ModulationFunction(image, *request.background)
                                        : ModulationFunction(image, LoadSphereImage(request.i0).image);
     table.planes.push_back(
-        {request.background ? "B" : "I0", "arbitrary units", Plane(table, chi.ReferencePixels())});
+        {request.background ? "B" : "I0", kIntensityUnit, Plane(table, chi.ReferencePixels())});
     table.planes.push_back({"chi", "1", Plane(table, chi.Pixels())});
     table.leftOut = LeftOutText(chi.LeftOut(), chi.IsByBackground());
+}
+
+void AddAsymmetry(ImageTable& table, const ExportRequest& request, const SphereImage& image) {
+    const SphereImage other = LoadSphereImage(request.partner).image;
+    const ModulationFunction asymmetry =
+        Naming(request.image + " and " + request.partner, [&] { return AsymmetryOf(image, other); });
+    table.planes.front().name = "A";
+    table.planes.push_back({"B", kIntensityUnit, Plane(table, other.Pixels())});
+    table.planes.push_back({"asymmetry", "1", Plane(table, asymmetry.Pixels())});
+    table.leftOut = AsymmetryLeftOutText(asymmetry);
 }
 
 }  // namespace
 
 ImageTable MakeImageTable(const ExportRequest& request) {
-    const SphereImage image = LoadSphereImage(request.image).image;
+    const LoadedImage loaded = LoadSphereImage(request.image);
+    const SphereImage& image = loaded.image;
+    if (loaded.IsAsymmetry() && (!request.i0.empty() || request.background || !request.partner.empty()))
+        throw ZfError(request.image + " is an asymmetry already: export it as it is");
     ImageTable table;
     table.map = image.Map();
     table.columns = static_cast<std::size_t>(image.Width());
     table.rows = Rows(image, request.hemisphere);
     table.resolution = image.Resolution_deg();
     SetDirections(table, image);
-    table.planes.push_back({"I", "arbitrary units", Plane(table, image.Pixels())});
+    if (loaded.IsAsymmetry())
+        table.planes.push_back({"asymmetry", "1", Plane(table, image.Pixels())});
+    else
+        table.planes.push_back({"I", kIntensityUnit, Plane(table, image.Pixels())});
     if (!request.i0.empty() || request.background) AddModulation(table, request, image);
+    if (!request.partner.empty()) AddAsymmetry(table, request, image);
     table.settings = Settings(request, table);
     return table;
 }

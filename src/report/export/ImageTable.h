@@ -26,7 +26,7 @@ struct ImageTable {
     double resolution = 0.0;         ///< degrees
     std::vector<double> theta;       ///< degrees, as a plane
     std::vector<double> phi;         ///< degrees, 0 to 360, as a plane
-    std::vector<ImagePlane> planes;  ///< I, or I, I0 and chi, or I, B and chi; chi is NaN where left out
+    std::vector<ImagePlane> planes;  ///< I; or I, I0 and chi; or I, B and chi; or A, B and the asymmetry
     std::string leftOut;             ///< LeftOutText of chi
     RunSettings settings;            ///< the program, the files, the map, and what is known of the run
 

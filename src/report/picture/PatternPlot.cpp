@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <limits>
 #include <utility>
 
@@ -14,6 +15,7 @@
 #include "report/picture/DiscPicture.h"
 #include "report/picture/LinePlot.h"
 #include "report/picture/PatternCuts.h"
+#include "report/sphere/ImageSum.h"
 #include "report/sphere/SphereOperations.h"
 
 namespace qvre {
@@ -32,18 +34,64 @@ SphereImage Measured(SphereImage image, const PatternPlot& plot) {
     return image;
 }
 
-bool IsModulation(const PatternPlot& plot) {
-    return plot.background || !plot.references.empty();
+/// Of a list with one for all images, or one for each.
+const std::string& Belonging(const std::vector<std::string>& paths, std::size_t index) {
+    return paths[paths.size() == 1 ? 0 : index];
 }
 
-ModulationFunction ModulationOf(SphereImage image, const PatternPlot& plot, std::size_t index) {
+ModulationFunction RatioOf(SphereImage image, const PatternPlot& plot, std::size_t index) {
+    const std::string& path = plot.images[index];
     if (plot.background)
-        return Naming(plot.images[index],
-                      [&] { return ModulationFunction(std::move(image), *plot.background); });
-    const std::string& path = plot.references[plot.references.size() == 1 ? 0 : index];
-    SphereImage reference = Measured(LoadSphereImage(path).image, plot);
-    return Naming(plot.images[index] + " and " + path,
-                  [&] { return ModulationFunction(std::move(image), std::move(reference)); });
+        return Naming(path, [&] { return ModulationFunction(std::move(image), *plot.background); });
+    const bool isAsymmetry = !plot.partners.empty();
+    const std::string& otherPath = Belonging(isAsymmetry ? plot.partners : plot.references, index);
+    SphereImage other = Measured(LoadSphereImage(otherPath).image, plot);
+    return Naming(path + " and " + otherPath, [&] {
+        return isAsymmetry ? AsymmetryOf(image, other)
+                           : ModulationFunction(std::move(image), std::move(other));
+    });
+}
+
+/// What is drawn of all images, by their files and the request.
+enum class Drawn : std::uint8_t { kIntensity, kModulation, kBackgroundModulation, kAsymmetry };
+
+Drawn DrawnOf(const PatternPlot& plot, const std::vector<LoadedImage>& images) {
+    const bool isMeasured = plot.fold > 1 || plot.mirror || plot.acceptance > 0.0 || plot.innerPotential;
+    const bool isRatio = plot.background || !plot.references.empty() || !plot.partners.empty();
+    std::size_t asymmetries = 0;
+    for (std::size_t i = 0; i < images.size(); ++i) {
+        if (!images[i].IsAsymmetry()) continue;
+        ++asymmetries;
+        if (isRatio) throw ZfError(plot.images[i] + " is an asymmetry already: draw it as it is");
+        if (isMeasured)
+            throw ZfError(
+                plot.images[i] +
+                " is an asymmetry: averages and refraction act on intensities, so draw the two images "
+                "as one with the other for its asymmetry");
+    }
+    if (asymmetries > 0 && asymmetries < images.size())
+        throw ZfError("Asymmetries and intensities need a picture each");
+    if (asymmetries > 0 || !plot.partners.empty()) return Drawn::kAsymmetry;
+    if (plot.background) return Drawn::kBackgroundModulation;
+    return plot.references.empty() ? Drawn::kIntensity : Drawn::kModulation;
+}
+
+const char* AxisText(Drawn drawn) {
+    switch (drawn) {
+        case Drawn::kModulation:
+            return "χ = (I − I₀)/I₀";
+        case Drawn::kBackgroundModulation:
+            return "χ = (I − B)/B";
+        case Drawn::kAsymmetry:
+            return "(A − B)/(A + B)";
+        case Drawn::kIntensity:
+            break;
+    }
+    return "I (arb. units)";
+}
+
+const char* QuantityOf(Drawn drawn) {
+    return drawn == Drawn::kIntensity ? "I" : drawn == Drawn::kAsymmetry ? "asymmetry" : "chi";
 }
 
 /// Takes the pixels of an image into the summary. They are the same for any view.
@@ -55,25 +103,21 @@ void Summarise(const std::vector<SpherePixel>& pixels, PatternPlotSummary& summa
     }
 }
 
-DrawnPattern Prepared(const PatternPlot& plot, std::size_t index, PatternPlotSummary& summary) {
-    LoadedImage loaded = LoadSphereImage(plot.images[index]);
+DrawnPattern Prepared(const PatternPlot& plot, LoadedImage loaded, std::size_t index,
+                      PatternPlotSummary& summary) {
     const std::string title = index < plot.captions.size() ? plot.captions[index] : loaded.title;
     SphereImage image = Measured(std::move(loaded.image), plot);
-    if (!IsModulation(plot)) {
+    if (!plot.background && plot.references.empty() && plot.partners.empty()) {
         Summarise(image.Pixels(), summary);
         return {std::move(image), title};
     }
-    ModulationFunction chi = ModulationOf(std::move(image), plot, index);
-    Summarise(chi.Pixels(), summary);
-    const std::string leftOut = LeftOutText(chi.LeftOut(), chi.IsByBackground());
+    ModulationFunction ratio = RatioOf(std::move(image), plot, index);
+    Summarise(ratio.Pixels(), summary);
+    const std::string leftOut = plot.partners.empty() ? LeftOutText(ratio.LeftOut(), ratio.IsByBackground())
+                                                      : AsymmetryLeftOutText(ratio);
     if (!leftOut.empty())
         summary.leftOut.push_back(plot.images.size() == 1 ? leftOut : plot.images[index] + ": " + leftOut);
-    return {std::move(chi), title};
-}
-
-std::string Quantity(const PatternPlot& plot) {
-    if (plot.background) return "χ = (I − B)/B";
-    return plot.references.empty() ? "I (arb. units)" : "χ = (I − I₀)/I₀";
+    return {std::move(ratio), title};
 }
 
 std::optional<Span> AskedRange(const PatternPlot& plot) {
@@ -89,7 +133,7 @@ std::string CutLabel(const PatternPlot& plot, const DrawnPattern& pattern, const
     return cuts == 1 ? pattern.title : pattern.title + ", " + place;
 }
 
-void DrawCuts(const PatternPlot& plot, const std::vector<DrawnPattern>& patterns) {
+void DrawCuts(const PatternPlot& plot, const std::vector<DrawnPattern>& patterns, Drawn drawn) {
     const bool polar = !plot.polarCuts.empty();
     const std::vector<double>& angles = polar ? plot.polarCuts : plot.azimuthalCuts;
     std::vector<Curve> curves;
@@ -104,7 +148,7 @@ void DrawCuts(const PatternPlot& plot, const std::vector<DrawnPattern>& patterns
     axes.title = plot.title.empty() && patterns.size() == 1 ? patterns.front().title : plot.title;
     axes.xLabel = polar ? "polar angle θ (degrees)" : "azimuth φ (degrees)";
     if (angles.size() == 1) axes.xLabel += fmt::format(", {} = {:g}°", polar ? "φ" : "θ", angles.front());
-    axes.yLabel = Quantity(plot);
+    axes.yLabel = AxisText(drawn);
     axes.xRange = polar ? Span{-90.0, 90.0} : Span{0.0, 360.0};
     axes.yRange = AskedRange(plot);
     axes.xStep = polar ? 30.0 : 60.0;
@@ -113,15 +157,17 @@ void DrawCuts(const PatternPlot& plot, const std::vector<DrawnPattern>& patterns
 }
 
 /// Returns the ends of the colours.
-Span DrawImages(const PatternPlot& plot, std::vector<DrawnPattern> patterns) {
-    const bool modulation = IsModulation(plot);
+Span DrawImages(const PatternPlot& plot, std::vector<DrawnPattern> patterns, Drawn drawn,
+                const Span& values) {
+    const bool isRatio = drawn != Drawn::kIntensity;
     DiscPicture discs;
-    discs.range = plot.range.empty() ? ColourRange(patterns, modulation) : *AskedRange(plot);
+    discs.range = AskedRange(plot);
+    if (!discs.range) discs.range = isRatio ? ColourRange(patterns, true) : Widened(values);
     discs.images = std::move(patterns);
     discs.title = plot.title;
-    discs.quantity = Quantity(plot);
+    discs.quantity = AxisText(drawn);
     discs.view = plot.view;
-    discs.colours = plot.colours.value_or(modulation ? ColourMap::kDiverging : ColourMap::kViridis);
+    discs.colours = plot.colours.value_or(isRatio ? ColourMap::kDiverging : ColourMap::kViridis);
     discs.ringStep_deg = plot.rings;
     discs.panelsPerRow = plot.perRow;
     discs.width = plot.width;
@@ -132,11 +178,15 @@ Span DrawImages(const PatternPlot& plot, std::vector<DrawnPattern> patterns) {
 }  // namespace
 
 void CheckPatternPlot(const PatternPlot& plot) {
-    const std::size_t count = plot.references.size();
-    if (count > 1 && count != plot.images.size())
+    const auto isBadCount = [&plot](std::size_t count) { return count > 1 && count != plot.images.size(); };
+    if (isBadCount(plot.references.size()))
         throw ZfError("give one I0 image for all images, or one for each");
-    if (count > 0 && plot.background)
+    if (isBadCount(plot.partners.size()))
+        throw ZfError("give one image for the asymmetry of all images, or one for each");
+    if (!plot.references.empty() && plot.background)
         throw ZfError("I0 and a background exclude each other: either is what I is divided by");
+    if (!plot.partners.empty() && (plot.background || !plot.references.empty()))
+        throw ZfError("an asymmetry is that of two intensities, without I0 and background");
     if (!Canvas::CanWrite(plot.output))
         throw ZfError("the name of the picture has to end in .png, .svg or .pdf");
     static_cast<void>(Canvas::Scale(plot.output, kColumnWidth, plot.width));  // refuses a width out of range
@@ -155,14 +205,18 @@ void CheckPatternPlot(const PatternPlot& plot) {
 
 PatternPlotSummary DrawPatternPlot(const PatternPlot& plot) {
     CheckPatternPlot(plot);
+    std::vector<LoadedImage> images;
+    for (const std::string& path : plot.images) images.push_back(LoadSphereImage(path));
+    const Drawn drawn = DrawnOf(plot, images);
     constexpr double kInfinity = std::numeric_limits<double>::infinity();
-    PatternPlotSummary summary{IsModulation(plot), {kInfinity, -kInfinity}, {}, {}};
+    PatternPlotSummary summary{QuantityOf(drawn), {kInfinity, -kInfinity}, {}, {}};
     std::vector<DrawnPattern> patterns;
-    for (std::size_t i = 0; i < plot.images.size(); ++i) patterns.push_back(Prepared(plot, i, summary));
+    for (std::size_t i = 0; i < images.size(); ++i)
+        patterns.push_back(Prepared(plot, std::move(images[i]), i, summary));
     if (plot.polarCuts.empty() && plot.azimuthalCuts.empty())
-        summary.colours = DrawImages(plot, std::move(patterns));
+        summary.colours = DrawImages(plot, std::move(patterns), drawn, summary.values);
     else
-        DrawCuts(plot, patterns);
+        DrawCuts(plot, patterns, drawn);
     return summary;
 }
 

@@ -15,6 +15,7 @@ namespace qvre {
 struct PatternPlot {
     std::vector<std::string> images;      ///< .xml_img, drawn side by side on one scale
     std::vector<std::string> references;  ///< I0, one for all or one each: draws chi = (I - I0)/I0; empty: I
+    std::vector<std::string> partners;    ///< B, one for all or one each: draws the asymmetry (A - B)/(A + B)
     std::optional<BackgroundModel> background;  ///< instead of I0: draws chi = (I - B)/B
     std::string output;                         ///< .png, .svg or .pdf
     View view = View::kAzimuthalEquidistant;
@@ -36,7 +37,7 @@ struct PatternPlot {
 
 /// What a picture shows.
 struct PatternPlotSummary {
-    bool isModulation = false;
+    std::string quantity;              ///< "I", "chi" or "asymmetry"
     Span values;                       ///< least and largest pixel of the upper hemisphere
     std::optional<Span> colours;       ///< ends of the scale; none for cuts
     std::vector<std::string> leftOut;  ///< LeftOutText of each image that has one

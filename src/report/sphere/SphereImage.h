@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -63,11 +64,23 @@ private:
     std::vector<double> framed_;  // azimuthal map: pixels in a frame of kFrame, continued beyond the rim
 };
 
+/// What an image file tells beside its pixels.
+struct ImageInformation {
+    std::map<std::string, std::vector<double>> numbers;
+    std::map<std::string, std::vector<std::string>> texts;
+};
+
+/// The text of the information that tells what the pixels are, where they are no intensity.
+inline constexpr const char* kQuantityKey = "__Quantity";
+inline constexpr const char* kAsymmetry = "asymmetry";
+
 /// An image as its file gives it.
 struct LoadedImage {
+    bool IsAsymmetry() const;
+
     SphereImage image;
-    std::string
-        title;  ///< text "Title" or "Comment" of the file's information, else the name without extension
+    std::string title;  ///< text "Title" or "Comment" of the information, else the name without extension
+    ImageInformation information = {};
 };
 
 /// The first image of an image file (.xml_img). The map is the one that the file names; without a name a

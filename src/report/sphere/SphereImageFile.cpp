@@ -59,10 +59,16 @@ LoadedImage Load(const std::string& path) {
     const ZfFloatMatrix& pixels = document.imageSet.begin()->second;
     std::vector<double> values(pixels.Data(), pixels.Data() + pixels.Count());
     return {SphereImage(MapOf(document, pixels), pixels.ColSize, pixels.RowSize, std::move(values)),
-            Title(document, path)};
+            Title(document, path),
+            {document.infoValue, document.infoString}};
 }
 
 }  // namespace
+
+bool LoadedImage::IsAsymmetry() const {
+    const auto found = information.texts.find(kQuantityKey);
+    return found != information.texts.end() && !found->second.empty() && found->second.front() == kAsymmetry;
+}
 
 LoadedImage LoadSphereImage(const std::string& path) {
     return Naming(path, [&] { return Load(path); });

@@ -33,6 +33,7 @@ protected:
                 WriteImage("i0.xml_img", map, 1.0),
                 {},
                 {},
+                {},
                 true,
                 folder_.Path(output)};
     }
@@ -154,7 +155,7 @@ TEST_F(Export, LeavesChiOutWhereI0IsFaint) {
         WriteImageFile(folder_.Path("p.xml_img"), Sampled(SphereMap::kAzimuthalEquidistant, 10.0, scattered));
     for (const char* output : {"s.csv", "s.npy", "s.h5"}) {
         const ExportSummary summary =
-            ExportImage({image, folder_.Path("i0.xml_img"), {}, {}, false, folder_.Path(output)});
+            ExportImage({image, folder_.Path("i0.xml_img"), {}, {}, {}, false, folder_.Path(output)});
         EXPECT_EQ(summary.leftOut.substr(0, 16), "chi left out in ");
     }
     const std::string text = folder_.Read("s.csv");
