@@ -32,10 +32,11 @@ struct SeriesKey {
     const char* after;
 };
 
-constexpr std::array<SeriesKey, 4> kSeriesKeys = {{
+constexpr std::array<SeriesKey, 5> kSeriesKeys = {{
     {"cluster", "emitter-layer", "layer", ""},
     {"emission", "kinetic", "", "eV"},
     {"emission", "photon", "photon", "eV"},
+    {"emission", "circular", "", ""},
     {"thermal", "temperature", "", "K"},
 }};
 

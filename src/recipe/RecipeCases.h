@@ -27,8 +27,8 @@ struct RecipeGroup {
     std::vector<RecipeCase> cases;
 };
 
-/// A series comes from lists: cluster.emitter-layer, emission.kinetic, emission.photon and
-/// thermal.temperature, in all combinations, the last one running fastest. The table [scan] names one setting
+/// A series comes from lists: cluster.emitter-layer, emission.kinetic, emission.photon,
+/// emission.circular and thermal.temperature, in all combinations, the last one running fastest. The table [scan] names one setting
 /// ("vary"), which is no list, and its values, as a list ("values") or as "from", "to" and "steps".
 ///
 /// `text` is the recipe, `path` names it in messages. It is parsed once for each case, so that every value

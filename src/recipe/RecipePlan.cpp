@@ -41,6 +41,7 @@ const Sections kPhases = {"cluster", "emission", "phases"};
 const Sections kFluctuation = {"cluster", "thermal"};
 const Sections kScattering = {"cluster", "emission", "phases", "scattering"};
 const Sections kFullScattering = {"cluster", "emission", "phases", "scattering", "thermal"};
+const Sections kChecks = {"cluster", "emission", "phases", "scattering", "thermal", "image"};
 const Sections kImages = {"cluster", "emission", "light", "phases", "scattering", "thermal", "image"};
 
 /// Writes one file of the run and returns what the user should know of it, in lines.
@@ -48,6 +49,17 @@ using FileMaker = std::function<std::string(const std::string& output)>;
 
 /// Writes a cluster and the table of its emitters.
 using ClusterMaker = std::function<std::string(const std::string& output, const std::string& sharesOutput)>;
+
+/// What becomes of the members of a series.
+enum class SeriesResult { kSum, kApart, kAsymmetry };
+
+}  // namespace
+
+template <>
+inline constexpr auto kWords<SeriesResult> = std::to_array<Word<SeriesResult>>(
+    {{"sum", SeriesResult::kSum}, {"apart", SeriesResult::kApart}, {"asymmetry", SeriesResult::kAsymmetry}});
+
+namespace {
 
 /// The files of a calculation as far as they are planned, and what is to be done with them.
 struct CasePlan {
@@ -71,11 +83,18 @@ bool Contains(const Sections& sections, const std::string& section) {
     return std::find(sections.begin(), sections.end(), section) != sections.end();
 }
 
+/// The section that a variation counts as: the light has keys among those of the emission.
+std::string SectionOf(const RecipeVariation& variation) {
+    const bool isLight = variation.section == "emission" &&
+                         std::find(kLightKeys.begin(), kLightKeys.end(), variation.key) != kLightKeys.end();
+    return isLight ? "light" : variation.section;
+}
+
 /// "_layer3_300K": the values that tell the file of one calculation from those of the others.
 std::string SuffixOf(const RecipeCase& one, const Sections& sections) {
     std::string suffix;
     for (const RecipeVariation& variation : one.variations)
-        if (Contains(sections, variation.section)) suffix += "_" + variation.label;
+        if (Contains(sections, SectionOf(variation))) suffix += "_" + variation.label;
     return suffix;
 }
 
@@ -119,6 +138,7 @@ private:
     std::string AddFluctuation(const RecipeCase& one, const ClusterFacts& facts,
                                const std::string& clusterFile);
     std::string AddFile(const RecipeCase& one, const FileKind& kind, const FileMaker& maker);
+    void AddAsymmetry(const std::vector<RunResult>& members);
     RunResult AddSum(const std::vector<RunResult>& members, const RecipeGroup& group);
     void AddStep(RunStep step);
     bool Claim(const std::string& output, const std::string& key);
@@ -134,7 +154,7 @@ private:
     std::string tables_ = ShippedTables();        // part of every key
     std::map<std::string, std::string> writers_;  // key of the step that writes a file, by its name
     ScatteringMethod method_ = kMulti;
-    bool isSummed_ = true;
+    SeriesResult series_ = SeriesResult::kSum;
     std::vector<RecipePicture> pictures_;
     RunPlan plan_;
 };
@@ -158,7 +178,7 @@ RunPlan Planner::Plan() {
 void Planner::ReadGeneral(const RecipeCase& one) {
     RecipeTable recipe(&one.settings, "recipe");
     plan_.title = recipe.Text("title", fs::path(recipePath_).stem().string());
-    isSummed_ = recipe.OneOf("series", {"sum", "apart"}).value_or("sum") == "sum";
+    series_ = recipe.Word("series", SeriesResult::kSum);
     plan_.scannedName = recipe.Section("scan").Text("vary", "");
     RecipeTable compare = recipe.Section("compare");
     plan_.comparison = ReadCompareSection(compare, place_, options_.measuredFile);
@@ -182,7 +202,8 @@ std::string Planner::NothingCompared(bool hasSettings) const {
 void Planner::AddGroup(const RecipeGroup& group) {
     std::vector<RunResult> members;
     for (const RecipeCase& one : group.cases) members.push_back(AddCase(one));
-    if (members.size() > 1 && isSummed_) members = {AddSum(members, group)};
+    if (series_ == SeriesResult::kAsymmetry) AddAsymmetry(members);
+    if (members.size() > 1 && series_ == SeriesResult::kSum) members = {AddSum(members, group)};
     for (RunResult& result : members) {
         result.scanned = group.scanned;
         plan_.results.push_back(std::move(result));
@@ -399,7 +420,7 @@ RunResult Planner::AddCase(const RecipeCase& one) {
     EmergenceRequest& emergence = plan.images.emergence;
     const std::string weights = ProgramFile("AtomicWeight.txt");
     const std::string fluctuation = AddFluctuation(one, facts, scattering.clusterFile);
-    AddFile(one, {"checks", "checks", ".txt", kImages, plan.choices},
+    AddFile(one, {"checks", "checks", ".txt", kChecks, plan.choices},
             [=](const std::string& output) { return CheckRun(scattering, fluctuation, weights, output); });
     scattering.fluctuationFile = emergence.fluctuationFile = fluctuation;
     scattering.atomicWeightFile = emergence.atomicWeightFile = weights;
@@ -446,6 +467,32 @@ RunResult Planner::AddSum(const std::vector<RunResult>& members, const RecipeGro
                  return std::string();
              }});
     return sum;
+}
+
+/// The asymmetry of two members as an image and a picture.
+void Planner::AddAsymmetry(const std::vector<RunResult>& members) {
+    if (members.size() != 2 || !plan_.scannedName.empty())
+        throw ZfError(
+            fmt::format("{}: series = \"asymmetry\" is that of two members, such as circular = [\"left\", "
+                        "\"right\"], and "
+                        "not of {}",
+                        recipePath_, plan_.scannedName.empty() ? std::to_string(members.size()) : "a scan"));
+    const std::string key = FingerprintOf(members[0].key + members[1].key);
+    const std::string image = InFolder("asymmetry.xml_img");
+    AddStep({"asymmetry",
+             key,
+             {"asymmetry.xml_img"},
+             [image, a = InFolder(members[0].image), b = InFolder(members[1].image)] {
+                 return SaveAsymmetry(a, b, image);
+             }});
+    PatternPlot plot;
+    plot.images = {image};
+    plot.output = InFolder("asymmetry.png");
+    plot.title = plan_.title + ", asymmetry";
+    AddStep({"picture", FingerprintOf(key + plot.title), {"asymmetry.png"}, [plot] {
+                 DrawPatternPlot(plot);
+                 return std::string();
+             }});
 }
 
 /// Several results have pictures of their own, with their labels in the names and titles.

@@ -58,8 +58,8 @@ TEST_F(RecipePlan, AStepIsRepeatedForTheSettingsThatItDependsOn) {
         {"phases", "lmax = 12", kFromPhases},
         {"thermal", "temperature = 77", "thermal checks images picture"},
         {"scattering", "method = \"SINGLE\"", "checks scattering images picture"},
-        {"emission", "polarisation = [1, 0, 0]", "checks images picture"},
-        {"light", "frame = \"analyser\"", "checks images picture"},
+        {"emission", "polarisation = [1, 0, 0]", "images picture"},
+        {"light", "frame = \"analyser\"", "images picture"},
         {"image", "resolution = 2", "checks images picture"},
         {"image", "imfp = 10", "checks images picture"},
         {"picture", "width = 300", "picture"},
@@ -131,6 +131,24 @@ TEST_F(RecipePlan, ASeriesOfTemperaturesSharesItsWaves) {
     const std::vector<std::string> outputs =
         OutputsOf(Plan(Recipe({{"thermal", "temperature = [100, 300]"}})));
     EXPECT_EQ(std::count(outputs.begin(), outputs.end(), "scatteredwave.xml_sf"), 1);
+}
+
+TEST_F(RecipePlan, LightOfEitherHandSharesItsWavesAndMakesAnAsymmetry) {
+    const std::string light = "circular = [\"left\", \"right\"]\nalong = [0, 0, -1]";
+    std::vector<std::string> outputs =
+        OutputsOf(Plan(Recipe({{"", "series = \"asymmetry\"\n"}, {"emission", light}})));
+    std::sort(outputs.begin(), outputs.end());
+    const std::vector<std::string> expected = {
+        "asymmetry.png",         "asymmetry.xml_img",    "checks.txt",
+        "cluster.xyz",           "dipole.csv",           "emitter_left.xml_emt",
+        "emitter_right.xml_emt", "emitters.csv",         "fluctuation.xml_flu",
+        "i0_left.xml_img",       "i0_right.xml_img",     "pattern_left.png",
+        "pattern_left.xml_img",  "pattern_right.png",    "pattern_right.xml_img",
+        "phaseshift.xml_ph",     "scatteredwave.xml_sf", "unit_waves.xml_emt"};
+    EXPECT_EQ(outputs, expected);
+    EXPECT_PRED_FORMAT2(testing::IsSubstring, "is that of two members", ErrorText([&] {
+                            Plan(Recipe({{"", "series = \"asymmetry\"\n"}}));
+                        }));
 }
 
 TEST_F(RecipePlan, NothingComparedIsSaid) {
