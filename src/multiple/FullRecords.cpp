@@ -110,6 +110,22 @@ void StartRecords(ZfScatteringData& data, const FullScatteringInputs& inputs, Sc
     data.ListScatteringData.reserve(inputs.waves.size() * inputs.cluster.structures.size());
 }
 
+/// Keeps the records of whole structures of the same calculation and makes room for the others. Returns the
+/// number of structures that are done.
+std::int32_t TakeOver(ZfScatteringData& data, const FullScatteringInputs& inputs) {
+    std::vector<ZfScatteringRecord> records = std::move(data.ListScatteringData);
+    const double residual = data.EPS;
+    const std::size_t waves = inputs.waves.size();
+    const bool areWhole = data.Version == kFull && waves > 0 && !records.empty() &&
+                          records.size() % waves == 0 &&
+                          records.size() / waves < inputs.cluster.structures.size();
+    StartRecords(data, inputs, kFull);
+    if (!areWhole) return 0;
+    data.EPS = residual;
+    std::move(records.begin(), records.end(), std::back_inserter(data.ListScatteringData));
+    return static_cast<std::int32_t>(records.size() / waves);
+}
+
 /// Adds the records of a structure, by the energy of their waves. They must have room.
 std::map<double, std::vector<ZfScatteringRecord*>> AddRecords(ZfScatteringData& data,
                                                               const FullScatteringInputs& inputs) {
@@ -128,9 +144,9 @@ std::vector<FullScatteringOutcome> ScatterInFull(ZfScatteringData& data, const F
                                                  const FullScatteringSettings& settings,
                                                  ZfNotifyTerminate& notifier,
                                                  const FullScatteringReports& reports) {
-    StartRecords(data, inputs, kFull);
+    const std::int32_t done = TakeOver(data, inputs);
     std::vector<FullScatteringOutcome> outcomes;
-    for (data.StIndex = 0; data.StIndex < data.StCount; ++data.StIndex) {
+    for (data.StIndex = done; data.StIndex < data.StCount; ++data.StIndex) {
         for (const auto& [energy, records] : AddRecords(data, inputs)) {
             for (ZfScatteringRecord* record : records) SetDisplacements(inputs, record->ListScatterer);
             const FullScatteringRequest request =
@@ -147,6 +163,7 @@ std::vector<FullScatteringOutcome> ScatterInFull(ZfScatteringData& data, const F
                                 std::move(solution.cuts)});
             data.EPS = std::max(data.EPS, outcomes.back().residual);
         }
+        if (reports.structureDone && data.StIndex + 1 < data.StCount) reports.structureDone();
     }
     return outcomes;
 }

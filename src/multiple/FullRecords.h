@@ -44,17 +44,20 @@ struct FullScatteringOutcome {
     std::vector<PhaseShiftCut> cuts;
 };
 
-/// Follows the solutions: the estimate before each, then its progress. Both may be empty.
+/// Follows the solutions: the estimate before each, then its progress, and the end of each structure but the
+/// last. All may be empty.
 struct FullScatteringReports {
     std::function<void(const FullScatteringEstimate&)> estimate;
     std::function<void(const FullScatteringProgress&)> progress;
+    std::function<void()> structureDone;
 };
 
 /// Makes the records of all structures and waves. In each, entry 0 is the emitter with the emitted wave, so
 /// that the direct wave is what it is under every method; entry 1 stands at the same place and holds what the
 /// emitter scatters. Vibrations of the atoms are part of their t matrices (VibrationAverage.h), and their
 /// Uiso is 0 in the records; that of the emitter stays, for the interference with the direct wave. EPS holds
-/// the largest residual. After an interruption there are no records. Throws ZfError.
+/// the largest residual. Structures whose records the data of such a calculation bring along are not done
+/// again. After an interruption there are no records. Throws ZfError.
 std::vector<FullScatteringOutcome> ScatterInFull(ZfScatteringData& data, const FullScatteringInputs& inputs,
                                                  const FullScatteringSettings& settings,
                                                  ZfNotifyTerminate& notifier,

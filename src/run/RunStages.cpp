@@ -15,9 +15,9 @@
 #include "pattern/ZfDocPattern.h"
 #include "prepare/thermal/AtomicWeights.h"
 #include "run/InputFiles.h"
+#include "run/PartialScattering.h"
 #include "run/RunProgress.h"
 #include "scattering/ThermalModels.h"
-#include "xml/ZfBarnFile.h"
 
 namespace qvre {
 
@@ -34,7 +34,9 @@ double FractionDone(const ZfScatteringData& data) {
 /// Atoms that would scatter and yet send out nothing.
 std::size_t UnreachedAtoms(const ZfScatteringData& data, const ZfPhaseShiftDocument& phaseShifts) {
     std::size_t count = 0;
-    for (const ZfScatteringRecord& record : data.ListScatteringData)
+    for (const ZfScatteringRecord& record : data.ListScatteringData) {
+        if (record.phaseShiftIndex.VectorSize() == 0)
+            continue;  // of a file: the stopped calculation has told
         for (std::size_t i = 1; i < record.ListScatterer.electrons.size(); ++i) {
             const PhaseShiftRecord& phases = CheckedAt(
                 phaseShifts.records, record.phaseShiftIndex.VectorValueAt(static_cast<std::int32_t>(i)));
@@ -45,6 +47,7 @@ std::size_t UnreachedAtoms(const ZfScatteringData& data, const ZfPhaseShiftDocum
                 !std::all_of(t, t + phases.scatteringFactors.Count(), isZero))
                 ++count;
         }
+    }
     return count;
 }
 
@@ -155,7 +158,8 @@ std::string OutcomeText(const FullScatteringOutcome& outcome) {
     return text;
 }
 
-std::string CalculateInFull(const ScatteringRequest& request, LoadedInputs& inputs, ZfScatteringData& data) {
+std::string CalculateInFull(const ScatteringRequest& request, LoadedInputs& inputs, ZfScatteringData& data,
+                            const PartialScattering& partial) {
     FullScatteringInputs all = {inputs.cluster, inputs.waves, inputs.phaseShifts};
     Fluctuation fluctuation;
     ZfDebye weights;
@@ -170,11 +174,17 @@ std::string CalculateInFull(const ScatteringRequest& request, LoadedInputs& inpu
         settings.meanFreePath = LoadMeanFreePath_m(request.meanFreePathFile);
     double done = 0.0;
     RunProgress progress("scattering", [&done] { return done; });
-    const FullScatteringReports reports = {TellEstimate, [&done](const FullScatteringProgress& at) {
+    const FullScatteringReports reports = {TellEstimate,
+                                           [&done](const FullScatteringProgress& at) {
                                                done = std::clamp(
                                                    std::log(at.residual) / std::log(at.tolerance), 0.0, 1.0);
-                                           }};
+                                           },
+                                           [&] { partial.Save(data); }};
+    partial.Load(data);
     std::string text;
+    if (!data.ListScatteringData.empty())
+        text = fmt::format("structures 1 to {} are those of the stopped calculation\n",
+                           data.ListScatteringData.size() / inputs.waves.size());
     for (const FullScatteringOutcome& outcome : ScatterInFull(data, all, settings, progress, reports))
         text += OutcomeText(outcome);
     InterruptRequest::ThrowIfPending();
@@ -197,15 +207,12 @@ std::string CalculateScattering(const ScatteringRequest& request, const std::str
     const bool isExactSingle =
         request.method == kSingle && std::none_of(inputs.waves.begin(), inputs.waves.end(),
                                                   [](const EmittedWave& wave) { return wave.IsPlaneWave; });
-    std::string remarks = request.method == kFull ? CalculateInFull(request, inputs, data)
+    const PartialScattering partial(request, outputFile);
+    std::string remarks = request.method == kFull ? CalculateInFull(request, inputs, data, partial)
                           : isExactSingle         ? CalculateOnce(inputs, data)
                                                   : CalculateInOrder(request, inputs, data);
-    output.Write([&data](const std::string& path) {
-        ZfBarnFile file(path, "w");
-        data.Exchange(file);
-        file.Save();
-    });
-    output.Commit();
+    WriteScatteredWaves(data, output);
+    partial.Remove();
     WarnOfUnreachedAtoms(data, inputs.phaseShifts);
     return remarks;
 }

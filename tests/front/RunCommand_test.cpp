@@ -71,7 +71,16 @@ bool IsUnchanged(const std::string& output, const std::string& step) {
     return output.substr(line, output.find('\n', line + 1) - line).ends_with("unchanged");
 }
 
-/// Runs a recipe in a process of its own, sends it a signal once a file is there, and returns how it ended.
+bool HasFile(const std::string& folder, const std::string& start) {
+    std::error_code failure;
+    const fs::directory_iterator files(folder, failure);
+    return std::any_of(begin(files), end(files), [&](const fs::directory_entry& entry) {
+        return entry.path().filename().string().starts_with(start);
+    });
+}
+
+/// Runs a recipe in a process of its own, sends it a signal once a file is there whose name begins so, and
+/// returns how it ended.
 int StopRun(const std::string& recipe, const std::string& results, int signal, const std::string& file) {
     const pid_t child = fork();
     if (child == 0) {
@@ -80,7 +89,7 @@ int StopRun(const std::string& recipe, const std::string& results, int signal, c
         _exit(127);
     }
     int status = 0;
-    while (!fs::exists(file)) {
+    while (!HasFile(results, file)) {
         if (waitpid(child, &status, WNOHANG) != 0) return status;
         usleep(200);
     }
@@ -134,7 +143,7 @@ TEST_F(RunCommand, AStoppedRunGoesOnToTheSameFiles) {
     const std::string recipe = Recipe("temperature = 300", "", "900");
     Run(recipe, "whole");
     const std::string stopped = folder_.Path("stopped");
-    StopRun(recipe, stopped, SIGKILL, stopped + "/checks.txt");
+    StopRun(recipe, stopped, SIGKILL, "checks.txt");
     const std::string output = Run(recipe, "stopped");
     EXPECT_GT(Count(output, "unchanged\n"), 2U);
     EXPECT_EQ(Contents("stopped"), Contents("whole"));
@@ -142,13 +151,29 @@ TEST_F(RunCommand, AStoppedRunGoesOnToTheSameFiles) {
         EXPECT_EQ(entry.path().filename().string().find(".scatteredwave"), std::string::npos);
 
     fs::remove_all(stopped);
-    const int status = StopRun(recipe, stopped, SIGINT, stopped + "/checks.txt");
+    const int status = StopRun(recipe, stopped, SIGINT, "checks.txt");
     if (status != 0) {  // 0 where the signal came too late
         EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGINT);
         EXPECT_PRED_FORMAT2(testing::IsSubstring, "stopped: interrupted", folder_.Read("stopped/run.log"));
     }
     Run(recipe, "stopped");
     EXPECT_EQ(Contents("stopped"), Contents("whole"));
+}
+
+// Of full scattering, the structures that were done are not done again.
+TEST_F(RunCommand, AStoppedSolutionGoesOnBehindItsLastStructure) {
+    const std::string recipe = folder_.Write(
+        "full.toml",
+        "[cluster]\npreset = \"Cu\"\natoms = 60\ndomains = [0, 10, 20, 30]\n[emission]\nlevel = \"2p\"\n"
+        "kinetic = 560\n[scattering]\nmethod = \"FULL\"\n[image]\nresolution = 10\n");
+    Run(recipe, "whole");
+    const std::string part = ".scatteredwave.xml_sf.part-";
+    StopRun(recipe, folder_.Path("stopped"), SIGKILL, part);
+    const bool isPartial = HasFile(folder_.Path("stopped"), part);  // unless the signal came too late
+    const std::string output = Run(recipe, "stopped");
+    EXPECT_EQ(output.find("are those of the stopped calculation") != std::string::npos, isPartial);
+    EXPECT_EQ(Contents("stopped"), Contents("whole"));
+    EXPECT_FALSE(HasFile(folder_.Path("stopped"), part));
 }
 
 // A ready file is loaded without a word, and its copy is looked through.
