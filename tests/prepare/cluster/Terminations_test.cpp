@@ -7,6 +7,7 @@
 
 #include "ErrorText.h"
 #include "prepare/cluster/ClusterMaking.h"
+#include "prepare/cluster/ClusterWriting.h"
 #include "prepare/cluster/CrystalSources.h"
 
 namespace {
@@ -208,7 +209,8 @@ TEST(Terminations, AreChosenByNumberOrLayers) {
 }
 
 TEST(AllEmitters, StandInEachLayerDownToTheDepth) {
-    const MadeCluster made = MakeCluster(AllEmitters(PresetCell("fcc", {"Ag"}, {4.086}), {1, 1, 1}, 16.0));
+    const ClusterRequest request = AllEmitters(PresetCell("fcc", {"Ag"}, {4.086}), {1, 1, 1}, 16.0);
+    const MadeCluster made = MakeCluster(request);
     ASSERT_EQ(made.structures.size(), 7U);
     const std::vector<EmitterShare> shares = SharesOf(made);
     for (std::size_t k = 0; k < shares.size(); ++k) {
@@ -216,6 +218,13 @@ TEST(AllEmitters, StandInEachLayerDownToTheDepth) {
         EXPECT_EQ(shares[k].layer, static_cast<int>(k) + 1);
         EXPECT_EQ(shares[k].weight, 1.0);
     }
+    // In a crystal of one plane the layer of the emitter says as much.
+    ClusterRequest single = request;
+    single.allEmitters = false;
+    single.layers = {1, 2, 3, 4, 5, 6, 7};
+    single.shape = ClusterShape::kParaboloid;
+    const MadeCluster same = MakeCluster(single);
+    EXPECT_EQ(ClusterAsXyz(made.cluster, {}), ClusterAsXyz(same.cluster, {}));
     EXPECT_EQ(made.structures[2].title.substr(0, 53),
               "Ag(111) emitter in layer 3, depth 4.72 A, paraboloid ");
 }
