@@ -318,6 +318,17 @@ TEST(AllEmitters, SayWhatCannotBe) {
                   r.depth_angstrom = 1.0;
               }),
               "No Ti lies within 1 angstrom below the surface: the first is at a depth of 1.267 angstrom");
+    EXPECT_EQ(
+        failure([](ClusterRequest& r) {
+            r.surface = {1000000, 1, 0};
+        }),
+        "The planes of this surface lie within 0.01 angstrom of each other and make no layers: give lower "
+        "Miller indices");
+    EXPECT_EQ(failure([](ClusterRequest& r) {
+                  r.surface = {291, 7, 1};
+                  r.depth_angstrom = 100.0;
+              }).substr(0, 30),
+              "More than 10000 different emit");
     EXPECT_EQ(failure([](ClusterRequest& r) { r.domains_deg.assign(100, 0.0); }),
               "15 emitters differ, which makes 1500 structures; more than 1000 are not made: take a smaller "
               "depth or fewer domains");
