@@ -51,7 +51,7 @@ double Temperature(RecipeTable& section, double fallback) {
 std::string TerminationName(RecipeTable& section) {
     if (!section.Has("termination")) return {};
     if (!section.HasText("termination")) return std::to_string(*section.Integer("termination"));
-    const std::string name = section.Text("termination", "");
+    std::string name = section.Text("termination", "");
     if (name.empty()) section.Fail("termination", "has to be a number or the elements of the topmost layers");
     return name;
 }

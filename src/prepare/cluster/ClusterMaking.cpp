@@ -132,6 +132,7 @@ bool HaveSameAtoms(const std::vector<ClusterAtom>& a, const std::vector<ClusterA
         return std::sqrt(p[0] * p[0] + p[1] * p[1] + p[2] * p[2]);
     };
     std::vector<double> distances;
+    distances.reserve(b.size());
     for (const ClusterAtom& atom : b) distances.push_back(distance(atom));
     return std::all_of(a.begin(), a.end(), [&](const ClusterAtom& atom) {
         auto other = std::lower_bound(distances.begin(), distances.end(), distance(atom) - kSameDistance_m);

@@ -153,6 +153,7 @@ void AddPlane(const ClusterRequest& request, const std::string& element, const A
 
 /// All emitters below the termination, from the surface down.
 std::vector<EmitterSite> EmittersBelow(const ClusterRequest& request, const SurfaceFrame& frame) {
+    constexpr std::size_t kMostEmitters = 10000;
     constexpr double kRounding_angstrom = 1e-3;  // for depths copied with three digits
     CheckAllEmitters(request);
     const std::string element = EmitterElement(request);
@@ -177,6 +178,11 @@ std::vector<EmitterSite> EmittersBelow(const ClusterRequest& request, const Surf
         if (place.bounds.top > deepest) break;
         if (plane != topmost && frame.IsTopOfLayer(plane)) ++place.layer;
         AddPlane(request, element, frame.planes[plane % count], symmetry, place, emitters);
+        if (emitters.size() > kMostEmitters)
+            throw ZfError(
+                fmt::format("More than {} different emitters lie within {:g} angstrom below the "
+                            "surface: take a smaller depth",
+                            kMostEmitters, request.depth_angstrom));
     }
     if (emitters.empty()) ThrowNoneSoDeep(request, frame, element, topmost);
     return emitters;

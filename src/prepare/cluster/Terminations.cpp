@@ -325,6 +325,11 @@ double LayerTolerance_angstrom(const ClusterRequest& request) {
 }
 
 std::vector<Termination> FindTerminations(const CrystalCell& cell, const SurfaceFrame& frame) {
+    if (frame.period < kSamePlane_angstrom)
+        throw ZfError(
+            fmt::format("The planes of this surface lie within {:g} angstrom of each other and make "
+                        "no layers: give lower Miller indices",
+                        kSamePlane_angstrom));
     const LayerSymmetry symmetry(cell, frame);
     Describer describer(cell, frame);
     std::set<std::size_t> known;

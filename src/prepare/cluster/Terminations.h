@@ -42,7 +42,7 @@ struct Termination {
 
 /// The terminations by the number of broken bonds, the fewest first; of equal ones, that with the larger
 /// distance to the next layer, then by the elements of the layers, then by the height in the cell. A slab has
-/// those below its vacuum.
+/// those below its vacuum. Throws ZfError for Miller indices so high that planes lie within 0.01 angstrom.
 std::vector<Termination> FindTerminations(const CrystalCell& cell, const SurfaceFrame& frame);
 
 /// The one that the request names, by its number from 1 or by the elements of its topmost layers, such as

@@ -7,6 +7,7 @@
 
 #include "ErrorText.h"
 #include "prepare/cluster/ClusterMaking.h"
+#include "prepare/cluster/ClusterWriting.h"
 #include "prepare/cluster/CrystalSources.h"
 
 namespace {
@@ -208,7 +209,8 @@ TEST(Terminations, AreChosenByNumberOrLayers) {
 }
 
 TEST(AllEmitters, StandInEachLayerDownToTheDepth) {
-    const MadeCluster made = MakeCluster(AllEmitters(PresetCell("fcc", {"Ag"}, {4.086}), {1, 1, 1}, 16.0));
+    const ClusterRequest request = AllEmitters(PresetCell("fcc", {"Ag"}, {4.086}), {1, 1, 1}, 16.0);
+    const MadeCluster made = MakeCluster(request);
     ASSERT_EQ(made.structures.size(), 7U);
     const std::vector<EmitterShare> shares = SharesOf(made);
     for (std::size_t k = 0; k < shares.size(); ++k) {
@@ -216,6 +218,13 @@ TEST(AllEmitters, StandInEachLayerDownToTheDepth) {
         EXPECT_EQ(shares[k].layer, static_cast<int>(k) + 1);
         EXPECT_EQ(shares[k].weight, 1.0);
     }
+    // In a crystal of one plane the layer of the emitter says as much.
+    ClusterRequest single = request;
+    single.allEmitters = false;
+    single.layers = {1, 2, 3, 4, 5, 6, 7};
+    single.shape = ClusterShape::kParaboloid;
+    const MadeCluster same = MakeCluster(single);
+    EXPECT_EQ(ClusterAsXyz(made.cluster, {}), ClusterAsXyz(same.cluster, {}));
     EXPECT_EQ(made.structures[2].title.substr(0, 53),
               "Ag(111) emitter in layer 3, depth 4.72 A, paraboloid ");
 }
@@ -309,6 +318,17 @@ TEST(AllEmitters, SayWhatCannotBe) {
                   r.depth_angstrom = 1.0;
               }),
               "No Ti lies within 1 angstrom below the surface: the first is at a depth of 1.267 angstrom");
+    EXPECT_EQ(
+        failure([](ClusterRequest& r) {
+            r.surface = {1000000, 1, 0};
+        }),
+        "The planes of this surface lie within 0.01 angstrom of each other and make no layers: give lower "
+        "Miller indices");
+    EXPECT_EQ(failure([](ClusterRequest& r) {
+                  r.surface = {291, 7, 1};
+                  r.depth_angstrom = 100.0;
+              }).substr(0, 30),
+              "More than 10000 different emit");
     EXPECT_EQ(failure([](ClusterRequest& r) { r.domains_deg.assign(100, 0.0); }),
               "15 emitters differ, which makes 1500 structures; more than 1000 are not made: take a smaller "
               "depth or fewer domains");
