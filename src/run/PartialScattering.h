@@ -3,7 +3,7 @@
 #include <string>
 
 #include "foundation/ReplacedFile.h"
-#include "run/RunStages.h"
+#include "run/ScatteringRequest.h"
 #include "scattering/ZfScatteringData.h"
 
 namespace qvre {

@@ -5,26 +5,13 @@
 #include <vector>
 
 #include "experiment/CountedIntensity.h"
-#include "multiple/FullRecords.h"
 #include "pattern/SphereMap.h"
-#include "scattering/ZfScatteringData.h"
+#include "run/ScatteringRequest.h"
 
 // The two stages of a calculation on the files of an input set. Both stop with ZfError when an interrupt asks
 // them to, and write their outputs whole or not at all.
 
 namespace qvre {
-
-struct ScatteringRequest {
-    std::string clusterFile;
-    std::string wavesFile;
-    std::string phaseShiftFile;
-    ScatteringMethod method = kMulti;
-    // Of the method FULL alone; the others leave vibrations and losses to the image.
-    FullScatteringSettings full;
-    std::string meanFreePathFile;  ///< none: that of the settings
-    std::string fluctuationFile;   ///< none: the atoms are at rest
-    std::string atomicWeightFile;
-};
 
 /// The files of a request, loaded. Throws ZfError.
 struct LoadedInputs {
