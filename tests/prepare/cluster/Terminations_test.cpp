@@ -174,6 +174,10 @@ TEST(Terminations, KeepARumpledPlaneTogether) {
     EXPECT_NEAR(MakeCluster(single).structures[0].surface_angstrom, 2.05, 1e-9);
     single.layerTolerance_angstrom = 0.3;
     EXPECT_NEAR(MakeCluster(single).structures[0].surface_angstrom, 4.1, 1e-9);
+    single.emitter = "Pt";
+    single.sites = {1};
+    single.layers = {1};
+    EXPECT_NEAR(MakeCluster(single).structures[0].surface_angstrom, 0.0, 1e-9);
 }
 
 TEST(Terminations, AreChosenByNumberOrLayers) {
