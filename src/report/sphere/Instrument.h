@@ -14,6 +14,8 @@ struct Instrument {
     std::optional<double> mirror;          ///< azimuth of a mirror plane that they have together
     std::optional<double> innerPotential;  ///< height of the vacuum level above the muffin-tin zero
     double energy = 0.0;                   ///< kinetic, of the calculation; with the inner potential
+
+    bool ChangesIntensity() const { return acceptance > 0.0 || fold > 1 || mirror || innerPotential; }
 };
 
 /// Throws ZfError for settings out of their ranges, and unless inner potential and energy come together.
