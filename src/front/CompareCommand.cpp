@@ -142,6 +142,16 @@ void AddPatterns(CLI::App& command, CompareOptions& options) {
     command.add_option("--i0-b", options.i0OfSecond, "I0 of the second image. Default none");
     command.add_option("--measured", options.request.measured,
                        "Table of measured points in place of image a: theta, phi in degrees, intensity");
+    command
+        .add_option("--measured-theta", options.request.scan.theta,
+                    "Polar angle of a measured azimuthal scan whose table has no column of it, degrees")
+        ->check(Between(0.0, 90.0))
+        ->type_name("ANGLE");
+    command
+        .add_option("--measured-phi", options.request.scan.phi,
+                    "Azimuth of a measured polar scan whose table has no column of it, degrees")
+        ->check(Between(-360.0, 360.0))
+        ->type_name("ANGLE");
 }
 
 void AddTreatment(CLI::App& command, CompareOptions& options) {

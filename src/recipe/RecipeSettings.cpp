@@ -115,6 +115,8 @@ RunComparison ReadCompareSection(RecipeTable section, const RecipeFolder& place,
     CompareRequest& request = comparison.request;
     const std::string file = section.Text("measured", "");
     request.measured = !measuredFile.empty() ? measuredFile : file.empty() ? file : place.Path(file);
+    request.scan.theta = section.Number("measured-theta", RecipeUnit::kDegree);
+    request.scan.phi = section.Number("measured-phi", RecipeUnit::kDegree);
     ReadPolarRange(section, request);
     request.background = ReadBackgroundModel(section);
     ReadSetting(section, request);

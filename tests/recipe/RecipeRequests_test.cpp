@@ -289,6 +289,7 @@ TEST(RecipeRequests, Comparison) {
             {"acceptance", Text(r.request.instrument.acceptance)},
             {"potential", Text(r.request.instrument.innerPotential)},
             {"energy", Text(r.request.instrument.energy)},
+            {"scan", Text(r.request.scan.theta) + " " + Text(r.request.scan.phi)},
             {"sigma", WordFor(r.request.sigma)},
             {"difference", r.difference}};
     };
@@ -305,7 +306,7 @@ TEST(RecipeRequests, Comparison) {
     ExpectFields(
         read, "measured = \"chi.csv\"\n",
         "acceptance 0; background none; difference ; energy 0; fold 1; measured chi.csv; mirror none; "
-        "offset 0; potential none; rotate no; rotation 0; sigma none; theta 0 90; tilt 0 0; ",
+        "offset 0; potential none; rotate no; rotation 0; scan none none; sigma none; theta 0 90; tilt 0 0; ",
         {{"theta = [15, \"1 rad\"]", "theta 15 57.2958; "},
          {"background = \"mean\"", "background mean; "},
          {"background = 2", "background 2; "},
@@ -323,6 +324,10 @@ TEST(RecipeRequests, Comparison) {
          {"sigma = \"counts\"", "sigma counts; "},
          {"difference = \"d.svg\"", "difference d.svg; "}});
     EXPECT_EQ(read(Section("measured = \"m.csv\"")).at("background"), "3");
+    folder.Write("scan.csv", "phi,counts\n0,5\n10,7\n20,6\n");
+    EXPECT_EQ(read(Section("measured = \"scan.csv\"\nmeasured-theta = 40")).at("scan"), "40 none");
+    folder.Write("polar.csv", "theta,counts\n0,5\n10,7\n20,6\n30,9\n50,4\n");
+    EXPECT_EQ(read(Section("measured = \"polar.csv\"\nmeasured-phi = 30")).at("scan"), "none 30");
     // An azimuthal scan has too few polar angles for a cubic.
     EXPECT_EQ(read(Section("measured = \"m.csv\"\ntheta = [15, 25]")).at("background"), "mean");
     asked = folder.Path("m.csv");

@@ -53,7 +53,7 @@ std::string NameOf(const BackgroundModel& model) {
 }
 
 Measurement MeasuredPoints(const CompareRequest& request, CompareResult& result) {
-    const MeasuredPattern pattern = LoadMeasuredPattern(request.measured);
+    const MeasuredPattern pattern = LoadMeasuredPattern(request.measured, request.scan);
     result.modulationA = !request.background         ? "its column chi"
                          : pattern.intensity.empty() ? NameOf(*request.background) + ", of 1 + its column chi"
                                                      : NameOf(*request.background);
@@ -187,7 +187,7 @@ std::string Stem(const std::string& path) {
 
 std::optional<BackgroundModel> UsualBackground(const CompareRequest& request) {
     constexpr int kUsualDegree = 3;
-    const MeasuredPattern pattern = LoadMeasuredPattern(request.measured);
+    const MeasuredPattern pattern = LoadMeasuredPattern(request.measured, request.scan);
     if (!pattern.chi.empty()) return std::nullopt;
     const Measurement points =
         PointsOf(pattern, request.measured, request.thetaMin, request.thetaMax, true, SigmaSource::kNone);

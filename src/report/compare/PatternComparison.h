@@ -21,6 +21,7 @@ namespace qvre {
 struct CompareRequest {
     ImageFiles first;
     std::string measured;  ///< takes the place of `first`; empty: none
+    ScanDirection scan;    ///< of measured points, as far as the file does not tell it
     ImageFiles second;
     double thetaMin = 0.0;
     double thetaMax = 90.0;
