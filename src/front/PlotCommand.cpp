@@ -15,7 +15,6 @@ namespace qvre {
 
 namespace {
 
-constexpr double kHighestEnergy = 1e6;    // eV
 constexpr double kLargestNumber = 1e300;  // whose difference is still finite
 
 constexpr const char* kExamples =
@@ -74,35 +73,8 @@ void AddFiles(CLI::App& command, PatternPlot& options) {
         ->type_name("FILE");
 }
 
-void AddAverages(CLI::App& command, PatternPlot& options) {
-    command
-        .add_option("--fold", options.fold, "Average over an N-fold rotation axis along the surface normal")
-        ->check(CLI::Range(1, 360))
-        ->type_name("N")
-        ->capture_default_str();
-    command.add_option("--mirror", options.mirror, "Average over a mirror plane at this azimuth, degrees")
-        ->type_name("PHI")
-        ->check(Between(-360.0, 360.0));
-    command
-        .add_option("--acceptance", options.acceptance,
-                    "Average over a cone of this half angle, degrees (0: none, at most 45)")
-        ->type_name("ANGLE")
-        ->check(Between(0.0, 45.0))
-        ->capture_default_str();
-}
-
-void AddRefraction(CLI::App& command, PatternPlot& options) {
-    command
-        .add_option(
-            "--inner-potential", options.innerPotential,
-            "Refraction at the surface: the vacuum level above the zero of the kinetic energy inside, eV")
-        ->type_name("V0")
-        ->check(Between(0.0, kHighestEnergy));
-    command
-        .add_option("--energy", options.energy,
-                    "Kinetic energy of the calculation (inside), eV, for the refraction")
-        ->type_name("E")
-        ->check(Between(1e-3, kHighestEnergy));
+void AddTreatment(CLI::App& command, PatternPlot& options) {
+    AddInstrument(command, options.instrument);
 }
 
 void AddScales(CLI::App& command, PatternPlot& options) {
@@ -168,8 +140,7 @@ void AddCuts(CLI::App& command, PatternPlot& options) {
 void AddPlotCommand(CLI::App& program) {
     CLI::App* const command = program.add_subcommand("plot", "Draw patterns as PNG, SVG or PDF");
     const auto options = std::make_shared<PatternPlot>();
-    for (const auto add : {AddFiles, AddAverages, AddRefraction, AddScales, AddLayout, AddCuts})
-        add(*command, *options);
+    for (const auto add : {AddFiles, AddTreatment, AddScales, AddLayout, AddCuts}) add(*command, *options);
     command->footer(kExamples);
     command->callback([options] { Plot(*options); });
 }

@@ -79,6 +79,36 @@ CLI::Option* AddBackground(CLI::App& command, std::optional<BackgroundModel>& ba
         ->type_name("MODEL");
 }
 
+void AddInstrument(CLI::App& command, Instrument& instrument) {
+    constexpr double kHighestEnergy = 1e6;  // eV
+    command
+        .add_option("--fold", instrument.fold,
+                    "Average over an N-fold rotation axis along the surface normal")
+        ->check(CLI::Range(1, 360))
+        ->type_name("N")
+        ->capture_default_str();
+    command.add_option("--mirror", instrument.mirror, "Average over a mirror plane at this azimuth, degrees")
+        ->type_name("PHI")
+        ->check(Between(-360.0, 360.0));
+    command
+        .add_option("--acceptance", instrument.acceptance,
+                    "Average over a cone of this half angle, degrees (0: none, at most 45)")
+        ->type_name("ANGLE")
+        ->check(Between(0.0, 45.0))
+        ->capture_default_str();
+    command
+        .add_option(
+            "--inner-potential", instrument.innerPotential,
+            "Refraction at the surface: the vacuum level above the zero of the kinetic energy inside, eV")
+        ->type_name("V0")
+        ->check(Between(0.0, kHighestEnergy));
+    command
+        .add_option("--energy", instrument.energy,
+                    "Kinetic energy of the calculation (inside), eV, for the refraction")
+        ->type_name("E")
+        ->check(Between(1e-3, kHighestEnergy));
+}
+
 std::vector<std::pair<std::string, double>> NamedNumbers(const char* option,
                                                          const std::vector<std::string>& texts) {
     std::vector<std::pair<std::string, double>> pairs;

@@ -12,6 +12,7 @@
 #include "foundation/Words.h"
 #include "foundation/ZfError.h"
 #include "prepare/atomic/MuffinTin.h"
+#include "report/sphere/Instrument.h"
 #include "report/sphere/PolarBackground.h"
 
 // What the options of several subcommands have in common.
@@ -72,6 +73,9 @@ CLI::Option* AddZero(CLI::App& command, std::optional<double>& zero_eV, const st
 
 /// --background, of an image of which chi is asked for without its I0.
 CLI::Option* AddBackground(CLI::App& command, std::optional<BackgroundModel>& background);
+
+/// --fold, --mirror, --acceptance, --inner-potential and --energy.
+void AddInstrument(CLI::App& command, Instrument& instrument);
 
 /// Pairs such as Cu=343, in their order. A number alone has an empty name. Throws CLI::ValidationError for
 /// what is no number and for a name given twice.

@@ -16,17 +16,6 @@ std::optional<BackgroundModel> ReadPictureBackground(RecipeTable& section, Pictu
     return ReadBackgroundModel(section);
 }
 
-void ReadTreatment(RecipeTable& section, PatternPlot& plot) {
-    const std::int64_t fold = section.Integer("fold").value_or(plot.fold);
-    if (fold < 1 || fold > 360) section.Fail("fold", "has to lie between 1 and 360");
-    plot.fold = static_cast<int>(fold);
-    plot.mirror = section.Number("mirror", RecipeUnit::kDegree);
-    plot.acceptance = section.NotNegative("acceptance", RecipeUnit::kDegree, plot.acceptance);
-    if (plot.acceptance > 45.0) section.Fail("acceptance", "has to be 45 degrees or less");
-    plot.innerPotential = section.Number("inner-potential", RecipeUnit::kElectronVolt);
-    plot.energy = section.NotNegative("energy", RecipeUnit::kElectronVolt, plot.energy);
-}
-
 RecipePicture ReadPicture(RecipeTable& section) {
     RecipePicture picture;
     PatternPlot& plot = picture.plot;
@@ -41,7 +30,7 @@ RecipePicture ReadPicture(RecipeTable& section) {
     if (!plot.range.empty() && plot.range.size() != 2)
         section.Fail("range", "has to be a list of two numbers");
     plot.title = section.Text("title", "");
-    ReadTreatment(section, plot);
+    plot.instrument = ReadInstrument(section);
     plot.polarCuts = section.Numbers("polar-cuts", RecipeUnit::kDegree);
     plot.azimuthalCuts = section.Numbers("azimuthal-cuts", RecipeUnit::kDegree);
     plot.rings = section.Number("rings", RecipeUnit::kDegree, plot.rings);
@@ -68,6 +57,19 @@ std::optional<BackgroundModel> ReadBackgroundModel(RecipeTable& section) {
                                  ? section.Text("background", "")
                                  : std::to_string(section.Integer("background").value_or(0));
     return section.Made("background", [&] { return ParseBackgroundModel(text); });
+}
+
+Instrument ReadInstrument(RecipeTable& section) {
+    Instrument instrument;
+    const std::int64_t fold = section.Integer("fold").value_or(instrument.fold);
+    if (fold < 1 || fold > 360) section.Fail("fold", "has to lie between 1 and 360");
+    instrument.fold = static_cast<int>(fold);
+    instrument.mirror = section.Number("mirror", RecipeUnit::kDegree);
+    instrument.acceptance = section.NotNegative("acceptance", RecipeUnit::kDegree, instrument.acceptance);
+    if (instrument.acceptance > 45.0) section.Fail("acceptance", "has to be 45 degrees or less");
+    instrument.innerPotential = section.Number("inner-potential", RecipeUnit::kElectronVolt);
+    instrument.energy = section.NotNegative("energy", RecipeUnit::kElectronVolt, instrument.energy);
+    return instrument;
 }
 
 std::vector<RecipePicture> ReadPictures(RecipeTable& recipe) {

@@ -30,6 +30,9 @@ void CheckResultName(const RecipeTable& section, const std::string& key, const s
 /// The key "background": "mean", or the degree of a polynomial. Throws ZfError.
 std::optional<BackgroundModel> ReadBackgroundModel(RecipeTable& section);
 
+/// The keys "fold", "mirror", "acceptance", "inner-potential" and "energy". Throws ZfError.
+Instrument ReadInstrument(RecipeTable& section);
+
 /// The [[picture]] tables of a recipe; without any, one of the modulation, "pattern.png", but none in a scan.
 /// Throws ZfError, also for two of the same name.
 std::vector<RecipePicture> ReadPictures(RecipeTable& recipe);

@@ -428,7 +428,9 @@ RunResult Planner::AddCase(const RecipeCase& one) {
     emergence.scatteredWaveFile =
         AddFile(one, {"scattering", "scatteredwave", ".xml_sf", sections, plan.choices},
                 [=](const std::string& output) { return CalculateScattering(scattering, output); });
-    return AddImages(one, plan);
+    RunResult result = AddImages(one, plan);
+    result.waves = {fs::path(scattering.wavesFile).filename().string()};
+    return result;
 }
 
 RunResult Planner::AddImages(const RecipeCase& one, const CasePlan& plan) {
@@ -456,6 +458,7 @@ RunResult Planner::AddSum(const std::vector<RunResult>& members, const RecipeGro
     std::vector<WeightedImage> images;
     std::vector<WeightedImage> directImages;
     for (const RunResult& member : members) {
+        sum.waves.insert(sum.waves.end(), member.waves.begin(), member.waves.end());
         images.push_back({InFolder(member.image), 1.0, member.image});
         directImages.push_back({InFolder(member.directImage), 1.0, member.directImage});
     }

@@ -5,7 +5,6 @@
 #include <vector>
 
 #include "recipe/RecipePictures.h"
-#include "report/compare/MeasuredPattern.h"
 #include "report/picture/ComparisonOutput.h"
 
 namespace qvre {
@@ -27,6 +26,40 @@ void ReadPolarRange(RecipeTable& section, CompareRequest& request) {
     request.thetaMax = range[1];
 }
 
+/// How the sample stands: numbers, or true for what is to be found.
+void ReadSetting(RecipeTable& section, CompareRequest& request) {
+    SampleSetting& setting = request.setting;
+    SearchedSettings& searched = request.searched;
+    searched.rotation = section.Flag("rotate", false);
+    if (searched.rotation && section.Has("rotation"))
+        section.Fail("rotation", "is given and, with rotate, looked for: leave one of them out");
+    setting.rotation = section.Number("rotation", RecipeUnit::kDegree, setting.rotation);
+    if (section.HasFlag("theta-offset"))
+        searched.thetaOffset = section.Flag("theta-offset", false);
+    else
+        setting.thetaOffset = section.Number("theta-offset", RecipeUnit::kDegree, setting.thetaOffset);
+    if (section.HasFlag("tilt")) {
+        searched.tilt = section.Flag("tilt", false);
+    } else if (section.Has("tilt")) {
+        const std::vector<double> tilt = section.Numbers("tilt", RecipeUnit::kDegree);
+        if (tilt.size() != 2 || tilt[0] < 0.0)
+            section.Fail("tilt",
+                         "has to be true, or a list of the tilt and the azimuth towards which it leans");
+        setting.tilt = tilt[0];
+        setting.tiltAzimuth = tilt[1];
+    }
+}
+
+/// The energy may be left to the waves of the calculation.
+Instrument ReadInstrumentOfComparison(RecipeTable& section) {
+    Instrument instrument = ReadInstrument(section);
+    if (instrument.innerPotential && *instrument.innerPotential < 0.0)
+        section.Fail("inner-potential", "has to be 0 or more");
+    if (instrument.energy != 0.0 && !instrument.innerPotential)
+        section.Fail("energy", "is used for refraction only: give inner-potential too");
+    return instrument;
+}
+
 std::string ReadDifference(RecipeTable& section) {
     std::string name = section.Text("difference", "");
     if (name.empty()) return name;
@@ -35,12 +68,8 @@ std::string ReadDifference(RecipeTable& section) {
     return name;
 }
 
-/// A cubic serves points that lie on no rings as well, where means over the azimuth would take the pattern
-/// away.
 void CompleteBackground(CompareRequest& request) {
-    constexpr int kUsualDegree = 3;
-    if (!request.background && LoadMeasuredPattern(request.measured).chi.empty())
-        request.background = BackgroundModel{kUsualDegree};
+    if (!request.background) request.background = UsualBackground(request);
     CheckMeasuredPoints(request);
 }
 
@@ -86,9 +115,13 @@ RunComparison ReadCompareSection(RecipeTable section, const RecipeFolder& place,
     CompareRequest& request = comparison.request;
     const std::string file = section.Text("measured", "");
     request.measured = !measuredFile.empty() ? measuredFile : file.empty() ? file : place.Path(file);
+    request.scan.theta = section.Number("measured-theta", RecipeUnit::kDegree);
+    request.scan.phi = section.Number("measured-phi", RecipeUnit::kDegree);
     ReadPolarRange(section, request);
     request.background = ReadBackgroundModel(section);
-    request.rotate = section.Flag("rotate", request.rotate);
+    ReadSetting(section, request);
+    request.instrument = ReadInstrumentOfComparison(section);
+    request.sigma = section.Word("sigma", request.sigma);
     comparison.difference = ReadDifference(section);
     section.RefuseUnread();
     if (request.measured.empty()) return comparison;

@@ -112,6 +112,11 @@ bool RecipeTable::HasText(const std::string& key) {
     return node && node->is_string();
 }
 
+bool RecipeTable::HasFlag(const std::string& key) {
+    const toml::node* node = Find(key);
+    return node && node->is_boolean();
+}
+
 void RecipeTable::Fail(const std::string& key, const std::string& message) const {
     const toml::node* node = table_ ? table_->get(key) : nullptr;
     if (!node || !node->source().path) node = table_;

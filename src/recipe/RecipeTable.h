@@ -31,6 +31,7 @@ public:
     bool Exists() const { return table_ != nullptr; }
     bool Has(const std::string& key);
     bool HasText(const std::string& key);  ///< a text in quotes
+    bool HasFlag(const std::string& key);  ///< true or false
 
     std::optional<double> Number(const std::string& key, RecipeUnit unit);
     double Number(const std::string& key, RecipeUnit unit, double fallback);

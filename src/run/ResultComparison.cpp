@@ -3,9 +3,12 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cmath>
 
 #include "foundation/ReplacedFile.h"
 #include "foundation/Text.h"
+#include "foundation/ZfError.h"
+#include "input/EmittedWave.h"
 #include "report/picture/ComparisonOutput.h"
 #include "report/picture/LinePlot.h"
 #include "run/RunProgress.h"
@@ -19,20 +22,42 @@ struct ComparedResult {
     CompareResult compared;
 };
 
-std::string ResultLine(const ComparedResult& one) {
+std::string ResultLine(const ComparedResult& one, const CompareRequest& request) {
     const Agreement& a = one.compared.agreement;
-    return fmt::format("{:<24} R {:.4f}  scaled {:.4f} (by {:.3g})  correlation {:.4f}  rotation {:g}",
+    const std::string setting = SettingText(request, one.compared.setting);
+    return fmt::format("{:<24} R {:.4f}  scaled {:.4f} (by {:.3g})  correlation {:.4f}  rotation {:g}{}{}",
                        one.result->label.empty() ? "comparison" : one.result->label, a.R, a.scaledR, a.scale,
-                       a.correlation, one.compared.rotation);
+                       a.correlation, one.compared.setting.rotation, setting.empty() ? "" : "  ", setting);
+}
+
+/// The kinetic energy inside, from the waves that the result was calculated with.
+double EnergyOf(const RunResult& result, const ResultFolder& folder) {
+    double energy = 0.0;
+    for (const std::string& file : result.waves) {
+        std::vector<EmittedWave> waves;
+        ZfLoadEmittedWave(waves, folder.Path(file));
+        for (const EmittedWave& wave : waves) {
+            if (energy == 0.0) energy = wave.Ek;
+            // Energies this near are refracted alike.
+            if (std::abs(wave.Ek - energy) > 0.01 * energy)
+                throw ZfError(
+                    "The calculation has several energies, and refraction needs one: give [compare] energy");
+        }
+    }
+    return energy;
 }
 
 std::string ScanTable(const std::string& name, const std::vector<ComparedResult>& results) {
-    std::string text = name + ",R,R scaled,scale,correlation,rotation\n";
+    std::string text =
+        name +
+        ",R,R scaled,scale,correlation,rotation,R absolute,R multipoles,theta offset,tilt,tilt azimuth\n";
     for (const ComparedResult& one : results) {
         const Agreement& a = one.compared.agreement;
-        for (const double number : {one.result->scanned, a.R, a.scaledR, a.scale, a.correlation})
+        const SampleSetting& at = one.compared.setting;
+        for (const double number : {one.result->scanned, a.R, a.scaledR, a.scale, a.correlation, at.rotation,
+                                    a.absoluteR, one.compared.multipoleR, at.thetaOffset, at.tilt})
             text.append(DoubleToText(number)).append(",");
-        text.append(DoubleToText(one.compared.rotation)).append("\n");
+        text.append(DoubleToText(at.tiltAzimuth)).append("\n");
     }
     return text;
 }
@@ -70,14 +95,17 @@ void CompareResults(const RunPlan& plan, ResultFolder& folder, RunLog& log) {
     CompareRequest request = plan.comparison.request;
     if (request.measured.empty()) return;
     const std::string& difference = plan.comparison.difference;
+    const bool isEnergyOpen = request.instrument.innerPotential && request.instrument.energy == 0.0;
     std::vector<ComparedResult> results;
     for (const RunResult& result : plan.results) {
         InterruptRequest::ThrowIfPending();
         request.second.image = folder.Path(result.image);
         // The measured points have no I0: the same background is taken from both then.
         if (!request.background) request.second.i0 = folder.Path(result.directImage);
+        if (isEnergyOpen) request.instrument.energy = EnergyOf(result, folder);
         results.push_back({&result, ComparePatterns(request)});
-        log.Line(ResultLine(results.back()));
+        log.Line(ResultLine(results.back(), request));
+        log.Indented(ComparisonRemarks(request, results.back().compared));
         if (!difference.empty())
             WriteDifference(results.back().compared, folder.Path(result.FileName(difference)));
     }

@@ -25,8 +25,9 @@ struct RunResult {
     std::string label;  ///< the settings that tell it from the others; empty for a single one
     std::string image;
     std::string directImage;
-    std::string key;       ///< fingerprint of the images
-    double scanned = 0.0;  ///< value of the scanned setting
+    std::string key;                   ///< fingerprint of the images
+    double scanned = 0.0;              ///< value of the scanned setting
+    std::vector<std::string> waves{};  ///< files of the emitted waves, which tell the energy inside
 };
 
 struct RunComparison {

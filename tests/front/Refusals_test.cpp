@@ -37,6 +37,7 @@ void WriteInputs(const TempFolder& folder) {
         {"bad.xyz", "1\ntitle\nCu 0 0\n"},
         {"data.csv", "1,2,3\n1,2,x\n"},
         {"points.csv", "80,0,5\n80,9,7\n"},
+        {"polar.csv", "10,0,5\n20,0,7\n30,0,6\n"},
         {"flat.csv", "theta,phi,chi\n10,0,1\n20,0,1\n"},
         {"chi.csv", "theta,phi,chi\n10,0,1\n20,0,2\n"},
         {"cut.xml_sf",

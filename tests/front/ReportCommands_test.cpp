@@ -21,6 +21,7 @@ TEST(ReportCommands, AnExportedTableComparesWithItsImage) {
     EXPECT_EQ(compared.status, 0) << compared.errors;
     EXPECT_PRED_FORMAT2(testing::IsSubstring,
                         "rotation of b: 0.000 degrees\nR: 0.000000\nR with b scaled by 1: 0.000000\n"
+                        "R of absolute differences: 0.000000\nR of multipoles up to l = 20: 0.000000\n"
                         "correlation: 1.000000\n",
                         compared.output);
     EXPECT_PRED_FORMAT2(testing::IsSubstring, "\ntheta,phi,chi_a,chi_b,difference\n",
@@ -28,6 +29,8 @@ TEST(ReportCommands, AnExportedTableComparesWithItsImage) {
     const QvreResult drawn =
         RunQvre("compare " + both + " " + image + " --background 2 -o " + folder.Path("difference.png"));
     EXPECT_EQ(drawn.status, 0) << drawn.errors;
+    EXPECT_PRED_FORMAT2(testing::IsSubstring, "note: one side loses its I0 and the other a background",
+                        drawn.output);
     EXPECT_EQ(folder.Read("difference.png").substr(1, 3), "PNG");
 }
 

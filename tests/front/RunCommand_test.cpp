@@ -259,7 +259,10 @@ TEST_F(RunCommand, AScanFindsTheValueOfTheMeasurement) {
     std::istringstream table(folder_.Read("results/scan.csv"));
     std::string line;
     std::getline(table, line);
-    EXPECT_EQ(line, "thermal.temperature,R,R scaled,scale,correlation,rotation");
+    EXPECT_EQ(
+        line,
+        "thermal.temperature,R,R scaled,scale,correlation,rotation,R absolute,R multipoles,theta offset,"
+        "tilt,tilt azimuth");
     for (const double temperature : {100.0, 200.0, 300.0}) {
         std::getline(table, line);
         EXPECT_EQ(std::stod(line), temperature);

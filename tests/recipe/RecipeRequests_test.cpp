@@ -274,11 +274,24 @@ TEST(RecipeRequests, Comparison) {
     std::string asked;  // on the command line
     const auto read = [&](const RecipeTable& section) {
         const RunComparison r = ReadCompareSection(section, {folder.Path("")}, asked);
-        return Fields{{"measured", std::filesystem::path(r.request.measured).filename()},
-                      {"theta", Text(r.request.thetaMin) + " " + Text(r.request.thetaMax)},
-                      {"background", BackgroundText(r.request.background)},
-                      {"rotate", YesNo(r.request.rotate)},
-                      {"difference", r.difference}};
+        return Fields{
+            {"measured", std::filesystem::path(r.request.measured).filename()},
+            {"theta", Text(r.request.thetaMin) + " " + Text(r.request.thetaMax)},
+            {"background", BackgroundText(r.request.background)},
+            {"rotate", YesNo(r.request.searched.rotation)},
+            {"rotation", Text(r.request.setting.rotation)},
+            {"offset", r.request.searched.thetaOffset ? "found" : Text(r.request.setting.thetaOffset)},
+            {"tilt", r.request.searched.tilt
+                         ? "found"
+                         : Text(r.request.setting.tilt) + " " + Text(r.request.setting.tiltAzimuth)},
+            {"fold", Text(r.request.instrument.fold)},
+            {"mirror", Text(r.request.instrument.mirror)},
+            {"acceptance", Text(r.request.instrument.acceptance)},
+            {"potential", Text(r.request.instrument.innerPotential)},
+            {"energy", Text(r.request.instrument.energy)},
+            {"scan", Text(r.request.scan.theta) + " " + Text(r.request.scan.phi)},
+            {"sigma", WordFor(r.request.sigma)},
+            {"difference", r.difference}};
     };
     // Five rings of two points.
     std::string points;
@@ -290,14 +303,33 @@ TEST(RecipeRequests, Comparison) {
     }
     folder.Write("chi.csv", "theta,phi,intensity,chi\n" + pointsOfChi);
     folder.Write("m.csv", "theta,phi,intensity\n" + points);
-    ExpectFields(read, "measured = \"chi.csv\"\n",
-                 "background none; difference ; measured chi.csv; rotate no; theta 0 90; ",
-                 {{"theta = [15, \"1 rad\"]", "theta 15 57.2958; "},
-                  {"background = \"mean\"", "background mean; "},
-                  {"background = 2", "background 2; "},
-                  {"rotate = true", "rotate yes; "},
-                  {"difference = \"d.svg\"", "difference d.svg; "}});
+    ExpectFields(
+        read, "measured = \"chi.csv\"\n",
+        "acceptance 0; background none; difference ; energy 0; fold 1; measured chi.csv; mirror none; "
+        "offset 0; potential none; rotate no; rotation 0; scan none none; sigma none; theta 0 90; tilt 0 0; ",
+        {{"theta = [15, \"1 rad\"]", "theta 15 57.2958; "},
+         {"background = \"mean\"", "background mean; "},
+         {"background = 2", "background 2; "},
+         {"rotate = true", "rotate yes; "},
+         {"rotation = \"0.5 rad\"", "rotation 28.6479; "},
+         {"theta-offset = true", "offset found; "},
+         {"theta-offset = -1.5", "offset -1.5; "},
+         {"tilt = true", "tilt found; "},
+         {"tilt = [1.5, 30]", "tilt 1.5 30; "},
+         {"fold = 3", "fold 3; "},
+         {"mirror = 15", "mirror 15; "},
+         {"acceptance = 3", "acceptance 3; "},
+         {"inner-potential = 12", "potential 12; "},
+         {"energy = \"1 keV\"\ninner-potential = 12", "energy 1000; potential 12; "},
+         {"sigma = \"counts\"", "sigma counts; "},
+         {"difference = \"d.svg\"", "difference d.svg; "}});
     EXPECT_EQ(read(Section("measured = \"m.csv\"")).at("background"), "3");
+    folder.Write("scan.csv", "phi,counts\n0,5\n10,7\n20,6\n");
+    EXPECT_EQ(read(Section("measured = \"scan.csv\"\nmeasured-theta = 40")).at("scan"), "40 none");
+    folder.Write("polar.csv", "theta,counts\n0,5\n10,7\n20,6\n30,9\n50,4\n");
+    EXPECT_EQ(read(Section("measured = \"polar.csv\"\nmeasured-phi = 30")).at("scan"), "none 30");
+    // An azimuthal scan has too few polar angles for a cubic.
+    EXPECT_EQ(read(Section("measured = \"m.csv\"\ntheta = [15, 25]")).at("background"), "mean");
     asked = folder.Path("m.csv");
     EXPECT_EQ(read(Section("measured = \"none.csv\"")).at("measured"), "m.csv");
 }
@@ -316,11 +348,11 @@ TEST(RecipeRequests, Pictures) {
                       {"colours", r.plot.colours ? WordFor(*r.plot.colours) : ""},
                       {"range", List(r.plot.range)},
                       {"title", r.plot.title},
-                      {"fold", Text(r.plot.fold)},
-                      {"mirror", Text(r.plot.mirror)},
-                      {"acceptance", Text(r.plot.acceptance)},
-                      {"energy", Text(r.plot.energy)},
-                      {"potential", Text(r.plot.innerPotential)},
+                      {"fold", Text(r.plot.instrument.fold)},
+                      {"mirror", Text(r.plot.instrument.mirror)},
+                      {"acceptance", Text(r.plot.instrument.acceptance)},
+                      {"energy", Text(r.plot.instrument.energy)},
+                      {"potential", Text(r.plot.instrument.innerPotential)},
                       {"polar", List(r.plot.polarCuts)},
                       {"azimuthal", List(r.plot.azimuthalCuts)},
                       {"rings", Text(r.plot.rings)},

@@ -3,15 +3,16 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstddef>
-#include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <utility>
 
 #include "foundation/Constants.h"
 #include "foundation/ZfError.h"
+#include "report/compare/MultipoleFactor.h"
+#include "report/sphere/Modulation.h"
 
 namespace qvre {
 
@@ -19,185 +20,163 @@ namespace {
 
 constexpr double kFinestGrid_deg = 0.5;
 
-struct Directions {
-    std::vector<double> theta;  // degrees
-    std::vector<double> phi;
-    std::vector<double> weight;
-};
-
-/// A pattern that tells chi = factor * Value + offset, both one number a direction.
-struct Sampled {
-    SphereImage image;
-    std::vector<double> factor;
-    double offset = 0.0;
-};
-
 void CheckRange(const CompareRequest& request) {
     if (request.thetaMin >= 0.0 && request.thetaMin < request.thetaMax && request.thetaMax <= 180.0) return;
     throw ZfError(fmt::format("The polar range has to rise within 0 and 180 degrees, not from {:g} to {:g}",
                               request.thetaMin, request.thetaMax));
 }
 
-/// Centres of cells that divide the range, each ring with the same azimuths.
-Directions Grid(double step, double thetaMin, double thetaMax) {
-    const auto rings = std::max(1L, std::lround((thetaMax - thetaMin) / step));
-    const auto azimuths = std::lround(360.0 / step);
-    const double height = (thetaMax - thetaMin) / static_cast<double>(rings);
-    Directions grid;
-    for (long ring = 0; ring < rings; ++ring) {
-        const double theta = thetaMin + (static_cast<double>(ring) + 0.5) * height;
-        for (long azimuth = 0; azimuth < azimuths; ++azimuth) {
-            grid.theta.push_back(theta);
-            grid.phi.push_back(360.0 * static_cast<double>(azimuth) / static_cast<double>(azimuths));
-            grid.weight.push_back(std::sin(theta * kDegree));
-        }
-    }
-    return grid;
+void CheckSetting(const SampleSetting& setting) {
+    constexpr double kMostDegrees = 45.0;
+    if (!(std::abs(setting.thetaOffset) <= kMostDegrees))
+        throw ZfError("The polar offset has to lie between -45 and 45 degrees");
+    if (!(std::abs(setting.tilt) <= kMostDegrees))
+        throw ZfError("The tilt has to lie between 0 and 45 degrees");
 }
 
-double GridStep(const SphereImage& image) {
-    return std::max(kFinestGrid_deg, image.Resolution_deg());
-}
-
-/// chi of the measured points in the range.
-std::vector<double> MeasuredModulation(const CompareRequest& request, Directions& directions) {
-    const MeasuredPattern measured = LoadMeasuredPattern(request.measured);
-    const std::vector<double>& values = request.background ? measured.intensity : measured.chi;
-    if (values.empty())
-        throw ZfError(request.measured +
-                      (request.background
-                           ? " has no column of intensities: compare it without a background"
-                           : " has no column chi: name a background, such as 3 for a cubic polynomial"));
-    std::vector<double> chi;
-    for (std::size_t i = 0; i < values.size(); ++i) {
-        if (measured.theta[i] < request.thetaMin || measured.theta[i] > request.thetaMax) continue;
-        directions.theta.push_back(measured.theta[i]);
-        directions.phi.push_back(measured.phi[i]);
-        chi.push_back(values[i]);
-    }
-    directions.weight.assign(chi.size(), 1.0);
-    if (chi.empty())
-        throw ZfError(
-            fmt::format("{} has no points with a polar angle from {:g} to {:g} degrees: widen the polar "
-                        "range",
-                        request.measured, request.thetaMin, request.thetaMax));
-    if (!request.background) return chi;
-    const PolarBackground background(*request.background, directions.theta, chi);
-    for (std::size_t i = 0; i < chi.size(); ++i) chi[i] = background.Modulation(directions.theta[i], chi[i]);
-    return chi;
-}
-
-SphereImage Load(const ImageFiles& files, const CompareRequest& request) {
-    SphereImage image = LoadSphereImage(files.image).image;
-    if (request.thetaMax * kDegree > image.MaxTheta() + 1e-9)
-        throw ZfError(fmt::format("{} ends at the polar angle {:g} degrees: narrow the polar range",
-                                  files.image, Degrees(image.MaxTheta())));
-    if (!files.i0.empty()) return Modulation(image, LoadSphereImage(files.i0).image);
-    if (!request.background)
+CalculatedPattern Load(const ImageFiles& files, const CompareRequest& request) {
+    if (files.i0.empty() && !request.background)
         throw ZfError(
             fmt::format("The I0 image of {} is not given: add it, or name a background to be taken "
                         "away, such as 3 for a cubic polynomial",
                         files.image));
-    return image;
+    CalculatedPattern pattern(files, request.instrument);
+    if (request.thetaMax > pattern.MaxTheta_deg() + 1e-7)
+        throw ZfError(fmt::format("{} ends at the polar angle {:g} degrees: narrow the polar range",
+                                  files.image, pattern.MaxTheta_deg()));
+    return pattern;
 }
 
-/// The background of an image is that of its full rings within the range.
-PolarBackground BackgroundOf(const SphereImage& image, const CompareRequest& request) {
-    const Directions grid = Grid(GridStep(image), request.thetaMin, request.thetaMax);
-    std::vector<double> intensity;
-    for (std::size_t i = 0; i < grid.theta.size(); ++i)
-        intensity.push_back(image.Value(grid.theta[i] * kDegree, grid.phi[i] * kDegree));
-    return {*request.background, grid.theta, intensity};
+std::string NameOf(const BackgroundModel& model) {
+    return model.degree ? fmt::format("polynomial of degree {} in the polar angle", *model.degree)
+                        : "means over the azimuth";
 }
 
-Sampled Sample(SphereImage image, bool hasI0, const CompareRequest& request, const Directions& directions) {
-    std::vector<double> factor(directions.theta.size(), 1.0);
-    if (hasI0) return {std::move(image), std::move(factor), 0.0};
-    const PolarBackground background = BackgroundOf(image, request);
-    for (std::size_t i = 0; i < factor.size(); ++i)
-        factor[i] = background.Modulation(directions.theta[i], 1.0) + 1.0;  // 1/B, refused unless positive
-    return {std::move(image), std::move(factor), -1.0};
+Measurement MeasuredPoints(const CompareRequest& request, CompareResult& result) {
+    const MeasuredPattern pattern = LoadMeasuredPattern(request.measured, request.scan);
+    result.modulationA = !request.background         ? "its column chi"
+                         : pattern.intensity.empty() ? NameOf(*request.background) + ", of 1 + its column chi"
+                                                     : NameOf(*request.background);
+    return PointsOf(pattern, request.measured, request.thetaMin, request.thetaMax,
+                    request.background.has_value(), request.sigma);
 }
 
-double TurnedModulation(const Sampled& pattern, const Directions& directions, std::size_t i,
-                        double rotation) {
-    const double value =
-        pattern.image.Value(directions.theta[i] * kDegree, (directions.phi[i] - rotation) * kDegree);
-    return pattern.factor[i] * value + pattern.offset;
+std::string ModulationText(const CalculatedPattern& pattern, const CompareRequest& request) {
+    return pattern.HasI0() ? "I0" : NameOf(*request.background);
 }
 
-std::vector<double> Turned(const Sampled& pattern, const Directions& directions, double rotation) {
-    std::vector<double> chi(directions.theta.size());
-    for (std::size_t i = 0; i < chi.size(); ++i) chi[i] = TurnedModulation(pattern, directions, i, rotation);
-    return chi;
+double GridStep(const CalculatedPattern& pattern) {
+    return std::max(kFinestGrid_deg, pattern.Resolution_deg());
 }
 
-/// c = sum w a b / sqrt(sum w a^2 sum w b^2), 0 for a b that vanishes. The best scale makes R = 1 - c.
-double Likeness(const std::vector<double>& a, const Sampled& b, const Directions& directions,
-                double rotation) {
+/// The first image in the directions of a grid takes the place of a measurement.
+Measurement ImageAsMeasurement(const CompareRequest& request, const CalculatedPattern& second,
+                               CompareResult& result) {
+    const CalculatedPattern first = Load(request.first, request);
+    result.modulationA = ModulationText(first, request);
+    Measurement grid =
+        GridOf(std::min(GridStep(first), GridStep(second)), request.thetaMin, request.thetaMax);
+    grid.value = first.Values(grid, {});
+    grid.isModulation = first.HasI0();
+    return grid;  // chi is not a number where I0 is faint
+}
+
+/// c = sum w a b / sqrt(sum w a^2 sum w b^2), 0 for a b that vanishes. The best scale makes R = 1 - c. Where
+/// b is not a number it takes no part, but a does: leaving directions out is not to pay.
+double LikenessOf(const WeightedModulation& a, const std::vector<double>& b) {
     double aa = 0.0;
     double bb = 0.0;
     double ab = 0.0;
-    for (std::size_t i = 0; i < a.size(); ++i) {
-        const double turned = TurnedModulation(b, directions, i, rotation);
-        aa += directions.weight[i] * a[i] * a[i];
-        bb += directions.weight[i] * turned * turned;
-        ab += directions.weight[i] * a[i] * turned;
+    for (std::size_t i = 0; i < b.size(); ++i) {
+        aa += a.weight[i] * a.chi[i] * a.chi[i];
+        if (std::isnan(b[i])) continue;
+        bb += a.weight[i] * b[i] * b[i];
+        ab += a.weight[i] * a.chi[i] * b[i];
     }
     return aa > 0.0 && bb > 0.0 ? ab / std::sqrt(aa * bb) : 0.0;
 }
 
-/// Whole degrees 0, 1, -1, 2, -2, ... 180.
-std::vector<double> WholeDegrees() {
-    std::vector<double> angles = {0.0};
-    for (int k = 1; k < 180; ++k)
-        angles.insert(angles.end(), {static_cast<double>(k), static_cast<double>(-k)});
-    angles.push_back(180.0);
-    return angles;
+/// The directions that stay above the horizon under every setting that is looked at.
+Measurement AlwaysAbove(const Measurement& all, const CompareRequest& request, double horizon) {
+    const SearchedSettings& searched = request.searched;
+    const double offset = searched.thetaOffset ? kLargestOffset : request.setting.thetaOffset;
+    const double tilt = searched.tilt ? kLargestTilt : std::abs(request.setting.tilt);
+    if (offset <= 0.0 && tilt == 0.0) return all;
+    Measurement above =
+        all.Kept([&](std::size_t i) { return all.theta[i] + std::max(0.0, offset) + tilt <= horizon; });
+    if (above.theta.size() < 2)
+        throw ZfError(fmt::format(
+            "Fewer than 2 directions lie {:g} degrees above the horizon, as far as the search may "
+            "move them: widen the polar range, or give the polar offset and the tilt",
+            std::max(0.0, offset) + tilt));
+    return above;
 }
 
-/// Golden-section search one degree around an angle, which stays unless something better is found.
-template <class Function>
-double Refined(const Function& likeness, double angle) {
-    constexpr int kSteps = 30;  // to a millionth of a degree
-    const double ratio = (std::sqrt(5.0) - 1.0) / 2.0;
-    double low = angle - 1.0;
-    double high = angle + 1.0;
-    std::array<double, 2> at = {high - ratio * (high - low), low + ratio * (high - low)};
-    std::array<double, 2> value = {likeness(at[0]), likeness(at[1])};
-    for (int step = 0; step < kSteps; ++step) {
-        if (value[0] >= value[1]) {
-            high = at[1];
-            at = {high - ratio * (high - low), at[0]};
-            value = {likeness(at[0]), value[0]};
-        } else {
-            low = at[0];
-            at = {at[1], low + ratio * (high - low)};
-            value = {value[1], likeness(at[1])};
-        }
-    }
-    const std::size_t better = value[0] >= value[1] ? 0 : 1;
-    return value[better] > likeness(angle) + 1e-13 ? at[better] : angle;
+/// Some `enough` directions; rings and azimuths are thinned so that both stay dense enough for a background.
+Measurement Thinned(const Measurement& all, double enough) {
+    constexpr double kPointsOfRing = 12.0;
+    constexpr double kRings = 16.0;
+    const PolarRings rings(all.theta);
+    const auto points = static_cast<double>(all.theta.size());
+    const auto count = static_cast<double>(rings.Count());
+    const double surplus = std::max(1.0, points / enough);
+    const auto along = static_cast<std::size_t>(std::clamp(points / count / kPointsOfRing, 1.0, surplus));
+    const auto across = static_cast<std::size_t>(
+        std::clamp(surplus / static_cast<double>(along), 1.0, std::max(1.0, count / kRings)));
+    std::vector<std::size_t> placeInRing(rings.Count(), 0);
+    return all.Kept([&](std::size_t i) {
+        const std::size_t ring = rings.ringOf[i];
+        return ring % across == 0 && placeInRing[ring]++ % along == ring / across % along;
+    });
 }
 
-double BestRotation(const std::vector<double>& a, const Sampled& b, const Directions& directions) {
-    // A pattern of n-fold symmetry has n best rotations, equal but for the rounding of 32-bit pixels.
-    constexpr double kEqual = 1e-6;
-    const std::vector<double> angles = WholeDegrees();
-    std::vector<double> likeness(angles.size());
-    const auto count = static_cast<std::int64_t>(angles.size());
-#pragma omp parallel for schedule(static)
-    for (std::int64_t k = 0; k < count; ++k) {
-        const auto i = static_cast<std::size_t>(k);
-        likeness[i] = Likeness(a, b, directions, angles[i]);
+/// How well the calculation agrees with a measurement under a setting.
+class Agreeing {
+public:
+    Agreeing(const CalculatedPattern& pattern, Measurement measurement, const CompareRequest& request)
+        : measurement_(std::move(measurement)),
+          measured_(ModulationOf(measurement_, request.background)),
+          calculated_(pattern, measurement_, request.background) {}
+    Agreeing(const Agreeing&) = delete;
+    Agreeing& operator=(const Agreeing&) = delete;
+
+    double operator()(const SampleSetting& setting) const {
+        return LikenessOf(measured_, calculated_.Under(setting));
     }
-    const double best = *std::max_element(likeness.begin(), likeness.end());
-    const auto first = std::find_if(likeness.begin(), likeness.end(),
-                                    [best](double value) { return value >= best - kEqual; });
-    const double angle = angles[static_cast<std::size_t>(first - likeness.begin())];
-    const double refined =
-        Refined([&](double rotation) { return Likeness(a, b, directions, rotation); }, angle);
-    return refined > 180.0 ? refined - 360.0 : refined;
+
+private:
+    Measurement measurement_;
+    WeightedModulation measured_;
+    CalculatedModulation calculated_;
+};
+
+SampleSetting FoundSetting(const Measurement& all, const CalculatedPattern& pattern,
+                           const CompareRequest& request) {
+    const Measurement known = all.Kept([&all](std::size_t i) { return !std::isnan(all.value[i]); });
+    const Measurement above = AlwaysAbove(known, request, pattern.MaxTheta_deg());
+    const double few = !request.searched.tilt ? 1000.0 : request.searched.thetaOffset ? 250.0 : 500.0;
+    constexpr double kMany = 10000.0;  // more than measured; the grid of two images
+    const Agreeing quick(pattern, Thinned(above, few), request);
+    const Agreeing full(pattern, Thinned(above, kMany), request);
+    return BestSetting(request.setting, request.searched, std::cref(quick), std::cref(full));
+}
+
+/// The directions in which both have a value.
+Measurement WithValues(const Measurement& all, const CalculatedPattern& pattern, CompareResult& result) {
+    const std::vector<double> values = pattern.Values(all, result.setting);
+    const SampleFrame frame(result.setting);
+    const auto hasBoth = [&](std::size_t i) { return !std::isnan(values[i]) && !std::isnan(all.value[i]); };
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        if (hasBoth(i)) continue;
+        const double theta = Degrees(frame.InCalculation(all.theta[i], all.phi[i]).theta);
+        ++(theta > pattern.MaxTheta_deg() + 1e-7 ? result.belowHorizon : result.leftOut);
+    }
+    Measurement kept = all.Kept(hasBoth);
+    if (kept.theta.size() < 2)
+        throw ZfError(
+            "Fewer than 2 directions lie above the horizon where I0 is not faint: check the polar offset and "
+            "the tilt, or take a background away instead of I0");
+    return kept;
 }
 
 std::string Stem(const std::string& path) {
@@ -206,37 +185,85 @@ std::string Stem(const std::string& path) {
 
 }  // namespace
 
+std::optional<BackgroundModel> UsualBackground(const CompareRequest& request) {
+    constexpr int kUsualDegree = 3;
+    const MeasuredPattern pattern = LoadMeasuredPattern(request.measured, request.scan);
+    if (!pattern.chi.empty()) return std::nullopt;
+    const Measurement points =
+        PointsOf(pattern, request.measured, request.thetaMin, request.thetaMax, true, SigmaSource::kNone);
+    if (PolarRings(points.theta).Count() <= kUsualDegree) return BackgroundModel{};
+    return BackgroundModel{kUsualDegree};
+}
+
 void CheckMeasuredPoints(const CompareRequest& request) {
     CheckRange(request);
-    Directions directions;
-    const std::vector<double> chi = MeasuredModulation(request, directions);
-    CompareModulations(chi, chi, directions.weight);
+    CheckSetting(request.setting);
+    CompareResult result;
+    const WeightedModulation measured = ModulationOf(MeasuredPoints(request, result), request.background);
+    CompareModulations(measured.chi, measured.chi, measured.weight);
 }
 
 CompareResult ComparePatterns(const CompareRequest& request) {
     CheckRange(request);
-    Directions directions;
-    std::vector<double> chiA;
-    if (!request.measured.empty()) chiA = MeasuredModulation(request, directions);
-    SphereImage image = Load(request.second, request);
-    if (request.measured.empty()) {
-        SphereImage first = Load(request.first, request);
-        directions = Grid(std::min(GridStep(first), GridStep(image)), request.thetaMin, request.thetaMax);
-        chiA =
-            Turned(Sample(std::move(first), !request.first.i0.empty(), request, directions), directions, 0.0);
-    }
-    const Sampled second = Sample(std::move(image), !request.second.i0.empty(), request, directions);
+    CheckSetting(request.setting);
+    CheckInstrument(request.instrument);
     CompareResult result;
     result.nameA = Stem(request.measured.empty() ? request.first.image : request.measured);
     result.nameB = Stem(request.second.image);
-    if (request.rotate) result.rotation = BestRotation(chiA, second, directions);
-    result.chiA = std::move(chiA);
-    result.chiB = Turned(second, directions, result.rotation);
-    result.agreement = CompareModulations(result.chiA, result.chiB, directions.weight);
-    result.theta = std::move(directions.theta);
-    result.phi = std::move(directions.phi);
-    result.weight = std::move(directions.weight);
+
+    const bool isPair = request.measured.empty();
+    Measurement measurement = isPair ? Measurement() : MeasuredPoints(request, result);
+    const CalculatedPattern pattern = Load(request.second, request);
+    if (isPair) measurement = ImageAsMeasurement(request, pattern, result);
+    result.modulationB = ModulationText(pattern, request);
+
+    result.setting =
+        request.searched.Any() ? FoundSetting(measurement, pattern, request) : Canonical(request.setting);
+    measurement = WithValues(measurement, pattern, result);
+    WeightedModulation measured = ModulationOf(measurement, request.background);
+    result.chiB = CalculatedModulation(pattern, measurement, request.background).Under(result.setting);
+    result.chiA = std::move(measured.chi);
+    result.weight = std::move(measured.weight);
+    result.agreement = CompareModulations(result.chiA, result.chiB, result.weight);
+    result.multipoleR = MultipoleFactor(measurement.theta, measurement.phi, result.chiA, result.chiB);
+    result.theta = std::move(measurement.theta);
+    result.phi = std::move(measurement.phi);
     return result;
+}
+
+std::string SettingText(const CompareRequest& request, const SampleSetting& setting) {
+    std::string text;
+    if (request.searched.thetaOffset || setting.thetaOffset != 0.0)
+        text += fmt::format("polar offset {:.3f} degrees", setting.thetaOffset);
+    if (request.searched.tilt || setting.tilt != 0.0)
+        text += fmt::format("{}tilt {:.3f} degrees towards {:.1f} degrees", text.empty() ? "" : ", ",
+                            setting.tilt, setting.tiltAzimuth);
+    return text;
+}
+
+std::string ComparisonRemarks(const CompareRequest& request, const CompareResult& result) {
+    std::string text;
+    if (request.background && request.first.i0.empty() != request.second.i0.empty())
+        text +=
+            "note: one side loses its I0 and the other a background; without I0 both lose the same and agree "
+            "better\n";
+    const auto all = static_cast<double>(result.Directions() + result.leftOut + result.belowHorizon);
+    if (result.leftOut > 0)
+        text += fmt::format("left out: {} of {} directions, where I0 is below {:g} percent of its maximum\n",
+                            result.leftOut, all, 100.0 * kFaintPart);
+    if (result.belowHorizon > 0)
+        text +=
+            fmt::format("left out: {} of {} directions, which polar offset and tilt turn below the surface\n",
+                        result.belowHorizon, all);
+    constexpr double kAtEnd = 0.01;
+    if (request.searched.thetaOffset && std::abs(result.setting.thetaOffset) > kLargestOffset - kAtEnd)
+        text +=
+            fmt::format("the polar offset is at the end of the search, {:g} degrees: it is not a minimum\n",
+                        kLargestOffset);
+    if (request.searched.tilt && result.setting.tilt > kLargestTilt - kAtEnd)
+        text += fmt::format("the tilt is at the end of the search, {:g} degrees: it is not a minimum\n",
+                            kLargestTilt);
+    return text;
 }
 
 }  // namespace qvre

@@ -47,6 +47,17 @@ double ReliabilityFactor(const std::vector<double>& w, const std::vector<double>
     return difference / size;
 }
 
+double AbsoluteFactor(const std::vector<double>& w, const std::vector<double>& a,
+                      const std::vector<double>& b) {
+    double difference = 0.0;
+    double size = 0.0;
+    for (std::size_t i = 0; i < w.size(); ++i) {
+        difference += w[i] * std::abs(a[i] - b[i]);
+        size += w[i] * (std::abs(a[i]) + std::abs(b[i]));
+    }
+    return difference / size;
+}
+
 }  // namespace
 
 Agreement CompareModulations(const std::vector<double>& a, const std::vector<double>& b,
@@ -61,6 +72,7 @@ Agreement CompareModulations(const std::vector<double>& a, const std::vector<dou
     if (Sum(weight, a, b, 0.0, 0.0) > 0.0)
         result.scale = std::sqrt(Sum(weight, a, a, 0.0, 0.0) / Sum(weight, b, b, 0.0, 0.0));
     result.R = ReliabilityFactor(weight, a, b, 1.0);
+    result.absoluteR = AbsoluteFactor(weight, a, b);
     result.scaledR = ReliabilityFactor(weight, a, b, result.scale);
     result.correlation = Sum(weight, a, b, meanA, meanB) /
                          std::sqrt(Sum(weight, a, a, meanA, meanA) * Sum(weight, b, b, meanB, meanB));

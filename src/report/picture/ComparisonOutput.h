@@ -9,8 +9,8 @@ namespace qvre {
 /// Throws ZfError unless the extension of the path is .csv, .png, .svg or .pdf.
 void CheckDifferenceFile(const std::string& path);
 
-/// Writes both modulations, b scaled where a positive scale serves, and a less b: as a table, .csv, or as
-/// three discs on one scale of colours, .png, .svg or .pdf. Throws ZfError.
+/// Writes both modulations, b scaled where a positive scale serves, and a less b: as a table, .csv, or as a
+/// picture, .png, .svg or .pdf (DrawComparison). Throws ZfError.
 void WriteDifference(const CompareResult& result, const std::string& path);
 
 }  // namespace qvre

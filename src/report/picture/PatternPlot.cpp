@@ -16,23 +16,10 @@
 #include "report/picture/LinePlot.h"
 #include "report/picture/PatternCuts.h"
 #include "report/sphere/ImageSum.h"
-#include "report/sphere/SphereOperations.h"
 
 namespace qvre {
 
 namespace {
-
-/// In the order of the experiment: the surface, the sample's domains, the analyser.
-SphereImage Measured(SphereImage image, const PatternPlot& plot) {
-    if (plot.innerPotential) image = Refracted(image, plot.energy, *plot.innerPotential);
-    if (plot.fold > 1 || plot.mirror) {
-        const auto mirror =
-            plot.mirror ? std::optional<double>(*plot.mirror * kDegree) : std::optional<double>();
-        image = SymmetryAverage(image, plot.fold, mirror);
-    }
-    if (plot.acceptance > 0.0) image = AcceptanceAverage(image, plot.acceptance * kDegree);
-    return image;
-}
 
 /// Of a list with one for all images, or one for each.
 const std::string& Belonging(const std::vector<std::string>& paths, std::size_t index) {
@@ -45,7 +32,7 @@ ModulationFunction RatioOf(SphereImage image, const PatternPlot& plot, std::size
         return Naming(path, [&] { return ModulationFunction(std::move(image), *plot.background); });
     const bool isAsymmetry = !plot.partners.empty();
     const std::string& otherPath = Belonging(isAsymmetry ? plot.partners : plot.references, index);
-    SphereImage other = Measured(LoadSphereImage(otherPath).image, plot);
+    SphereImage other = Counted(LoadSphereImage(otherPath).image, plot.instrument);
     return Naming(path + " and " + otherPath, [&] {
         return isAsymmetry ? AsymmetryOf(image, other)
                            : ModulationFunction(std::move(image), std::move(other));
@@ -56,14 +43,13 @@ ModulationFunction RatioOf(SphereImage image, const PatternPlot& plot, std::size
 enum class Drawn : std::uint8_t { kIntensity, kModulation, kBackgroundModulation, kAsymmetry };
 
 Drawn DrawnOf(const PatternPlot& plot, const std::vector<LoadedImage>& images) {
-    const bool isMeasured = plot.fold > 1 || plot.mirror || plot.acceptance > 0.0 || plot.innerPotential;
     const bool isRatio = plot.background || !plot.references.empty() || !plot.partners.empty();
     std::size_t asymmetries = 0;
     for (std::size_t i = 0; i < images.size(); ++i) {
         if (!images[i].IsAsymmetry()) continue;
         ++asymmetries;
         if (isRatio) throw ZfError(plot.images[i] + " is an asymmetry already: draw it as it is");
-        if (isMeasured)
+        if (plot.instrument.ChangesIntensity())
             throw ZfError(
                 plot.images[i] +
                 " is an asymmetry: averages and refraction act on intensities, so draw the two images "
@@ -106,7 +92,7 @@ void Summarise(const std::vector<SpherePixel>& pixels, PatternPlotSummary& summa
 DrawnPattern Prepared(const PatternPlot& plot, LoadedImage loaded, std::size_t index,
                       PatternPlotSummary& summary) {
     const std::string title = index < plot.captions.size() ? plot.captions[index] : loaded.title;
-    SphereImage image = Measured(std::move(loaded.image), plot);
+    SphereImage image = Counted(std::move(loaded.image), plot.instrument);
     if (!plot.background && plot.references.empty() && plot.partners.empty()) {
         Summarise(image.Pixels(), summary);
         return {std::move(image), title};
@@ -191,12 +177,7 @@ void CheckPatternPlot(const PatternPlot& plot) {
         throw ZfError("the name of the picture has to end in .png, .svg or .pdf");
     static_cast<void>(Canvas::Scale(plot.output, kColumnWidth, plot.width));  // refuses a width out of range
     if (plot.captions.size() > plot.images.size()) throw ZfError("there are more captions than images");
-    if (plot.innerPotential && plot.energy == 0.0)
-        throw ZfError(
-            "the image does not tell its energy: beside the inner potential give the energy of the "
-            "calculation");
-    if (plot.energy != 0.0 && !plot.innerPotential)
-        throw ZfError("the energy is used for refraction only: give the inner potential too");
+    CheckInstrument(plot.instrument);
     if (!plot.range.empty() && !(plot.range[0] < plot.range[1]))
         throw ZfError("the first end of the range has to be the lower one");
     if (!plot.polarCuts.empty() && !plot.azimuthalCuts.empty())

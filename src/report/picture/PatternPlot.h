@@ -6,6 +6,7 @@
 
 #include "report/picture/AxisTicks.h"
 #include "report/picture/ColourMap.h"
+#include "report/sphere/Instrument.h"
 #include "report/sphere/PolarBackground.h"
 #include "report/sphere/ViewProjection.h"
 
@@ -26,13 +27,9 @@ struct PatternPlot {
     double rings = 30.0;                ///< step of the polar rings
     double width = 0.0;                 ///< pixels for PNG, mm for SVG and PDF; 0: the usual one
     int perRow = 3;
-    int fold = 1;                          ///< order of the rotation axis to average over
-    std::optional<double> mirror;          ///< azimuth of a mirror plane to average over
-    double acceptance = 0.0;               ///< half angle of the cone to average over; 0: none
-    double energy = 0.0;                   ///< eV, of the calculation; with the inner potential
-    std::optional<double> innerPotential;  ///< eV; refraction at the surface
-    std::vector<double> polarCuts;         ///< azimuths: line plots instead of a picture
-    std::vector<double> azimuthalCuts;     ///< polar angles
+    Instrument instrument;              ///< acts on I and I0
+    std::vector<double> polarCuts;      ///< azimuths: line plots instead of a picture
+    std::vector<double> azimuthalCuts;  ///< polar angles
 };
 
 /// What a picture shows.

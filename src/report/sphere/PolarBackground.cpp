@@ -30,62 +30,63 @@ BackgroundModel ParseBackgroundModel(const std::string& text) {
     return {degree};
 }
 
+PolarRings::PolarRings(const std::vector<double>& pointTheta) : ringOf(pointTheta.size()) {
+    std::vector<std::size_t> order(pointTheta.size());
+    std::iota(order.begin(), order.end(), std::size_t{0});
+    std::stable_sort(order.begin(), order.end(),
+                     [&pointTheta](std::size_t i, std::size_t j) { return pointTheta[i] < pointTheta[j]; });
+    double first = 0.0;
+    for (const std::size_t i : order) {
+        if (theta.empty() || pointTheta[i] - first >= kRingWidth_deg) {
+            first = pointTheta[i];
+            theta.push_back(0.0);
+            points.push_back(0.0);
+        }
+        theta.back() += pointTheta[i];
+        points.back() += 1.0;
+        ringOf[i] = theta.size() - 1;
+    }
+    for (std::size_t ring = 0; ring < theta.size(); ++ring) theta[ring] /= points[ring];
+}
+
 PolarBackground::PolarBackground(const BackgroundModel& model, const std::vector<double>& theta,
                                  const std::vector<double>& intensity)
-    : rings_(Rings(theta, intensity)) {
+    : PolarBackground(model, PolarRings(theta), intensity) {}
+
+PolarBackground::PolarBackground(const BackgroundModel& model, const PolarRings& rings,
+                                 const std::vector<double>& intensity)
+    : theta_(rings.theta), mean_(rings.Count()) {
     const int degree = model.degree.value_or(0);
-    if (rings_.size() <= static_cast<std::size_t>(degree))
+    if (rings.Count() <= static_cast<std::size_t>(degree))
         throw ZfError(
             fmt::format("A background of degree {} needs more polar angles than the {} of the pattern: "
                         "lower the degree or widen the polar range",
-                        degree, rings_.size()));
-    if (model.degree) Fit(degree);
-}
-
-std::vector<PolarBackground::Ring> PolarBackground::Rings(const std::vector<double>& theta,
-                                                          const std::vector<double>& intensity) {
-    std::vector<std::size_t> order(theta.size());
-    std::iota(order.begin(), order.end(), std::size_t{0});
-    std::stable_sort(order.begin(), order.end(),
-                     [&theta](std::size_t i, std::size_t j) { return theta[i] < theta[j]; });
-    std::vector<Ring> rings;
-    double first = 0.0;
-    for (const std::size_t i : order) {
-        if (rings.empty() || theta[i] - first >= kRingWidth_deg) {
-            first = theta[i];
-            rings.emplace_back();
-        }
-        rings.back().theta += theta[i];
-        rings.back().mean += intensity[i];
-        rings.back().points += 1.0;
-    }
-    for (Ring& ring : rings) {
-        ring.theta /= ring.points;
-        ring.mean /= ring.points;
-    }
-    return rings;
+                        degree, rings.Count()));
+    for (std::size_t i = 0; i < intensity.size(); ++i) mean_[rings.ringOf[i]] += intensity[i];
+    for (std::size_t ring = 0; ring < mean_.size(); ++ring) mean_[ring] /= rings.points[ring];
+    if (model.degree) Fit(degree, rings.points);
 }
 
 /// Weighted least squares in polynomials that are orthogonal on the rings (G. E. Forsythe, J. Soc. Ind. Appl.
 /// Math. 5, 74 (1957)): no system of equations, and no loss of digits at high degrees.
-void PolarBackground::Fit(int degree) {
-    std::vector<double> last(rings_.size(), 0.0);
-    std::vector<double> p(rings_.size(), 1.0);
+void PolarBackground::Fit(int degree, const std::vector<double>& points) {
+    std::vector<double> last(mean_.size(), 0.0);
+    std::vector<double> p(mean_.size(), 1.0);
     double lastNorm = 1.0;
     for (int d = 0; d <= degree; ++d) {
         double norm = 0.0;
         double shift = 0.0;
         double projection = 0.0;
-        for (std::size_t i = 0; i < rings_.size(); ++i) {
-            const double weighted = rings_[i].points * p[i];
+        for (std::size_t i = 0; i < mean_.size(); ++i) {
+            const double weighted = points[i] * p[i];
             norm += weighted * p[i];
-            shift += weighted * p[i] * rings_[i].theta;
-            projection += weighted * rings_[i].mean;
+            shift += weighted * p[i] * theta_[i];
+            projection += weighted * mean_[i];
         }
         const Term term{shift / norm, d == 0 ? 0.0 : norm / lastNorm, projection / norm};
         terms_.push_back(term);
-        for (std::size_t i = 0; i < rings_.size(); ++i) {
-            const double next = (rings_[i].theta - term.a) * p[i] - term.b * last[i];
+        for (std::size_t i = 0; i < mean_.size(); ++i) {
+            const double next = (theta_[i] - term.a) * p[i] - term.b * last[i];
             last[i] = p[i];
             p[i] = next;
         }
@@ -106,13 +107,12 @@ double PolarBackground::At(double theta) const {
         }
         return sum;
     }
-    const auto upper = std::lower_bound(rings_.begin(), rings_.end(), theta,
-                                        [](const Ring& ring, double angle) { return ring.theta < angle; });
-    if (upper == rings_.begin()) return rings_.front().mean;
-    if (upper == rings_.end()) return rings_.back().mean;
-    const Ring& lower = *(upper - 1);
-    const double t = (theta - lower.theta) / (upper->theta - lower.theta);
-    return lower.mean + t * (upper->mean - lower.mean);
+    const auto upper =
+        static_cast<std::size_t>(std::lower_bound(theta_.begin(), theta_.end(), theta) - theta_.begin());
+    if (upper == 0) return mean_.front();
+    if (upper == theta_.size()) return mean_.back();
+    const double t = (theta - theta_[upper - 1]) / (theta_[upper] - theta_[upper - 1]);
+    return mean_[upper - 1] + t * (mean_[upper] - mean_[upper - 1]);
 }
 
 double PolarBackground::Modulation(double theta, double intensity) const {

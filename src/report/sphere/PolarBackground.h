@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
@@ -16,13 +17,26 @@ struct BackgroundModel {
 /// "mean" or a degree from 0 to 12. Throws ZfError for anything else.
 BackgroundModel ParseBackgroundModel(const std::string& text);
 
+/// Points of equal polar angle. Those less than 0.25 degrees above the lowest polar angle of a ring belong to
+/// the ring.
+struct PolarRings {
+    explicit PolarRings(const std::vector<double>& pointTheta);  ///< degrees
+
+    std::size_t Count() const { return theta.size(); }
+
+    std::vector<std::size_t> ringOf;  ///< of each point
+    std::vector<double> theta;        ///< of each ring, rising: the mean of its points, degrees
+    std::vector<double> points;       ///< their number
+};
+
 /// The part of an intensity that depends on the polar angle alone, for chi = (I - B)/B: emission of the free
 /// atom, attenuation, transmission of the analyser. Angles are in degrees.
 class PolarBackground {
 public:
-    /// Points less than 0.25 degrees above the lowest polar angle of a ring belong to the ring. The fit
-    /// weighs a mean with the number of its points. Throws ZfError when there are no more rings than the
-    /// degree.
+    /// The fit weighs a mean with the number of its points. Throws ZfError when there are no more rings than
+    /// the degree.
+    PolarBackground(const BackgroundModel& model, const PolarRings& rings,
+                    const std::vector<double>& intensity);
     PolarBackground(const BackgroundModel& model, const std::vector<double>& theta,
                     const std::vector<double>& intensity);
 
@@ -33,11 +47,6 @@ public:
     double Modulation(double theta, double intensity) const;
 
 private:
-    struct Ring {
-        double theta = 0.0;
-        double mean = 0.0;
-        double points = 0.0;
-    };
     /// Polynomials orthogonal on the rings, by their three-term recurrence p' = (theta - a) p - b p".
     struct Term {
         double a = 0.0;
@@ -45,10 +54,10 @@ private:
         double coefficient = 0.0;
     };
 
-    static std::vector<Ring> Rings(const std::vector<double>& theta, const std::vector<double>& intensity);
-    void Fit(int degree);
+    void Fit(int degree, const std::vector<double>& points);
 
-    std::vector<Ring> rings_;
+    std::vector<double> theta_;  // of the rings
+    std::vector<double> mean_;
     std::vector<Term> terms_;  // of the polynomial; empty: lines
 };
 

@@ -1,7 +1,6 @@
 #include "report/compare/PatternComparison.h"
 
 #include <gtest/gtest.h>
-#include <omp.h>
 
 #include <array>
 #include <cstdio>
@@ -45,7 +44,7 @@ protected:
         CompareRequest request;
         request.first = Write("a.xml_img", mapOfA, a);
         request.second = Write("b.xml_img", mapOfB, b);
-        request.rotate = true;
+        request.searched.rotation = true;
         return request;
     }
 
@@ -57,7 +56,7 @@ TEST_F(PatternComparison, AnImageEqualsItself) {
         CompareRequest request = Pair({3, 10.0}, map, {3, 10.0}, map);
         CompareResult result = ComparePatterns(request);
         EXPECT_EQ(result.agreement.R, 0.0);
-        EXPECT_EQ(result.rotation, 0.0);
+        EXPECT_EQ(result.setting.rotation, 0.0);
         EXPECT_DOUBLE_EQ(result.agreement.scale, 1.0);
         EXPECT_DOUBLE_EQ(result.agreement.correlation, 1.0);
         // The directions fill the hemisphere evenly: the mean of cos(theta) is 1/2.
@@ -81,22 +80,10 @@ TEST_F(PatternComparison, FindsTheRotation) {
                                                 {3, 40.25, -40.25},
                                                 {3, 100.0, 20.0}}) {
             const CompareResult result = ComparePatterns(Pair({fold, 0.0}, map, {fold, turn}, kMaps[0]));
-            EXPECT_NEAR(result.rotation, found, kAngle) << fold << ' ' << turn;
+            EXPECT_NEAR(result.setting.rotation, found, kAngle) << fold << ' ' << turn;
             EXPECT_LT(result.agreement.R, 1e-4);
         }
     }
-}
-
-TEST_F(PatternComparison, SameForAnyNumberOfThreads) {
-    const CompareRequest request = Pair({1, 0.0}, kMaps[0], {1, 33.3}, kMaps[1]);
-    std::array<double, 2> rotation{};
-    const int threads = omp_get_max_threads();
-    for (const int count : {1, 3}) {
-        omp_set_num_threads(count);
-        rotation[count == 1 ? 0 : 1] = ComparePatterns(request).rotation;
-    }
-    omp_set_num_threads(threads);
-    EXPECT_EQ(rotation[0], rotation[1]);
 }
 
 // Measured counts: the model turned, under the cubic transmission of an analyser. Ring means take away the
@@ -117,15 +104,15 @@ TEST_F(PatternComparison, MeasurementWithBackground) {
     request.background = ParseBackgroundModel("mean");
     request.thetaMin = 25.0;
     request.thetaMax = 75.0;
-    request.rotate = true;
+    request.searched.rotation = true;
     const CompareResult result = ComparePatterns(request);
     EXPECT_EQ(result.theta.size(), std::size_t{17} * 72);  // 26, 29, ... 74
-    EXPECT_NEAR(result.rotation, -25.0, 0.02);
+    EXPECT_NEAR(result.setting.rotation, -25.0, 0.02);
     EXPECT_LT(result.agreement.R, 1e-3);
     EXPECT_GT(result.agreement.correlation, 0.999);
     request.thetaMin = 26.0;  // points at the ends count
     request.thetaMax = 74.0;
-    request.rotate = false;
+    request.searched.rotation = false;
     EXPECT_EQ(ComparePatterns(request).theta.size(), result.theta.size());
 }
 

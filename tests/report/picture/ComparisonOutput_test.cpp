@@ -17,7 +17,8 @@ CompareResult Result(const std::vector<double>& chiB) {
     result.weight = {1.0, 1.0, 1.0};
     result.chiA = {0.5, -0.25, 0.125};
     result.chiB = chiB;
-    result.rotation = 7.5;
+    result.setting = {7.5, 1.25, 2.0, 30.0};
+    result.multipoleR = 0.75;
     result.agreement = CompareModulations(result.chiA, result.chiB, result.weight);
     return result;
 }
@@ -25,17 +26,22 @@ CompareResult Result(const std::vector<double>& chiB) {
 TEST(WriteDifference, ScalesBWhereAScaleServes) {
     const TempFolder folder;
     WriteDifference(Result({1.0, -0.5, 0.25}), folder.Path("like.csv"));
-    EXPECT_EQ(folder.Read("like.csv"),
-              "# R = 0.2\n# scale of b = 0.5\n# R with the scale = 0\n# correlation = 1\n"
-              "# rotation of b = 7.5 degrees\n# chi_b is turned and scaled; angles in degrees\n"
-              "theta,phi,chi_a,chi_b,difference\n10,0,0.5,0.5,0\n20,45,-0.25,-0.25,0\n30,90,0.125,0.125,0\n");
+    EXPECT_EQ(
+        folder.Read("like.csv"),
+        "# R = 0.2\n# scale of b = 0.5\n# R with the scale = 0\n# R of absolute differences = 0.333333333\n"
+        "# R of multipoles = 0.75\n# correlation = 1\n# rotation of b = 7.5 degrees\n"
+        "# polar offset = 1.25 degrees\n# tilt = 2 degrees towards 30 degrees\n# chi_b is turned and scaled; "
+        "angles in degrees\n"
+        "theta,phi,chi_a,chi_b,difference\n10,0,0.5,0.5,0\n20,45,-0.25,-0.25,0\n30,90,0.125,0.125,0\n");
     WriteDifference(Result({-0.5, 0.25, 0.0}), folder.Path("opposed.csv"));
     const std::string opposed = folder.Read("opposed.csv");
     EXPECT_NE(opposed.find("# scale of b = 0\n"), std::string::npos);
-    EXPECT_NE(opposed.find("# chi_b is turned, not scaled; angles in degrees\n"
-                           "theta,phi,chi_a,chi_b,difference\n"
-                           "10,0,0.5,-0.5,1\n20,45,-0.25,0.25,-0.5\n30,90,0.125,0,0.125\n"),
-              std::string::npos)
+    EXPECT_NE(
+        opposed.find(
+            "# chi_b is turned, not scaled: no factor above 0 brings it nearer to chi_a; angles in degrees\n"
+            "theta,phi,chi_a,chi_b,difference\n"
+            "10,0,0.5,-0.5,1\n20,45,-0.25,0.25,-0.5\n30,90,0.125,0,0.125\n"),
+        std::string::npos)
         << opposed;
 }
 
