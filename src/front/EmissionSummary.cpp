@@ -30,8 +30,15 @@ std::string ChannelText(const Emission& emission) {
                             channels.l0 + 2 * static_cast<int>(i) - 1, channels.rho[i],
                             Degrees(channels.delta[i]));
     text += fmt::format("  asymmetry        beta = {:.3f}\n", channels.Beta());
-    return text +
-           fmt::format("  orbital          calculated at {:.1f} eV\n", emission.orbital.energy * kHartree_eV);
+    return text + fmt::format("  orbital          calculated at {:.1f} eV below the vacuum\n",
+                              -emission.orbital.energy * kHartree_eV);
+}
+
+std::string CrossSectionText(const EmissionRequest& request, double photon_eV) {
+    const double sigma = CrossSection_Mb(request.atom, request.core, request.level, photon_eV);
+    if (sigma == 0.0) return "";
+    return fmt::format("  cross section    {:.4g} Mb, of the free atom at a photon energy of {:.1f} eV\n",
+                       sigma, photon_eV);
 }
 
 }  // namespace qvre

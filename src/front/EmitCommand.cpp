@@ -37,6 +37,7 @@ struct EmitOptions {
     bool freeAtom = false;
     bool relativistic = false;
     PhaseShiftRequest crystal;  // exchange and zero of the emitter's field
+    CoreField core = EmissionRequest().core;
     std::string level;
     bool isotropic = false;
     PhotoelectronEnergy energy;
@@ -74,7 +75,7 @@ std::vector<LightVector> LightOf(const EmitOptions& options) {
 /// Below the Fermi level; of a free atom below the vacuum, calculated.
 double BindingOf(const EmitOptions& options, const EmissionRequest& request) {
     if (options.energy.binding_eV) return *options.energy.binding_eV;
-    if (options.freeAtom) return OrbitalBinding(request.atom, request.level);
+    if (options.freeAtom) return OrbitalBinding(request.atom, request.core, request.level);
     return MeasuredBinding(BindingEnergies(ProgramFile("binding_energies.csv")), request.atom, request.level);
 }
 
@@ -140,21 +141,29 @@ void RunLevel(const EmitOptions& options) {
     request.level = Usage("--level", [&] { return ParseCoreLevel(options.level); });
     const std::vector<LightVector> light = Usage("the light", [&] { return LightOf(options); });
     request.weight = options.weight;
+    request.core = options.core;
     PhaseShiftRequest crystal = options.crystal;
     const ClusterAtom emitter = FindEmitter(options, crystal);
     const ScreeningTable atoms(ProgramFile("screening_dhfs.csv"));
     request.atom = atoms.Find(emitter.atom);
     std::string origin = SetEnergy(options, request);
-    if (options.freeAtom)
+    double zero_eV = 0.0;
+    if (options.freeAtom) {
         SetFreeAtomField(request);
-    else
-        origin += ZeroText(SetCrystalField(request, crystal, emitter.name, atoms));
+    } else {
+        zero_eV = SetCrystalField(request, crystal, emitter.name, atoms);
+        origin += ZeroText(zero_eV);
+    }
     const Emission emission = CoreLevelEmission(request);
+    const double photon_eV = options.photon.empty()
+                                 ? request.kinetic_eV + zero_eV - emission.orbital.energy * kHartree_eV
+                                 : ParsePhotonEnergy(options.photon);
     const std::vector<EmittedWave> waves = WavesUnder(emission.source, light);
     SaveEmittedWaves(waves, options.output);
-    std::printf("%s: %s %s, %s\n%s%s%s", options.output.c_str(), request.atom.symbol.c_str(),
+    std::printf("%s: %s %s, %s\n%s%s%s%s", options.output.c_str(), request.atom.symbol.c_str(),
                 request.level.Name().c_str(), Counted(waves.size(), "wave").c_str(), origin.c_str(),
-                EnergyText(request.kinetic_eV).c_str(), ChannelText(emission).c_str());
+                EnergyText(request.kinetic_eV).c_str(), ChannelText(emission).c_str(),
+                CrossSectionText(request, photon_eV).c_str());
 }
 
 void Need(bool given, const char* what) {
@@ -263,6 +272,14 @@ void AddEmitCommand(CLI::App& program) {
     AddFieldOptions(command, *options, *free);
     CLI::Option* level = command.add_option(
         "--level", options->level, "Core level, 1s to 4f; 2p for both lines of a pair, 2p3/2 for one");
+    command
+        .add_option(
+            "--core", options->core,
+            "Orbital of the level: self-consistent (scalar-relativistic) or analytical (the screening "
+            "functions of the phase shifts, not relativistic)")
+        ->transform(WordOf<CoreField>())
+        ->option_text("NAME=" + WordFor(options->core))
+        ->needs(level);
     AddEnergyOptions(command, *options);
     AddLightOptions(command, *options);
     command

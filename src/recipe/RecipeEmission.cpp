@@ -94,6 +94,7 @@ WavesRequest ReadWavesRequest(RecipeTable section, const ClusterFacts& cluster) 
         const std::string level = section.Text("level", "");
         if (level.empty()) section.Fail("level", "give the core level, such as \"2p\"");
         emission.level = section.Made("level", [&] { return ParseCoreLevel(level); });
+        emission.core = section.Word("core", emission.core);
         request.energy = ReadEnergy(section);
         request.light = ReadLight(section);
     }

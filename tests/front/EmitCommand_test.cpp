@@ -22,7 +22,8 @@ TEST(EmitCommand, WritesTheWavesAndTellsTheEnergy) {
     const QvreResult outcome =
         RunQvre("emit " + kCluster +
                 " --level 2p3/2 --photon Al --fermi 9 --circular right --along 1,0,-1 -o " + file);
-    for (const char* text : {"emitter.xml_emt: Cu 2p3/2, 3 waves\n", "beta = 1.38",
+    for (const char* text : {"emitter.xml_emt: Cu 2p3/2, 3 waves\n", "beta = 1.40", "cross section    0.23",
+                             "orbital          calculated at 944.8 eV below the vacuum\n",
                              "photon 1486.6 eV - binding energy 932.7 eV + Fermi energy above the muffin-tin "
                              "zero 9 eV\n"})
         EXPECT_PRED_FORMAT2(testing::IsSubstring, text, outcome.output);

@@ -7,7 +7,7 @@
 
 namespace qvre {
 
-/// A bound state of the radial Schroedinger equation in a central field, atomic units.
+/// A bound state of an electron in a central field, atomic units.
 struct CoreOrbital {
     int n = 0;
     int l = 0;
@@ -21,13 +21,23 @@ struct CoreOrbital {
 /// of the ion that an electron leaves behind (R. Latter, Phys. Rev. 99, 510 (1955)).
 double SlaterField(const ScreenedAtom& atom, double r);
 
-/// The bound state of `n` and `l` in a potential that is -Z/r at the nucleus and not weaker than -1/r far
-/// out. Serves levels up to n = 7. Throws ZfError when the field does not bind the state by 0.005 hartree.
-CoreOrbital BoundOrbital(const RadialPotential& field, int n, int l);
+/// What is asked for: the state n, l of an electron in a potential that is -Z/r at the nucleus and not weaker
+/// than -1/r far out.
+struct BoundState {
+    RadialPotential field;
+    int n = 1;  ///< up to 7
+    int l = 0;
+    RadialEquation equation = RadialEquation::kSchroedinger;
+    double step = 0.004;       ///< of ln r; the error of an energy goes with its fourth power
+    double precision = 4e-16;  ///< of the energy, over the square of the nuclear charge
+    double guess = 0.0;        ///< hartree: an energy that may be near; 0: none
+};
 
-/// Whether the ground state of the element holds electrons in the level, by the order in which shells fill
-/// (E. Madelung: rising n + l, then rising n).
-bool IsOccupied(int atomicNumber, int n, int l);
+/// The radii of an orbital, bohr: from 1e-7 on, with larger n further.
+std::vector<double> LogarithmicRadii(double step, int n);
+
+/// Throws ZfError when the field does not bind the state by 0.005 hartree.
+CoreOrbital BoundOrbital(const BoundState& state);
 
 /// The integral over r of P, r and the function u, given at the radii of the orbital.
 double DipoleIntegral(const CoreOrbital& orbital, const std::vector<double>& u);

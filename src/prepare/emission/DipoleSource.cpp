@@ -15,7 +15,8 @@ namespace qvre {
 
 namespace {
 
-constexpr const char* kTitles = "initial l,final l,kinetic (eV),radial integral (bohr^2.5),phase (rad),weight";
+constexpr const char* kTitles =
+    "initial l,final l,kinetic (eV),radial integral (bohr^2.5),phase (rad),weight";
 
 /// The final l with a part.
 std::vector<int> FinalDegrees(int l0) {
@@ -30,7 +31,8 @@ double Normalisation(const DipoleSource& source) {
     for (int m = -source.channels.l0; m <= source.channels.l0; ++m)
         for (const std::complex<double>& a : DipoleWave(source.channels, {0.0, 0.0, 1.0}, m).block)
             sum += std::norm(a);
-    if (!(sum > 0.0) || !std::isfinite(sum)) throw ZfError("The level emits nothing: both radial integrals are 0");
+    if (!(sum > 0.0) || !std::isfinite(sum))
+        throw ZfError("The level emits nothing: both radial integrals are 0");
     return std::sqrt(4.0 * kPi * source.weight / sum);
 }
 

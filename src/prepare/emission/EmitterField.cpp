@@ -11,8 +11,7 @@ namespace qvre {
 
 namespace {
 
-constexpr double kFreeAtomRadius = 40.0;  // bohr; at 80 bohr beta is the same to 2e-4
-constexpr double kAtOrigin = 1e-12;       // m
+constexpr double kAtOrigin = 1e-12;  // m
 
 double SquaredDistance(const ClusterAtom& atom) {
     return NormSquared(atom.position);
@@ -58,11 +57,6 @@ double SetCrystalField(EmissionRequest& request, const PhaseShiftRequest& crysta
     request.radius = MuffinTinRadius(crystal, species) / kBohr_angstrom;
     request.equation = crystal.equation;
     return zero * kHartree_eV;
-}
-
-void SetFreeAtomField(EmissionRequest& request) {
-    request.potential = [atom = request.atom](double r) { return SlaterField(atom, r); };
-    request.radius = kFreeAtomRadius;
 }
 
 }  // namespace qvre

@@ -18,8 +18,4 @@ ClusterAtom EmitterOf(const Cluster& cluster);
 double SetCrystalField(EmissionRequest& request, const PhaseShiftRequest& crystal, const std::string& name,
                        const ScreeningTable& table);
 
-/// The field of a photoelectron that leaves a free atom: that of its orbitals, Latter's -1/r cut at 40 bohr.
-/// The cut shifts all phases by one angle, so their differences are those of the Coulomb waves.
-void SetFreeAtomField(EmissionRequest& request);
-
 }  // namespace qvre

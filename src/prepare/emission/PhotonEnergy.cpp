@@ -8,7 +8,7 @@
 #include "foundation/StrictNumber.h"
 #include "foundation/Text.h"
 #include "foundation/ZfError.h"
-#include "prepare/atomic/CoreOrbital.h"
+#include "prepare/atomic/FreeAtom.h"
 
 namespace qvre {
 
@@ -42,16 +42,15 @@ double ParsePhotonEnergy(const std::string& text) {
     return StrictNumber(text, "photon energy: give eV, or Al, Mg or Ag");
 }
 
-double OrbitalBinding(const ScreenedAtom& atom, const CoreLevel& level) {
-    const auto field = [&](double r) { return SlaterField(atom, r); };
-    return -BoundOrbital(field, level.n, level.l).energy * kHartree_eV;
+double OrbitalBinding(const ScreenedAtom& atom, CoreField core, const CoreLevel& level) {
+    return -BoundOrbital(CoreState(atom, core, level.n, level.l)).energy * kHartree_eV;
 }
 
 double MeasuredBinding(const BindingEnergies& table, const ScreenedAtom& atom, const CoreLevel& level) {
     if (const auto energy = table.Find(atom.symbol, level)) return *energy;
     throw ZfError("The table has no binding energy of " + atom.symbol + " " + level.Name() +
                   ": give the measured one as binding (the calculated orbital lies at " +
-                  DoubleToText(std::round(OrbitalBinding(atom, level))) + " eV)");
+                  DoubleToText(std::round(OrbitalBinding(atom, CoreField::kSelfConsistent, level))) + " eV)");
 }
 
 }  // namespace qvre

@@ -23,8 +23,8 @@ struct PhotoelectronEnergy {
 /// Throws ZfError unless one of kinetic and photon energy is given, and all that are given are in range.
 void CheckEnergy(const PhotoelectronEnergy& energy);
 
-/// Energy in eV of the level's orbital below the vacuum, calculated in Slater's field of the free atom.
-double OrbitalBinding(const ScreenedAtom& atom, const CoreLevel& level);
+/// Energy in eV of the level's orbital below the vacuum, calculated for the free atom.
+double OrbitalBinding(const ScreenedAtom& atom, CoreField core, const CoreLevel& level);
 
 /// Measured binding energy in eV below the Fermi level. Throws ZfError, with the calculated energy for
 /// orientation, when the table has a gap there.
