@@ -15,6 +15,7 @@ namespace qvre {
 namespace {
 
 /// A value as a line of a table shows it: "2p", "0 0 1", "Cu=343 O=500".
+// NOLINTNEXTLINE(misc-no-recursion): values nest, no deeper than the parser lets them
 std::string ValueText(const toml::node& node) {
     if (const auto* text = node.as_string()) return text->get();
     if (const auto* number = node.as_floating_point()) return fmt::format("{}", number->get());
