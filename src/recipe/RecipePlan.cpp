@@ -15,6 +15,7 @@
 #include "foundation/ZfError.h"
 #include "recipe/MethodChoice.h"
 #include "recipe/RecipeCases.h"
+#include "recipe/RecipeInformation.h"
 #include "recipe/RecipeInputs.h"
 #include "recipe/RecipePictures.h"
 #include "recipe/RecipeSettings.h"
@@ -428,6 +429,7 @@ RunResult Planner::AddCase(const RecipeCase& one) {
     emergence.scatteredWaveFile =
         AddFile(one, {"scattering", "scatteredwave", ".xml_sf", sections, plan.choices},
                 [=](const std::string& output) { return CalculateScattering(scattering, output); });
+    plan.images.information = InformationOf(one.settings, scattering.method);
     RunResult result = AddImages(one, plan);
     result.waves = {fs::path(scattering.wavesFile).filename().string()};
     return result;

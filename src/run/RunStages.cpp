@@ -97,10 +97,20 @@ FarFieldDirections DirectionsOf(const ZfSphericalMapping& mapping) {
     return directions;
 }
 
-void SaveImages(const ZfSphericalMapping& mapping, const std::string& projection,
-                const std::string& imageFile, const std::string& directImageFile) {
+/// A document without pixels.
+void Describe(ZfDocData& image, const ImageRequest& request) {
+    for (const auto& [name, text] : request.information)
+        ZfDocData::SetInfoString(image.infoString, name, text);
+    if (const std::string& losses = request.emergence.meanFreePathFile; !losses.empty())
+        ZfDocData::SetInfoString(image.infoString, "mean_free_path",
+                                 fmt::format("{:.6g} angstrom", LoadMeanFreePath_m(losses) * 1e10));
+    ZfDocData::SetInfoString(image.infoString, "__SphereProjection.Name", ProjectionOf(request.map).Name());
+}
+
+void SaveImages(const ZfSphericalMapping& mapping, const ImageRequest& request, const std::string& imageFile,
+                const std::string& directImageFile) {
     ZfDocData image;
-    ZfDocData::SetInfoString(image.infoString, "__SphereProjection.Name", projection);
+    Describe(image, request);
     ReplacedFile pattern(imageFile);
     ReplacedFile direct(directImageFile);
     pattern.Write([&](const std::string& path) { SavePlane(image, mapping.planes[0], path); });
@@ -225,7 +235,7 @@ void CalculateImages(const ImageRequest& request, const std::string& imageFile,
     const CountedIntensity counted = Count(request.emergence, DirectionsOf(mapping));
     std::copy(counted.pattern.begin(), counted.pattern.end(), mapping.planes[0].Data());
     std::copy(counted.direct.begin(), counted.direct.end(), mapping.planes[1].Data());
-    SaveImages(mapping, ProjectionOf(request.map).Name(), imageFile, directImageFile);
+    SaveImages(mapping, request, imageFile, directImageFile);
 }
 
 CountedIntensity CalculateDirections(const EmergenceRequest& request,

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -41,7 +42,8 @@ struct EmergenceRequest {
 struct ImageRequest {
     EmergenceRequest emergence;
     SphereMap map = SphereMap::kAzimuthalEquidistant;
-    double resolution = 1.0;  ///< degrees a pixel
+    double resolution = 1.0;                         ///< degrees a pixel
+    std::map<std::string, std::string> information;  ///< what the files tell of their making
 };
 
 /// The pattern and the image of the direct wave alone.
