@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 #include "ErrorText.h"
 #include "TempFolder.h"
 #include "foundation/Constants.h"
@@ -88,6 +90,69 @@ TEST(WriteDifference, DrawsBothAndTheirDifferenceWhereTheyWereCompared) {
         for (const double theta : {10.0, 70.0})
             EXPECT_LT(off({1.0, 1.0, 1.0}, 0, theta, 95.0), 1e-9) << theta;
     }
+}
+
+/// Directions on rings and azimuths, with a chi that varies over them; b is a.
+CompareResult Directions(const std::vector<double>& thetas, const std::vector<double>& phis) {
+    CompareResult result;
+    for (const double theta : thetas) {
+        for (const double phi : phis) {
+            result.theta.push_back(theta);
+            result.phi.push_back(phi);
+            result.weight.push_back(1.0);
+            result.chiA.push_back(std::sin(theta) + std::cos(phi));
+        }
+    }
+    result.chiB = result.chiA;
+    result.agreement = CompareModulations(result.chiA, result.chiB, result.weight);
+    return result;
+}
+
+std::vector<double> Steps(double from, double to, double step) {
+    std::vector<double> values;
+    for (double value = from; value <= to; value += step) values.push_back(value);
+    return values;
+}
+
+bool IsBlank(const PngPicture& png, const DiscLayout& layout, double theta, double phi) {
+    const PicturePoint point =
+        layout.Direction(View::kAzimuthalEquidistant, 0, theta * kDegree, phi * kDegree);
+    return Difference(png.At(point), {1.0, 1.0, 1.0}) < 1e-9;
+}
+
+// A sector of 100 degrees, in steps of 4, with a belt left out of it.
+TEST(WriteDifference, IsBlankWhereNothingWasMeasured) {
+    const TempFolder folder;
+    std::vector<double> thetas = Steps(12, 36, 3);
+    for (const double theta : Steps(51, 72, 3)) thetas.push_back(theta);
+    WriteDifference(Directions(thetas, Steps(-20, 80, 4)), folder.Path("d.png"));
+    const PngPicture png(folder.Path("d.png"));
+    DiscPicture discs;
+    discs.images.assign(3, {Sampled(kMaps[0], 5.0, [](double, double, double) { return 0.0; }), "title"});
+    const DiscLayout layout(discs);
+    for (const double phi : {-18.0, 40.0, 78.0}) {
+        for (const double theta : {12.0, 25.5, 36.0, 52.0, 72.0})
+            EXPECT_FALSE(IsBlank(png, layout, theta, phi)) << theta << ' ' << phi;
+        for (const double theta : {7.0, 43.0, 76.0})
+            EXPECT_TRUE(IsBlank(png, layout, theta, phi)) << theta << ' ' << phi;
+    }
+    for (const double phi : {-27.0, 87.0, 185.0}) EXPECT_TRUE(IsBlank(png, layout, 52.0, phi)) << phi;
+}
+
+// Curves fill a column, three discs a page.
+TEST(WriteDifference, ScansAreCurves) {
+    const TempFolder folder;
+    const auto width = [&folder](const CompareResult& result) {
+        WriteDifference(result, folder.Path("d.png"));
+        return PngPicture(folder.Path("d.png")).Width();
+    };
+    constexpr int kColumn = 800;  // pixels
+    EXPECT_EQ(width(Directions({45}, Steps(0, 120, 3))), kColumn);
+    EXPECT_EQ(width(Directions({30, 40, 50}, Steps(0, 120, 3))), kColumn);
+    EXPECT_EQ(width(Directions(Steps(0, 80, 2), {30, 210})), kColumn);
+    EXPECT_EQ(width(Directions(Steps(0, 80, 2), {30, 75, 100})), kColumn);
+    EXPECT_GT(width(Directions({30, 40, 50, 60}, Steps(0, 120, 3))), kColumn);
+    EXPECT_GT(width(Directions(Steps(0, 80, 2), {0, 30, 60, 90})), kColumn);
 }
 
 }  // namespace
