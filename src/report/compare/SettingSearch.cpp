@@ -24,8 +24,8 @@ struct Candidate {
     double likeness = 0.0;
 };
 
-// A pattern of n-fold symmetry has n best rotations, equal but for the rounding of 32-bit pixels.
-constexpr double kEqual = 1e-6;
+// A pattern of n-fold symmetry has n best rotations, equal but for what lies between its pixels.
+constexpr double kEqual = 1e-4;
 
 constexpr double kEqualTurns = 1e-3;  // degrees
 
