@@ -152,8 +152,9 @@ Cluster ClusterOf(const std::vector<std::string>& elements) {
 }
 
 void PrintFindings(const Fluctuation& fluctuation, const Cluster& cluster, const ZfDebye& weights,
-                   const DebyeTable& table) {
+                   const DebyeTable& table, const VibrationRequest& request) {
     InputSet set;
+    for (const auto& [element, uiso] : request.uiso_angstrom2) set.displaced.insert(element);
     set.cluster = &cluster;
     set.fluctuation = &fluctuation;
     set.weights = &weights;
@@ -182,9 +183,9 @@ void Run(const ThermalOptions& options) {
             "  note: the table is of pure elements; a compound has its own: give it with --B, --uiso or "
             "--debye\n");
     if (cluster.structures.empty() && request.model == VibrationModel::kDebye)
-        PrintFindings(fluctuation, ClusterOf(request.elements), weights, table);
+        PrintFindings(fluctuation, ClusterOf(request.elements), weights, table, request);
     else if (!cluster.structures.empty())
-        PrintFindings(fluctuation, cluster, weights, table);
+        PrintFindings(fluctuation, cluster, weights, table, request);
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include <functional>
 #include <map>
 #include <optional>
+#include <set>
 #include <sstream>
 #include <utility>
 
@@ -137,7 +138,7 @@ private:
     void AddWavesAndPhases(const RecipeCase& one, const ClusterFacts& facts, CasePlan& plan);
     void AddLosses(const RecipeCase& one, const std::optional<MeanFreePathRequest>& losses, CasePlan& plan);
     std::string AddFluctuation(const RecipeCase& one, const ClusterFacts& facts,
-                               const std::string& clusterFile);
+                               const std::string& clusterFile, std::set<std::string>& displaced);
     std::string AddFile(const RecipeCase& one, const FileKind& kind, const FileMaker& maker);
     void AddAsymmetry(const std::vector<RunResult>& members);
     RunResult AddSum(const std::vector<RunResult>& members, const RecipeGroup& group);
@@ -371,14 +372,16 @@ void Planner::AddWavesAndPhases(const RecipeCase& one, const ClusterFacts& facts
 }
 
 std::string Planner::AddFluctuation(const RecipeCase& one, const ClusterFacts& facts,
-                                    const std::string& clusterFile) {
+                                    const std::string& clusterFile, std::set<std::string>& displaced) {
     RecipeTable section = RecipeTable(&one.settings, "recipe").Section("thermal");
     FileMaker maker;
     if (const auto ready = ReadReadyFile(section, place_)) {
         LoadReady<Fluctuation>(section, *ready, ZfLoadFluctuation);
         maker = Copy(*ready);
     } else {
-        maker = [request = ReadVibrationRequest(section, facts), clusterFile](const std::string& output) {
+        const VibrationRequest request = ReadVibrationRequest(section, facts);
+        for (const auto& [element, uiso] : request.uiso_angstrom2) displaced.insert(element);
+        maker = [request, clusterFile](const std::string& output) {
             return MakeFluctuationFile(request, clusterFile, output);
         };
     }
@@ -420,9 +423,11 @@ RunResult Planner::AddCase(const RecipeCase& one) {
     ScatteringRequest& scattering = plan.scattering;
     EmergenceRequest& emergence = plan.images.emergence;
     const std::string weights = ProgramFile("AtomicWeight.txt");
-    const std::string fluctuation = AddFluctuation(one, facts, scattering.clusterFile);
-    AddFile(one, {"checks", "checks", ".txt", kChecks, plan.choices},
-            [=](const std::string& output) { return CheckRun(scattering, fluctuation, weights, output); });
+    std::set<std::string> displaced;
+    const std::string fluctuation = AddFluctuation(one, facts, scattering.clusterFile, displaced);
+    AddFile(one, {"checks", "checks", ".txt", kChecks, plan.choices}, [=](const std::string& output) {
+        return CheckRun(scattering, fluctuation, weights, displaced, output);
+    });
     scattering.fluctuationFile = emergence.fluctuationFile = fluctuation;
     scattering.atomicWeightFile = emergence.atomicWeightFile = weights;
     const Sections& sections = scattering.method == kFull ? kFullScattering : kScattering;

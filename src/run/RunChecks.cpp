@@ -29,7 +29,8 @@ std::string ReportOf(const std::vector<InputFinding>& findings) {
 }  // namespace
 
 std::string CheckRun(const ScatteringRequest& inputs, const std::string& fluctuationFile,
-                     const std::string& atomicWeightFile, const std::string& reportFile) {
+                     const std::string& atomicWeightFile, const std::set<std::string>& displaced,
+                     const std::string& reportFile) {
     const LoadedInputs loaded(inputs);
     Fluctuation fluctuation;
     ZfLoadFluctuation(fluctuation, fluctuationFile);
@@ -45,7 +46,8 @@ std::string CheckRun(const ScatteringRequest& inputs, const std::string& fluctua
                      &weights,
                      method,
                      &debye,
-                     {inputs.clusterFile, inputs.wavesFile, inputs.phaseShiftFile, fluctuationFile}});
+                     {inputs.clusterFile, inputs.wavesFile, inputs.phaseShiftFile, fluctuationFile},
+                     displaced});
     std::string report = ReportOf(findings);
     if (!FitsTogether(findings)) throw ZfError("the inputs do not fit together\n" + report);
     WriteWholeFile(reportFile, report);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <set>
 #include <string>
 
 #include "run/RunStages.h"
@@ -7,8 +8,10 @@
 namespace qvre {
 
 /// Checks whether the inputs of a calculation fit together, writes what it finds to a text file and returns
-/// it. Throws ZfError for a misfit with which the run would fail or be wrong.
+/// it. `displaced` are the elements whose displacement was given. Throws ZfError for a misfit with which the
+/// run would fail or be wrong.
 std::string CheckRun(const ScatteringRequest& inputs, const std::string& fluctuationFile,
-                     const std::string& atomicWeightFile, const std::string& reportFile);
+                     const std::string& atomicWeightFile, const std::set<std::string>& displaced,
+                     const std::string& reportFile);
 
 }  // namespace qvre

@@ -28,6 +28,8 @@ TEST(ThermalCommand, TellsUiso) {
          "  O   Uiso 0.0109151 angstrom^2 (B 0.862)   Debye temperature 500 K (given)\n"
          "  Cu   Uiso 0.007 angstrom^2 (B 0.553)   Debye temperature 313.283 K (for the given U)\n"
          "  Ti   Uiso 0.00658588 angstrom^2 (B 0.52)   Debye temperature 372.139 K (for the given U)\n"},
+        {"--B Mg=0.31 --temperature 77",
+         "  Mg   Uiso 0.0039262 angstrom^2 (B 0.31)   Debye temperature 342.674 K (for the given U)\n"},
         // At 77 K the zero-point motion is two thirds of it: no warning.
         {"--element Si --temperature 77",
          "  Si   Uiso 0.002795 angstrom^2 (B 0.221)   Debye temperature 377.821 K (table of pure "
@@ -35,7 +37,9 @@ TEST(ThermalCommand, TellsUiso) {
         {"--debye C=2230",
          "  C   Uiso 0.000730923 angstrom^2 (B 0.0577)   Debye temperature 2230 K (given)\n"
          "  warning: U of C is 2.08 times too small: 300 K is low against its Debye temperature of 2230 K; "
-         "the formula is one of high temperature; give 0.00151955 angstrom^2 as uiso\n"}};
+         "the formula is one of high temperature; give 0.00151955 angstrom^2 as uiso, unless the temperature "
+         "was "
+         "made from a U\n"}};
     for (const auto& [arguments, told] : cases) {
         const std::string text = RunQvre("thermal -o " + folder.Path("f.xml_flu ") + arguments).output;
         EXPECT_EQ(text.substr(text.find('\n') + 1), told);

@@ -99,7 +99,7 @@ void CheckDebyeValue(const std::string& element, double theta, const InputSet& i
                             "give it in kelvin"});
         return;
     }
-    if (!inputs.weights) return;
+    if (!inputs.weights || inputs.displaced.contains(element)) return;
     const std::int32_t number = AtomicNumberOf(element);
     if (static_cast<std::size_t>(number) >= inputs.weights->weights.size()) {
         findings.push_back({Severity::kMisfit, "the table of atomic weights lacks " + element,
@@ -115,7 +115,7 @@ void CheckDebyeValue(const std::string& element, double theta, const InputSet& i
                             " times too small: " + DoubleToText(t) +
                             " K is low against its Debye temperature of " + DoubleToText(theta) + " K",
                         "the formula is one of high temperature; give " + DoubleToText(whole * 1e20) +
-                            " angstrom^2 as uiso"});
+                            " angstrom^2 as uiso, unless the temperature was made from a U"});
 }
 
 std::set<std::string> EmittersOf(const Cluster& cluster) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <set>
 #include <string>
 #include <vector>
 
@@ -23,6 +24,8 @@ struct InputSet {
     ScatteringMethod method = kMulti;
     const DebyeTable* debye = nullptr;  ///< by which a U at low temperature is large enough
     std::vector<std::string> files{};   ///< that the documents were loaded from; none: they were made
+    /// Elements whose U was given: the Debye temperatures of the fluctuation were made from it.
+    std::set<std::string> displaced{};
 };
 
 enum class Severity {
