@@ -48,6 +48,12 @@ TEST(MeanFreePath, TppOfAnInsulator) {
     EXPECT_NEAR(Tpp2m_angstrom(silica, 8.9, 1384.0), 38.0, 1.0);
 }
 
+// The formula by hand, at 60 eV, where its last term counts: Ep = 35.87 eV, beta = 0.01224, gamma = 0.06381,
+// C = 0.5586, D = 21.14.
+TEST(MeanFreePath, TppOfSlowElectrons) {
+    EXPECT_NEAR(Tpp2m_angstrom({8.96, 63.546, 11.0}, 0.0, 60.0), 3.59, 0.01);
+}
+
 // At the speed of light no electron goes further for more energy: above 1 MeV only the slow rise of the
 // logarithm's denominator is left, whereas the non-relativistic form goes on like E/ln E.
 TEST(MeanFreePath, RelativisticElectronsGainLittle) {
