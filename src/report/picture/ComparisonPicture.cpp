@@ -124,7 +124,7 @@ CellMap::CellMap(const CompareResult& result, const std::vector<double>& values)
                  ++c) {
                 const double distance = std::hypot(c - x, r - y) / sigma;
                 const double weight = std::exp(-distance * distance / 2.0);
-                const std::size_t pixel = static_cast<std::size_t>(r * kSide + c);
+                const std::size_t pixel = static_cast<std::size_t>(r) * kSide + static_cast<std::size_t>(c);
                 mean_[pixel] += weight * values[i];
                 weights[pixel] += weight;
                 const double theta = std::hypot(c - kCentre, r - kCentre) / kPixels;

@@ -280,6 +280,13 @@ TEST_F(MeasuredComparison, LeavesOutWhatIsBelowTheSurface) {
         ErrorText([&] { ComparePatterns(request); }),
         "Fewer than 2 directions lie above the horizon where I0 is not faint: check the polar offset and the "
         "tilt, or take a background away instead of I0");
+    // A search has to stay above the surface with all that it tries.
+    request.thetaMin = 85.0;
+    request.searched.thetaOffset = true;
+    EXPECT_EQ(
+        ErrorText([&] { ComparePatterns(request); }),
+        "Fewer than 2 directions lie 6 degrees above the horizon, as far as the search may move them: widen "
+        "the polar range, or give the polar offset and the tilt");
 }
 
 // A table of chi alone is an intensity over some background: with a background both sides lose it.
