@@ -26,7 +26,7 @@
 #include "prepare/phases/PhaseShiftTable.h"
 #include "recipe/RecipePlan.h"
 #include "recipe/RecipeTable.h"
-#include "report/compare/MeasuredPattern.h"
+#include "report/compare/MeasuredSummary.h"
 #include "scattering/ZfScatteringData.h"
 #include "xml/ZfBarnXml.h"
 #include "xml/ZfBinaryDataToText.h"
@@ -185,6 +185,12 @@ void ReadRecipe(std::string_view input) {
     });
 }
 
+/// The columns by their names, and by the letters of an extension.
+void ReadMeasured(std::string_view input) {
+    for (const char* letters : {"", "etpais"})
+        Refusing([&] { MeasuredSummary(ReadMeasuredTable(std::string(input), letters), {45.0, {}}); });
+}
+
 void ReadPhaseTable(std::string_view input, PhaseTableFormat format) {
     const std::string path = InputFile("table", input);
     Refusing([&] {
@@ -216,11 +222,12 @@ const std::vector<FuzzTarget>& FuzzTargets() {
         FileTarget("fluctuation", "fluctuation.xml_flu", ZfLoadFluctuation),
         FileTarget("image", "pattern.xml_img", LoadImage),
         {"matrix", ReadMatrix},
-        {"measured", [](Bytes input) { Refusing([&] { ParseMeasuredPattern(std::string(input)); }); }},
+        {"measured", ReadMeasured},
         FileTarget("phase_shifts", "phaseshift.xml_ph", ZfLoadPhaseShift),
         {"phase_table_blocks", [](Bytes input) { ReadPhaseTable(input, PhaseTableFormat::kBlocks); }},
         {"phase_table_csv", [](Bytes input) { ReadPhaseTable(input, PhaseTableFormat::kCsv); }},
         {"phase_table_leed", [](Bytes input) { ReadPhaseTable(input, PhaseTableFormat::kLeed); }},
+        {"poscar", [](Bytes input) { Refusing([&] { ParsePoscar(std::string(input)); }); }},
         {"recipe", ReadRecipe},
         FileTarget("scattered_wave", "scatteredwave.xml_sf", ZfLoadScatteredWave),
         {"texts", ReadTexts},

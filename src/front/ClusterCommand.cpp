@@ -42,21 +42,24 @@ struct ClusterOptions {
 };
 
 void AddCrystalOptions(CLI::App& command, ClusterOptions& options) {
-    std::string names = "Crystal or structure type:";
-    for (const std::string& name : PresetNames()) names += " " + name;
-    CLI::Option* preset = command.add_option("--preset", options.preset, names);
+    CLI::Option* preset =
+        command.add_option("--preset", options.preset, "Crystal or structure type: " + PresetNames());
     command.add_option("--element", options.elements, "Elements of a structure type, such as Ga As")
         ->delimiter(',')
         ->needs(preset);
     command
         .add_option("--lattice", options.lattice,
-                    "Lattice constants of a structure type, angstrom: a, and c of hcp and wurtzite")
+                    "Lattice constants of a structure type, angstrom: a, and c of hcp and wurtzite; by "
+                    "default those of "
+                    "an element that is of this type")
         ->expected(1, 2)
         ->delimiter(',')
         ->needs(preset);
     command
-        .add_option("--cell", options.cellFile,
-                    "Crystal from a file instead: .cif, .xyz or .extxyz with Lattice=\"...\", or .cell")
+        .add_option(
+            "--cell", options.cellFile,
+            "Crystal from a file instead: .cif, .mmcif, POSCAR, CONTCAR or .vasp, .xyz or .extxyz with "
+            "Lattice=\"...\", or .cell")
         ->excludes(preset);
     command.add_option("--surface", options.surface, "Miller indices h k l of the surface; default: 0 0 1")
         ->expected(3)

@@ -64,7 +64,7 @@ void Run(const ExportRequest& request) {
 void AddExportCommand(CLI::App& program) {
     auto request = std::make_shared<ExportRequest>();
     CLI::App& command = *program.add_subcommand(
-        "export", "Write a pattern as CSV, HDF5 or NumPy, or a scattered wave as HDF5");
+        "export", "Write a pattern as CSV, HDF5, NumPy, Igor text or columns, or a scattered wave as HDF5");
     command
         .add_option("FILE", request->image, "Image (.xml_img), or scattered wave (.xml_sf) for HDF5 alone")
         ->required();
@@ -83,8 +83,10 @@ void AddExportCommand(CLI::App& program) {
     command.add_flag("--hemisphere", request->hemisphere,
                      "Of an image of the whole sphere write the polar angles up to 90 degrees. Default all");
     command
-        .add_option("-o,--output", request->output,
-                    "Output; its extension tells the format: .csv, .h5, .hdf5, .nxs, .npy")
+        .add_option(
+            "-o,--output", request->output,
+            "Output; its extension tells the format: .csv, .h5, .hdf5, .nxs, .npy, .itx (Igor text), .tpi "
+            "or .etpi (columns energy, theta, phi, intensity)")
         ->required();
     command.footer(kExample);
     command.callback([request] { Run(*request); });

@@ -62,13 +62,13 @@ void AddSourceOptions(CLI::App& command, PhasesOptions& options) {
                                          "Instead of a cluster: a list of the shells of neighbours of each "
                                          "species (docs/phase-shifts.md)")
                              ->excludes(cluster);
-    CLI::Option* cell =
-        command
-            .add_option("--cell", options.cell,
-                        "Instead of a cluster: the crystal itself, from a file: .cif, .xyz or "
-                        ".extxyz with Lattice=\"...\", or .cell")
-            ->excludes(cluster)
-            ->excludes(plain);
+    CLI::Option* cell = command
+                            .add_option("--cell", options.cell,
+                                        "Instead of a cluster: the crystal itself, from a file: .cif, "
+                                        ".mmcif, POSCAR or .vasp, .xyz or "
+                                        ".extxyz with Lattice=\"...\", or .cell")
+                            ->excludes(cluster)
+                            ->excludes(plain);
     command.add_option("--table", options.table, "Instead of a cluster: a published table of phase shifts")
         ->excludes(cluster)
         ->excludes(plain)

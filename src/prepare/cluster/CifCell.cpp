@@ -5,7 +5,9 @@
 #include <cstdio>
 #include <exception>
 #include <gemmi/cif.hpp>
+#include <gemmi/mmcif_impl.hpp>
 #include <gemmi/smcif.hpp>
+#include <string>
 
 #include "foundation/ZfError.h"
 #include "prepare/cluster/CrystalSources.h"
@@ -86,14 +88,51 @@ void AddImages(CrystalCell& cell, const CellAtom& site, const std::vector<gemmi:
     }
 }
 
+bool IsMacromolecular(gemmi::cif::Block& block) {
+    return bool(block.find_values("_atom_site.Cartn_x"));
+}
+
 gemmi::cif::Block& BlockWithAtoms(gemmi::cif::Document& document) {
     for (gemmi::cif::Block& block : document.blocks)
-        if (block.find_values("_atom_site_label")) return block;
+        if (block.find_values("_atom_site_label") || IsMacromolecular(block)) return block;
     throw ZfError("it has no atom sites (_atom_site_label)");
 }
 
+/// The first model of an mmCIF block as a small structure. The library's own reader of such models shifts
+/// negative residue numbers, which has no meaning.
+gemmi::SmallStructure SmallStructureOf(gemmi::cif::Block& block) {
+    constexpr double kEightPiSquared = 78.95683520871486;  // B = 8 pi^2 U
+    gemmi::SmallStructure structure;
+    gemmi::impl::set_cell_from_mmcif(block, structure.cell);
+    if (const std::string* name = gemmi::impl::find_spacegroup_hm_value(block))
+        structure.spacegroup_hm = gemmi::cif::as_string(*name);
+    gemmi::cif::Table atoms =
+        block.find("_atom_site.", {"type_symbol", "Cartn_x", "Cartn_y", "Cartn_z", "?id", "?occupancy",
+                                   "?B_iso_or_equiv", "?label_alt_id", "?pdbx_PDB_model_num"});
+    const auto number = [](const gemmi::cif::Table::Row& row, int column, double fallback) {
+        return row.has2(static_cast<std::size_t>(column)) ? gemmi::cif::as_number(row[column]) : fallback;
+    };
+    std::string model;
+    for (const gemmi::cif::Table::Row row : atoms) {
+        if (row.has(8) && model.empty()) model = row[8];
+        if (row.has(8) && row[8] != model) break;
+        gemmi::SmallStructure::Site site;
+        site.label = row.has(4) ? row.str(4) : "";
+        site.type_symbol = row.str(0);
+        site.element = gemmi::Element(site.type_symbol);
+        site.fract =
+            structure.cell.fractionalize({number(row, 1, NAN), number(row, 2, NAN), number(row, 3, NAN)});
+        site.occ = number(row, 5, 1.0);
+        site.u_iso = number(row, 6, 0.0) / kEightPiSquared;
+        site.disorder_group = row.has2(7) ? 1 : 0;
+        structure.sites.push_back(site);
+    }
+    return structure;
+}
+
 CrystalCell Expand(gemmi::cif::Block& block) {
-    const gemmi::SmallStructure structure = gemmi::make_small_structure_from_block(block);
+    const gemmi::SmallStructure structure =
+        IsMacromolecular(block) ? SmallStructureOf(block) : gemmi::make_small_structure_from_block(block);
     const gemmi::UnitCell& unit = structure.cell;
     if (!unit.is_crystal()) throw ZfError("it has no cell lengths and angles");
     CrystalCell cell;

@@ -8,23 +8,31 @@
 
 namespace qvre {
 
-/// A ready crystal ("Cu", "Si", ...), or a structure type ("fcc", "zincblende", ...) with its elements and
-/// lattice constants (angstrom: a, and c where the type has one). Throws ZfError with the names that exist.
+/// A ready crystal: "Diamond", "alpha-Sn", or an element that is fcc, bcc, hcp or diamond at room
+/// temperature; or a structure type ("fcc", "zincblende", ...) with its elements and lattice constants
+/// (angstrom: a, and c where the type has one), which an element that is of this type has of its own. Throws
+/// ZfError with the names that exist.
 CrystalCell PresetCell(const std::string& name, const std::vector<std::string>& elements,
                        const std::vector<double>& lattice);
 
-std::vector<std::string> PresetNames();  ///< of crystals and structure types
+/// What PresetCell takes: "Ac, Ag, ..., Diamond, alpha-Sn, fcc, ...".
+std::string PresetNames();
 
-/// The crystal of a file, by its extension: .cif, .xyz or .extxyz (with Lattice="..." in the title) or .cell
-/// (expressions). Throws ZfError that names the file.
+/// The crystal of a file, by its extension: .cif or .mmcif, .xyz or .extxyz (with Lattice="..."
+/// in the title), .cell (expressions), .vasp, or a name that begins with POSCAR or CONTCAR. Throws ZfError
+/// that names the file.
 CrystalCell LoadCell(const std::string& path);
 
 // The readers behind LoadCell take the whole text of a file.
 
-/// CIF of a small structure, first block that has atoms, expanded by its symmetry operators or, without any,
-/// by its space group (International Tables for Crystallography G). Sites that are partly occupied or
-/// disordered are refused.
+/// CIF, first block that has atoms: of a small structure, expanded by its symmetry operators or, without any,
+/// by its space group (International Tables for Crystallography G); or mmCIF with Cartesian atoms. Sites that
+/// are partly occupied or disordered are refused.
 CrystalCell ParseCif(const std::string& text);
+
+/// POSCAR or CONTCAR of VASP 5, with the elements above the numbers of atoms; what follows the positions does
+/// not count.
+CrystalCell ParsePoscar(const std::string& text);
 
 /// First frame of an Extended XYZ text. Positions are Cartesian.
 CrystalCell ParseXyzCell(const std::string& text);

@@ -4,6 +4,7 @@
 #include "crystal/CrystalPresets.h"
 #include "foundation/ZfError.h"
 #include "prepare/cluster/CrystalSources.h"
+#include "prepare/cluster/ElementCrystals.h"
 #include "prepare/cluster/ExpressionCell.h"
 
 // Structure types by expressions: R. W. G. Wyckoff, Crystal Structures, vol. 1 (Interscience, 1963).
@@ -102,36 +103,42 @@ ZfCrystalTable ReadyCrystals() {
     return table;
 }
 
-std::string JoinedNames() {
-    std::string names;
-    for (const std::string& name : PresetNames()) names += (names.empty() ? "" : ", ") + name;
-    return names;
+const StructureType* FindType(const std::string& name) {
+    for (const StructureType& type : StructureTypes())
+        if (name == type.name) return &type;
+    return nullptr;
+}
+
+/// Lattice constants that need not be given: of an element in the crystal that it forms.
+std::vector<double> OwnLattice(const std::string& type, const std::vector<std::string>& elements) {
+    const ElementCrystal* own = elements.size() == 1 ? FindElementCrystal(elements[0]) : nullptr;
+    return own != nullptr && type == own->type ? own->Lattice() : std::vector<double>();
 }
 
 }  // namespace
 
-std::vector<std::string> PresetNames() {
-    std::vector<std::string> names;
-    for (const auto& [name, crystal] : ReadyCrystals().crystals) names.push_back(name);
-    for (const StructureType& type : StructureTypes()) names.emplace_back(type.name);
-    return names;
+std::string PresetNames() {
+    std::string names;
+    for (const ElementCrystal& crystal : ElementCrystals()) names += std::string(crystal.element) + ", ";
+    for (const auto& [name, crystal] : ReadyCrystals().crystals)
+        if (FindElementCrystal(name) == nullptr) names += name + ", ";
+    for (const StructureType& type : StructureTypes()) names += std::string(type.name) + ", ";
+    return names.substr(0, names.size() - 2);
 }
 
 CrystalCell PresetCell(const std::string& name, const std::vector<std::string>& elements,
                        const std::vector<double>& lattice) {
     const ZfCrystalTable table = ReadyCrystals();
     const auto ready = table.crystals.find(name);
-    if (ready != table.crystals.end()) {
-        if (!elements.empty() || !lattice.empty())
-            throw ZfError(name + " has its element and lattice constant; element and lattice belong to a " +
-                          "structure type such as fcc");
-        return CellOfCrystal(ready->second);
-    }
-    const auto& types = StructureTypes();
-    const auto type =
-        std::find_if(types.begin(), types.end(), [&](const StructureType& t) { return name == t.name; });
-    if (type == types.end()) throw ZfError("There is no preset \"" + name + "\"; there are " + JoinedNames());
-    return MakeStructure(*type, elements, lattice);
+    const ElementCrystal* element = FindElementCrystal(name);
+    if ((ready != table.crystals.end() || element != nullptr) && !(elements.empty() && lattice.empty()))
+        throw ZfError(name + " has its element and lattice constant; element and lattice belong to a " +
+                      "structure type such as fcc");
+    if (ready != table.crystals.end()) return CellOfCrystal(ready->second);
+    if (element != nullptr) return MakeStructure(*FindType(element->type), {name}, element->Lattice());
+    const StructureType* type = FindType(name);
+    if (type == nullptr) throw ZfError("There is no preset \"" + name + "\"; there are " + PresetNames());
+    return MakeStructure(*type, elements, lattice.empty() ? OwnLattice(name, elements) : lattice);
 }
 
 }  // namespace qvre

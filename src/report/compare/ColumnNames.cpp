@@ -16,7 +16,7 @@ namespace {
 
 using Words = std::vector<std::string>;
 
-constexpr std::array<std::pair<std::string_view, Quantity>, 42> kNames = {{
+constexpr std::array<std::pair<std::string_view, Quantity>, 43> kNames = {{
     {"theta", kTheta},      {"polar", kTheta},       {"emission", kTheta},   {"tht", kTheta},
     {"phi", kPhi},          {"azimuth", kPhi},       {"azimuthal", kPhi},    {"azi", kPhi},
     {"azim", kPhi},         {"alpha", kAlpha},       {"angle", kAngle},      {"energy", kEnergy},
@@ -27,7 +27,7 @@ constexpr std::array<std::pair<std::string_view, Quantity>, 42> kNames = {{
     {"modulation", kChi},   {"anisotropy", kChi},    {"sigma", kSigma},      {"error", kSigma},
     {"err", kSigma},        {"errors", kSigma},      {"di", kSigma},         {"std", kSigma},
     {"stddev", kSigma},     {"uncertainty", kSigma}, {"deviation", kSigma},  {"sd", kSigma},
-    {"esd", kSigma},        {"stdev", kSigma},
+    {"esd", kSigma},        {"stdev", kSigma},       {"dev", kSigma},
 }};
 
 // Words that say nothing about the quantity: units behind a name, adjectives in front of it.
@@ -82,6 +82,16 @@ Words WordsIn(std::string_view name) {
     }
     if (words.back().empty()) words.pop_back();
     return words;
+}
+
+/// "45", "45 deg", "45°", "0.78 rad", in degrees.
+std::optional<double> AngleWithUnit(std::string_view text) {
+    const auto words = SplitLine(Plain(text), Separator::kBlanks);
+    if (words.empty() || words.size() > 2) return std::nullopt;
+    if (words.size() == 2 && words[1] != "rad" && !words[1].starts_with("deg")) return std::nullopt;
+    const std::optional<double> value = TableNumbers().Read(words[0]);
+    if (!value || !std::isfinite(*value)) return std::nullopt;
+    return words.size() == 2 && words[1] == "rad" ? Degrees(*value) : *value;
 }
 
 /// Whether a piece of a line of names, cut at blanks, goes on with the name in front of it.
@@ -185,14 +195,16 @@ std::optional<double> AssignedAngle(std::string_view line, Quantity quantity) {
         if (sign == std::string_view::npos) continue;
         const std::optional<ColumnName> name = ReadColumnName(piece.substr(0, sign));
         if (!name || name->quantity != quantity) continue;
-        const auto words = SplitLine(piece.substr(sign + 1), Separator::kBlanks);
-        if (words.empty() || words.size() > 2) continue;
-        const std::optional<double> value = TableNumbers().Read(Plain(words[0]));  // 45°
-        if (!value || !std::isfinite(*value)) continue;
-        const bool radians = name->radians || (words.size() == 2 && MeansRadians(words[1]));
-        return radians ? Degrees(*value) : *value;
+        const std::optional<double> value = AngleWithUnit(piece.substr(sign + 1));
+        if (value) return name->radians ? Degrees(*value) : *value;
     }
     return std::nullopt;
+}
+
+std::optional<double> EdgeAngle(std::string_view field) {
+    if (const auto value = AngleWithUnit(field)) return value;
+    const auto theta = AssignedAngle(field, kTheta);
+    return theta ? theta : AssignedAngle(field, kPhi);
 }
 
 }  // namespace qvre

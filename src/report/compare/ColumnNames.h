@@ -46,7 +46,10 @@ std::string ColumnLetters(const std::string& path);
 /// The names in a line; blanks may separate them and stand within them, as in "theta (deg) phi (deg) I".
 std::vector<std::string> SplitNames(std::string_view line);
 
-/// "45" of "theta = 45 deg" or "theta: 45", anywhere between the commas of a line; degrees.
+/// 45 of "45", "45 deg", "45°" and "theta=45": an angle at the edge of a matrix, degrees.
+std::optional<double> EdgeAngle(std::string_view field);
+
+/// 45 of "theta = 45 deg" or "theta: 45", anywhere between the commas of a line; degrees.
 std::optional<double> AssignedAngle(std::string_view line, Quantity quantity);
 
 }  // namespace qvre

@@ -107,10 +107,10 @@ private:
 
     static bool IsNumberOrMissing(const std::string& field) { return TableNumbers().Read(field).has_value(); }
 
-    /// A line of the matrix's column values: a text or nothing, then numbers.
+    /// A line of the matrix's column values: a text or nothing, then angles.
     static bool IsMatrixHead(const Fields& fields) {
         return fields.size() > 2 && !IsNumber(fields[0]) &&
-               std::all_of(fields.begin() + 1, fields.end(), IsNumber);
+               std::all_of(fields.begin() + 1, fields.end(), EdgeAngle);
     }
 
     /// Of the lines without names: the first two fields are numbers or missing, one of them at least a
@@ -195,12 +195,13 @@ private:
     /// would be a guess.
     static void RefuseUnknownNames(const TableLine& line, std::size_t fields) {
         const Fields names = SplitNames(line.text);
-        if (line.comment || names.size() != fields || fields > 8) return;
+        if (line.comment || names.size() != fields) return;
         const bool marked = line.text.find_first_of(",;\t") != std::string_view::npos;
         const bool some = std::any_of(names.begin(), names.end(),
                                       [](const std::string& name) { return ReadColumnName(name); });
-        const bool words = std::all_of(names.begin(), names.end(), [](const std::string& name) {
-            return !name.empty() && !IsNumberOrMissing(name) && name.find_first_of(":=") == std::string::npos;
+        const bool words = std::all_of(names.begin(), names.end(), [&](const std::string& name) {
+            return !name.empty() && !IsNumberOrMissing(name) &&
+                   (names.size() > 3 || name.find_first_of(":=") == std::string::npos);
         });
         if (words && (marked || some))
             FailAtLine(line.number, fmt::format("the columns {} are not enough or not known; {}",
@@ -250,9 +251,9 @@ private:
 
     /// An angle at the head of a row or column, which cannot be missing.
     double AxisValue(const std::string& field, bool radians) {
-        const double value = Number(field);
-        if (!std::isfinite(value)) throw ZfError("an angle is missing at the edge of the matrix");
-        return radians ? Degrees(value) : value;
+        const std::optional<double> value = EdgeAngle(field);
+        if (!value) throw ZfError("\"" + field + "\" at the edge of the matrix is no angle");
+        return radians ? Degrees(*value) : *value;
     }
 
     void ReadMatrix(std::size_t first) {
@@ -280,19 +281,20 @@ private:
                 rows.lines.push_back(lines_[i].number);
                 for (std::size_t c = 1; c < row.size(); ++c) values.push_back(Number(row[c]));
             });
-        SetByCorner(corner, rows, columns);
+        SetByNames(corner, head[1], rows, columns);
         AddMatrix(table_, rows, columns, {kIntensity}, [&](Quantity, std::size_t row, std::size_t column) {
             return values[row * columns.values.size() + column];
         });
     }
 
-    /// "theta\phi" names the rows first.
-    static void SetByCorner(const std::string& corner, MatrixAxis& rows, MatrixAxis& columns) {
-        const std::size_t mark = corner.find_first_of("\\/|");
-        const auto name = ReadColumnName(corner.substr(0, mark));
-        if (!name) return;
-        rows.isTheta = columns.isPhi = name->quantity == kTheta;
-        rows.isPhi = columns.isTheta = name->quantity == kPhi;
+    /// "theta\phi" names the rows first; a column may be headed "phi=3".
+    static void SetByNames(const std::string& corner, const std::string& column, MatrixAxis& rows,
+                           MatrixAxis& columns) {
+        const auto name = ReadColumnName(corner.substr(0, corner.find_first_of("\\/|")));
+        rows.isTheta = columns.isPhi =
+            AssignedAngle(column, kPhi).has_value() || (name && name->quantity == kTheta);
+        rows.isPhi = columns.isTheta =
+            AssignedAngle(column, kTheta).has_value() || (name && name->quantity == kPhi);
     }
 
     template <class Action>

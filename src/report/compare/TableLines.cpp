@@ -114,8 +114,9 @@ Separator SeparatorOf(std::string_view line) {
     if (line.find('\t') != std::string_view::npos) {
         const auto fields = SplitLine(line, Separator::kTab);
         const bool mixed = std::any_of(fields.begin(), fields.end(), [](const std::string& field) {
-            return !field.empty() && !std::isalpha(static_cast<unsigned char>(field.front())) &&
-                   field.find_first_of(kBlanks) != std::string::npos;
+            const std::size_t next = field.find_first_not_of(kBlanks, field.find_first_of(kBlanks));
+            return next < field.size() && next > 0 && (IsDigit(field[next]) || field[next] == '-') &&
+                   !std::isalpha(static_cast<unsigned char>(field.front()));
         });
         return mixed ? Separator::kBlanks : Separator::kTab;
     }

@@ -3,6 +3,8 @@
 #include <filesystem>
 
 #include "foundation/ZfError.h"
+#include "report/compare/ColumnNames.h"
+#include "report/export/FieldTables.h"
 #include "report/export/Hdf5Document.h"
 #include "report/export/ImageTable.h"
 #include "report/export/ImageWriters.h"
@@ -18,7 +20,9 @@ Writer WriterFor(const std::string& path) {
     if (extension == ".csv") return WriteImageCsv;
     if (extension == ".npy") return WriteImageNumpy;
     if (Hdf5Document::CanWrite(path)) return WriteImageHdf5;
-    throw ZfError("An image is written as .csv, .npy, .h5, .hdf5 or .nxs, not as " + path);
+    if (extension == ".itx") return WriteImageIgor;
+    if (!ColumnLetters(path).empty()) return WriteImageColumns;
+    throw ZfError("An image is written as .csv, .npy, .h5, .hdf5, .nxs, .itx, .tpi or .etpi, not as " + path);
 }
 
 }  // namespace

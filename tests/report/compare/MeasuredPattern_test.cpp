@@ -63,7 +63,8 @@ TEST(MeasuredPattern, TakesFurtherColumns) {
     EXPECT_EQ(pattern.intensity, Numbers{100});
     EXPECT_EQ(pattern.sigma, Numbers{10});
     EXPECT_EQ(pattern.energy, Numbers{560});
-    for (const char* name : {"sigma", "Error", "err", "counts error", "error of I", "Standard deviation"})
+    for (const char* name :
+         {"sigma", "Error", "err", "counts error", "error of I", "Standard deviation", "std. dev."})
         EXPECT_EQ(ParseMeasuredPattern(std::string("theta,phi,I,") + name + "\n1,2,3,4\n").sigma, Numbers{4})
             << name;
     for (const char* name :
@@ -89,9 +90,12 @@ TEST(MeasuredPattern, TakesMatrices) {
         EXPECT_EQ(pattern.intensity, (Numbers{1, 2, 3, 4, 5}));
     }
     // The other way round: by the values beyond 90 degrees, by the names.
-    for (const char* text : {"0 10 20 30\n0 1 2 3\n120 4 5 6\n240 7 8 9\n",
-                             "phi\\theta 10 20 30\n0 1 2 3\n120 4 5 6\n240 7 8 9\n",
-                             "phi 10 20 30\n0 1 2 3\n120 4 5 6\n240 7 8 9\n"}) {
+    for (const char* text :
+         {"0 10 20 30\n0 1 2 3\n120 4 5 6\n240 7 8 9\n",
+          "phi\\theta 10 20 30\n0 1 2 3\n120 4 5 6\n240 7 8 9\n",
+          "Phi [deg]\ttheta=10\ttheta=20\ttheta=30\n0\t1\t2\t3\n120\t4\t5\t6\n240\t7\t8\t9\n",
+          "phi\\theta\t10\u00b0\t20\u00b0\t30 deg\n0\t1\t2\t3\n120\t4\t5\t6\n240\t7\t8\t9\n",
+          "phi 10 20 30\n0 1 2 3\n120 4 5 6\n240 7 8 9\n"}) {
         SCOPED_TRACE(text);
         const MeasuredPattern pattern = ParseMeasuredPattern(text);
         EXPECT_EQ(pattern.theta, (Numbers{10, 20, 30, 10, 20, 30, 10, 20, 30}));
@@ -189,6 +193,10 @@ TEST(MeasuredPattern, ErrorsNameTheLine) {
         {"theta,phi\n1,2\n",
          "line 1: the columns \"theta\", \"phi\" are not enough or not known; known are theta or polar, phi "
          "or "
+         "azimuth, energy, intensity or counts, chi, sigma; a line that is no line of names begins with #"},
+        {"scan,E=10,E=20,E=30\n0,1,2,3\n3,4,5,6\n6,7,8,9\n",
+         "line 1: the columns \"scan\", \"E=10\", \"E=20\", \"E=30\" are not enough or not known; known are "
+         "theta or polar, phi or "
          "azimuth, energy, intensity or counts, chi, sigma; a line that is no line of names begins with #"},
         {"theta,phi,I,counts\n", "line 1: there are two columns for the quantity \"counts\""},
         {"theta\\phi 0 3 6\n10 1 2 3\n20 1 2\n", "line 3: there are 3 fields instead of the 4 of the matrix"},

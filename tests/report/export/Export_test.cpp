@@ -101,6 +101,38 @@ TEST_F(Export, CsvBringsSettingsAndReadsBack) {
     }
 }
 
+// Text waves and columns come back as the same points, from both maps.
+TEST_F(Export, FieldTablesReadBack) {
+    const auto linear = [](double x, double /*y*/, double z) { return 3.0 + 1.5 * (x + z); };
+    for (const SphereMap map : {SphereMap::kAzimuthalEquidistant, SphereMap::kEquidistantCylindrical})
+        for (const char* output : {"p.itx", "p.tpi", "p.pite"}) {
+            SCOPED_TRACE(output);
+            ExportRequest request = Request(map, output);
+            const bool igor = std::string(output) == "p.itx";
+            if (!igor) request.i0.clear();
+            request.runFiles = {WriteWave()};
+            const ExportSummary summary = ExportImage(request);
+            const MeasuredPattern points = LoadMeasuredPattern(request.output);
+            ASSERT_EQ(points.theta.size(), summary.pixels);
+            EXPECT_EQ(points.chi.size(), igor ? summary.pixels : 0U);
+            EXPECT_EQ(points.energy,
+                      std::vector<double>(std::string(output) == "p.pite" ? summary.pixels : 0, 560.0));
+            for (std::size_t i = 0; i < points.theta.size(); ++i)
+                EXPECT_NEAR(points.intensity[i],
+                            At(linear, points.theta[i] * kDegree, points.phi[i] * kDegree), 1e-6);
+        }
+    ExportRequest request = Request(SphereMap::kAzimuthalEquidistant, "p.etpi");
+    const auto error = [&] { return ErrorText([&] { ExportImage(request); }); };
+    EXPECT_EQ(error(), "The columns of .etpi hold the intensity alone: for chi write .csv or .itx");
+    request.i0.clear();
+    EXPECT_EQ(error(),
+              "An image does not tell its kinetic energy: name a file of the run that does, such as the "
+              ".xml_emt, or "
+              "write .tpi, which has none");
+    request.output = folder_.Path("p.etpai");
+    EXPECT_EQ(error(), "An image has no angle along a slit and no standard deviation: write .tpi or .etpi");
+}
+
 TEST_F(Export, AnotherReaderTakesImages) {
     for (const char* output : {"disc.h5", "disc.npy"})
         ExportImage(Request(SphereMap::kAzimuthalEquidistant, output));
