@@ -65,6 +65,19 @@ std::string ModulationText(const CalculatedPattern& pattern, const CompareReques
     return pattern.HasI0() ? "I0" : NameOf(*request.background);
 }
 
+/// An image is of one energy. Tables of several are read all the same, for scans over energies.
+void RefuseEnergies(const CompareRequest& request) {
+    constexpr double kOneEnergy = 1e-3;
+    const std::vector<double> energy = LoadMeasuredPattern(request.measured, request.scan).energy;
+    if (energy.empty()) return;
+    const auto [low, high] = std::minmax_element(energy.begin(), energy.end());
+    if (*high - *low > kOneEnergy * *high)
+        throw ZfError(fmt::format(
+            "{} runs over energies, from {:g} to {:g} eV, and an image is of one: keep the points of "
+            "that energy",
+            request.measured, *low, *high));
+}
+
 double GridStep(const CalculatedPattern& pattern) {
     return std::max(kFinestGrid_deg, pattern.Resolution_deg());
 }
@@ -212,6 +225,7 @@ CompareResult ComparePatterns(const CompareRequest& request) {
     result.nameB = Stem(request.second.image);
 
     const bool isPair = request.measured.empty();
+    if (!isPair) RefuseEnergies(request);
     Measurement measurement = isPair ? Measurement() : MeasuredPoints(request, result);
     const CalculatedPattern pattern = Load(request.second, request);
     if (isPair) measurement = ImageAsMeasurement(request, pattern, result);

@@ -289,6 +289,15 @@ TEST_F(MeasuredComparison, LeavesOutWhatIsBelowTheSurface) {
         "the polar range, or give the polar offset and the tilt");
 }
 
+TEST_F(MeasuredComparison, AnImageIsOfOneEnergy) {
+    const CompareRequest request =
+        Request("theta,phi,energy,counts\n30,0,100,5\n30,0,120,6\n30,90,100,7\n", "mean");
+    EXPECT_EQ(ErrorText([&] { ComparePatterns(request); }),
+              request.measured +
+                  " runs over energies, from 100 to 120 eV, and an image is of one: keep the points of "
+                  "that energy");
+}
+
 // A table of chi alone is an intensity over some background: with a background both sides lose it.
 TEST_F(MeasuredComparison, ChiAloneLosesTheBackgroundToo) {
     std::string table = "theta,phi,chi\n";
