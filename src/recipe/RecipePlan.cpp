@@ -466,8 +466,8 @@ RunResult Planner::AddSum(const std::vector<RunResult>& members, const RecipeGro
     std::vector<WeightedImage> directImages;
     for (const RunResult& member : members) {
         sum.waves.insert(sum.waves.end(), member.waves.begin(), member.waves.end());
-        images.push_back({InFolder(member.image), 1.0, member.image});
-        directImages.push_back({InFolder(member.directImage), 1.0, member.directImage});
+        images.push_back({InFolder(member.image)});
+        directImages.push_back({InFolder(member.directImage)});
     }
     const std::string image = InFolder(sum.image);
     const std::string directImage = InFolder(sum.directImage);

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "TempFolder.h"
 #include "front/RunQvre.h"
 #include "report/SphereFunctions.h"
@@ -65,4 +67,22 @@ TEST(ReportCommands, AsymmetryIsOneImagePictureAndTable) {
     RunQvre("sum " + a + " " + b + " -o " + image);
     EXPECT_PRED_FORMAT2(testing::IsSubstring, "I from 4 to 6\n",
                         RunQvre("plot " + image + " -o " + picture).output);
+}
+
+TEST(ReportCommands, FoldersTellImagesOfOneNameApart) {
+    const TempFolder folder;
+    const auto constant = [](double, double, double) { return 1.0; };
+    std::string images;
+    for (const char* run : {"cold", "warm"}) {
+        std::filesystem::create_directory(folder.Path(run));
+        images += WriteImageFile(folder.Path(std::string(run) + "/pattern.xml_img"),
+                                 Sampled(SphereMap::kAzimuthalEquidistant, 10.0, constant)) +
+                  " ";
+    }
+    RunQvre("plot " + images + "-o " + folder.Path("titles.png"));
+    RunQvre("plot " + images + "-o " + folder.Path("captions.png") +
+            " --caption cold/pattern --caption warm/pattern");
+    RunQvre("plot " + images + "-o " + folder.Path("others.png") + " --caption pattern --caption pattern");
+    EXPECT_EQ(folder.Read("titles.png"), folder.Read("captions.png"));
+    EXPECT_NE(folder.Read("titles.png"), folder.Read("others.png"));
 }

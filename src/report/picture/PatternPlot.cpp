@@ -5,7 +5,9 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <filesystem>
 #include <limits>
+#include <map>
 #include <utility>
 
 #include "foundation/Constants.h"
@@ -60,6 +62,16 @@ Drawn DrawnOf(const PatternPlot& plot, const std::vector<LoadedImage>& images) {
     if (asymmetries > 0 || !plot.partners.empty()) return Drawn::kAsymmetry;
     if (plot.background) return Drawn::kBackgroundModulation;
     return plot.references.empty() ? Drawn::kIntensity : Drawn::kModulation;
+}
+
+/// Images of several runs have one name, and the folders tell which is which.
+void TellApart(std::vector<LoadedImage>& images, const std::vector<std::string>& paths) {
+    std::map<std::string, int> counts;
+    for (const LoadedImage& image : images) ++counts[image.title];
+    for (std::size_t i = 0; i < images.size(); ++i) {
+        const std::string folder = std::filesystem::path(paths[i]).parent_path().filename().string();
+        if (counts[images[i].title] > 1 && !folder.empty()) images[i].title = folder + "/" + images[i].title;
+    }
 }
 
 const char* AxisText(Drawn drawn) {
@@ -188,6 +200,7 @@ PatternPlotSummary DrawPatternPlot(const PatternPlot& plot) {
     CheckPatternPlot(plot);
     std::vector<LoadedImage> images;
     for (const std::string& path : plot.images) images.push_back(LoadSphereImage(path));
+    TellApart(images, plot.images);
     const Drawn drawn = DrawnOf(plot, images);
     constexpr double kInfinity = std::numeric_limits<double>::infinity();
     PatternPlotSummary summary{QuantityOf(drawn), {kInfinity, -kInfinity}, {}, {}};

@@ -5,7 +5,9 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <filesystem>
 #include <limits>
+#include <set>
 #include <utility>
 
 #include "foundation/FileReading.h"
@@ -60,10 +62,14 @@ ImageInformation InformationOf(const std::vector<WeightedImage>& members,
                                  Merged(images, &ImageInformation::texts)};
     information.texts.erase("sum.of");
     information.numbers.erase("sum.weights");
+    std::vector<std::string>& names = information.texts["sum.of"];
     for (const WeightedImage& member : members) {
-        information.texts["sum.of"].push_back(member.name.empty() ? member.path : member.name);
+        names.push_back(std::filesystem::path(member.path).filename().string());
         information.numbers["sum.weights"].push_back(member.weight);
     }
+    if (std::set<std::string>(names.begin(), names.end()).size() < names.size())
+        std::transform(members.begin(), members.end(), names.begin(),
+                       [](const WeightedImage& member) { return member.path; });
     return information;
 }
 

@@ -11,7 +11,6 @@ namespace qvre {
 struct WeightedImage {
     std::string path;
     double weight = 1.0;
-    std::string name = {};  ///< in the information; empty: the path
 };
 
 /// sum of w I, pixel by pixel: intensities of parts that do not interfere add. There are as many weights as
@@ -27,8 +26,9 @@ ModulationFunction AsymmetryOf(const SphereImage& a, const SphereImage& b);
 std::string AsymmetryLeftOutText(const ModulationFunction& asymmetry);
 
 /// Adds image files into a new one, whole or not at all. It keeps the information that all members share and
-/// lists, in their order, what they do not; it tells their names and weights besides. Throws ZfError, which
-/// names the files, when they cannot be read or their grids differ.
+/// lists, in their order, what they do not; it tells their names and weights besides, with folders where the
+/// names alone do not differ. Throws ZfError, which names the files, when they cannot be read or their grids
+/// differ.
 void SumImages(const std::vector<WeightedImage>& members, const std::string& output);
 
 /// Writes the asymmetry of two image files as an image, which says that it is one; 0 where it is left out.

@@ -47,7 +47,7 @@ TEST_F(ImageFiles, AddWithTheirWeights) {
     for (const SphereMap map : kMaps) {
         const std::string even = Write("even.xml_img", map, 3.0, Even, "1", "first");
         const std::string odd = Write("odd.xml_img", map, 3.0, Odd, "2");
-        SumImages({{even, 0.5}, {odd, -3.0, "the odd one"}}, folder_.Path("sum.xml_img"));
+        SumImages({{even, 0.5}, {odd, -3.0}}, folder_.Path("sum.xml_img"));
         const LoadedImage sum = LoadSphereImage(folder_.Path("sum.xml_img"));
         EXPECT_EQ(sum.image.Map(), map);
         for (const SpherePixel& p : sum.image.Pixels())
@@ -55,10 +55,13 @@ TEST_F(ImageFiles, AddWithTheirWeights) {
         const auto& texts = sum.information.texts;
         EXPECT_EQ(texts.at("cluster.preset"), std::vector<std::string>{"Cu"});
         EXPECT_EQ(texts.at("cluster.emitter-layer"), (std::vector<std::string>{"1", "2"}));
-        EXPECT_EQ(texts.at("sum.of"), (std::vector<std::string>{even, "the odd one"}));
+        EXPECT_EQ(texts.at("sum.of"), (std::vector<std::string>{"even.xml_img", "odd.xml_img"}));
         EXPECT_EQ(sum.information.numbers.at("sum.weights"), (std::vector<double>{0.5, -3.0}));
         EXPECT_EQ(sum.information.numbers.at("energy"), std::vector<double>{560.0});
         EXPECT_EQ(sum.title, "sum");  // that of one member is not that of all
+        SumImages({{even}, {even}}, folder_.Path("twice.xml_img"));
+        EXPECT_EQ(LoadSphereImage(folder_.Path("twice.xml_img")).information.texts.at("sum.of"),
+                  (std::vector<std::string>{even, even}));
     }
 }
 
