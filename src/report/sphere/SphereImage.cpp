@@ -197,25 +197,4 @@ void CheckSameGrid(const SphereImage& a, const SphereImage& b) {
                         SizeText(a), SizeText(b)));
 }
 
-SphereImage Modulation(const SphereImage& intensity, const SphereImage& reference) {
-    CheckSameGrid(intensity, reference);
-    std::vector<double> chi(static_cast<std::size_t>(intensity.Width()) *
-                            static_cast<std::size_t>(intensity.Height()));
-    const std::vector<SpherePixel> above = intensity.Pixels();
-    const std::vector<SpherePixel> below = reference.Pixels();
-    for (std::size_t i = 0; i < above.size(); ++i) {
-        const double i0 = below[i].value;
-        const double difference = above[i].value - i0;
-        if (i0 == 0.0 && difference == 0.0) continue;
-        if (i0 == 0.0)
-            throw ZfError(
-                fmt::format("I0 is 0 at column {}, row {} but I is not: take the I0 image of the same "
-                            "run",
-                            below[i].column, below[i].row));
-        chi[static_cast<std::size_t>(above[i].row) * static_cast<std::size_t>(intensity.Width()) +
-            static_cast<std::size_t>(above[i].column)] = difference / i0;
-    }
-    return {intensity.Map(), intensity.Width(), intensity.Height(), std::move(chi)};
-}
-
 }  // namespace qvre

@@ -91,8 +91,4 @@ LoadedImage LoadSphereImage(const std::string& path);
 /// Throws ZfError unless the two images have the same map and size; names the differing ones.
 void CheckSameGrid(const SphereImage& a, const SphereImage& b);
 
-/// chi = (I - I0)/I0 pixel by pixel; 0 where both are 0. Throws ZfError when the grids differ or I0 alone is
-/// 0.
-SphereImage Modulation(const SphereImage& intensity, const SphereImage& reference);
-
 }  // namespace qvre

@@ -64,17 +64,6 @@ TEST(SphereImage, PixelsTellDirectionAndValue) {
     }
 }
 
-TEST(SphereImage, Modulation) {
-    const SphereImage i0 = Sampled(kMaps[1], 2.0, Constant);
-    const SphereImage i = Sampled(kMaps[1], 2.0, LowHarmonics);
-    EXPECT_NEAR(Modulation(i, i0).Value(0.7, 0.3), (At(LowHarmonics, 0.7, 0.3) - 3.0) / 3.0, 1e-5);
-    EXPECT_NE(ErrorText([&] { Modulation(i, Sampled(kMaps[1], 3.0, Constant)); }).find("the same resolution"),
-              std::string::npos);
-    const SphereImage none = i.Transformed([](double, double) { return 0.0; });
-    EXPECT_EQ(ErrorText([&] { Modulation(i, none); }).substr(0, 7), "I0 is 0");
-    EXPECT_EQ(Modulation(none, none).Value(0.4, 0.4), 0.0);
-}
-
 TEST(SphereImageFile, MapByNameOrShape) {
     const TempFolder folder;
     for (const SphereMap map : kMaps) {
