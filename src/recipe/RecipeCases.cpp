@@ -17,6 +17,7 @@
 #include "foundation/FileReading.h"
 #include "foundation/Text.h"
 #include "foundation/ZfError.h"
+#include "recipe/RecipeEnergies.h"
 #include "recipe/RecipeTable.h"
 
 namespace qvre {
@@ -153,9 +154,29 @@ void ExpandKey(std::vector<Assignments>& members, const SeriesKey& series, const
     members = std::move(expanded);
 }
 
+/// One member for each energy of [energies].
+std::vector<Assignments> EnergyMembers(const RecipeEnergies& energies, const Assignments& first) {
+    const auto series = std::find_if(kSeriesKeys.begin(), kSeriesKeys.end(), [&](const SeriesKey& one) {
+        return std::strcmp(one.key, energies.Key()) == 0;
+    });
+    std::vector<Assignments> members;
+    for (const double energy_eV : energies.values_eV) {
+        RecipeVariation where{series->section, series->key,
+                              series->before + DoubleToText(energy_eV) + series->after};
+        members.push_back(first);
+        members.back().push_back({std::move(where), energies.Setting(energy_eV)});
+    }
+    return members;
+}
+
 RecipeGroup MakeGroup(const RecipeText& text, const toml::table& recipe, double scanned,
                       const Assignments& first) {
     std::vector<Assignments> members = {first};
+    const RecipeTable settings(&recipe, "recipe");
+    if (const auto energies = ReadEnergies(settings)) {
+        CheckBesideEnergies(settings, *energies);
+        members = EnergyMembers(*energies, first);
+    }
     for (const SeriesKey& series : kSeriesKeys) ExpandKey(members, series, recipe);
     RecipeGroup group{scanned, {}};
     for (const Assignments& member : members) group.cases.push_back(MakeCase(text, member));

@@ -27,9 +27,10 @@ struct RecipeGroup {
     std::vector<RecipeCase> cases;
 };
 
-/// A series comes from lists: cluster.emitter-layer, emission.kinetic, emission.photon,
-/// emission.circular and thermal.temperature, in all combinations, the last one running fastest. The table [scan] names one setting
-/// ("vary"), which is no list, and its values, as a list ("values") or as "from", "to" and "steps".
+/// A series comes from lists: cluster.emitter-layer, emission.kinetic, emission.photon, emission.circular and
+/// thermal.temperature, in all combinations, the last one running fastest. The table [scan] names one setting
+/// ("vary"), which is no list, and its values, as a list ("values") or as "from", "to" and "steps". The table
+/// [energies] makes a case of each energy, in their order, and of each member of the series at that energy.
 ///
 /// `text` is the recipe, `path` names it in messages. It is parsed once for each case, so that every value
 /// knows its line. Throws ZfError, also for a text that is no TOML and for more than 1000 cases.

@@ -16,11 +16,13 @@
 #include "foundation/ZfError.h"
 #include "recipe/MethodChoice.h"
 #include "recipe/RecipeCases.h"
+#include "recipe/RecipeEnergies.h"
 #include "recipe/RecipeInformation.h"
 #include "recipe/RecipeInputs.h"
 #include "recipe/RecipePictures.h"
 #include "recipe/RecipeSettings.h"
 #include "report/sphere/ImageSum.h"
+#include "run/EnergyStages.h"
 #include "run/Fingerprint.h"
 #include "run/InputFiles.h"
 #include "run/RunChecks.h"
@@ -126,8 +128,13 @@ public:
 private:
     void AddGroup(const RecipeGroup& group);
     void AddPicture(const RunResult& result, const RecipePicture& picture);
-    RunResult AddCase(const RecipeCase& one);
+    CasePlan AddCase(const RecipeCase& one);
     RunResult AddImages(const RecipeCase& one, const CasePlan& plan);
+    void AddEnergies(const RecipeGroup& group);
+    std::string CurvesSuffix(const RecipeCase& one) const;
+    void AddEnergyCurves(const std::string& suffix, const std::vector<const RecipeCase*>& cases,
+                         double scanned);
+    RunStep EnergyPoint(const RecipeCase& one, const CasePlan& plan) const;
     ClusterFacts AddCluster(const RecipeCase& one, CasePlan& plan);
     void AddClusterFiles(const RecipeCase& one, const std::string& extension, const ClusterMaker& maker,
                          CasePlan& plan);
@@ -157,7 +164,9 @@ private:
     std::map<std::string, std::string> writers_;  // key of the step that writes a file, by its name
     ScatteringMethod method_ = kMulti;
     SeriesResult series_ = SeriesResult::kSum;
+    bool areStepsNoted_ = false;  // those of a further energy, which are like those of the first
     std::vector<RecipePicture> pictures_;
+    std::optional<RecipeEnergies> energies_;
     RunPlan plan_;
 };
 
@@ -170,7 +179,11 @@ RunPlan Planner::Plan() {
     const MethodChoice choice = ChooseMethod(groups, place_);
     method_ = choice.method;
     if (!choice.remark.empty()) plan_.remarks = choice.remark + "\n" + plan_.remarks;
-    for (const RecipeGroup& group : groups) AddGroup(group);
+    for (const RecipeGroup& group : groups)
+        if (energies_)
+            AddEnergies(group);
+        else
+            AddGroup(group);
     ClaimComparison();
     for (const RunResult& result : plan_.results)
         for (const RecipePicture& picture : pictures_) AddPicture(result, picture);
@@ -187,6 +200,8 @@ void Planner::ReadGeneral(const RecipeCase& one) {
     if (plan_.comparison.request.measured.empty()) plan_.remarks = NothingCompared(compare.Exists());
     for (const char* section : {"cluster", "emission", "light", "phases", "thermal", "scattering", "image"})
         recipe.Section(section);
+    energies_ = ReadEnergies(recipe);
+    recipe.Section("energies");
     pictures_ = ReadPictures(recipe);
     recipe.RefuseUnread();
 }
@@ -203,7 +218,7 @@ std::string Planner::NothingCompared(bool hasSettings) const {
 
 void Planner::AddGroup(const RecipeGroup& group) {
     std::vector<RunResult> members;
-    for (const RecipeCase& one : group.cases) members.push_back(AddCase(one));
+    for (const RecipeCase& one : group.cases) members.push_back(AddImages(one, AddCase(one)));
     if (series_ == SeriesResult::kAsymmetry) AddAsymmetry(members);
     if (members.size() > 1 && series_ == SeriesResult::kSum) members = {AddSum(members, group)};
     for (RunResult& result : members) {
@@ -237,6 +252,7 @@ std::string Planner::KeyOf(const RecipeCase& one, const std::string& name, const
 void Planner::AddStep(RunStep step) {
     bool isNew = true;
     for (const std::string& output : step.outputs) isNew = Claim(output, step.key);
+    step.isOneOfMany = areStepsNoted_;
     if (isNew) plan_.steps.push_back(std::move(step));
 }
 
@@ -407,7 +423,8 @@ void Planner::AddLosses(const RecipeCase& one, const std::optional<MeanFreePathR
     plan.choices += settings;
 }
 
-RunResult Planner::AddCase(const RecipeCase& one) {
+/// Adds the steps up to the scattered waves.
+CasePlan Planner::AddCase(const RecipeCase& one) {
     RecipeTable recipe(&one.settings, "recipe");
     CasePlan plan;
     plan.scattering = ReadScatteringSection(recipe.Section("scattering")).request;
@@ -435,15 +452,14 @@ RunResult Planner::AddCase(const RecipeCase& one) {
         AddFile(one, {"scattering", "scatteredwave", ".xml_sf", sections, plan.choices},
                 [=](const std::string& output) { return CalculateScattering(scattering, output); });
     plan.images.information = InformationOf(one.settings, scattering.method);
-    RunResult result = AddImages(one, plan);
-    result.waves = {fs::path(scattering.wavesFile).filename().string()};
-    return result;
+    return plan;
 }
 
 RunResult Planner::AddImages(const RecipeCase& one, const CasePlan& plan) {
     const std::string suffix = SuffixOf(one, kImages);
     RunResult result{suffix.empty() ? "" : suffix.substr(1), "pattern" + suffix + ".xml_img",
                      "i0" + suffix + ".xml_img", KeyOf(one, "images" + plan.choices, kImages)};
+    result.waves = {fs::path(plan.scattering.wavesFile).filename().string()};
     const std::string image = InFolder(result.image);
     const std::string directImage = InFolder(result.directImage);
     AddStep({"images", result.key, {result.image, result.directImage}, [=, request = plan.images] {
@@ -503,6 +519,69 @@ void Planner::AddAsymmetry(const std::vector<RunResult>& members) {
                  DrawPatternPlot(plot);
                  return std::string();
              }});
+}
+
+/// The members of the series at one energy add up; kept apart, each of them has its curves.
+void Planner::AddEnergies(const RecipeGroup& group) {
+    std::vector<std::string> suffixes;
+    std::map<std::string, std::vector<const RecipeCase*>> cases;
+    for (const RecipeCase& one : group.cases) {
+        const std::string suffix = CurvesSuffix(one);
+        if (!cases.contains(suffix)) suffixes.push_back(suffix);
+        cases[suffix].push_back(&one);
+    }
+    for (const std::string& suffix : suffixes) AddEnergyCurves(suffix, cases[suffix], group.scanned);
+}
+
+/// The values that tell the curves of a case from others: not the energy, nor what is summed.
+std::string Planner::CurvesSuffix(const RecipeCase& one) const {
+    std::string suffix;
+    for (const RecipeVariation& variation : one.variations) {
+        const bool isScanned = variation.section + "." + variation.key == plan_.scannedName;
+        const bool isEnergy = variation.section == "emission" && variation.key == energies_->Key();
+        if (isScanned || (series_ == SeriesResult::kApart && !isEnergy)) suffix += "_" + variation.label;
+    }
+    return suffix;
+}
+
+RunStep Planner::EnergyPoint(const RecipeCase& one, const CasePlan& plan) const {
+    const EnergyPointRequest request = {plan.images.emergence, plan.scattering.wavesFile,
+                                        energies_->directions, energies_->innerPotential_eV};
+    const std::string name = "intensity" + SuffixOf(one, kImages) + ".csv";
+    return {"directions",
+            KeyOf(one, "directions " + plan.choices + energies_->settings, kImages),
+            {name},
+            [request, path = InFolder(name)] {
+                CalculateEnergyPoint(request, path);
+                return std::string();
+            }};
+}
+
+/// The cases stand by energy, those of one energy together.
+void Planner::AddEnergyCurves(const std::string& suffix, const std::vector<const RecipeCase*>& cases,
+                              double scanned) {
+    const std::size_t members = cases.size() / energies_->values_eV.size();
+    std::vector<EnergyTables> tables;
+    std::string key = plan_.title + suffix + energies_->background.Text();
+    for (std::size_t i = 0; i < cases.size(); ++i) {
+        areStepsNoted_ = i >= members;
+        const RunStep point = EnergyPoint(*cases[i], AddCase(*cases[i]));
+        areStepsNoted_ = false;
+        if (i % members == 0) tables.emplace_back();
+        tables.back().files.push_back(InFolder(point.outputs.front()));
+        if (energies_->byPhotons) tables.back().photon_eV = energies_->values_eV[i / members];
+        key += point.key;
+        AddStep(point);
+    }
+    EnergyResult result{suffix.empty() ? "" : suffix.substr(1), "energies" + suffix + ".csv", scanned};
+    const std::string picture = "energies" + suffix + ".png";
+    const EnergyCurvesOutput output = {
+        InFolder(result.table), InFolder(picture),
+        result.label.empty() ? plan_.title : plan_.title + ", " + result.label};
+    AddStep({"energies", FingerprintOf(key), {result.table, picture}, [=, model = energies_->background] {
+                 return CollectEnergies(tables, model, output);
+             }});
+    plan_.energyResults.push_back(std::move(result));
 }
 
 /// Several results have pictures of their own, with their labels in the names and titles.

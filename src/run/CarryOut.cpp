@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstddef>
 
 #include "foundation/ZfError.h"
 #include "run/ResultComparison.h"
@@ -15,21 +16,37 @@ namespace qvre {
 
 namespace {
 
-void TellStep(const RunStep& step, const std::string& result, RunLog& log) {
-    log.Line(fmt::format("{:<11} {}  {}", step.name, fmt::join(step.outputs, ", "), result));
+void TellStep(const RunStep& step, const std::string& result, const std::string& remarks, RunLog& log) {
+    const std::string line = fmt::format("{:<11} {}  {}", step.name, fmt::join(step.outputs, ", "), result);
+    if (step.isOneOfMany) {
+        log.Note(line);
+        log.IndentedNote(remarks);
+    } else {
+        log.Line(line);
+        log.Indented(remarks);
+    }
 }
 
-void CarryOutStep(const RunStep& step, ResultFolder& folder, RunLog& log) {
+std::size_t WarningsIn(const std::string& remarks) {
+    std::size_t count = 0;
+    for (std::size_t at = remarks.find("warning:"); at != std::string::npos;
+         at = remarks.find("warning:", at + 1))
+        ++count;
+    return count;
+}
+
+/// Returns the number of warnings that only the log file tells.
+std::size_t CarryOutStep(const RunStep& step, ResultFolder& folder, RunLog& log) {
     if (folder.IsDone(step)) {
-        TellStep(step, "unchanged", log);
-        return;
+        TellStep(step, "unchanged", {}, log);
+        return 0;
     }
     const auto start = std::chrono::steady_clock::now();
     const std::string remarks = step.make();
     folder.Remember(step);
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-    TellStep(step, DurationText(seconds), log);
-    log.Indented(remarks);
+    TellStep(step, DurationText(seconds), remarks, log);
+    return step.isOneOfMany ? WarningsIn(remarks) : 0;
 }
 
 /// Results of other settings stay, for the run that takes them up again, but must not pass for new ones.
@@ -56,10 +73,12 @@ void CarryOut(const RunPlan& plan, bool repeatsAll) {
     log.Note(plan.origin);
     log.Indented(plan.remarks);
     try {
+        std::size_t warnings = 0;
         for (const RunStep& step : plan.steps) {
             InterruptRequest::ThrowIfPending();
-            CarryOutStep(step, folder, log);
+            warnings += CarryOutStep(step, folder, log);
         }
+        if (warnings > 0) log.Line(fmt::format("{} warnings at the other energies: see run.log", warnings));
         CompareResults(plan, folder, log);
     } catch (const ZfError& error) {
         try {

@@ -27,6 +27,11 @@ void RunLog::Indented(const std::string& lines) {
     for (std::string line; std::getline(stream, line);) Line("    " + line);
 }
 
+void RunLog::IndentedNote(const std::string& lines) {
+    std::istringstream stream(lines);
+    for (std::string line; std::getline(stream, line);) Note("    " + line);
+}
+
 void RunLog::Note(const std::string& text) {
     const std::time_t now = std::time(nullptr);
     std::tm local = {};

@@ -15,6 +15,7 @@ public:
     void Line(const std::string& text);       ///< both
     void Indented(const std::string& lines);  ///< both; nothing for an empty text
     void Note(const std::string& text);       ///< the file alone; throws ZfError when it cannot be written
+    void IndentedNote(const std::string& lines);  ///< the same
 
 private:
     struct Closer {

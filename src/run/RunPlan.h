@@ -15,6 +15,7 @@ struct RunStep {
     std::vector<std::string> outputs;  ///< file names in the folder
     /// Leaves its outputs whole or not at all; returns what the user should know, in lines. Throws ZfError.
     std::function<std::string()> make;
+    bool isOneOfMany = false;  ///< like others before: told in the log file alone
 };
 
 /// What a run ends with: a pattern with the image of its direct wave, by file names in the result folder.
@@ -28,6 +29,13 @@ struct RunResult {
     std::string key;                   ///< fingerprint of the images
     double scanned = 0.0;              ///< value of the scanned setting
     std::vector<std::string> waves{};  ///< files of the emitted waves, which tell the energy inside
+};
+
+/// What an energy scan ends with, by file names in the result folder.
+struct EnergyResult {
+    std::string label;     ///< the settings that tell it from the others; empty for a single one
+    std::string table;     ///< of its curves
+    double scanned = 0.0;  ///< value of the scanned setting
 };
 
 struct RunComparison {
@@ -45,6 +53,7 @@ struct RunPlan {
     std::string scannedName;  ///< "thermal.temperature"; empty without a scan
     std::vector<RunStep> steps;
     std::vector<RunResult> results;
+    std::vector<EnergyResult> energyResults;  ///< in place of the results
     RunComparison comparison;
 };
 

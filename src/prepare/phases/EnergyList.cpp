@@ -27,12 +27,19 @@ void AddRange(std::vector<double>& energies, const std::string& text) {
     const double last = StrictNumber(text.substr(second + 1, third - second - 1), "last energy");
     const double step = StrictNumber(text.substr(third + 1), "step of the energy");
     if (!(step > 0.0) || last < first) throw ZfError("\"" + text + "\": the energies have to rise");
-    const double steps = std::floor((last - first) / step + 1e-9);
-    if (steps > kMostSteps) throw ZfError("\"" + text + "\" has too many energies");
-    for (int i = 0; i <= static_cast<int>(steps); ++i) energies.push_back(Decimal(first + i * step));
+    if ((last - first) / step > kMostSteps + 0.5) throw ZfError("\"" + text + "\" has too many energies");
+    const std::vector<double> range = EnergyRange(first, last, step);
+    energies.insert(energies.end(), range.begin(), range.end());
 }
 
 }  // namespace
+
+std::vector<double> EnergyRange(double first, double last, double step) {
+    const double steps = std::floor((last - first) / step + 1e-9);
+    std::vector<double> energies;
+    for (double i = 0.0; i <= steps; ++i) energies.push_back(Decimal(first + i * step));
+    return energies;
+}
 
 std::vector<double> ParseEnergies(const std::vector<std::string>& texts) {
     std::vector<double> energies;
