@@ -171,4 +171,38 @@ void CheckBesideEnergies(const RecipeTable& recipe, const RecipeEnergies& energi
     RefuseImages(recipe);
 }
 
+EnergyCompareSection ReadEnergyCompare(RecipeTable section, const RecipeEnergies& energies,
+                                       const RecipeFolder& place, const std::string& measuredFile) {
+    EnergyCompareSection compare;
+    const std::string file = section.Text("measured", "");
+    EnergyComparisonSettings& settings = compare.settings;
+    settings.background = energies.background;
+    if (section.HasFlag("energy-offset"))
+        settings.findsOffset = section.Flag("energy-offset", false);
+    else
+        settings.offset_eV = section.Number("energy-offset", RecipeUnit::kElectronVolt, 0.0);
+    for (const char* key : {"background", "inner-potential"})
+        if (section.Has(key)) section.Fail(key, "is a key of [energies], for both curves: give it there");
+    for (const std::string& key : section.Keys())
+        if (key != "measured" && key != "energy-offset")
+            section.Fail(key,
+                         "does not compare curves over the energy: with [energies] there are measured and "
+                         "energy-offset");
+    if (measuredFile.empty() && file.empty()) return compare;
+    std::vector<ScanDirection> calculated;
+    for (const PolarDirection& one : energies.directions) calculated.push_back({one.theta_deg, one.phi_deg});
+    const auto load = [&] {
+        compare.measured =
+            LoadMeasuredEnergies(measuredFile.empty() ? place.Path(file) : measuredFile, calculated);
+        if (!energies.byPhotons)
+            CheckEnergyRange(compare.measured, energies.values_eV.front(), energies.values_eV.back(),
+                             settings);
+    };
+    if (measuredFile.empty())
+        section.Made("measured", load);
+    else
+        load();
+    return compare;
+}
+
 }  // namespace qvre

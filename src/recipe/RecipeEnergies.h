@@ -4,8 +4,9 @@
 #include <string>
 #include <vector>
 
+#include "recipe/RecipeInputs.h"
 #include "recipe/RecipeTable.h"
-#include "report/compare/EnergyBackground.h"
+#include "report/compare/EnergyComparison.h"
 #include "run/RunStages.h"
 
 namespace qvre {
@@ -30,5 +31,16 @@ std::optional<RecipeEnergies> ReadEnergies(RecipeTable recipe);
 
 /// Refuses what a recipe with energies leaves out: energies that stand elsewhere, and settings of images.
 void CheckBesideEnergies(const RecipeTable& recipe, const RecipeEnergies& energies);
+
+/// The section [compare] of a recipe with energies.
+struct EnergyCompareSection {
+    std::vector<MeasuredEnergyCurve> measured;  ///< empty: nothing is compared
+    EnergyComparisonSettings settings;
+};
+
+/// `measuredFile`, if there is one, takes the place of the file that the section names. Refuses measured
+/// curves that cannot be compared. Throws ZfError.
+EnergyCompareSection ReadEnergyCompare(RecipeTable section, const RecipeEnergies& energies,
+                                       const RecipeFolder& place, const std::string& measuredFile);
 
 }  // namespace qvre

@@ -155,6 +155,7 @@ private:
     std::string InFolder(const std::string& name) const { return options_.folder + "/" + name; }
     std::string KeyOf(const RecipeCase& one, const std::string& name, const Sections& sections) const;
     void ReadGeneral(const RecipeCase& one);
+    bool ReadComparison(const RecipeTable& section);
     std::string NothingCompared(bool hasSettings) const;
 
     std::string recipePath_;
@@ -195,15 +196,26 @@ void Planner::ReadGeneral(const RecipeCase& one) {
     plan_.title = recipe.Text("title", fs::path(recipePath_).stem().string());
     series_ = recipe.Word("series", SeriesResult::kSum);
     plan_.scannedName = recipe.Section("scan").Text("vary", "");
-    RecipeTable compare = recipe.Section("compare");
-    plan_.comparison = ReadCompareSection(compare, place_, options_.measuredFile);
-    if (plan_.comparison.request.measured.empty()) plan_.remarks = NothingCompared(compare.Exists());
-    for (const char* section : {"cluster", "emission", "light", "phases", "thermal", "scattering", "image"})
-        recipe.Section(section);
     energies_ = ReadEnergies(recipe);
     recipe.Section("energies");
+    const RecipeTable compare = recipe.Section("compare");
+    if (!ReadComparison(compare)) plan_.remarks = NothingCompared(compare.Exists());
+    for (const char* section : {"cluster", "emission", "light", "phases", "thermal", "scattering", "image"})
+        recipe.Section(section);
     pictures_ = ReadPictures(recipe);
     recipe.RefuseUnread();
+}
+
+/// Whether there is anything to compare with.
+bool Planner::ReadComparison(const RecipeTable& section) {
+    if (energies_) {
+        EnergyCompareSection compare = ReadEnergyCompare(section, *energies_, place_, options_.measuredFile);
+        plan_.measuredEnergies = std::move(compare.measured);
+        plan_.energyComparison = compare.settings;
+        return !plan_.measuredEnergies.empty();
+    }
+    plan_.comparison = ReadCompareSection(section, place_, options_.measuredFile);
+    return !plan_.comparison.request.measured.empty();
 }
 
 /// A section or a scan without a measurement does less than its writer may expect.

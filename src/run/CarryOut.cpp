@@ -7,6 +7,7 @@
 #include <cstddef>
 
 #include "foundation/ZfError.h"
+#include "run/EnergyResults.h"
 #include "run/ResultComparison.h"
 #include "run/ResultFolder.h"
 #include "run/RunLog.h"
@@ -80,6 +81,7 @@ void CarryOut(const RunPlan& plan, bool repeatsAll) {
         }
         if (warnings > 0) log.Line(fmt::format("{} warnings at the other energies: see run.log", warnings));
         CompareResults(plan, folder, log);
+        CompareEnergyResults(plan, folder, log);
     } catch (const ZfError& error) {
         try {
             log.Note("stopped: " + error.message);

@@ -2,7 +2,6 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <cmath>
 
 #include "foundation/ReplacedFile.h"
@@ -10,8 +9,8 @@
 #include "foundation/ZfError.h"
 #include "input/EmittedWave.h"
 #include "report/picture/ComparisonOutput.h"
-#include "report/picture/LinePlot.h"
 #include "run/RunProgress.h"
+#include "run/ScanOutput.h"
 
 namespace qvre {
 
@@ -62,31 +61,13 @@ std::string ScanTable(const std::string& name, const std::vector<ComparedResult>
     return text;
 }
 
-void DrawScan(const std::string& name, const std::vector<ComparedResult>& results, const std::string& path) {
-    Curve plain{"R", {}, {}};
-    Curve scaled{"R scaled", {}, {}};
-    for (const ComparedResult& one : results) {
-        plain.x.push_back(one.result->scanned);
-        plain.y.push_back(one.compared.agreement.R);
-        scaled.y.push_back(one.compared.agreement.scaledR);
-    }
-    scaled.x = plain.x;
-    LineAxes axes;
-    axes.xLabel = name;
-    axes.yLabel = "reliability factor R";
-    axes.markers = true;
-    DrawLines({plain, scaled}, axes, path);
-}
-
 void TellScan(const std::string& name, const std::vector<ComparedResult>& results, const ResultFolder& folder,
               RunLog& log) {
     WriteWholeFile(folder.Path("scan.csv"), ScanTable(name, results));
-    DrawScan(name, results, folder.Path("scan.png"));
-    const auto best = std::min_element(results.begin(), results.end(), [](const auto& a, const auto& b) {
-        return a.compared.agreement.R < b.compared.agreement.R;
-    });
-    log.Line(fmt::format("{} = {} has the least R; table scan.csv, plot scan.png", name,
-                         DoubleToText(best->result->scanned)));
+    std::vector<ScannedAgreement> scan;
+    for (const ComparedResult& one : results) scan.push_back({one.result->scanned, one.compared.agreement});
+    DrawScan(name, scan, folder.Path("scan.png"));
+    log.Line(BestOfScan(name, scan));
 }
 
 }  // namespace

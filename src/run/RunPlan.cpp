@@ -10,10 +10,22 @@ std::string RunResult::FileName(const std::string& name) const {
     return file.stem().string() + "_" + label + file.extension().string();
 }
 
+std::string EnergyResult::ComparisonTable() const {
+    return "energy_comparison" + (label.empty() ? "" : "_" + label) + ".csv";
+}
+
+std::string EnergyResult::ComparisonPicture() const {
+    return "energy_comparison" + (label.empty() ? "" : "_" + label) + ".png";
+}
+
 std::vector<std::string> ComparisonOutputs(const RunPlan& plan) {
     std::vector<std::string> names;
-    if (plan.comparison.request.measured.empty()) return names;
+    if (plan.comparison.request.measured.empty() && plan.measuredEnergies.empty()) return names;
     if (!plan.scannedName.empty()) names = {"scan.csv", "scan.png"};
+    for (const EnergyResult& result : plan.energyResults) {
+        names.push_back(result.ComparisonTable());
+        names.push_back(result.ComparisonPicture());
+    }
     if (plan.comparison.difference.empty()) return names;
     for (const RunResult& result : plan.results) names.push_back(result.FileName(plan.comparison.difference));
     return names;

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "report/compare/EnergyComparison.h"
 #include "report/compare/PatternComparison.h"
 
 namespace qvre {
@@ -33,6 +34,9 @@ struct RunResult {
 
 /// What an energy scan ends with, by file names in the result folder.
 struct EnergyResult {
+    std::string ComparisonTable() const;
+    std::string ComparisonPicture() const;
+
     std::string label;     ///< the settings that tell it from the others; empty for a single one
     std::string table;     ///< of its curves
     double scanned = 0.0;  ///< value of the scanned setting
@@ -55,6 +59,8 @@ struct RunPlan {
     std::vector<RunResult> results;
     std::vector<EnergyResult> energyResults;  ///< in place of the results
     RunComparison comparison;
+    std::vector<MeasuredEnergyCurve> measuredEnergies;  ///< that an energy scan is compared with
+    EnergyComparisonSettings energyComparison;
 };
 
 /// What the comparison of a plan writes into the folder: the differences that are asked for, and of a scan
