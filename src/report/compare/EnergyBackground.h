@@ -10,9 +10,9 @@ namespace qvre {
 /// The smooth part B(E) of an intensity as a function of the energy, for chi = (I - B)/B: cross section,
 /// transmission of the analyser, attenuation.
 struct EnergyBackgroundModel {
-    /// Degree in the energy of the polynomial of least squares. None: a smoothing spline, which follows what
-    /// varies more slowly than over the whole range: an oscillation whose period is the range keeps half of
-    /// its size in B, one of a third of that period 1/82.
+    /// Degree in the energy of the polynomial of least squares. None: a smoothing spline f, the curve of the
+    /// least sum (I - f)^2 + (range/2 pi)^4/step integral f''^2. It leaves what oscillates within the range:
+    /// away from the ends, n periods in it keep about 1/(1 + n^4) of their size.
     std::optional<int> degree;
 
     std::string Text() const;  ///< "a polynomial of degree 3"
