@@ -40,6 +40,7 @@ std::vector<double> Values(RecipeTable& section) {
             if (section.Has(key)) section.Fail("values", "give either values, or from, to and step");
     std::vector<double> values =
         isList ? section.Numbers("values", RecipeUnit::kElectronVolt) : Range(section);
+    if (values.empty()) section.Fail("values", "the list is empty");
     const char* key = isList ? "values" : "from";
     for (double& value : values) {
         value = SixDigits(value);
