@@ -64,49 +64,11 @@ PolarBackground::PolarBackground(const BackgroundModel& model, const PolarRings&
                         degree, rings.Count()));
     for (std::size_t i = 0; i < intensity.size(); ++i) mean_[rings.ringOf[i]] += intensity[i];
     for (std::size_t ring = 0; ring < mean_.size(); ++ring) mean_[ring] /= rings.points[ring];
-    if (model.degree) Fit(degree, rings.points);
-}
-
-/// Weighted least squares in polynomials that are orthogonal on the rings (G. E. Forsythe, J. Soc. Ind. Appl.
-/// Math. 5, 74 (1957)): no system of equations, and no loss of digits at high degrees.
-void PolarBackground::Fit(int degree, const std::vector<double>& points) {
-    std::vector<double> last(mean_.size(), 0.0);
-    std::vector<double> p(mean_.size(), 1.0);
-    double lastNorm = 1.0;
-    for (int d = 0; d <= degree; ++d) {
-        double norm = 0.0;
-        double shift = 0.0;
-        double projection = 0.0;
-        for (std::size_t i = 0; i < mean_.size(); ++i) {
-            const double weighted = points[i] * p[i];
-            norm += weighted * p[i];
-            shift += weighted * p[i] * theta_[i];
-            projection += weighted * mean_[i];
-        }
-        const Term term{shift / norm, d == 0 ? 0.0 : norm / lastNorm, projection / norm};
-        terms_.push_back(term);
-        for (std::size_t i = 0; i < mean_.size(); ++i) {
-            const double next = (theta_[i] - term.a) * p[i] - term.b * last[i];
-            last[i] = p[i];
-            p[i] = next;
-        }
-        lastNorm = norm;
-    }
+    if (model.degree) fit_.emplace(degree, theta_, mean_, rings.points);
 }
 
 double PolarBackground::At(double theta) const {
-    if (!terms_.empty()) {
-        double last = 0.0;
-        double p = 1.0;
-        double sum = 0.0;
-        for (const Term& term : terms_) {
-            sum += term.coefficient * p;
-            const double next = (theta - term.a) * p - term.b * last;
-            last = p;
-            p = next;
-        }
-        return sum;
-    }
+    if (fit_) return fit_->At(theta);
     const auto upper =
         static_cast<std::size_t>(std::lower_bound(theta_.begin(), theta_.end(), theta) - theta_.begin());
     if (upper == 0) return mean_.front();

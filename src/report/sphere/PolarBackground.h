@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "report/sphere/PolynomialFit.h"
+
 namespace qvre {
 
 /// How the smooth background B(theta) is found from the means over the azimuth of each polar ring.
@@ -47,18 +49,9 @@ public:
     double Modulation(double theta, double intensity) const;
 
 private:
-    /// Polynomials orthogonal on the rings, by their three-term recurrence p' = (theta - a) p - b p".
-    struct Term {
-        double a = 0.0;
-        double b = 0.0;
-        double coefficient = 0.0;
-    };
-
-    void Fit(int degree, const std::vector<double>& points);
-
     std::vector<double> theta_;  // of the rings
     std::vector<double> mean_;
-    std::vector<Term> terms_;  // of the polynomial; empty: lines
+    std::optional<PolynomialFit> fit_;  // none: lines
 };
 
 }  // namespace qvre
