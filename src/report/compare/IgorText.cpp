@@ -268,6 +268,11 @@ MeasuredTable ListTable(const std::vector<Wave>& waves) {
             for (double& value : values[q]) value = Degrees(value);
         table.columns.push_back(Described(*lists[q], quantity));
     }
+    for (const Wave& wave : waves) {
+        if (std::find(lists.begin(), lists.end(), &wave) != lists.end()) continue;
+        table.skipped.push_back("wave \"" + wave.name + "\"");
+        table.columns.push_back(table.skipped.back() + ": skipped");
+    }
     const bool hasPlace = has[kTheta] || has[kPhi] || has[kAngle] || has[kEnergy];
     if (!hasPlace && measured->x) {
         const bool energy = measured->x->unit.find("ev") != std::string::npos;

@@ -276,13 +276,26 @@ std::optional<Numbers> PolarScan(const std::vector<Ring>& rings) {
     return angles;
 }
 
+/// Whether most points lie on rings of even steps, and not on the lattice of a picture or anywhere.
+bool AreEven(const std::vector<Ring>& rings, std::size_t directions) {
+    if (rings.size() > 1 && directions < 3 * rings.size()) return false;
+    std::size_t even = 0;
+    std::size_t all = 0;
+    for (const Ring& ring : rings)
+        for (const double step : Steps(ring.phi)) {
+            ++all;
+            if (std::abs(step - ring.step) < 0.05 * ring.step) ++even;
+        }
+    return 4 * even >= 3 * all;
+}
+
 std::string Arrangement(const std::vector<Ring>& rings, std::size_t directions) {
     Numbers polar;
     for (const Ring& ring : rings) polar.push_back(ring.theta);
     if (rings.size() == 1)
         return fmt::format("  an azimuthal scan at polar angle {} degrees\n", Number(polar[0]));
-    if (directions < 3 * rings.size())
-        return fmt::format("  {} directions in no rings, polar angles {} to {} degrees\n", directions,
+    if (!AreEven(rings, directions))
+        return fmt::format("  {} directions, not on even rings, polar angles {} to {} degrees\n", directions,
                            Number(polar.front()), Number(polar.back()));
     return fmt::format("  {} rings, polar angles {}\n", rings.size(), Progression(polar, "degrees"));
 }
@@ -302,10 +315,11 @@ std::string Directions(const MeasuredPattern& pattern) {
         return text + fmt::format("  a polar scan at azimuth {} degrees: {}\n",
                                   Number(rings.back().phi.front()), Progression(*scan, "degrees"));
     const Sector sector = SectorOf(rings);
-    text += Arrangement(rings, directions) + Azimuths(rings, sector);
+    text += Arrangement(rings, directions);
+    if (!AreEven(rings, directions)) return text;
+    text += Azimuths(rings, sector);
     const std::vector<std::string> gaps = Gaps(rings, sector);
-    if (!gaps.empty() && directions >= 3 * rings.size())
-        text += fmt::format("  gaps in azimuth: {}\n", gaps.size()) + Listed(gaps);
+    if (!gaps.empty()) text += fmt::format("  gaps in azimuth: {}\n", gaps.size()) + Listed(gaps);
     return text + Symmetry(rings, points);
 }
 

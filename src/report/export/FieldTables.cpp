@@ -21,7 +21,8 @@ double KineticEnergy(const ImageTable& table) {
     std::vector<double> energies;
     for (const RunSetting& setting : table.settings)
         if (const auto* numbers = std::get_if<std::vector<double>>(&setting.value);
-            numbers != nullptr && setting.name == "kinetic_energies")
+            numbers != nullptr &&
+            (setting.name == "kinetic_energies" || setting.name == "emitted_wave_energies"))
             energies.insert(energies.end(), numbers->begin(), numbers->end());
     std::sort(energies.begin(), energies.end());
     energies.erase(std::unique(energies.begin(), energies.end()), energies.end());

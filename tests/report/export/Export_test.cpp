@@ -122,6 +122,11 @@ TEST_F(Export, FieldTablesReadBack) {
                             At(linear, points.theta[i] * kDegree, points.phi[i] * kDegree), 1e-6);
         }
     ExportRequest request = Request(SphereMap::kAzimuthalEquidistant, "p.etpi");
+    request.i0.clear();
+    request.runFiles = {QVRE_EXAMPLES "/cu001_small/emitter.xml_emt"};
+    ExportImage(request);
+    EXPECT_EQ(LoadMeasuredPattern(request.output).energy.at(0), 560.0);
+    request = Request(SphereMap::kAzimuthalEquidistant, "p.etpi");
     const auto error = [&] { return ErrorText([&] { ExportImage(request); }); };
     EXPECT_EQ(error(), "The columns of .etpi hold the intensity alone: for chi write .csv or .itx");
     request.i0.clear();
