@@ -109,8 +109,8 @@ gemmi::SmallStructure SmallStructureOf(gemmi::cif::Block& block) {
     gemmi::cif::Table atoms =
         block.find("_atom_site.", {"type_symbol", "Cartn_x", "Cartn_y", "Cartn_z", "?id", "?occupancy",
                                    "?B_iso_or_equiv", "?label_alt_id", "?pdbx_PDB_model_num"});
-    const auto number = [](const gemmi::cif::Table::Row& row, int column, double fallback) {
-        return row.has2(static_cast<std::size_t>(column)) ? gemmi::cif::as_number(row[column]) : fallback;
+    const auto number = [](const gemmi::cif::Table::Row& row, std::size_t column, double fallback) {
+        return row.has2(column) ? gemmi::cif::as_number(row[column]) : fallback;
     };
     std::string model;
     for (const gemmi::cif::Table::Row row : atoms) {
