@@ -82,12 +82,14 @@ private:
                    const Take& take) const {
         std::vector<double> scratch;
         std::vector<std::vector<FarField::Amplitudes>> fields(batches_.size());
-        for (std::size_t b = 0; b < batches_.size(); ++b) batches_[b].Calculate(all, task, scratch, fields[b]);
+        for (std::size_t b = 0; b < batches_.size(); ++b)
+            batches_[b].Calculate(all, task, scratch, fields[b]);
         WaveAmplitudes waves(lists_.size());
         const std::size_t first = all.FirstDirection(task);
         for (std::size_t i = first; i < all.EndDirection(task); ++i) {
             for (std::size_t w = 0; w < lists_.size(); ++w) {
-                const FarField::Amplitudes& field = fields[w / FarField::kMostWaves][w % FarField::kMostWaves];
+                const FarField::Amplitudes& field =
+                    fields[w / FarField::kMostWaves][w % FarField::kMostWaves];
                 waves.direct[w] = field.direct[i - first];
                 waves.total[w] = field.direct[i - first] + field.scattered[i - first];
             }
@@ -191,8 +193,8 @@ void CheckEmitters(const CountingRequest& request, Records records) {
     for (const ZfScatteringRecord& record : records)
         structures = std::max(structures, static_cast<std::size_t>(std::max(record.StIndex, 0)) + 1);
     if (request.emitters.size() != structures)
-        throw ZfError(fmt::format("There are {} structures, but emitters of {}", structures,
-                                  request.emitters.size()));
+        throw ZfError(
+            fmt::format("There are {} structures, but emitters of {}", structures, request.emitters.size()));
 }
 
 /// Carries the first exception out of a parallel loop.
@@ -239,7 +241,8 @@ CountedIntensity CountIntensity(const ZfScatteringData& data, const FarFieldDire
         const StructureFarField field(ListsOf(own, request), escape);
         const auto tasks = static_cast<std::int64_t>(directions.tasks.size());
         LoopFailure failure;
-#pragma omp parallel for schedule(dynamic) if (field.SourceCount() * directions.directions.size() > kWorthThreads)
+#pragma omp parallel for schedule(dynamic) if (field.SourceCount() * directions.directions.size() > \
+                                               kWorthThreads)
         for (std::int64_t t = 0; t < tasks; ++t) {
             if (notifier.IsTerminated()) continue;
             const auto add = [&](const FarFieldDirections::Direction& u, const WaveAmplitudes& at) {

@@ -38,6 +38,7 @@ struct CountedIntensity {
 /// model has been applied to the records. `progress` runs from 0 to 1. The same for any number of threads.
 /// Throws ZfError when the records are not those of the request.
 CountedIntensity CountIntensity(const ZfScatteringData& data, const FarFieldDirections& directions,
-                                const CountingRequest& request, ZfNotifyTerminate& notifier, double& progress);
+                                const CountingRequest& request, ZfNotifyTerminate& notifier,
+                                double& progress);
 
 }  // namespace qvre

@@ -12,12 +12,13 @@ namespace qvre {
 /// In which axes the vectors of the light are given, that is, who stands still with it.
 enum class LightFrame : std::uint8_t {
     kSample,   ///< x, y, z of the sample: the light stays with it, and the analyser moves
-    kAnalyser  ///< theta-hat, phi-hat and k-hat of each direction: source and analyser stand, the sample turns
+    kAnalyser  ///< theta-hat, phi-hat and k-hat of each direction: source and analyser stand, the sample
+               ///< turns
 };
 
 template <>
-inline constexpr auto kWords<LightFrame> = std::to_array<Word<LightFrame>>(
-    {{"sample", LightFrame::kSample}, {"analyser", LightFrame::kAnalyser}});
+inline constexpr auto kWords<LightFrame> =
+    std::to_array<Word<LightFrame>>({{"sample", LightFrame::kSample}, {"analyser", LightFrame::kAnalyser}});
 
 struct Light {
     std::vector<LightVector> parts;  ///< incoherent

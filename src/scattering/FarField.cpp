@@ -120,8 +120,7 @@ FarFieldSources PackEmitters(std::span<const ZfVectorFreeElectron> waves, const 
     return sources;
 }
 
-FarFieldSources PackScatterers(std::span<const ZfVectorFreeElectron> waves,
-                               const SurfaceEscape& escape) {
+FarFieldSources PackScatterers(std::span<const ZfVectorFreeElectron> waves, const SurfaceEscape& escape) {
     std::int32_t L = 0;
     for (const ZfVectorFreeElectron& wave : waves)
         for (const ZfFreeElectron& electron : std::span(wave.electrons).subspan(1))
@@ -196,9 +195,7 @@ bool FarField::CanShare(const ZfVectorFreeElectron& a, const ZfVectorFreeElectro
 }
 
 FarField::FarField(std::span<const ZfVectorFreeElectron> waves, const SurfaceEscape& escape)
-    : waves_(waves.size()),
-      direct_(PackEmitters(waves, escape)),
-      scattered_(PackScatterers(waves, escape)) {}
+    : waves_(waves.size()), direct_(PackEmitters(waves, escape)), scattered_(PackScatterers(waves, escape)) {}
 
 void FarField::Calculate(const FarFieldDirections& all, const FarFieldDirections::Task& task,
                          std::vector<double>& scratch, std::vector<Amplitudes>& result) const {

@@ -150,7 +150,8 @@ TEST(RecipeRequests, Emission) {
                       {"core", WordFor(r.emission.core)}};
     };
     ExpectFields(read, "level = \"2p3/2\"\nkinetic = \"0.5 keV\"\n",
-                 "binding none; core self-consistent; fermi 10; isotropic no; kinetic 500; level 2p3/2; light (0,0,1); photon 0; "
+                 "binding none; core self-consistent; fermi 10; isotropic no; kinetic 500; level 2p3/2; "
+                 "light (0,0,1); photon 0; "
                  "weight 1; ",
                  {{"weight = 2.5", "weight 2.5; "},
                   {"core = \"analytical\"", "core analytical; "},
@@ -161,7 +162,8 @@ TEST(RecipeRequests, Emission) {
                   {"circular = \"right\"\nalong = [0, 0, 1]", "light (0.707107,-0.707107i,0); "}});
     const std::string level = "level = \"2p\"\n";
     const std::string photon =
-        "binding none; core self-consistent; fermi 10; isotropic no; kinetic 0; level 2p; light (0,0,1); photon ";
+        "binding none; core self-consistent; fermi 10; isotropic no; kinetic 0; level 2p; light (0,0,1); "
+        "photon ";
     ExpectFields(read, level + "photon = \"Al\"\n", photon + "1486.6; weight 1; ",
                  {{"fermi = 7.5", "fermi 7.5; "}});
     ExpectFields(read, level + "photon = \"Mg\"\n", photon + "1253.6; weight 1; ", {});

@@ -20,8 +20,8 @@ SolidDensity DensityOfCrystal(const CrystalCell& cell, const ZfDebye& weights,
                               const ValenceElectrons& valence);
 
 /// The density of a cluster, by the Voronoi cells of its species, each weighted by the number of its atoms.
-/// Species without a closed cell, such as adsorbed atoms, do not count. Throws ZfError when they are more than
-/// a quarter of the atoms, and for elements without weight or number of valence electrons.
+/// Species without a closed cell, such as adsorbed atoms, do not count. Throws ZfError when they are more
+/// than a quarter of the atoms, and for elements without weight or number of valence electrons.
 SolidDensity DensityOfCluster(const Cluster& cluster, const ZfDebye& weights,
                               const ValenceElectrons& valence);
 
