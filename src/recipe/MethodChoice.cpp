@@ -103,10 +103,9 @@ WavesSize CostReader::WavesOf(RecipeTable section, const ClusterFacts& facts) co
         return size;
     }
     const WavesRequest request = ReadWavesRequest(section, facts);
-    if (request.isotropic) return {1.0, request.energy.kinetic_eV, false};
-    const ScreenedAtom atom = ScreeningTable(ProgramFile("screening_dhfs.csv")).Find(facts.emitter);
-    const CoreLevel& level = request.emission.level;
-    return {level.l == 0 ? 3.0 : 4.0 * level.l + 2.0, KineticEnergyOf(request.energy, atom, level), false};
+    if (request.isotropic) return {1.0, KineticEnergyOf(request, facts), false};
+    const int l = request.emission.level.l;
+    return {l == 0 ? 3.0 : 4.0 * l + 2.0, KineticEnergyOf(request, facts), false};
 }
 
 double CostReader::LSizeOf(RecipeTable section, const KnownCluster& cluster, const WavesSize& waves) const {

@@ -81,6 +81,12 @@ void RefuseLight(RecipeTable recipe, const std::string& source) {
     if (section.Exists()) section.Fail("", source + " is emitted without light: leave the section out");
 }
 
+double KineticEnergyOf(const WavesRequest& request, const ClusterFacts& cluster) {
+    if (request.isotropic) return request.energy.kinetic_eV;
+    const ScreenedAtom atom = ScreeningTable(ProgramFile("screening_dhfs.csv")).Find(cluster.emitter);
+    return KineticEnergyOf(request.energy, atom, request.emission.level);
+}
+
 WavesRequest ReadWavesRequest(RecipeTable section, const ClusterFacts& cluster) {
     WavesRequest request;
     EmissionRequest& emission = request.emission;

@@ -12,6 +12,7 @@
 #include "prepare/cluster/ClusterMaking.h"
 #include "prepare/cluster/CrystalSources.h"
 #include "prepare/cluster/EmitterSites.h"
+#include "prepare/cluster/Terminations.h"
 #include "prepare/emission/EmitterField.h"
 #include "prepare/thermal/AtomicWeights.h"
 #include "prepare/thermal/Elements.h"
@@ -59,12 +60,13 @@ std::string TerminationName(RecipeTable& section) {
 /// All emitters below a termination, in place of those of a layer, whose surface the emitter itself chooses.
 void ReadTermination(RecipeTable& section, ClusterRequest& request) {
     request.layerTolerance_angstrom = section.Number("layer-tolerance", RecipeUnit::kAngstrom);
+    section.Made("layer-tolerance", [&] { CheckLayerTolerance(request); });
     const std::optional<std::string> emitters = section.Text("emitters");
     if (emitters && *emitters != "all")
         section.Fail("emitters", "can only be \"all\"; the element that emits is named by emitter");
     request.allEmitters = emitters.has_value();
     request.termination = TerminationName(section);
-    request.depth_angstrom = section.Number("depth", RecipeUnit::kAngstrom, 0.0);
+    request.depth_angstrom = section.NotNegative("depth", RecipeUnit::kAngstrom, 0.0);
     if (request.allEmitters) {
         if (!section.Has("depth"))
             section.Fail("emitters",
@@ -131,6 +133,9 @@ ClusterRequest ReadClusterRequest(RecipeTable section, const RecipeFolder& place
     if (!surface.empty()) request.surface = {surface[0], surface[1], surface[2]};
     request.azimuth_deg = section.Number("azimuth", RecipeUnit::kDegree, request.azimuth_deg);
     if (section.Has("domains")) request.domains_deg = section.Numbers("domains", RecipeUnit::kDegree);
+    for (auto turn = request.domains_deg.begin(); turn != request.domains_deg.end(); ++turn)
+        if (std::find(request.domains_deg.begin(), turn, *turn) != turn)
+            section.Fail("domains", fmt::format("{:g} stands twice in the list", *turn));
     request.emitter = section.Text("emitter", "");
     request.sites = Integers(section, "sites");
     if (section.Has("emitter-layer")) request.layers = Integers(section, "emitter-layer");

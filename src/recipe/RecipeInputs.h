@@ -51,6 +51,8 @@ Document LoadReady(const RecipeTable& section, const std::string& path,
 
 ClusterRequest ReadClusterRequest(RecipeTable section, const RecipeFolder& place);
 WavesRequest ReadWavesRequest(RecipeTable section, const ClusterFacts& cluster);
+/// Inside, eV.
+double KineticEnergyOf(const WavesRequest& request, const ClusterFacts& cluster);
 PhaseShiftRequest ReadPhaseShiftRequest(RecipeTable section, const ClusterFacts& cluster);
 
 /// The keys of the emission that tell the light: on them the scattering does not depend.

@@ -1,5 +1,7 @@
 #include "recipe/RecipePictures.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <cstdint>
 #include <filesystem>
@@ -36,7 +38,10 @@ RecipePicture ReadPicture(RecipeTable& section) {
     plot.rings = section.Number("rings", RecipeUnit::kDegree, plot.rings);
     plot.width = section.NotNegative("width", RecipeUnit::kNone, plot.width);
     section.RefuseUnread();
-    section.Made("file", [&] { CheckPatternPlot(plot); });
+    PatternPlot complete = plot;  // the energy comes with the waves
+    if (plot.instrument.innerPotential && plot.instrument.energy == 0.0)
+        complete.instrument.energy = *plot.instrument.innerPotential + 1.0;
+    section.Made("file", [&] { CheckPatternPlot(complete); });
     picture.settings = section.Content();
     return picture;
 }
@@ -59,6 +64,13 @@ std::optional<BackgroundModel> ReadBackgroundModel(RecipeTable& section) {
     return section.Made("background", [&] { return ParseBackgroundModel(text); });
 }
 
+void CheckRefraction(const RecipeTable& section, const Instrument& instrument, double energy_eV) {
+    if (energy_eV > 0.0 && instrument.innerPotential && *instrument.innerPotential >= energy_eV)
+        section.Fail("inner-potential",
+                     fmt::format("{:g} eV are not below the kinetic energy inside, {:g} eV",
+                                 *instrument.innerPotential, energy_eV));
+}
+
 Instrument ReadInstrument(RecipeTable& section) {
     Instrument instrument;
     const std::int64_t fold = section.Integer("fold").value_or(instrument.fold);
@@ -69,6 +81,11 @@ Instrument ReadInstrument(RecipeTable& section) {
     if (instrument.acceptance > 45.0) section.Fail("acceptance", "has to be 45 degrees or less");
     instrument.innerPotential = section.Number("inner-potential", RecipeUnit::kElectronVolt);
     instrument.energy = section.NotNegative("energy", RecipeUnit::kElectronVolt, instrument.energy);
+    if (instrument.innerPotential && *instrument.innerPotential < 0.0)
+        section.Fail("inner-potential", "has to be 0 or more");
+    if (instrument.energy != 0.0 && !instrument.innerPotential)
+        section.Fail("energy", "is used for refraction only: give inner-potential too");
+    CheckRefraction(section, instrument, instrument.energy);
     return instrument;
 }
 

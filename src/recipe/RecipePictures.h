@@ -31,7 +31,11 @@ void CheckResultName(const RecipeTable& section, const std::string& key, const s
 std::optional<BackgroundModel> ReadBackgroundModel(RecipeTable& section);
 
 /// The keys "fold", "mirror", "acceptance", "inner-potential" and "energy". Throws ZfError.
-Instrument ReadInstrument(RecipeTable& section);
+Instrument ReadInstrument(RecipeTable& section);  // the energy may be left to the waves
+
+/// Fails at the key of an inner potential that leaves an electron of the kinetic energy inside no way out; an
+/// energy of 0 is not known yet.
+void CheckRefraction(const RecipeTable& section, const Instrument& instrument, double energy_eV);
 
 /// The [[picture]] tables of a recipe; without any, one of the modulation, "pattern.png", but none in a scan.
 /// Throws ZfError, also for two of the same name.

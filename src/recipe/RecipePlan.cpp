@@ -71,7 +71,8 @@ struct CasePlan {
     ImageRequest images;
     std::optional<CrystalCell> crystal;  ///< of a cluster that is made
     double fermi_eV = PhotoelectronEnergy().fermi_eV;
-    std::string choices;  ///< on which the scattering depends beside the settings of its sections
+    double kinetic_eV = 0.0;  ///< of the waves; 0: several
+    std::string choices;      ///< on which the scattering depends beside the settings of its sections
 };
 
 /// One of the files of a calculation.
@@ -152,6 +153,7 @@ private:
     void AddStep(RunStep step);
     bool Claim(const std::string& output, const std::string& key);
     void ClaimComparison();
+    void CheckRefraction(const RecipeCase& one) const;
     std::string InFolder(const std::string& name) const { return options_.folder + "/" + name; }
     std::string KeyOf(const RecipeCase& one, const std::string& name, const Sections& sections) const;
     void ReadGeneral(const RecipeCase& one);
@@ -186,6 +188,7 @@ RunPlan Planner::Plan() {
         else
             AddGroup(group);
     ClaimComparison();
+    CheckRefraction(groups.front().cases.front());
     for (const RunResult& result : plan_.results)
         for (const RecipePicture& picture : pictures_) AddPicture(result, picture);
     return std::move(plan_);
@@ -283,6 +286,19 @@ void Planner::ClaimComparison() {
     for (const std::string& name : ComparisonOutputs(plan_)) Claim(name, "comparison " + name);
 }
 
+/// Refraction needs one energy, and an inner potential below it.
+void Planner::CheckRefraction(const RecipeCase& one) const {
+    const Instrument& instrument = plan_.comparison.request.instrument;
+    if (!instrument.innerPotential || instrument.energy > 0.0) return;
+    const RecipeTable section = RecipeTable(&one.settings, "recipe").Section("compare");
+    for (const RunResult& result : plan_.results) {
+        if (result.kinetic_eV == 0.0)
+            section.Fail("inner-potential",
+                         "refracts one energy, and the calculation has several: give energy");
+        qvre::CheckRefraction(section, instrument, result.kinetic_eV);
+    }
+}
+
 /// Adds the step that makes one file of a case and returns the file's path.
 std::string Planner::AddFile(const RecipeCase& one, const FileKind& kind, const FileMaker& maker) {
     const std::string name = kind.stem + SuffixOf(one, kind.sections) + kind.extension;
@@ -306,6 +322,17 @@ void Planner::AddClusterFiles(const RecipeCase& one, const std::string& extensio
              [maker, path = InFolder(cluster), emittersPath = InFolder(emitters)] {
                  return maker(path, emittersPath);
              }});
+}
+
+/// The part by which energies may differ for one refraction to serve them.
+constexpr double kRefractedAlike = 0.01;
+
+/// Of ready waves; 0 if they have several.
+double CommonEnergy(const std::vector<EmittedWave>& waves) {
+    const auto differs = [&](const EmittedWave& wave) {
+        return !(std::abs(wave.Ek - waves.front().Ek) <= kRefractedAlike * waves.front().Ek);
+    };
+    return waves.empty() || std::any_of(waves.begin(), waves.end(), differs) ? 0.0 : waves.front().Ek;
 }
 
 ClusterFacts Planner::AddCluster(const RecipeCase& one, CasePlan& plan) {
@@ -340,10 +367,13 @@ void Planner::AddWaves(const RecipeCase& one, const PhaseShiftRequest& crystal, 
     if (const auto ready = ReadReadyFile(section, place_)) {
         LoadReady<std::vector<EmittedWave>>(section, *ready, ZfLoadEmittedWave);
         RefuseLight(recipe, "a ready file of waves");
+        plan.kinetic_eV =
+            CommonEnergy(LoadReady<std::vector<EmittedWave>>(section, *ready, ZfLoadEmittedWave));
         plan.scattering.wavesFile = AddFile(one, kind, Copy(*ready));
         return;
     }
     const WavesRequest request = ReadWavesRequest(section, facts);
+    plan.kinetic_eV = KineticEnergyOf(request, facts);
     if (!request.isotropic) {
         plan.images.emergence.light = {request.light, ReadLightFrame(recipe)};
         plan.fermi_eV = request.energy.fermi_eV;
@@ -471,7 +501,7 @@ RunResult Planner::AddImages(const RecipeCase& one, const CasePlan& plan) {
     const std::string suffix = SuffixOf(one, kImages);
     RunResult result{suffix.empty() ? "" : suffix.substr(1), "pattern" + suffix + ".xml_img",
                      "i0" + suffix + ".xml_img", KeyOf(one, "images" + plan.choices, kImages)};
-    result.waves = {fs::path(plan.scattering.wavesFile).filename().string()};
+    result.kinetic_eV = plan.kinetic_eV;
     const std::string image = InFolder(result.image);
     const std::string directImage = InFolder(result.directImage);
     AddStep({"images", result.key, {result.image, result.directImage}, [=, request = plan.images] {
@@ -490,10 +520,14 @@ RunResult Planner::AddSum(const std::vector<RunResult>& members, const RecipeGro
 
     RunResult sum{suffix.empty() ? "" : suffix.substr(1), "pattern" + suffix + "_sum.xml_img",
                   "i0" + suffix + "_sum.xml_img", FingerprintOf(key)};
+    const double kinetic_eV = members.front().kinetic_eV;
+    const auto hasOther = [=](const RunResult& member) {
+        return !(std::abs(member.kinetic_eV - kinetic_eV) <= kRefractedAlike * kinetic_eV);
+    };
+    sum.kinetic_eV = std::any_of(members.begin(), members.end(), hasOther) ? 0.0 : kinetic_eV;
     std::vector<WeightedImage> images;
     std::vector<WeightedImage> directImages;
     for (const RunResult& member : members) {
-        sum.waves.insert(sum.waves.end(), member.waves.begin(), member.waves.end());
         images.push_back({InFolder(member.image)});
         directImages.push_back({InFolder(member.directImage)});
     }
@@ -600,6 +634,17 @@ void Planner::AddEnergyCurves(const std::string& suffix, const std::vector<const
 void Planner::AddPicture(const RunResult& result, const RecipePicture& picture) {
     const std::string name = result.FileName(picture.plot.output);
     PatternPlot plot = PlotOf(picture, InFolder(result.image), InFolder(result.directImage), InFolder(name));
+    Instrument& instrument = plot.instrument;
+    if (instrument.innerPotential && instrument.energy == 0.0) {
+        instrument.energy = result.kinetic_eV;
+        if (!(*instrument.innerPotential < instrument.energy))
+            throw ZfError(
+                fmt::format("{}: [[picture]] {}: inner-potential has to be below the kinetic energy "
+                            "inside, {}",
+                            recipePath_, picture.plot.output,
+                            instrument.energy > 0.0 ? fmt::format("{:g} eV", instrument.energy)
+                                                    : "and there are several: give energy"));
+    }
     if (plot.title.empty()) plot.title = plan_.title;
     if (!result.label.empty()) plot.title += ", " + result.label;
     AddStep({"picture", FingerprintOf(result.key + picture.settings + plot.title), {name}, [=] {

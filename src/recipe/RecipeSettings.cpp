@@ -34,10 +34,13 @@ void ReadSetting(RecipeTable& section, CompareRequest& request) {
     if (searched.rotation && section.Has("rotation"))
         section.Fail("rotation", "is given and, with rotate, looked for: leave one of them out");
     setting.rotation = section.Number("rotation", RecipeUnit::kDegree, setting.rotation);
+    if (!(std::abs(setting.rotation) <= 360.0))
+        section.Fail("rotation", "has to lie between -360 and 360 degrees");
     if (section.HasFlag("theta-offset"))
         searched.thetaOffset = section.Flag("theta-offset", false);
     else
         setting.thetaOffset = section.Number("theta-offset", RecipeUnit::kDegree, setting.thetaOffset);
+    section.Made("theta-offset", [&] { CheckSetting(setting); });
     if (section.HasFlag("tilt")) {
         searched.tilt = section.Flag("tilt", false);
     } else if (section.Has("tilt")) {
@@ -47,17 +50,8 @@ void ReadSetting(RecipeTable& section, CompareRequest& request) {
                          "has to be true, or a list of the tilt and the azimuth towards which it leans");
         setting.tilt = tilt[0];
         setting.tiltAzimuth = tilt[1];
+        section.Made("tilt", [&] { CheckSetting(setting); });
     }
-}
-
-/// The energy may be left to the waves of the calculation.
-Instrument ReadInstrumentOfComparison(RecipeTable& section) {
-    Instrument instrument = ReadInstrument(section);
-    if (instrument.innerPotential && *instrument.innerPotential < 0.0)
-        section.Fail("inner-potential", "has to be 0 or more");
-    if (instrument.energy != 0.0 && !instrument.innerPotential)
-        section.Fail("energy", "is used for refraction only: give inner-potential too");
-    return instrument;
 }
 
 std::string ReadDifference(RecipeTable& section) {
@@ -120,7 +114,7 @@ RunComparison ReadCompareSection(RecipeTable section, const RecipeFolder& place,
     ReadPolarRange(section, request);
     request.background = ReadBackgroundModel(section);
     ReadSetting(section, request);
-    request.instrument = ReadInstrumentOfComparison(section);
+    request.instrument = ReadInstrument(section);
     request.sigma = section.Word("sigma", request.sigma);
     comparison.difference = ReadDifference(section);
     section.RefuseUnread();

@@ -252,7 +252,9 @@ bool RecipeTable::Flag(const std::string& key, bool fallback) {
 RecipeTable RecipeTable::Section(const std::string& key) {
     const toml::node* node = Find(key);
     if (node && !node->is_table()) Fail(key, "has to be a table");
-    return {node ? node->as_table() : nullptr, "[" + key + "]"};
+    const bool isNested = place_.starts_with('[') && place_.ends_with(']');
+    const std::string outer = isNested ? place_.substr(1, place_.size() - 2) + "." : "";
+    return {node ? node->as_table() : nullptr, "[" + outer + key + "]"};
 }
 
 std::vector<RecipeTable> RecipeTable::Sections(const std::string& key) {

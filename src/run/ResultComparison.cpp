@@ -29,23 +29,6 @@ std::string ResultLine(const ComparedResult& one, const CompareRequest& request)
                        a.correlation, one.compared.setting.rotation, setting.empty() ? "" : "  ", setting);
 }
 
-/// The kinetic energy inside, from the waves that the result was calculated with.
-double EnergyOf(const RunResult& result, const ResultFolder& folder) {
-    double energy = 0.0;
-    for (const std::string& file : result.waves) {
-        std::vector<EmittedWave> waves;
-        ZfLoadEmittedWave(waves, folder.Path(file));
-        for (const EmittedWave& wave : waves) {
-            if (energy == 0.0) energy = wave.Ek;
-            // Energies this near are refracted alike.
-            if (std::abs(wave.Ek - energy) > 0.01 * energy)
-                throw ZfError(
-                    "The calculation has several energies, and refraction needs one: give [compare] energy");
-        }
-    }
-    return energy;
-}
-
 std::string ScanTable(const std::string& name, const std::vector<ComparedResult>& results) {
     std::string text =
         name +
@@ -83,7 +66,7 @@ void CompareResults(const RunPlan& plan, ResultFolder& folder, RunLog& log) {
         request.second.image = folder.Path(result.image);
         // The measured points have no I0: the same background is taken from both then.
         if (!request.background) request.second.i0 = folder.Path(result.directImage);
-        if (isEnergyOpen) request.instrument.energy = EnergyOf(result, folder);
+        if (isEnergyOpen) request.instrument.energy = result.kinetic_eV;
         results.push_back({&result, ComparePatterns(request)});
         log.Line(ResultLine(results.back(), request));
         log.Indented(ComparisonRemarks(request, results.back().compared));

@@ -29,7 +29,7 @@ struct RunResult {
     std::string directImage;
     std::string key;                   ///< fingerprint of the images
     double scanned = 0.0;              ///< value of the scanned setting
-    std::vector<std::string> waves{};  ///< files of the emitted waves, which tell the energy inside
+    double kinetic_eV = 0.0;  ///< inside; 0: several
 };
 
 /// What an energy scan ends with, by file names in the result folder.

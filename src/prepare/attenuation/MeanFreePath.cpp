@@ -17,9 +17,12 @@ constexpr double kMeaningless_eV =
 }  // namespace
 
 void CheckMeanFreePath(const MeanFreePathRequest& request) {
-    if (request.length_angstrom && !(*request.length_angstrom > 0.0 && *request.length_angstrom < 1e9))
-        throw ZfError(fmt::format("The mean free path has to lie above 0 angstrom, not {:g}",
-                                  *request.length_angstrom));
+    constexpr double kShortest_angstrom = 0.5;
+    constexpr double kLongest_angstrom = 1e5;
+    if (request.length_angstrom &&
+        !(*request.length_angstrom >= kShortest_angstrom && *request.length_angstrom <= kLongest_angstrom))
+        throw ZfError(fmt::format("The mean free path has to lie between {:g} and {:g} angstrom, not {:g}",
+                                  kShortest_angstrom, kLongest_angstrom, *request.length_angstrom));
     if (!(request.gap_eV >= 0.0 && request.gap_eV <= kLargestGap_eV))
         throw ZfError(fmt::format("The band gap has to lie between 0 and {:g} eV, not {:g}", kLargestGap_eV,
                                   request.gap_eV));

@@ -17,7 +17,7 @@ struct MeanFreePathRequest {
 
 constexpr const char* kTpp2m = "TPP-2M";  ///< the word that stands for the formula
 
-/// Throws ZfError for a length that is not above 0, and for a gap below 0 or above 30 eV.
+/// Throws ZfError for a length below 0.5 or above 100000 angstrom, and for a gap below 0 or above 30 eV.
 void CheckMeanFreePath(const MeanFreePathRequest& request);
 
 /// Angstrom, by TPP-2M with its relativistic factor (S. Tanuma, C. J. Powell, D. R. Penn, Surf. Interface

@@ -107,6 +107,7 @@ std::vector<double> EnergyBackground(const EnergyBackgroundModel& model, const s
     if (!model.degree) return SmoothingSpline(energy, intensity, Stiffness(energy));
     const PolynomialFit fit(*model.degree, energy, intensity, std::vector<double>(energy.size(), 1.0));
     std::vector<double> background;
+    background.reserve(energy.size());
     for (const double at : energy) background.push_back(fit.At(at));
     return background;
 }

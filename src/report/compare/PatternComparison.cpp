@@ -26,14 +26,6 @@ void CheckRange(const CompareRequest& request) {
                               request.thetaMin, request.thetaMax));
 }
 
-void CheckSetting(const SampleSetting& setting) {
-    constexpr double kMostDegrees = 45.0;
-    if (!(std::abs(setting.thetaOffset) <= kMostDegrees))
-        throw ZfError("The polar offset has to lie between -45 and 45 degrees");
-    if (!(std::abs(setting.tilt) <= kMostDegrees))
-        throw ZfError("The tilt has to lie between 0 and 45 degrees");
-}
-
 CalculatedPattern Load(const ImageFiles& files, const CompareRequest& request) {
     if (files.i0.empty() && !request.background)
         throw ZfError(

@@ -3,8 +3,17 @@
 #include <cmath>
 
 #include "foundation/Constants.h"
+#include "foundation/ZfError.h"
 
 namespace qvre {
+
+void CheckSetting(const SampleSetting& setting) {
+    constexpr double kMostDegrees = 45.0;
+    if (!(std::abs(setting.thetaOffset) <= kMostDegrees))
+        throw ZfError("The polar offset has to lie between -45 and 45 degrees");
+    if (!(std::abs(setting.tilt) <= kMostDegrees))
+        throw ZfError("The tilt has to lie between 0 and 45 degrees");
+}
 
 SampleSetting Canonical(SampleSetting setting) {
     // Above -180 up to 180: -180 itself rounds to 180.

@@ -21,6 +21,9 @@ struct SampleSetting {
     double tiltAzimuth = 0.0;
 };
 
+/// Throws ZfError for an offset or a tilt beyond 45 degrees.
+void CheckSetting(const SampleSetting& setting);
+
 /// Angles within the ranges in which they are told: the rotation above -180 up to 180.
 SampleSetting Canonical(SampleSetting setting);
 

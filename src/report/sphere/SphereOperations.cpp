@@ -117,7 +117,10 @@ SphereImage AcceptanceAverage(const SphereImage& image, double halfAngle) {
 
 SphereImage Refracted(const SphereImage& image, double energy, double innerPotential) {
     if (!(innerPotential >= 0.0 && innerPotential < energy && std::isfinite(energy)))
-        throw ZfError("The inner potential has to be 0 or more and below the kinetic energy inside");
+        throw ZfError(fmt::format(
+            "The inner potential has to be 0 or more and below the kinetic energy inside: {:g} of "
+            "{:g} eV are not",
+            innerPotential, energy));
     if (innerPotential == 0.0) return image;
     const double ratio = (energy - innerPotential) / energy;
     return image.Transformed([&image, ratio](double theta, double phi) {

@@ -138,5 +138,5 @@ TEST(MeanFreePath, Texts) {
               "The band gap has to lie between 0 and 30 eV, not 40");
     formula = {-3.0};
     EXPECT_EQ(ErrorText([&] { CheckMeanFreePath(formula); }),
-              "The mean free path has to lie above 0 angstrom, not -3");
+              "The mean free path has to lie between 0.5 and 100000 angstrom, not -3");
 }
