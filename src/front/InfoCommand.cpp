@@ -45,14 +45,21 @@ struct InfoOptions {
     MeanFreePathRequest meanFreePath;
 };
 
-/// The input files of a folder under the names that a run takes by default.
+/// The input files of a folder under the names that runs give and take by default; of two for the same part
+/// the first that is there.
 std::vector<std::string> InputsOf(const std::string& folder) {
+    const std::vector<std::vector<const char*>> parts = {{"cluster.xml_cl", "cluster.xyz"},
+                                                         {"emitter.xml_emt", "unit_waves.xml_emt"},
+                                                         {"phaseshift.xml_ph"},
+                                                         {"fluctuation.xml_flu"}};
     std::vector<std::string> found;
-    for (const char* name :
-         {"cluster.xml_cl", "emitter.xml_emt", "phaseshift.xml_ph", "fluctuation.xml_flu"}) {
-        const std::filesystem::path path = std::filesystem::path(folder) / name;
-        if (std::filesystem::exists(path)) found.push_back(path.string());
-    }
+    for (const std::vector<const char*>& names : parts)
+        for (const char* name : names) {
+            const std::filesystem::path path = std::filesystem::path(folder) / name;
+            if (!std::filesystem::exists(path)) continue;
+            found.push_back(path.string());
+            break;
+        }
     if (found.empty())
         throw ZfError("The folder " + folder +
                       " has none of cluster.xml_cl, emitter.xml_emt, phaseshift.xml_ph, fluctuation.xml_flu: "

@@ -1,4 +1,5 @@
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <memory>
@@ -36,6 +37,9 @@ void Check(const SumOptions& options) {
         throw CLI::ValidationError("--asymmetry is that of two images");
     if (options.asymmetry && !options.weights.empty())
         throw CLI::ValidationError("--asymmetry takes both images as they are, without --weights");
+    if (!options.weights.empty() && std::all_of(options.weights.begin(), options.weights.end(),
+                                                [](double weight) { return weight == 0.0; }))
+        throw CLI::ValidationError("--weights: all are 0, which leaves nothing of the images");
     if (!options.weights.empty() && options.weights.size() != options.images.size())
         throw CLI::ValidationError("--weights has to give a number for each of the " +
                                    std::to_string(options.images.size()) + " images, and gives " +

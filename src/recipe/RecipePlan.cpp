@@ -313,7 +313,7 @@ void Planner::AddClusterFiles(const RecipeCase& one, const std::string& extensio
                               CasePlan& plan) {
     const std::string suffix = SuffixOf(one, kCluster);
     const std::string cluster = "cluster" + suffix + extension;
-    const std::string emitters = "emitters" + suffix + ".csv";
+    const std::string emitters = EmitterSharesBeside(cluster);
     plan.scattering.clusterFile = InFolder(cluster);
     plan.images.emergence.emittersFile = InFolder(emitters);
     AddStep({"cluster",

@@ -139,12 +139,12 @@ TEST_F(RecipePlan, LightOfEitherHandSharesItsWavesAndMakesAnAsymmetry) {
         OutputsOf(Plan(Recipe({{"", "series = \"asymmetry\"\n"}, {"emission", light}})));
     std::sort(outputs.begin(), outputs.end());
     const std::vector<std::string> expected = {
-        "asymmetry.png",         "asymmetry.xml_img",    "checks.txt",
-        "cluster.xyz",           "dipole.csv",           "emitter_left.xml_emt",
-        "emitter_right.xml_emt", "emitters.csv",         "fluctuation.xml_flu",
-        "i0_left.xml_img",       "i0_right.xml_img",     "pattern_left.png",
-        "pattern_left.xml_img",  "pattern_right.png",    "pattern_right.xml_img",
-        "phaseshift.xml_ph",     "scatteredwave.xml_sf", "unit_waves.xml_emt"};
+        "asymmetry.png",        "asymmetry.xml_img",     "checks.txt",
+        "cluster.emitters.csv", "cluster.xyz",           "dipole.csv",
+        "emitter_left.xml_emt", "emitter_right.xml_emt", "fluctuation.xml_flu",
+        "i0_left.xml_img",      "i0_right.xml_img",      "pattern_left.png",
+        "pattern_left.xml_img", "pattern_right.png",     "pattern_right.xml_img",
+        "phaseshift.xml_ph",    "scatteredwave.xml_sf",  "unit_waves.xml_emt"};
     EXPECT_EQ(outputs, expected);
     EXPECT_PRED_FORMAT2(testing::IsSubstring, "is that of two members", ErrorText([&] {
                             Plan(Recipe({{"", "series = \"asymmetry\"\n"}}));

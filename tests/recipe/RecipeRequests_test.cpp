@@ -231,8 +231,9 @@ TEST(RecipeRequests, MeanFreePath) {
     for (const char* text : {"\"TPP\"", "\"\"", "\"angstrom\""})
         EXPECT_EQ(refused(std::string("imfp = ") + text),
                   "r.toml line 2: [s] imfp: has to be a length such as \"14 angstrom\", or \"TPP-2M\"");
-    EXPECT_EQ(refused("imfp = 0"),
-              "r.toml line 2: [s] imfp: The mean free path has to lie between 0.5 and 100000 angstrom, not 0");
+    EXPECT_EQ(
+        refused("imfp = 0"),
+        "r.toml line 2: [s] imfp: The mean free path has to lie between 0.5 and 100000 angstrom, not 0");
     EXPECT_EQ(refused("imfp = \"TPP-2M\"\ngap = 31"),
               "r.toml line 3: [s] gap: The band gap has to lie between 0 and 30 eV, not 31");
     for (const char* text : {"gap = 1", "imfp = 14\ngap = 1"})
