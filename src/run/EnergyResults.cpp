@@ -105,6 +105,7 @@ std::string ScanTable(const std::string& name, const std::vector<ComparedEnergie
 void TellScan(const std::string& name, const std::vector<ComparedEnergies>& results,
               const ResultFolder& folder, RunLog& log) {
     std::vector<ScannedAgreement> scan;
+    scan.reserve(results.size());
     for (const ComparedEnergies& one : results) scan.push_back({one.result->scanned, one.compared.agreement});
     WriteWholeFile(folder.Path("scan.csv"), ScanTable(name, results));
     DrawScan(name, scan, folder.Path("scan.png"));

@@ -141,6 +141,7 @@ std::string BackgroundText(const std::vector<EnergyCurve>& curves, const EnergyB
 
 void Draw(const std::vector<EnergyCurve>& curves, const EnergyCurvesOutput& output) {
     std::vector<Curve> lines;
+    lines.reserve(curves.size());
     const bool overPhotons = !curves.front().photon_eV.empty();
     for (const EnergyCurve& curve : curves)
         lines.push_back({curve.Direction(), overPhotons ? curve.photon_eV : curve.kinetic_eV, curve.chi});

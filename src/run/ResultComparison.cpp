@@ -48,6 +48,7 @@ void TellScan(const std::string& name, const std::vector<ComparedResult>& result
               RunLog& log) {
     WriteWholeFile(folder.Path("scan.csv"), ScanTable(name, results));
     std::vector<ScannedAgreement> scan;
+    scan.reserve(results.size());
     for (const ComparedResult& one : results) scan.push_back({one.result->scanned, one.compared.agreement});
     DrawScan(name, scan, folder.Path("scan.png"));
     log.Line(BestOfScan(name, scan));
