@@ -19,7 +19,10 @@ PROGRAM_ROOMS = ("src/app", "src/front")
 
 # Libraries whose headers are found without their target: the compiler would not notice.
 LIBRARIES = {
+    "Boost::headers": r"boost/",
     "CLI11::CLI11": r"CLI/",
+    "Eigen3::Eigen": r"Eigen/",
+    "NLopt::nlopt": r"nlopt",
     "PkgConfig::CAIRO": r"cairo",
     "PkgConfig::HDF5": r"hdf5",
     "${HWY_INCLUDE_DIRS}": r"hwy/",
