@@ -27,8 +27,8 @@ struct RunResult {
     std::string label;  ///< the settings that tell it from the others; empty for a single one
     std::string image;
     std::string directImage;
-    std::string key;                   ///< fingerprint of the images
-    double scanned = 0.0;              ///< value of the scanned setting
+    std::string key;          ///< fingerprint of the images
+    double scanned = 0.0;     ///< value of the scanned setting
     double kinetic_eV = 0.0;  ///< inside; 0: several
 };
 

@@ -168,8 +168,9 @@ TEST(CountedIntensity, LossesFollowTheWaysToTheSurface) {
             EXPECT_NEAR(counted.pattern[i], 3.0 * std::norm(direct + scattered), 1e-12);
         }
     }
-    // Nothing leaves through the bulk.
-    EXPECT_EQ(Count(data, Directions({{120.0}, {10.0}}), request).pattern[0], 0.0);
+    // Nothing leaves through the bulk, not from the surface itself either.
+    request.emitters = {Share(0.0, 1.0)};
+    EXPECT_EQ(Count(data, Directions({{120.0}, {10.0}}), request).direct[0], 0.0);
 }
 
 // A silent atom too far for the vector kernels changes the way of calculating alone.

@@ -167,6 +167,8 @@ std::string ColumnLetters(const std::string& path) {
     letters.erase(0, 1);
     for (const char letter : letters)
         if (!QuantityOfLetter(letter) || std::count(letters.begin(), letters.end(), letter) > 1) return {};
+    // Without it, the intensity stands behind the columns of the letters.
+    if (letters == "etp" || letters == "etpa" || letters == "tp") letters += 'i';
     const bool complete = letters.find('i') != std::string::npos && letters.find_first_of("etp") == 0;
     return complete ? letters : std::string();
 }

@@ -40,7 +40,8 @@ std::optional<ColumnName> ReadColumnName(std::string_view name);
 /// phi, alpha, intensity, sigma.
 std::optional<Quantity> QuantityOfLetter(char letter);
 
-/// The letters of such an extension: each once, with an angle or the energy, and i. Empty for any other.
+/// The letters of such an extension: each once, with an angle or the energy, and i, which .etp, .etpa and .tp
+/// leave out. Empty for any other.
 std::string ColumnLetters(const std::string& path);
 
 /// The names in a line; blanks may separate them and stand within them, as in "theta (deg) phi (deg) I".

@@ -165,6 +165,11 @@ TEST(MeasuredPattern, TakesColumnsByTheExtension) {
     EXPECT_NEAR(slit.theta[2], 7.0, 1e-7) << "at the normal, where the cosine is flat";
     EXPECT_NEAR(slit.phi[2], 20.0 - 90.0, kRounding);
 
+    EXPECT_EQ(LoadMeasuredPattern(folder.Write("c.etp", "560 10 20 300\n")).intensity, Numbers{300});
+    const std::string bare = folder.Write("d.etp", "60 10 0\n");
+    EXPECT_EQ(ErrorText([&] { LoadMeasuredPattern(bare); }),
+              bare + ": line 1: there are 3 fields instead of 4, the letters of .etpi");
+
     const std::string path = folder.Write("c.tpi", "560 10 20 300\n");
     EXPECT_EQ(ErrorText([&] { LoadMeasuredPattern(path); }),
               path + ": line 1: there are 4 fields instead of 3, the letters of .tpi");

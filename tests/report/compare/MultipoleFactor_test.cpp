@@ -45,6 +45,12 @@ TEST(MultipoleFactor, ClosedForms) {
     EXPECT_EQ(Compared::Factor(low, low), 0.0);
     EXPECT_NEAR(Compared::Factor(low, half), 0.25 / 1.25, 1e-12);
     EXPECT_NEAR(Compared::Factor(low, other), 1.0, kRings);
+    // Of the same norm, whether it turns or not: integral of q^2 over that of (p + q)^2 + p^2.
+    const auto round = [](double theta, double phi) { return Harmonic(6, 0, theta, phi); };
+    const auto both = [&](double theta, double phi) {
+        return round(theta, phi) + low(theta, phi) / std::sqrt(840.0);
+    };
+    EXPECT_NEAR(Compared::Factor(both, round), 1.0 / 3.0, 0.01);
     // Structure of 40 periods around the normal is beyond the multipoles.
     const auto noisy = [&](double theta, double phi) {
         return low(theta, phi) + std::cos(40 * phi * kDegree);

@@ -50,6 +50,14 @@ TEST(ModulationFunction, IsTheRatioBesideTheNodesOfI0) {
     }
 }
 
+// What is sent into the sample does not make the rest faint.
+TEST(ModulationFunction, FaintIsAgainstTheHemisphere) {
+    const auto downwards = [](double, double, double z) { return z < 0.0 ? 1000.0 : 1.0; };
+    const SphereImage i0 = Sampled(SphereMap::kEquidistantCylindrical, 5.0, downwards);
+    EXPECT_EQ(LargestOnHemisphere(i0), 1.0);
+    EXPECT_EQ(ModulationFunction(i0, i0).Value(0.5, 1.0), 0.0);
+}
+
 TEST(ModulationFunction, DividesByTheMeansOfItsRings) {
     const auto polar = [](double z) { return 0.3 + z * z; };
     const auto modulated = [&](double x, double y, double z) { return polar(z) * (1 + 0.5 * x * y); };
