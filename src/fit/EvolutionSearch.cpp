@@ -211,7 +211,7 @@ EvolutionSearch::EvolutionSearch(const std::string& state, std::size_t dimension
         stream >> found;
         if (found != expected)
             throw ZfError(
-                fmt::format("state of a search: expected \"{}\" instead of \"{}\"", expected, found));
+                fmt::format(R"(state of a search: expected "{}" instead of "{}")", expected, found));
     };
     const auto integer = [&stream](auto& value) {
         if (!(stream >> value)) throw ZfError("state of a search: expected a whole number");

@@ -99,6 +99,7 @@ private:
         steps_.push_back({.kind = Step::Kind::kUnary, .unary = function});
     }
 
+    // NOLINTBEGIN(misc-no-recursion): expressions nest, no deeper than kMostNested
     void Sum() {
         if (++nested_ > kMostNested)
             throw ZfError(fmt::format("expression \"{}...\": it is nested too deeply", text_.substr(0, 40)));
@@ -201,6 +202,8 @@ private:
         }
     }
 
+    // NOLINTEND(misc-no-recursion)
+
     void Open() {
         if (!Take("(")) Expect("\"(\"");
     }
@@ -223,7 +226,7 @@ private:
 
 }  // namespace
 
-Expression::Expression(const std::string& expression) : text(expression) {
+Expression::Expression(std::string expression) : text(std::move(expression)) {
     ExpressionParser(text, names, steps_).Parse();
 }
 

@@ -14,7 +14,7 @@ namespace qvre {
 class Expression {
 public:
     /// Throws ZfError that quotes the text and tells what was expected where.
-    explicit Expression(const std::string& text);
+    explicit Expression(std::string expression);
 
     /// `values` by the order of `names`. Throws ZfError when the result is not finite.
     double Evaluate(const std::vector<double>& values) const;

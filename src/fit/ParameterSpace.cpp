@@ -81,6 +81,7 @@ void ParameterSpace::Define() {
 }
 
 /// Depth first: `path` leads to the quantity from the first that was asked for.
+// NOLINTNEXTLINE(misc-no-recursion): as deep as there are derived quantities
 void ParameterSpace::Order(std::size_t quantity, std::vector<std::size_t>& path) {
     if (std::find(order_.begin(), order_.end(), quantity) != order_.end()) return;
     const bool isCircle = std::find(path.begin(), path.end(), quantity) != path.end();
