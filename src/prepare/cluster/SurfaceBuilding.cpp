@@ -177,8 +177,9 @@ std::string NameOf(const SurfaceStructure& structure, const std::string& superst
     if (structure.adsorbates.empty()) return "relaxed " + surface;
     std::vector<std::string> names;
     for (const Adsorbate& adsorbate : structure.adsorbates) names.push_back(adsorbate.name);
-    return fmt::format("{}{}{}/{}", superstructure, superstructure.empty() ? "" : "-", fmt::join(names, "+"),
-                       surface);
+    const bool isMatrix = superstructure.find(' ') != std::string::npos;
+    const std::string cell = isMatrix ? "(" + superstructure + ")" : superstructure;
+    return fmt::format("{}{}{}/{}", cell, cell.empty() ? "" : "-", fmt::join(names, "+"), surface);
 }
 
 /// The domains as they lie in a frame that is turned.
