@@ -6,12 +6,15 @@
 
 #include "files/FileSummary.h"
 #include "foundation/ProgramFile.h"
+#include "foundation/StrictNumber.h"
+#include "foundation/ZfError.h"
 #include "front/Commands.h"
 #include "front/SharedOptions.h"
 #include "prepare/cluster/ClusterMaking.h"
 #include "prepare/cluster/ClusterWriting.h"
 #include "prepare/cluster/CrystalSources.h"
 #include "prepare/cluster/EmitterShares.h"
+#include "prepare/cluster/SurfaceBuilding.h"
 #include "prepare/cluster/Terminations.h"
 
 namespace qvre {
@@ -28,6 +31,9 @@ displacements. Atoms are taken in whole shells, so their number is the nearest p
 /// What the command line says beyond the request itself.
 struct ClusterOptions {
     ClusterRequest request;
+    std::vector<std::string> domains;
+    std::vector<std::string> relax;
+    std::vector<std::string> adsorbates;
     std::string preset;
     std::string cellFile;
     std::vector<std::string> elements;
@@ -70,9 +76,29 @@ void AddCrystalOptions(CLI::App& command, ClusterOptions& options) {
                     "Turn of the crystal about the normal, degrees from x towards y")
         ->capture_default_str();
     command
-        .add_option("--domains", options.request.domains_deg, "Further turns, degrees: one structure each")
+        .add_option("--domains", options.domains,
+                    "Further turns, degrees: one structure each; or symmetry: all orientations of a surface "
+                    "structure that the substrate makes equal")
         ->delimiter(',')
-        ->capture_default_str();
+        ->default_str("0")
+        ->type_name("FLOAT");
+}
+
+/// What makes the surface differ from a crystal that is cut.
+void AddSurfaceOptions(CLI::App& command, ClusterOptions& options) {
+    command
+        .add_option(
+            "--relax", options.relax,
+            "Spacings of the topmost layers, such as d12=-3%,d23=1.80 (percent of the bulk, or angstrom)")
+        ->delimiter(',')
+        ->type_name("KEY=SPACING");
+    command
+        .add_option(
+            "--adsorbate", options.adsorbates,
+            "Element or .xyz file, site (top, bridge, long-bridge, hollow, fcc, hcp, or fractions such "
+            "as 0.5/0.5), height over the topmost layer in angstrom, superstructure: "
+            "O,hollow,0.8,c(2x2)")
+        ->type_name("NAME,SITE,HEIGHT[,CELL]");
 }
 
 /// All emitters below a surface, in place of single ones.
@@ -91,11 +117,9 @@ void AddTerminationOptions(CLI::App& command, ClusterOptions& options,
             .add_option("--depth", request.depth_angstrom,
                         "Depth of the deepest emitter below the top of the crystal, angstrom")
             ->option_text("FLOAT");
-    command
-        .add_option("--termination", request.termination,
-                    "How the crystal ends: number of --list-terminations, or the elements of its topmost "
-                    "layers, such as O or \"O / O Ti\"")
-        ->needs(emitters);
+    command.add_option("--termination", request.termination,
+                       "How the crystal ends: number of --list-terminations, or the elements of its topmost "
+                       "layers, such as O or \"O / O Ti\"");
     emitters->needs(depth);
     depth->needs(emitters);
     command.add_option("--layer-tolerance", request.layerTolerance_angstrom,
@@ -167,6 +191,9 @@ void CheckUsage(const ClusterOptions& options) {
     if (options.preset.empty() && options.cellFile.empty())
         throw CLI::ValidationError("a crystal is needed: --preset or --cell");
     if (options.listsTerminations) return;
+    if (!options.request.termination.empty() && options.emitters.empty() && options.relax.empty() &&
+        options.adsorbates.empty())
+        throw CLI::RequiresError("--termination", "--emitters");
     if (options.output.empty()) throw CLI::RequiredError("--output");
     Usage("--output", [&] { CheckClusterExtension(options.output); });
     if (options.title.find_first_of("\r\n") != std::string::npos)
@@ -229,6 +256,38 @@ void Make(const ClusterOptions& options) {
     if (!warning.empty()) std::fprintf(stderr, "qvre cluster: warning: %s\n", warning.c_str());
 }
 
+bool TakesAllDomains(const ClusterOptions& options) {
+    return options.domains == std::vector<std::string>{"symmetry"};
+}
+
+void ReadDomains(ClusterOptions& options) {
+    if (options.domains.empty() || TakesAllDomains(options)) return;
+    options.request.domains.clear();
+    Usage("--domains", [&] {
+        for (const std::string& turn : options.domains)
+            options.request.domains.push_back({StrictNumber(turn, "turn")});
+    });
+}
+
+SurfaceStructure ReadStructure(const ClusterOptions& options) {
+    SurfaceStructure structure;
+    structure.takesAllDomains = TakesAllDomains(options);
+    Usage("--relax", [&] {
+        for (const std::string& spacing : options.relax) {
+            const std::size_t equals = spacing.find('=');
+            if (equals == std::string::npos)
+                throw ZfError("\"" + spacing + "\" is no spacing of layers, such as d12=-3%");
+            AddSpacing(spacing.substr(0, equals), ParseLayerSpacing(spacing.substr(equals + 1)),
+                       structure.relaxation);
+        }
+    });
+    Usage("--adsorbate", [&] {
+        for (const std::string& adsorbate : options.adsorbates)
+            structure.adsorbates.push_back(ParseAdsorbate(adsorbate));
+    });
+    return structure;
+}
+
 void Run(ClusterOptions& options) {
     CheckUsage(options);
     ReadDebye(options);
@@ -237,10 +296,13 @@ void Run(ClusterOptions& options) {
     options.request.cell = options.cellFile.empty()
                                ? PresetCell(options.preset, options.elements, options.lattice)
                                : LoadCell(options.cellFile);
+    ReadDomains(options);
     if (options.listsTerminations)
         std::fputs(TerminationListing(options.request).c_str(), stdout);
-    else
+    else {
+        options.request = OnBuiltSurface(options.request, ReadStructure(options));
         Make(options);
+    }
 }
 
 }  // namespace
@@ -249,6 +311,7 @@ void AddClusterCommand(CLI::App& program) {
     CLI::App* command = program.add_subcommand("cluster", "Cut a cluster of atoms from a crystal");
     const auto options = std::make_shared<ClusterOptions>();
     AddCrystalOptions(*command, *options);
+    AddSurfaceOptions(*command, *options);
     AddEmitterOptions(*command, *options);
     AddShapeOptions(*command, *options);
     AddOutputOptions(*command, *options);

@@ -12,10 +12,12 @@
 #include "prepare/cluster/ClusterMaking.h"
 #include "prepare/cluster/CrystalSources.h"
 #include "prepare/cluster/EmitterSites.h"
+#include "prepare/cluster/SurfaceBuilding.h"
 #include "prepare/cluster/Terminations.h"
 #include "prepare/emission/EmitterField.h"
 #include "prepare/thermal/AtomicWeights.h"
 #include "prepare/thermal/Elements.h"
+#include "recipe/RecipeSurface.h"
 
 namespace qvre {
 
@@ -58,7 +60,7 @@ std::string TerminationName(RecipeTable& section) {
 }
 
 /// All emitters below a termination, in place of those of a layer, whose surface the emitter itself chooses.
-void ReadTermination(RecipeTable& section, ClusterRequest& request) {
+void ReadTermination(RecipeTable& section, bool isBuilt, ClusterRequest& request) {
     request.layerTolerance_angstrom = section.Number("layer-tolerance", RecipeUnit::kAngstrom);
     section.Made("layer-tolerance", [&] { CheckLayerTolerance(request); });
     const std::optional<std::string> emitters = section.Text("emitters");
@@ -79,8 +81,8 @@ void ReadTermination(RecipeTable& section, ClusterRequest& request) {
                              "and termination take its place");
         return;
     }
-    for (const char* key : {"depth", "termination"})
-        if (section.Has(key))
+    for (const std::string key : {"depth", "termination"})
+        if (section.Has(key) && !(isBuilt && key == "termination"))
             section.Fail(key, "is for all emitters below a surface: give emitters = \"all\" too");
 }
 
@@ -93,6 +95,17 @@ CrystalCell ReadCell(RecipeTable& section, const RecipeFolder& place) {
     const std::vector<std::string> elements = section.Texts("elements");
     const std::vector<double> lattice = section.Numbers("lattice", RecipeUnit::kAngstrom);
     return section.Made("preset", [&] { return PresetCell(preset, elements, lattice); });
+}
+
+std::vector<ClusterDomain> ReadTurns(RecipeTable& section) {
+    std::vector<ClusterDomain> domains;
+    for (const double turn : section.Numbers("domains", RecipeUnit::kDegree)) {
+        if (std::any_of(domains.begin(), domains.end(),
+                        [turn](const ClusterDomain& domain) { return domain.turn_deg == turn; }))
+            section.Fail("domains", fmt::format("{:g} stands twice in the list", turn));
+        domains.push_back({turn});
+    }
+    return domains;
 }
 
 }  // namespace
@@ -132,10 +145,8 @@ ClusterRequest ReadClusterRequest(RecipeTable section, const RecipeFolder& place
     if (!surface.empty() && surface.size() != 3) section.Fail("surface", "has to be a list h, k, l");
     if (!surface.empty()) request.surface = {surface[0], surface[1], surface[2]};
     request.azimuth_deg = section.Number("azimuth", RecipeUnit::kDegree, request.azimuth_deg);
-    if (section.Has("domains")) request.domains_deg = section.Numbers("domains", RecipeUnit::kDegree);
-    for (auto turn = request.domains_deg.begin(); turn != request.domains_deg.end(); ++turn)
-        if (std::find(request.domains_deg.begin(), turn, *turn) != turn)
-            section.Fail("domains", fmt::format("{:g} stands twice in the list", *turn));
+    const SurfaceStructure structure = ReadSurfaceStructure(section, place);
+    if (section.Has("domains") && !structure.takesAllDomains) request.domains = ReadTurns(section);
     request.emitter = section.Text("emitter", "");
     request.sites = Integers(section, "sites");
     if (section.Has("emitter-layer")) request.layers = Integers(section, "emitter-layer");
@@ -143,7 +154,7 @@ ClusterRequest ReadClusterRequest(RecipeTable section, const RecipeFolder& place
         for (const int layer : request.layers) CheckLayer(layer);
     });
     request.top = section.Text("top", "");
-    ReadTermination(section, request);
+    ReadTermination(section, !structure.IsEmpty(), request);
     request.shape = section.Word<ClusterShape>("shape");
     request.size_angstrom = section.NotNegative("radius", RecipeUnit::kAngstrom, request.size_angstrom);
     request.atoms = section.Count("atoms", request.atoms);
@@ -153,7 +164,10 @@ ClusterRequest ReadClusterRequest(RecipeTable section, const RecipeFolder& place
     request.temperature_K = Temperature(section, request.temperature_K);
     request.weightTable = ProgramFile("AtomicWeight.txt");
     section.RefuseUnread();
-    section.Check([&] { CheckClusterRequest(request); });
+    section.Check([&] {
+        request = OnBuiltSurface(request, structure);
+        CheckClusterRequest(request);
+    });
     return request;
 }
 

@@ -186,6 +186,21 @@ std::vector<double> RecipeTable::Numbers(const std::string& key, RecipeUnit unit
     return numbers;
 }
 
+std::vector<std::vector<double>> RecipeTable::NumberLists(const std::string& key, RecipeUnit unit) {
+    const toml::node* node = Find(key);
+    std::vector<std::vector<double>> lists;
+    if (!node) return lists;
+    const toml::array* outer = node->as_array();
+    if (!outer) Fail(key, "has to be a list of lists of numbers");
+    for (const toml::node& item : *outer) {
+        const toml::array* list = item.as_array();
+        if (!list) Fail(key, "has to be a list of lists of numbers");
+        lists.emplace_back();
+        for (const toml::node& number : *list) lists.back().push_back(NumberOf(key, number, unit));
+    }
+    return lists;
+}
+
 std::optional<std::array<double, 3>> RecipeTable::Vector(const std::string& key) {
     if (!Has(key)) return std::nullopt;
     const std::vector<double> numbers = Numbers(key, RecipeUnit::kNone);

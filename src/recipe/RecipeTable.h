@@ -39,6 +39,8 @@ public:
     std::optional<std::int64_t> Integer(const std::string& key);
     std::int32_t Count(const std::string& key, std::int32_t fallback);     ///< of moderate size
     std::vector<double> Numbers(const std::string& key, RecipeUnit unit);  ///< a list, or one number
+    std::vector<std::vector<double>> NumberLists(const std::string& key,
+                                                 RecipeUnit unit);  ///< a list of them
     std::optional<std::array<double, 3>> Vector(const std::string& key);
     std::optional<std::string> Text(const std::string& key);
     std::string Text(const std::string& key, const std::string& fallback);

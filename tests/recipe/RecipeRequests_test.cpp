@@ -28,6 +28,9 @@ std::string Text(const std::string& text) {
 std::string Text(const std::optional<double>& number) {
     return number ? DoubleToText(*number) : "none";
 }
+std::string Text(const ClusterDomain& domain) {
+    return DoubleToText(domain.turn_deg) + (domain.isMirrored ? "m" : "");
+}
 template <class Container>
 std::string List(const Container& items) {
     std::string text;
@@ -95,7 +98,7 @@ TEST(RecipeRequests, Cluster) {
         const ClusterRequest r = ReadClusterRequest(section, {folder.Path("")});
         return Fields{{"surface", List(r.surface)},
                       {"azimuth", Text(r.azimuth_deg)},
-                      {"domains", List(r.domains_deg)},
+                      {"domains", List(r.domains)},
                       {"emitter", r.emitter},
                       {"sites", List(r.sites)},
                       {"layers", List(r.layers)},

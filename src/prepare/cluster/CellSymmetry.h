@@ -29,10 +29,12 @@ public:
     /// All operations, the identity among them, for the frame whose rows are x, y and the normal z.
     std::vector<SurfaceOperation> KeepingNormal(const gemmi::Mat33& frame) const;
 
+    /// The translations up to a length, angstrom; that of length 0 among them.
+    std::vector<gemmi::Vec3> TranslationsWithin(double radius) const;
+
 private:
     class Mapping;
 
-    std::vector<gemmi::Vec3> TranslationsWithin(double radius) const;
     bool IsTranslation(const gemmi::Vec3& fractional) const;
 
     const CrystalCell& cell_;

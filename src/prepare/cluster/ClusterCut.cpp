@@ -128,11 +128,15 @@ ClusterCut CutBySize(const HalfCrystal& half, ClusterShape shape, double size) {
     return Finish(half, std::move(atoms), whole);
 }
 
+double SizeOfVolume(ClusterShape shape, double volume, double top) {
+    double size = std::max(3.0, top);
+    while (VolumeOf(shape, size, top) < volume) size *= 1.02;
+    return size;
+}
+
 ClusterCut CutByCount(const HalfCrystal& half, ClusterShape shape, int atoms) {
     if (atoms > kMostAtoms) throw ZfError("More than " + std::to_string(kMostAtoms) + " atoms are not made");
-    double reach = std::max(3.0, half.bounds.top);
-    const double density = AtomsPerVolume(*half.cell);
-    while (VolumeOf(shape, reach, half.bounds.top) * density < atoms) reach *= 1.02;
+    double reach = SizeOfVolume(shape, atoms / AtomsPerVolume(*half.cell), half.bounds.top);
     while (true) {
         reach *= 1.05;
         std::vector<CutAtom> all = AtomsWithin(half, shape, reach);

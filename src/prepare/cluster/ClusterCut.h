@@ -38,6 +38,10 @@ struct ClusterCut {
 
 constexpr int kMostAtoms = 200000;
 
+/// The size at which a cluster has a volume (cubic angstrom) below a surface at the height `top` above its
+/// emitter.
+double SizeOfVolume(ClusterShape shape, double volume, double top);
+
 /// Cuts by size. The size of a hemisphere is its radius around the surface point above the emitter; that of a
 /// paraboloid bounds the path emitter - atom - surface plane, |r| + (top - z), so that the emitter is its
 /// focus and the surface plane its directrix.

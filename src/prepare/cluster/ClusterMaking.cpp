@@ -28,23 +28,31 @@ void CheckNumbers(const ClusterRequest& request) {
         throw ZfError("More than " + std::to_string(kMostAtoms) + " atoms are not made");
     if (request.size_angstrom == 0.0 && request.atoms < 2) throw ZfError("A cluster needs at least 2 atoms");
     if (!std::isfinite(request.azimuth_deg)) throw ZfError("The azimuth is no angle");
-    if (request.domains_deg.empty() || request.layers.empty())
+    if (request.domains.empty() || request.layers.empty())
         throw ZfError("A cluster needs at least one layer and one domain");
-    for (const double turn : request.domains_deg)
-        if (!std::isfinite(turn)) throw ZfError("A domain rotation is no angle");
+    for (const ClusterDomain& domain : request.domains) {
+        if (!std::isfinite(domain.turn_deg)) throw ZfError("A domain rotation is no angle");
+        if (!(std::isfinite(domain.weight) && domain.weight > 0.0))
+            throw ZfError("The weight of a domain has to be above 0");
+    }
     CheckTemperature(request.temperature_K);
 }
 
 std::string Title(const ClusterRequest& request, const StructureSummary& summary) {
     const bool oneElement = request.cell.Elements().size() == 1;
-    std::string title = SurfaceName(request.cell, request.surface) + " ";
+    std::string title =
+        request.surfaceName.empty() ? SurfaceName(request.cell, request.surface) : request.surfaceName;
+    title += " ";
     if (!oneElement) title += summary.emitter + " ";
     title += "emitter in layer " + std::to_string(summary.layer) + ", ";
     if (request.allEmitters) title += fmt::format("depth {:.2f} A, ", summary.surface_angstrom);
     title += request.Shape() == ClusterShape::kHemisphere ? "hemisphere radius " : "paraboloid size ";
     title += fmt::format("{:.2f} A", summary.size_angstrom);
-    if (summary.domain_deg != 0.0)
-        title += fmt::format(", domain turned by {:g} degrees", summary.domain_deg);
+    if (summary.domain.isMirrored)
+        title += fmt::format(", domain mirrored at {:g} degrees",
+                             std::remainder(request.azimuth_deg + summary.domain.turn_deg / 2.0, 180.0));
+    else if (summary.domain.turn_deg != 0.0)
+        title += fmt::format(", domain turned by {:g} degrees", summary.domain.turn_deg);
     return title;
 }
 
@@ -85,11 +93,19 @@ void CheckReach(const ClusterRequest& request, const EmitterSite& emitter, const
                     emitter.bounds.top, cut.size));
 }
 
+/// The axes of the surface as a domain lies: turned with the crystal and mirrored in its own frame.
+gemmi::Mat33 RotationOf(const ClusterRequest& request, const SurfaceFrame& frame,
+                        const ClusterDomain& domain) {
+    if (!domain.isMirrored) return frame.RotatedBy(request.azimuth_deg + domain.turn_deg);
+    // The mirror plane turns with the crystal: of what the crystal's own turn would be, the opposite counts.
+    const gemmi::Mat33 mirror(1.0, 0.0, 0.0, 0.0, -1.0, 0.0, 0.0, 0.0, 1.0);
+    return mirror.multiply(frame.RotatedBy(-request.azimuth_deg - domain.turn_deg));
+}
+
 void AddStructure(const ClusterRequest& request, const SurfaceFrame& frame, const EmitterSite& emitter,
-                  double domain_deg, MadeCluster& made) {
+                  const ClusterDomain& domain, MadeCluster& made) {
     const CrystalCell& cell = request.cell;
-    const HalfCrystal half{&cell, frame.RotatedBy(request.azimuth_deg + domain_deg), emitter.bounds,
-                           emitter.atom};
+    const HalfCrystal half{&cell, RotationOf(request, frame, domain), emitter.bounds, emitter.atom};
     const ClusterCut cut = request.size_angstrom > 0.0
                                ? CutBySize(half, request.Shape(), request.size_angstrom)
                                : CutByCount(half, request.Shape(), request.atoms);
@@ -100,7 +116,7 @@ void AddStructure(const ClusterRequest& request, const SurfaceFrame& frame, cons
     summary.site = static_cast<int>(emitter.atom) + 1;
     summary.layer = emitter.layer;
     summary.weight = emitter.weight;
-    summary.domain_deg = domain_deg;
+    summary.domain = domain;
     summary.surface_angstrom = emitter.bounds.top;
     summary.surfaceElements = ElementsOf(cell, frame.planes[emitter.bounds.plane].atoms);
     summary.size_angstrom = cut.size;
@@ -211,7 +227,7 @@ struct Settled {
         CheckLayerTolerance(request);
         frame.emplace(request.cell, request.surface, LayerTolerance_angstrom(request));
         emitters = FindEmitters(request, *frame);
-        const std::size_t structures = emitters.size() * request.domains_deg.size();
+        const std::size_t structures = emitters.size() * request.domains.size();
         if (structures > kMostStructures)
             throw ZfError(
                 fmt::format("{} emitters differ, which makes {} structures; more than {} are not made: {}",
@@ -234,11 +250,11 @@ MadeCluster MakeCluster(const ClusterRequest& request) {
     const Settled settled(request);
     MadeCluster made;
     made.hasUiso = settled.hasUiso;
-    made.remarks = TerraceRemarks(settled.request, *settled.frame);
+    made.remarks = settled.request.remarks + TerraceRemarks(settled.request, *settled.frame);
     for (const EmitterSite& emitter : settled.emitters) {
-        for (const double domain : request.domains_deg)
+        for (const ClusterDomain& domain : request.domains)
             AddStructure(settled.request, *settled.frame, emitter, domain, made);
-        if (request.allEmitters) JoinEqual(made, request.domains_deg.size());
+        if (request.allEmitters) JoinEqual(made, request.domains.size());
     }
     ReduceWeights(made.structures);
     if (request.allEmitters) made.remarks += NarrowRemark(settled.request.cell, *settled.frame, made);
@@ -248,7 +264,7 @@ MadeCluster MakeCluster(const ClusterRequest& request) {
 std::vector<EmitterShare> SharesOf(const MadeCluster& made) {
     std::vector<EmitterShare> shares;
     for (const StructureSummary& structure : made.structures)
-        shares.push_back({structure.surface_angstrom, static_cast<double>(structure.weight),
+        shares.push_back({structure.surface_angstrom, structure.weight * structure.domain.weight,
                           structure.emitter, structure.site, structure.layer});
     return shares;
 }

@@ -19,12 +19,12 @@ struct NeighbourShell {
 
 /// What one structure is.
 struct StructureSummary {
-    std::string title;              ///< "Cu(001) emitter in layer 3, hemisphere radius 6.25 A"
-    std::string emitter;            ///< element
-    int site = 0;                   ///< of the emitter in the cell, from 1
-    int layer = 0;                  ///< of the emitter
-    int weight = 1;                 ///< number of emitters for which the structure stands
-    double domain_deg = 0.0;        ///< turn of the domain
+    std::string title;    ///< "Cu(001) emitter in layer 3, hemisphere radius 6.25 A"
+    std::string emitter;  ///< element
+    int site = 0;         ///< of the emitter in the cell, from 1
+    int layer = 0;        ///< of the emitter
+    int weight = 1;       ///< number of emitters for which the structure stands
+    ClusterDomain domain;
     double surface_angstrom = 0.0;  ///< height of the surface plane over the emitter
     std::string surfaceElements;    ///< of that plane, such as "As"
     double size_angstrom = 0.0;     ///< of the outermost shell

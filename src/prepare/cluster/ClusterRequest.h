@@ -11,16 +11,25 @@
 
 namespace qvre {
 
+/// One orientation of the crystal.
+struct ClusterDomain {
+    double turn_deg = 0.0;    ///< about the normal, from x towards y
+    bool isMirrored = false;  ///< before the turn, at the plane through the normal and the x axis
+    double weight = 1.0;      ///< share of the surface, on any scale
+};
+
 /// Everything that makes a cluster.
 struct ClusterRequest {
     ClusterShape Shape() const {
         return shape.value_or(allEmitters ? ClusterShape::kParaboloid : ClusterShape::kHemisphere);
     }
 
-    CrystalCell cell;                         ///< of PresetCell or LoadCell
-    std::array<int, 3> surface = {0, 0, 1};   ///< Miller indices (h k l)
-    double azimuth_deg = 0.0;                 ///< turns the crystal about z, from x towards y
-    std::vector<double> domains_deg = {0.0};  ///< further such turns; a structure each
+    CrystalCell cell;                        ///< of PresetCell or LoadCell
+    std::array<int, 3> surface = {0, 0, 1};  ///< Miller indices (h k l)
+    std::string surfaceName;   ///< in titles, such as "c(2x2)-O/Ni(001)"; empty: that of the cell and surface
+    std::string remarks;       ///< what was told when the surface was built, in lines
+    double azimuth_deg = 0.0;  ///< turns the crystal about z, from x towards y
+    std::vector<ClusterDomain> domains = {ClusterDomain{}};  ///< on top of that; a structure each
 
     std::string emitter;     ///< element; may be empty when the crystal has but one, or with sites
     std::vector<int> sites;  ///< atoms of the cell, from 1; empty: all of the element that a translation does

@@ -381,7 +381,7 @@ void CheckLayerTolerance(const ClusterRequest& request) {
 }
 
 std::string TerraceRemarks(const ClusterRequest& request, const SurfaceFrame& frame) {
-    if (!request.allEmitters || request.domains_deg.size() > 1) return {};
+    if (!request.allEmitters || request.domains.size() > 1) return {};
     return TerraceText(ChosenTermination(request, frame), request.azimuth_deg);
 }
 

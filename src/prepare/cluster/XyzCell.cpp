@@ -5,6 +5,7 @@
 #include "foundation/Text.h"
 #include "foundation/ZfError.h"
 #include "prepare/cluster/CrystalSources.h"
+#include "prepare/cluster/SurfaceStructure.h"
 
 namespace qvre {
 
@@ -65,7 +66,7 @@ gemmi::Mat33 ReadLattice(const std::string& title) {
     return axes;
 }
 
-CellAtom ReadAtom(const std::string& line, const Columns& columns, const gemmi::Mat33& reciprocal) {
+MoleculeAtom ReadAtom(const std::string& line, const Columns& columns) {
     const std::vector<std::string> fields = TokenSplit(line);
     if (fields.size() < columns.count) throw ZfError("too few columns in the line \"" + line + "\"");
     const auto number = [&](std::size_t column) {
@@ -73,29 +74,48 @@ CellAtom ReadAtom(const std::string& line, const Columns& columns, const gemmi::
     };
     const std::size_t p = columns.position;
     const gemmi::Vec3 position(number(p), number(p + 1), number(p + 2));
-    return {fields[columns.species], reciprocal.multiply(position),
-            columns.Uiso > 0 ? number(columns.Uiso) : 0.0};
+    return {fields[columns.species], position, columns.Uiso > 0 ? number(columns.Uiso) : 0.0};
 }
+
+/// The first frame of an XYZ text.
+struct XyzFrame {
+    explicit XyzFrame(const std::string& text) {
+        std::istringstream stream(text);
+        std::string line;
+        std::getline(stream, line);
+        std::getline(stream, title);
+        const double count =
+            StrictNumber(TokenSplit(line).empty() ? line : TokenSplit(line)[0], "number of atoms");
+        const Columns columns = ReadProperties(TitleValue(title, "Properties"));
+        for (double i = 0.0; i < count; ++i) {
+            if (!std::getline(stream, line)) throw ZfError("it has fewer atoms than its first line says");
+            atoms.push_back(ReadAtom(line, columns));
+        }
+    }
+
+    std::string title;
+    std::vector<MoleculeAtom> atoms;
+};
 
 }  // namespace
 
 CrystalCell ParseXyzCell(const std::string& text) {
-    std::istringstream stream(text);
-    std::string line;
-    std::string title;
-    std::getline(stream, line);
-    std::getline(stream, title);
-    const double count =
-        StrictNumber(TokenSplit(line).empty() ? line : TokenSplit(line)[0], "number of atoms");
-    const Columns columns = ReadProperties(TitleValue(title, "Properties"));
+    const XyzFrame frame(text);
     CrystalCell cell;
-    cell.axes = ReadLattice(title);
+    cell.axes = ReadLattice(frame.title);
     const gemmi::Mat33 reciprocal = cell.Reciprocal();
-    for (double i = 0.0; i < count; ++i) {
-        if (!std::getline(stream, line)) throw ZfError("it has fewer atoms than its first line says");
-        cell.atoms.push_back(ReadAtom(line, columns, reciprocal));
-    }
+    for (const MoleculeAtom& atom : frame.atoms)
+        cell.atoms.push_back({atom.element, reciprocal.multiply(atom.position), atom.Uiso_angstrom2});
     return cell;
+}
+
+std::vector<MoleculeAtom> ParseXyzMolecule(const std::string& text) {
+    constexpr std::size_t kMostAtoms = 500;
+    const XyzFrame frame(text);
+    if (frame.atoms.empty()) throw ZfError("it has no atoms");
+    if (frame.atoms.size() > kMostAtoms)
+        throw ZfError("it has more than " + std::to_string(kMostAtoms) + " atoms, which is no molecule");
+    return frame.atoms;
 }
 
 }  // namespace qvre

@@ -105,7 +105,7 @@ TEST(Cluster, HasThePointSymmetryOfItsSurface) {
 TEST(Cluster, MakesOneStructureForEachEmitterAndDomain) {
     ClusterRequest request = RequestFor(PresetCell("Si", {}, {}));
     request.layers = {3, 5};
-    request.domains_deg = {0.0, 90.0};
+    request.domains = {{0.0}, {90.0}};
     const MadeCluster made = MakeCluster(request);
     ASSERT_EQ(made.structures.size(), 8U);
     const auto sorted = [&](std::size_t structure) {
@@ -139,7 +139,7 @@ TEST(Cluster, FindsTheDifferentSitesOfALargeCell) {
     EXPECT_EQ(MakeCluster(request).structures.size(), 216U) << "no two are alike";
     EXPECT_EQ(ManyStructuresWarning(2), "");
     EXPECT_NE(ManyStructuresWarning(216).find("takes 216 times as long"), std::string::npos);
-    request.domains_deg = {0, 60, 120, 180, 240};
+    request.domains = {{0.0}, {60.0}, {120.0}, {180.0}, {240.0}};
     EXPECT_EQ(ErrorText([&] { CheckClusterRequest(request); }),
               "216 emitters differ, which makes 1080 structures; more than 1000 are not made: take fewer "
               "sites of the emitter or fewer domains");

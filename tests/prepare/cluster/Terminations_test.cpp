@@ -264,10 +264,10 @@ TEST(AllEmitters, CountWhatIsAlikeOnce) {
     request.emitter = "Po";
     request.size_angstrom = 4.5;  // Bi is seen by its neighbours
     request.shape = ClusterShape::kHemisphere;
-    request.domains_deg = {0.0, 30.0};
+    request.domains = {{0.0}, {30.0}};
     const MadeCluster made = MakeCluster(request);
     EXPECT_EQ(Weights(made), std::vector<int>({1, 1, 3, 3, 1, 1, 1, 1, 3, 3, 1, 1}));
-    EXPECT_EQ(made.structures[3].domain_deg, 30.0);
+    EXPECT_EQ(made.structures[3].domain.turn_deg, 30.0);
     EXPECT_EQ(made.cluster.structures.size(), 12U);
     request.size_angstrom = 9.1;
     EXPECT_EQ(MakeCluster(request).structures.size(), 20U) << "all see it, each from elsewhere";
@@ -333,7 +333,7 @@ TEST(AllEmitters, SayWhatCannotBe) {
                   r.depth_angstrom = 100.0;
               }).substr(0, 30),
               "More than 10000 different emit");
-    EXPECT_EQ(failure([](ClusterRequest& r) { r.domains_deg.assign(100, 0.0); }),
+    EXPECT_EQ(failure([](ClusterRequest& r) { r.domains.assign(100, ClusterDomain{}); }),
               "15 emitters differ, which makes 1500 structures; more than 1000 are not made: take a smaller "
               "depth or fewer domains");
 }

@@ -1,0 +1,194 @@
+#include "prepare/cluster/SurfaceSlab.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <numeric>
+#include <optional>
+#include <tuple>
+
+#include "foundation/ZfError.h"
+#include "prepare/cluster/CellSymmetry.h"
+
+namespace qvre {
+
+namespace {
+
+double Cross(const gemmi::Vec3& a, const gemmi::Vec3& b) {
+    return a.x * b.y - a.y * b.x;
+}
+
+double Azimuth_deg(const gemmi::Vec3& v) {
+    return gemmi::deg(std::atan2(v.y, v.x));
+}
+
+/// Numbers as they compare: equal within 0.001.
+long Rounded(double number) {
+    return std::lround(number * 1000.0);
+}
+
+std::vector<gemmi::Vec3> TranslationsInSurface(const CellSymmetry& symmetry, const SurfaceFrame& frame,
+                                               double radius) {
+    std::vector<gemmi::Vec3> inSurface;
+    for (const gemmi::Vec3& translation : symmetry.TranslationsWithin(radius)) {
+        const gemmi::Vec3 v = frame.rotation.multiply(translation);
+        if (std::abs(v.z) < kSamePlane_angstrom && v.length() > kSamePlane_angstrom)
+            inSurface.emplace_back(v.x, v.y, 0.0);
+    }
+    return inSurface;
+}
+
+std::optional<SurfaceLattice> ShortestOf(const std::vector<gemmi::Vec3>& translations) {
+    if (translations.empty()) return std::nullopt;
+    const auto order = [](const gemmi::Vec3& v) {
+        const double azimuth = Azimuth_deg(v);
+        return std::tuple(Rounded(v.length()), Rounded(std::abs(azimuth)), azimuth < 0.0);
+    };
+    const gemmi::Vec3 first =
+        *std::min_element(translations.begin(), translations.end(),
+                          [&](const auto& a, const auto& b) { return order(a) < order(b); });
+    std::optional<gemmi::Vec3> second;
+    const auto orderOfSecond = [&](const gemmi::Vec3& v) {
+        return std::tuple(Rounded(v.length()), Rounded(v.dot(first)));
+    };
+    for (const gemmi::Vec3& v : translations)
+        if (Cross(first, v) > 1e-3 * first.length_sq() &&
+            (!second || orderOfSecond(v) < orderOfSecond(*second)))
+            second = v;
+    if (!second) return std::nullopt;
+    return SurfaceLattice{first, *second};
+}
+
+/// Whole numbers u, v with a u + b v = gcd(a, b).
+std::array<int, 2> Bezout(int a, int b) {
+    if (b == 0) return {a < 0 ? -1 : 1, 0};
+    const auto [u, v] = Bezout(b, a % b);
+    return {v, u - (a / b) * v};
+}
+
+/// A translation of the crystal from the surface to that one period above.
+gemmi::Vec3 StepUp(const CrystalCell& cell, const std::array<int, 3>& hkl, const SurfaceFrame& frame) {
+    const auto [u, v] = Bezout(hkl[0], hkl[1]);
+    const int inner = hkl[0] * u + hkl[1] * v;
+    const auto [s, t] = Bezout(inner, hkl[2]);
+    return frame.rotation.multiply(cell.axes.multiply(gemmi::Vec3(u * s, v * s, t)));
+}
+
+gemmi::Vec3 Fractions(const gemmi::Vec3& v, const SurfaceLattice& lattice) {
+    const double area = Cross(lattice[0], lattice[1]);
+    return {Cross(v, lattice[1]) / area, Cross(lattice[0], v) / area, 0.0};
+}
+
+/// Moves a place into the cell at the origin; what is on its edge is at 0.
+gemmi::Vec3 Inside(const gemmi::Vec3& v, const SurfaceLattice& lattice) {
+    constexpr double kEdge = 1e-6;
+    const gemmi::Vec3 f = Fractions(v, lattice);
+    return v - lattice[0] * std::floor(f.x + kEdge) - lattice[1] * std::floor(f.y + kEdge);
+}
+
+}  // namespace
+
+double SurfaceSlab::Top() const {
+    double top = -std::numeric_limits<double>::infinity();
+    for (const SlabAtom& atom : atoms)
+        if (atom.layer > 0) top = std::max(top, atom.position.z);
+    return top;
+}
+
+gemmi::Vec3 SurfaceSlab::Shortest(const gemmi::Vec3& v) const {
+    const gemmi::Vec3 f = Fractions(v, lattice);
+    const gemmi::Vec3 near = v - lattice[0] * std::round(f.x) - lattice[1] * std::round(f.y);
+    gemmi::Vec3 shortest = near;
+    for (int i = -1; i <= 1; ++i)
+        for (int j = -1; j <= 1; ++j) {
+            const gemmi::Vec3 other = near + lattice[0] * i + lattice[1] * j;
+            if (other.length_sq() < shortest.length_sq() - 1e-9) shortest = other;
+        }
+    return shortest;
+}
+
+SurfaceLattice LatticeOfSurface(const CrystalCell& cell, const SurfaceFrame& frame) {
+    constexpr double kFarthest_angstrom = 100.0;
+    const CellSymmetry symmetry(cell);
+    for (double radius = 6.0; radius < kFarthest_angstrom; radius *= 1.6)
+        // The second may be longer than what is found first; twice as far nothing shorter is left.
+        if (const auto found = ShortestOf(TranslationsInSurface(symmetry, frame, radius)))
+            if (const auto lattice = ShortestOf(TranslationsInSurface(
+                    symmetry, frame, std::max((*found)[0].length(), (*found)[1].length()) + 0.1)))
+                return *lattice;
+    throw ZfError("The cell of this surface is too large to build on: give lower Miller indices");
+}
+
+SurfaceSlab SlabBelow(const CrystalCell& cell, const std::array<int, 3>& hkl, const SurfaceFrame& frame,
+                      const Termination& termination, double depth_angstrom, int leastLayers) {
+    const int divisor = std::gcd(std::gcd(hkl[0], hkl[1]), hkl[2]);
+    const gemmi::Vec3 up = StepUp(cell, {hkl[0] / divisor, hkl[1] / divisor, hkl[2] / divisor}, frame);
+    const std::size_t count = frame.planes.size();
+    const auto periods =
+        static_cast<std::size_t>(depth_angstrom / frame.period) + static_cast<std::size_t>(leastLayers) + 3;
+    const std::size_t topmost = termination.topmost % count + periods * count;
+    const bool endsBelow = frame.GapAbove(topmost) > kVacuum_angstrom;
+
+    SurfaceSlab slab;
+    slab.lattice = LatticeOfSurface(cell, frame);
+    int layer = 1;
+    for (std::size_t plane = topmost; plane > 0; --plane) {
+        const double height = frame.HeightOf(plane) - frame.HeightOf(topmost);
+        if (endsBelow && plane + count == topmost) break;
+        if (plane != topmost && frame.IsTopOfLayer(plane)) {
+            if (-height > depth_angstrom && layer >= leastLayers) break;
+            ++layer;
+        }
+        const std::size_t first = slab.atoms.size();
+        for (const std::size_t index : frame.planes[plane % count].atoms) {
+            const CellAtom& atom = cell.atoms[index];
+            gemmi::Vec3 p = frame.rotation.multiply(cell.Position(atom));
+            p = p + up * std::round((frame.HeightOf(plane) - p.z) / frame.period);
+            p.z -= frame.HeightOf(topmost);
+            const auto isKnown = [&](const SlabAtom& known) {
+                const gemmi::Vec3 apart = p - known.position;
+                return known.element == atom.element &&
+                       slab.Shortest({apart.x, apart.y, 0.0}).length() < kSamePlane_angstrom;
+            };
+            if (std::none_of(slab.atoms.begin() + static_cast<std::ptrdiff_t>(first), slab.atoms.end(),
+                             isKnown))
+                slab.atoms.push_back({atom.element, p, atom.Uiso_angstrom2, layer});
+        }
+    }
+    gemmi::Vec3 origin = slab.atoms.front().position;
+    origin.z = 0.0;
+    for (SlabAtom& atom : slab.atoms) atom.position = Inside(atom.position - origin, slab.lattice);
+    return slab;
+}
+
+SurfaceSlab Repeated(const SurfaceSlab& slab, const Superstructure& superstructure) {
+    SurfaceSlab larger;
+    larger.lattice = superstructure.Of(slab.lattice);
+    const std::vector<std::array<int, 2>> cells = superstructure.CellsInside();
+    for (const SlabAtom& atom : slab.atoms)
+        for (const auto& [i, j] : cells) {
+            larger.atoms.push_back(atom);
+            larger.atoms.back().position = atom.position + slab.lattice[0] * i + slab.lattice[1] * j;
+        }
+    return larger;
+}
+
+CrystalCell CellOf(const SurfaceSlab& slab) {
+    constexpr double kEmpty_angstrom = 12.0;
+    const auto [lowest, highest] =
+        std::minmax_element(slab.atoms.begin(), slab.atoms.end(),
+                            [](const SlabAtom& a, const SlabAtom& b) { return a.position.z < b.position.z; });
+    const double bottom = lowest->position.z;
+    const auto& [a, b] = slab.lattice;
+    CrystalCell cell;
+    cell.axes =
+        gemmi::Mat33(a.x, b.x, 0.0, a.y, b.y, 0.0, 0.0, 0.0, highest->position.z - bottom + kEmpty_angstrom);
+    const gemmi::Mat33 reciprocal = cell.Reciprocal();
+    for (const SlabAtom& atom : slab.atoms) {
+        const gemmi::Vec3 p(atom.position.x, atom.position.y, atom.position.z - bottom);
+        cell.atoms.push_back({atom.element, reciprocal.multiply(p), atom.Uiso_angstrom2});
+    }
+    return cell;
+}
+
+}  // namespace qvre
