@@ -110,10 +110,6 @@ std::vector<ClusterDomain> ReadTurns(RecipeTable& section) {
 
 }  // namespace
 
-std::string RecipeFolder::Path(const std::string& name) const {
-    return (std::filesystem::path(folder) / name).string();
-}
-
 ClusterFacts FactsOf(const ClusterRequest& request) {
     const std::vector<std::string> elements = request.cell.Elements();
     std::string emitter = request.emitter;

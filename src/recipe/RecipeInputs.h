@@ -8,17 +8,11 @@
 #include "experiment/Light.h"
 #include "foundation/FileReading.h"
 #include "prepare/attenuation/MeanFreePath.h"
+#include "recipe/RecipeFolder.h"
 #include "recipe/RecipeTable.h"
 #include "run/InputFiles.h"
 
 namespace qvre {
-
-/// Where the files of a recipe are looked for: beside the recipe.
-struct RecipeFolder {
-    std::string Path(const std::string& name) const;  ///< an absolute name stays
-
-    std::string folder;
-};
 
 /// What is known of a cluster before it is made.
 struct ClusterFacts {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "prepare/cluster/SurfaceStructure.h"
-#include "recipe/RecipeInputs.h"
+#include "recipe/RecipeFolder.h"
 #include "recipe/RecipeTable.h"
 
 namespace qvre {

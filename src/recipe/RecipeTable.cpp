@@ -264,24 +264,29 @@ bool RecipeTable::Flag(const std::string& key, bool fallback) {
     return node->value<bool>().value_or(fallback);
 }
 
+/// "cluster.relax" of a table in the section [cluster].
+std::string RecipeTable::WholeName(const std::string& key) const {
+    const std::size_t brackets = place_.find_first_not_of('[');
+    if (brackets == 0 || brackets == std::string::npos) return key;
+    return place_.substr(brackets, place_.size() - 2 * brackets) + "." + key;
+}
+
 RecipeTable RecipeTable::Section(const std::string& key) {
     const toml::node* node = Find(key);
     if (node && !node->is_table()) Fail(key, "has to be a table");
-    const bool isNested = place_.starts_with('[') && place_.ends_with(']');
-    const std::string outer = isNested ? place_.substr(1, place_.size() - 2) + "." : "";
-    return {node ? node->as_table() : nullptr, "[" + outer + key + "]"};
+    return {node ? node->as_table() : nullptr, "[" + WholeName(key) + "]"};
 }
 
 std::vector<RecipeTable> RecipeTable::Sections(const std::string& key) {
     const toml::node* node = Find(key);
     std::vector<RecipeTable> sections;
     if (!node) return sections;
-    if (node->is_table()) return {{node->as_table(), "[" + key + "]"}};
+    if (node->is_table()) return {{node->as_table(), "[" + WholeName(key) + "]"}};
     const toml::array* list = node->as_array();
     if (!list) Fail(key, "has to be a table");
     for (const toml::node& item : *list) {
         if (!item.is_table()) Fail(key, "has to be a list of tables");
-        sections.emplace_back(item.as_table(), "[[" + key + "]]");
+        sections.emplace_back(item.as_table(), "[[" + WholeName(key) + "]]");
     }
     return sections;
 }

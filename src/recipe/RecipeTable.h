@@ -84,6 +84,7 @@ public:
     }
 
 private:
+    std::string WholeName(const std::string& key) const;
     const toml::node* Find(const std::string& key);
     void RefuseList(const std::string& key, const toml::node& node) const;
     double NumberOf(const std::string& key, const toml::node& node, RecipeUnit unit) const;
