@@ -2,10 +2,14 @@
 
 #include <fmt/format.h>
 
+#include <cctype>
+#include <charconv>
 #include <cmath>
 #include <cstdlib>
+#include <cstring>
 #include <optional>
-#include <regex>
+#include <sstream>
+#include <string_view>
 
 #include "foundation/ZfError.h"
 
@@ -34,10 +38,69 @@ std::optional<std::array<int, 2>> InLattice(const gemmi::Vec3& v, const SurfaceL
     return std::array{static_cast<int>(std::lround(first)), static_cast<int>(std::lround(second))};
 }
 
-/// "2", "r3", "sqrt3" or "2r3".
-double LengthOf(const std::smatch& match, std::size_t first) {
-    const double factor = match[first].length() > 0 ? std::stod(match[first]) : 1.0;
-    return match[first + 1].length() > 0 ? factor * std::sqrt(std::stod(match[first + 1])) : factor;
+/// Takes a notation apart from its front.
+class NotationReader {
+public:
+    explicit NotationReader(std::string_view text) : rest_(text) {}
+
+    bool IsDone() const { return rest_.empty(); }
+
+    bool Take(std::string_view word) {
+        if (!rest_.starts_with(word)) return false;
+        rest_.remove_prefix(word.size());
+        return true;
+    }
+
+    std::optional<double> Number() {
+        double number = 0.0;
+        const bool isDigit = !rest_.empty() && std::isdigit(static_cast<unsigned char>(rest_.front())) != 0;
+        if (!isDigit) return std::nullopt;
+        const auto [end, status] =
+            std::from_chars(rest_.data(), rest_.data() + rest_.size(), number, std::chars_format::fixed);
+        if (status != std::errc()) return std::nullopt;
+        rest_.remove_prefix(static_cast<std::size_t>(end - rest_.data()));
+        return number;
+    }
+
+    /// "2", "r3", "sqrt3" or "2r3".
+    std::optional<double> Length() {
+        const std::optional<double> factor = Number();
+        if (!Take("sqrt") && !Take("√") && !Take("r")) return factor;
+        const std::optional<double> square = Number();
+        if (!square) return std::nullopt;
+        return factor.value_or(1.0) * std::sqrt(*square);
+    }
+
+private:
+    std::string_view rest_;
+};
+
+/// Wood's notation.
+struct WoodNotation {
+    bool isCentred = false;
+    std::array<double, 2> lengths{};
+    double angle_deg = 0.0;
+};
+
+std::optional<WoodNotation> ReadWood(const std::string& text) {
+    NotationReader reader(text);
+    WoodNotation wood;
+    wood.isCentred = reader.Take("c");
+    if (!wood.isCentred) reader.Take("p");
+    const bool isBracketed = reader.Take("(");
+    const std::optional<double> first = reader.Length();
+    if (!first || (!reader.Take("x") && !reader.Take("×"))) return std::nullopt;
+    const std::optional<double> second = reader.Length();
+    if (!second || (isBracketed && !reader.Take(")"))) return std::nullopt;
+    wood.lengths = {*first, *second};
+    if (reader.IsDone()) return wood;
+    if (!reader.Take("-")) reader.Take(" ");
+    if (!reader.Take("R")) return std::nullopt;
+    const std::optional<double> angle = reader.Number();
+    if (!angle) return std::nullopt;
+    wood.angle_deg = *angle;
+    if (!reader.Take("deg")) reader.Take("°");
+    return reader.IsDone() ? std::optional(wood) : std::nullopt;
 }
 
 Superstructure FromMatrix(const std::array<int, 4>& matrix, const std::string& text) {
@@ -52,12 +115,16 @@ Superstructure FromMatrix(const std::array<int, 4>& matrix, const std::string& t
     return superstructure;
 }
 
-std::optional<std::array<int, 4>> MatrixOf(const std::string& text) {
-    static const std::regex kMatrix(
-        R"(\s*\[?\s*(-?\d{1,3})[\s,]+(-?\d{1,3})[\s,;/]+(-?\d{1,3})[\s,]+(-?\d{1,3})\s*\]?\s*)");
-    std::smatch match;
-    if (!std::regex_match(text, match, kMatrix)) return std::nullopt;
-    return std::array{std::stoi(match[1]), std::stoi(match[2]), std::stoi(match[3]), std::stoi(match[4])};
+/// Four whole numbers between brackets, blanks, commas, semicolons and slashes.
+std::optional<std::array<int, 4>> MatrixOf(std::string text) {
+    for (char& c : text)
+        if (std::strchr("[],;/", c)) c = ' ';
+    std::istringstream numbers(text);
+    std::array<int, 4> matrix{};
+    constexpr int kLargest = 999;
+    for (int& number : matrix)
+        if (!(numbers >> number) || std::abs(number) > kLargest) return std::nullopt;
+    return (numbers >> std::ws).eof() ? std::optional(matrix) : std::nullopt;
 }
 
 }  // namespace
@@ -82,19 +149,14 @@ std::vector<std::array<int, 2>> Superstructure::CellsInside() const {
 Superstructure ParseSuperstructure(const std::string& text, const SurfaceLattice& lattice) {
     if (text.empty()) return {};
     if (const auto matrix = MatrixOf(text)) return FromMatrix(*matrix, text);
-    static const std::regex kWood(
-        R"((p|c)?\(?(\d{0,2})(?:(?:r|sqrt|√)(\d{1,2}))?(?:x|×)(\d{0,2})(?:(?:r|sqrt|√)(\d{1,2}))?\)?(?:[- ]?R(\d{1,3}(?:\.\d{1,4})?)(?:deg|°)?)?)");
-    std::smatch match;
-    const bool isRead = std::regex_match(text, match, kWood) && match[2].length() + match[3].length() > 0 &&
-                        match[4].length() + match[5].length() > 0;
-    if (!isRead)
+    const std::optional<WoodNotation> wood = ReadWood(text);
+    if (!wood)
         throw ZfError("\"" + text +
                       "\" is no superstructure: write it like c(2x2), p(2x1), (r3xr3)R30, or the four "
                       "numbers of a matrix, 1 1 -1 1");
-    const double angle_deg = match[6].length() > 0 ? std::stod(match[6]) : 0.0;
-    gemmi::Vec3 first = Turned(lattice[0], angle_deg) * LengthOf(match, 2);
-    gemmi::Vec3 second = Turned(lattice[1], angle_deg) * LengthOf(match, 4);
-    if (match[1] == "c") {
+    gemmi::Vec3 first = Turned(lattice[0], wood->angle_deg) * wood->lengths[0];
+    gemmi::Vec3 second = Turned(lattice[1], wood->angle_deg) * wood->lengths[1];
+    if (wood->isCentred) {
         const gemmi::Vec3 sum = (first + second) * 0.5;
         second = (second - first) * 0.5;
         first = sum;
