@@ -9,8 +9,17 @@ namespace qvre {
 
 namespace {
 
+/// A length in any unit, or percent.
+LayerSpacing SpacingOf(const std::string& text) {
+    try {
+        return {ParseQuantity(text, RecipeUnit::kAngstrom), false};
+    } catch (const ZfError&) {
+        return ParseLayerSpacing(text);
+    }
+}
+
 LayerSpacing SpacingOf(const RecipeTable::Scalar& scalar) {
-    if (const auto* text = std::get_if<std::string>(&scalar)) return ParseLayerSpacing(*text);
+    if (const auto* text = std::get_if<std::string>(&scalar)) return SpacingOf(*text);
     if (const auto* whole = std::get_if<std::int64_t>(&scalar)) return {static_cast<double>(*whole), false};
     return {std::get<double>(scalar), false};
 }
@@ -29,7 +38,7 @@ void ReadSpacings(RecipeTable& section, Relaxation& relaxation) {
             continue;
         LayerSpacing spacing;
         if (section.HasText(key))
-            spacing = section.Made(key, [&] { return ParseLayerSpacing(*section.Text(key)); });
+            spacing = section.Made(key, [&] { return SpacingOf(*section.Text(key)); });
         else
             spacing.value = *section.Number(key, RecipeUnit::kAngstrom);
         section.Made(key, [&] { AddSpacing(key, spacing, relaxation); });

@@ -143,6 +143,50 @@ TEST(RecipeRequests, Cluster) {
     EXPECT_EQ(read(Section("cell = \"a.cell\"")).at("cell"), "Po 4");
 }
 
+// The keys one by one against heights and places counted by hand: fcc(001) of spacing 2 angstrom.
+TEST(RecipeRequests, SurfaceStructure) {
+    const TempFolder folder;
+    folder.Write("co.xyz", "2\n\nC 0 0 1\nO 0 0 2\n");
+    const auto read = [&](const std::string& more) {
+        return ReadClusterRequest(
+            Section("preset = \"fcc\"\nelements = \"Ni\"\nlattice = 4\nemitters = \"all\"\nemitter = "
+                    "\"Ni\"\ndepth = 9\n" +
+                    more),
+            {folder.Path("")});
+    };
+    /// How far atoms lie below the first, from above: "O -1, Ni 1.2".
+    const auto depths = [&](const std::string& more, std::size_t atoms) {
+        const CrystalCell cell = read(more).cell;
+        std::string text;
+        for (std::size_t i = 0; i < atoms; ++i)
+            text += cell.atoms[i].element + " " +
+                    DoubleToText(
+                        std::round(1e6 * (cell.Position(cell.atoms[0]).z - cell.Position(cell.atoms[i]).z)) /
+                            1e6 +
+                        0.0) +
+                    "; ";
+        return text;
+    };
+    const std::pair<std::string, std::string> cases[] = {
+        {"spacing = [\"-5 percent\", 2.1, \"0.19 nm\"]", "Ni 0; Ni 1.9; Ni 4; Ni 5.9; "},
+        {"d23 = \"5%\"", "Ni 0; Ni 2; Ni 4.1; Ni 6.1; "},
+        {"d12 = \"190 pm\"", "Ni 0; Ni 1.9; Ni 3.9; Ni 5.9; "},
+        {"shift = [0.1, \"-0.2 angstrom\"]", "Ni 0; Ni 2.3; Ni 4.1; Ni 6.1; "},
+        {"rumple = [{}, { Ni = 0.3 }]", "Ni 0; Ni 1.7; Ni 4; Ni 6; "},
+        {"[[s.relax.atoms]]\nlayer = 2\nelement = \"Ni\"\nat = [0.5, 0.5]\nby = [0, 0, \"10 pm\"]",
+         "Ni 0; Ni 1.9; Ni 4; Ni 6; "}};
+    for (const auto& [keys, told] : cases) EXPECT_EQ(depths("[s.relax]\n" + keys, 4), told) << keys;
+    const std::string molecule = "[[s.adsorbate]]\nmolecule = \"co.xyz\"\nat = [0.5, 0.5]\nheight = 0.8\n";
+    EXPECT_EQ(depths(molecule, 4), "O 0; C 1; Ni 1.8; Ni 3.8; ");
+    EXPECT_EQ(depths(molecule + "tilt = 60\ncoverage = 1", 4), "O 0; C 0.5; Ni 1.3; Ni 3.3; ");
+    EXPECT_EQ(depths(molecule + "superstructure = [[1, 1], [-1, 1]]\ncoverage = 0.5", 5),
+              "O 0; C 1; Ni 1.8; Ni 1.8; Ni 3.8; ");
+    const ClusterRequest rows =
+        read("domains = \"symmetry\"\ndomain-weights = [3, 1]\n" + molecule + "superstructure = \"p(2x1)\"");
+    EXPECT_EQ(List(rows.domains), "0 90");
+    EXPECT_EQ(rows.domains.at(0).weight, 3.0);
+}
+
 TEST(RecipeRequests, Emission) {
     const auto read = [](const RecipeTable& section) {
         const WavesRequest r = ReadWavesRequest(section, kCopper);

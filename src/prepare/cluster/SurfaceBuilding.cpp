@@ -7,6 +7,7 @@
 #include <gemmi/elem.hpp>
 #include <limits>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "foundation/ZfError.h"

@@ -6,6 +6,7 @@
 #include <numeric>
 #include <optional>
 #include <tuple>
+#include <utility>
 
 #include "foundation/ZfError.h"
 #include "prepare/cluster/CellSymmetry.h"
@@ -59,11 +60,17 @@ std::optional<SurfaceLattice> ShortestOf(const std::vector<gemmi::Vec3>& transla
     return SurfaceLattice{first, *second};
 }
 
-/// Whole numbers u, v with a u + b v = gcd(a, b).
+/// Whole numbers u, v with a u + b v = gcd(a, b), by the algorithm of Euclid.
 std::array<int, 2> Bezout(int a, int b) {
-    if (b == 0) return {a < 0 ? -1 : 1, 0};
-    const auto [u, v] = Bezout(b, a % b);
-    return {v, u - (a / b) * v};
+    std::array<int, 2> factors = {1, 0};  // of the remainder before the last one, and of the last one
+    std::array<int, 2> next = {0, 1};
+    while (b != 0) {
+        const int quotient = a / b;
+        factors = std::exchange(next, {factors[0] - quotient * next[0], factors[1] - quotient * next[1]});
+        a = std::exchange(b, a - quotient * b);
+    }
+    if (a < 0) return {-factors[0], -factors[1]};
+    return factors;
 }
 
 /// A translation of the crystal from the surface to that one period above.

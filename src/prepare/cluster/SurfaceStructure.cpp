@@ -42,7 +42,7 @@ LayerSpacing ParseLayerSpacing(const std::string& text) {
     try {
         return {StrictNumber(number, "spacing"), isPercent};
     } catch (const ZfError&) {
-        throw ZfError("\"" + text + "\" is no spacing: write it like \"-3 percent\" or \"1.75 angstrom\"");
+        throw ZfError("\"" + text + R"(" is no spacing: write it like "-3 percent" or "1.75 angstrom")");
     }
 }
 

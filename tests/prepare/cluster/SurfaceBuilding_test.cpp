@@ -128,10 +128,41 @@ TEST(SurfaceBuilding, RelaxesLayers) {
     EXPECT_EQ(made.structures[0].symmetry.Name(), "4mm");
     // Layers without a word keep the bulk's place, also sidewards.
     EXPECT_NEAR(MakeCluster(OnBuiltSurface(request, {})).structures[1].surface_angstrom, d, 1e-9);
-    structure.relaxation = {};
+}
+
+// A slab that is built and not changed is the crystal, whatever its cell, surface and termination.
+TEST(SurfaceBuilding, LeavesTheBulkAsItIs) {
+    SurfaceStructure structure;
     structure.relaxation.shift_angstrom = {0.0};
-    EXPECT_EQ(PlacesOf(MakeCluster(OnBuiltSurface(request, structure)).cluster.structures[1]),
-              PlacesOf(MakeCluster(request).cluster.structures[1]));
+    const std::tuple<CrystalCell, std::array<int, 3>, std::string> cases[] = {
+        {PresetCell("Cu", {}, {}), {0, 0, 1}, ""},
+        {PresetCell("Cu", {}, {}), {-1, 1, 0}, ""},
+        {PresetCell("Cu", {}, {}), {1, -1, 1}, ""},
+        {PresetCell("Cu", {}, {}), {2, 1, -3}, ""},
+        {PresetCell("Cu", {}, {}), {7, 5, 5}, ""},
+        {PresetCell("Si", {}, {}), {1, 1, 1}, "2"},
+        {PresetCell("Ru", {}, {}), {1, 0, -1}, "1"},
+        {PresetCell("zincblende", {"Ga", "As"}, {5.653}), {0, -1, 0}, "Ga"}};
+    for (const auto& [cell, surface, termination] : cases) {
+        ClusterRequest request;
+        request.cell = cell;
+        request.emitter = cell.atoms[0].element;
+        request.surface = surface;
+        request.termination = termination;
+        request.allEmitters = true;
+        request.depth_angstrom = 4.0;
+        request.size_angstrom = 9.0;
+        request.azimuth_deg = 17.0;
+        const MadeCluster plain = MakeCluster(request);
+        const MadeCluster built = MakeCluster(OnBuiltSurface(request, structure));
+        const auto places = [](const MadeCluster& made) {
+            std::vector<std::vector<Place>> all;
+            for (const Structure& one : made.cluster.structures) all.push_back(PlacesOf(one));
+            std::sort(all.begin(), all.end());
+            return all;
+        };
+        EXPECT_EQ(places(built), places(plain)) << SurfaceName(cell, surface);
+    }
 }
 
 TEST(SurfaceBuilding, RumplesByElementAndShiftsSidewards) {
