@@ -50,6 +50,7 @@ void ZfCrystal::Build() {
     const std::size_t count = latticeVectors.size();
     if (latticeX.size() < count || latticeY.size() < count || latticeZ.size() < count) throw ZfError("Error");
     ZfParser parser;
+    parser.constants = constants;
     for (std::size_t i = 0; i < count; ++i)
         SetAlongAxes(latticeVectors[i], axes, parser, latticeX[i], latticeY[i], latticeZ[i]);
 

@@ -42,6 +42,7 @@ struct ZfCrystal {
     void Build();
 
     std::string name;
+    std::map<std::string, double> constants;      ///< that the expressions may name
     std::array<double, 3> latticeConstants = {};  ///< angstrom; 0 counts as the first one
     std::array<ZfLDoubleMatrix, 3> axisDirections = {
         qvre::Vector3(0.0, 0.0, 0.0), qvre::Vector3(0.0, 0.0, 0.0), qvre::Vector3(0.0, 0.0, 0.0)};

@@ -167,6 +167,8 @@ double ZfParser::CallFunction(std::int32_t depth) {
 }
 
 double ZfParser::ParameterValue(const std::string& name) const {
+    const auto constant = constants.find(name);
+    if (constant != constants.end()) return constant->second;
     const std::int32_t letter = name.front() - 'a';
     if (letter < 0 || static_cast<std::size_t>(letter) >= parameters.size())
         throw ZfError("undefined parameter");

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "fit/Expression.h"
+#include "foundation/Expression.h"
 
 namespace qvre {
 

@@ -18,6 +18,8 @@
 #include "foundation/Text.h"
 #include "foundation/ZfError.h"
 #include "recipe/RecipeEnergies.h"
+#include "recipe/RecipeInputs.h"
+#include "recipe/RecipeParameters.h"
 #include "recipe/RecipeTable.h"
 
 namespace qvre {
@@ -45,9 +47,9 @@ const toml::array* ListAt(const toml::table& recipe, const SeriesKey& series) {
     return recipe[series.section][series.key].as_array();
 }
 
-/// What the patterns depend on; a scan of anything else would calculate the same one again.
-constexpr std::array<std::string_view, 6> kScannedSections = {"cluster", "emission",   "phases",
-                                                              "thermal", "scattering", "image"};
+/// What the patterns and their comparison depend on; a scan of anything else would change nothing.
+constexpr std::array<std::string_view, 8> kScannedSections = {"cluster",    "emission", "light",  "phases", "thermal",
+                                                              "scattering", "image", "compare"};
 
 /// A text as part of a file name, without what a shell or a file system could stumble on.
 std::string Label(const std::string& text) {
@@ -77,6 +79,11 @@ std::string LabelOf(const Value& value) {
     return DoubleToText(std::get<double>(value));
 }
 
+double NumberOf(const Value& value) {
+    const auto* whole = std::get_if<std::int64_t>(&value);
+    return whole ? static_cast<double>(*whole) : std::get<double>(value);
+}
+
 /// A whole number stays one, for the settings that count something.
 Value ValueOf(double number) {
     if (std::abs(number) < 1e15 && number == std::floor(number)) return static_cast<std::int64_t>(number);
@@ -86,7 +93,15 @@ Value ValueOf(double number) {
 struct RecipeText {
     std::string text;
     std::string path;
+    NamedValues values;  ///< in place of the starts of parameters
 };
+
+constexpr const char* kParameters = "parameters";
+constexpr std::size_t kMostScanned = 2;
+
+std::string FolderOf(const RecipeText& recipe) {
+    return std::filesystem::path(recipe.path).parent_path().string();
+}
 
 toml::table Parse(const RecipeText& recipe) {
     try {
@@ -116,13 +131,30 @@ void Assign(toml::table& settings, const Assignment& assignment) {
     }
 }
 
+/// The recipe with plain numbers as its parameters, the scanned ones among them.
+toml::table ParseResolved(const RecipeText& text, const Assignments& assignments) {
+    NamedValues values = text.values;
+    for (const Assignment& assignment : assignments)
+        if (assignment.where.section == kParameters)
+            values[assignment.where.key] = NumberOf(assignment.value);
+    toml::table recipe = Parse(text);
+    ResolveParameters(recipe, values);
+    return recipe;
+}
+
 RecipeCase MakeCase(const RecipeText& text, const Assignments& assignments) {
-    RecipeCase one{Parse(text), {}};
+    RecipeCase one{ParseResolved(text, assignments), {}};
     for (const Assignment& assignment : assignments) {
-        Assign(one.settings, assignment);
+        if (assignment.where.section != kParameters) Assign(one.settings, assignment);
         if (assignment.varies) one.variations.push_back(assignment.where);
     }
     return one;
+}
+
+RecipeVariation Variation(const std::string& section, const std::string& key, const std::string& label) {
+    const bool isLight = section == "emission" &&
+                         std::find(kLightKeys.begin(), kLightKeys.end(), key) != kLightKeys.end();
+    return {section, key, label, false, {}, {isLight ? "light" : section}};
 }
 
 /// The different values of a list that makes a series.
@@ -145,7 +177,8 @@ void ExpandKey(std::vector<Assignments>& members, const SeriesKey& series, const
     std::vector<Assignments> expanded;
     for (const Assignments& member : members) {
         for (std::size_t i = 0; i < values.size(); ++i) {
-            RecipeVariation where{series.section, series.key, series.before + LabelOf(values[i])};
+            RecipeVariation where =
+                Variation(series.section, series.key, series.before + LabelOf(values[i]));
             if (!std::holds_alternative<std::string>(values[i])) where.label += series.after;
             expanded.push_back(member);
             expanded.back().push_back({std::move(where), values[i], values.size() > 1, i});
@@ -161,16 +194,16 @@ std::vector<Assignments> EnergyMembers(const RecipeEnergies& energies, const Ass
     });
     std::vector<Assignments> members;
     for (const double energy_eV : energies.values_eV) {
-        RecipeVariation where{series->section, series->key,
-                              series->before + DoubleToText(energy_eV) + series->after};
+        RecipeVariation where = Variation(series->section, series->key,
+                                          series->before + DoubleToText(energy_eV) + series->after);
         members.push_back(first);
         members.back().push_back({std::move(where), energies.Setting(energy_eV)});
     }
     return members;
 }
 
-RecipeGroup MakeGroup(const RecipeText& text, const toml::table& recipe, double scanned,
-                      const Assignments& first) {
+RecipeGroup MakeGroup(const RecipeText& text, const std::vector<double>& scanned, const Assignments& first) {
+    const toml::table recipe = ParseResolved(text, first);
     std::vector<Assignments> members = {first};
     const RecipeTable settings(&recipe, "recipe");
     if (const auto energies = ReadEnergies(settings)) {
@@ -183,37 +216,118 @@ RecipeGroup MakeGroup(const RecipeText& text, const toml::table& recipe, double 
     return group;
 }
 
-std::vector<double> ScanValues(RecipeTable& scan) {
-    std::vector<double> values = scan.Numbers("values", RecipeUnit::kNone);
-    const auto from = scan.Number("from", RecipeUnit::kNone);
-    const auto to = scan.Number("to", RecipeUnit::kNone);
-    const auto steps = scan.Integer("steps");
+/// One setting of a scan with its values.
+struct ScanAxis {
+    RecipeVariation where;
+    std::vector<double> values;
+};
+
+/// The numbers at a key: one, or one for each scanned setting.
+std::optional<double> EntryOf(RecipeTable& scan, const std::string& key, std::size_t axis, std::size_t count) {
+    if (!scan.Has(key)) return std::nullopt;
+    const std::vector<double> numbers = scan.Numbers(key, RecipeUnit::kNone);
+    if (numbers.size() != count && numbers.size() != 1)
+        scan.Fail(key, "has to be one number, or one for each of the scanned settings");
+    return numbers[numbers.size() == 1 ? 0 : axis];
+}
+
+/// A list, or of two settings a list of lists.
+std::vector<double> ListedValues(RecipeTable& scan, const toml::table& table, std::size_t axis,
+                                 std::size_t count) {
+    if (count == 1) return scan.Numbers("values", RecipeUnit::kNone);
+    scan.Has("values");
+    const toml::array* lists = table["values"].as_array();
+    if (!lists) return {};
+    const toml::array* list = lists->size() == count ? (*lists)[axis].as_array() : nullptr;
+    if (!list) scan.Fail("values", "has to be a list of two lists, or give a table [[scan]] for each setting");
+    std::vector<double> values;
+    for (const toml::node& item : *list) {
+        if (!item.is_number()) scan.Fail("values", "has to be lists of numbers");
+        values.push_back(item.value<double>().value_or(0.0));
+    }
+    return values;
+}
+
+std::vector<double> ScanValues(RecipeTable& scan, const toml::table& table, std::size_t axis,
+                               std::size_t count) {
+    std::vector<double> values = ListedValues(scan, table, axis, count);
+    const auto from = EntryOf(scan, "from", axis, count);
+    const auto to = EntryOf(scan, "to", axis, count);
+    const auto steps = EntryOf(scan, "steps", axis, count);
     if (!values.empty()) {
         if (from || to || steps) scan.Fail("values", "give either values, or from, to and steps");
         if (values.size() > kMostCases) scan.Fail("values", "are more than 1000");
         return values;
     }
-    if (!from || !to || !steps || *steps < 2 || *steps > static_cast<std::int64_t>(kMostCases))
+    if (!from || !to || !steps || !(*steps >= 2.0) || *steps > static_cast<double>(kMostCases) ||
+        *steps != std::floor(*steps))
         scan.Fail("vary", "give values, or from, to and steps (2 to 1000)");
-    for (std::int64_t i = 0; i < *steps; ++i)
-        values.push_back(*from + (*to - *from) * static_cast<double>(i) / static_cast<double>(*steps - 1));
+    for (double i = 0.0; i < *steps; ++i) values.push_back(*from + (*to - *from) * i / (*steps - 1.0));
     return values;
 }
 
-/// "thermal.temperature" as section and key.
-RecipeVariation ScannedSetting(RecipeTable& scan, const toml::table& recipe) {
-    const std::string path = scan.Text("vary", "");
+RecipeVariation ScannedParameter(RecipeTable& scan, const toml::table& recipe, const std::string& name,
+                                 const std::string& folder) {
+    RecipeVariation where{kParameters, name, {}, true, {}, {}};
+    const std::vector<RecipeParameter> parameters = ReadParameters(recipe);
+    if (parameters.empty())
+        scan.Fail("vary", "has to name a setting, such as \"thermal.temperature\", or a number of "
+                          "[parameters]");
+    scan.Made("vary", [&] { ParameterValues(parameters, {{name, 0.0}}); });
+    for (const RecipeParameter& parameter : parameters)
+        if (parameter.name == name) where.unit = parameter.unit;
+    where.sections = SectionsOfParameter(recipe, name, folder);
+    for (const std::string& section : where.sections)
+        if (std::find(kScannedSections.begin(), kScannedSections.end(), section) == kScannedSections.end())
+            scan.Fail("vary", "[" + section + "] uses " + name + ", and cannot vary in a scan");
+    return where;
+}
+
+/// "thermal.temperature" as section and key, or a parameter.
+RecipeVariation ScannedSettingOf(RecipeTable& scan, const toml::table& recipe, const std::string& path,
+                                 const std::string& folder) {
     const std::size_t dot = path.find('.');
-    if (dot == std::string::npos) scan.Fail("vary", "has to name a setting, such as \"thermal.temperature\"");
-    RecipeVariation where{path.substr(0, dot), path.substr(dot + 1), {}};
+    if (dot == std::string::npos) return ScannedParameter(scan, recipe, path, folder);
+    RecipeVariation where = Variation(path.substr(0, dot), path.substr(dot + 1), {});
+    where.isScanned = true;
     if (std::find(kScannedSections.begin(), kScannedSections.end(), where.section) == kScannedSections.end())
-        scan.Fail(
-            "vary",
-            "has to name a setting of [cluster], [emission], [phases], [thermal], [scattering] or [image]");
+        scan.Fail("vary", "has to name a parameter, or a setting of [cluster], [emission], [phases], [thermal], "
+                          "[scattering], [image] or [compare]");
     for (const SeriesKey& series : kSeriesKeys)
         if (where.section == series.section && where.key == series.key && ListAt(recipe, series))
             scan.Fail("vary", path + " is a list, which makes a series: give it one value");
     return where;
+}
+
+/// The settings of one table [scan].
+std::vector<ScanAxis> ReadScanTable(RecipeTable& scan, const toml::table& table, const toml::table& recipe,
+                                    const std::string& folder) {
+    const std::vector<std::string> names = scan.Has("vary") ? scan.Texts("vary") : std::vector<std::string>{};
+    if (names.empty() || names.size() > kMostScanned)
+        scan.Fail("vary", "has to name one or two settings or parameters, such as \"thermal.temperature\"");
+    std::vector<ScanAxis> axes;
+    for (std::size_t i = 0; i < names.size(); ++i)
+        axes.push_back({ScannedSettingOf(scan, recipe, names[i], folder), ScanValues(scan, table, i, names.size())});
+    scan.RefuseUnread();
+    return axes;
+}
+
+std::vector<ScanAxis> ReadScan(const toml::table& recipe, const std::string& folder) {
+    RecipeTable root(&recipe, "recipe");
+    std::vector<RecipeTable> tables = root.Sections("scan");
+    std::vector<ScanAxis> axes;
+    for (std::size_t i = 0; i < tables.size(); ++i) {
+        const toml::array* list = recipe["scan"].as_array();
+        const toml::table& table = list ? *(*list)[i].as_table() : *recipe["scan"].as_table();
+        for (ScanAxis& axis : ReadScanTable(tables[i], table, recipe, folder)) {
+            for (const ScanAxis& other : axes)
+                if (other.where.Name() == axis.where.Name())
+                    tables[i].Fail("vary", axis.where.Name() + " is scanned already");
+            axes.push_back(std::move(axis));
+        }
+        if (axes.size() > kMostScanned) tables[i].Fail("vary", "a scan varies two settings at most");
+    }
+    return axes;
 }
 
 }  // namespace
@@ -229,25 +343,38 @@ std::string ReadRecipe(const std::string& path) {
     return ReadTextFile(path);
 }
 
-std::vector<RecipeGroup> ExpandRecipe(const std::string& text, const std::string& path) {
-    const RecipeText source{text, path};
+std::string RecipeVariation::Name() const {
+    return section == kParameters ? key : section + "." + key;
+}
+
+std::vector<RecipeGroup> ExpandRecipe(const std::string& text, const std::string& path,
+                                      const NamedValues& values) {
+    const RecipeText source{text, path, values};
     const toml::table recipe = Parse(source);
-    RecipeTable scan = RecipeTable(&recipe, "recipe").Section("scan");
+    RefuseUnusedParameters(recipe, FolderOf(source));
+    const std::vector<ScanAxis> axes = ReadScan(recipe, FolderOf(source));
+    std::size_t points = 1;
+    for (const ScanAxis& axis : axes) points *= axis.values.size();
     std::vector<RecipeGroup> groups;
-    if (!scan.Exists()) {
-        groups.push_back(MakeGroup(source, recipe, 0.0, {}));
-        return groups;
-    }
-    RecipeVariation where = ScannedSetting(scan, recipe);
     std::size_t cases = 0;
-    for (const double value : ScanValues(scan)) {
-        where.label = Label(where.key) + "_" + DoubleToText(value);
-        groups.push_back(MakeGroup(source, recipe, value, {{where, ValueOf(value), true}}));
+    for (std::size_t point = 0; point < points && cases <= kMostCases; ++point) {
+        std::vector<double> scanned;
+        Assignments assignments;
+        for (std::size_t rest = point, i = axes.size(); i-- > 0; rest /= axes[i].values.size()) {
+            const double value = axes[i].values[rest % axes[i].values.size()];
+            Assignment assignment{axes[i].where, ValueOf(value)};
+            assignment.where.label = Label(assignment.where.key) + "_" + DoubleToText(value);
+            assignments.insert(assignments.begin(), std::move(assignment));
+            scanned.insert(scanned.begin(), value);
+        }
+        groups.push_back(MakeGroup(source, scanned, assignments));
         cases += groups.back().cases.size();
-        if (cases > kMostCases)
-            scan.Fail("vary", "makes, with the series, more than 1000 calculations of the recipe");
     }
-    scan.RefuseUnread();
+    if (cases > kMostCases)
+        RecipeTable(&recipe, "recipe")
+            .Sections("scan")
+            .front()
+            .Fail("vary", "makes, with the series, more than 1000 calculations of the recipe");
     return groups;
 }
 

@@ -16,12 +16,10 @@ namespace {
 
 /// The energy of a laboratory source, "Al", or a number.
 double PhotonEnergy(RecipeTable& section) {
-    if (!section.HasText("photon")) return section.Number("photon", RecipeUnit::kElectronVolt, 0.0);
-    const std::string text = section.Text("photon", "");
+    const std::string text = section.HasWord("photon") ? section.Text("photon", "") : "";
     const bool isWord = !text.empty() && std::isalpha(static_cast<unsigned char>(text.front())) != 0;
-    return section.Made("photon", [&] {
-        return isWord ? ParsePhotonEnergy(text) : ParseQuantity(text, RecipeUnit::kElectronVolt);
-    });
+    if (!isWord) return section.Number("photon", RecipeUnit::kElectronVolt, 0.0);
+    return section.Made("photon", [&] { return ParsePhotonEnergy(text); });
 }
 
 PhotoelectronEnergy ReadEnergy(RecipeTable& section) {

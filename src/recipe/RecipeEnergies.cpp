@@ -94,7 +94,7 @@ EnergyBackgroundModel Background(RecipeTable& section, std::size_t energies) {
     constexpr int kUsualDegree = 3;
     EnergyBackgroundModel model{kUsualDegree};
     if (section.Has("background")) {
-        const std::string text = section.HasText("background")
+        const std::string text = section.HasWord("background")
                                      ? section.Text("background", "")
                                      : std::to_string(section.Integer("background").value_or(0));
         model = section.Made("background", [&] { return ParseEnergyBackground(text); });
@@ -118,10 +118,10 @@ void RefuseOtherEnergies(const RecipeTable& recipe, const RecipeEnergies& energi
         RecipeTable(recipe)
             .Section("energies")
             .Fail("vary", "an isotropic source has no binding energy: vary \"kinetic\"");
-    RecipeTable scan = RecipeTable(recipe).Section("scan");
-    for (const char* key : {"emission.kinetic", "emission.photon"})
-        if (scan.HasText("vary") && scan.Text("vary") == std::string(key))
-            scan.Fail("vary", "the energies are those of [energies]: vary something else");
+    for (RecipeTable& scan : RecipeTable(recipe).Sections("scan"))
+        for (const std::string& name : scan.Texts("vary"))
+            if (name == "emission.kinetic" || name == "emission.photon")
+                scan.Fail("vary", "the energies are those of [energies]: vary something else");
 }
 
 /// What makes sense for images alone.

@@ -53,7 +53,7 @@ double Temperature(RecipeTable& section, double fallback) {
 /// A number, or the elements of the topmost layers.
 std::string TerminationName(RecipeTable& section) {
     if (!section.Has("termination")) return {};
-    if (!section.HasText("termination")) return std::to_string(*section.Integer("termination"));
+    if (!section.HasWord("termination")) return std::to_string(*section.Integer("termination"));
     std::string name = section.Text("termination", "");
     if (name.empty()) section.Fail("termination", "has to be a number or the elements of the topmost layers");
     return name;
@@ -91,7 +91,7 @@ CrystalCell ReadCell(RecipeTable& section, const RecipeFolder& place) {
     const std::string cell = section.Text("cell", "");
     if (preset.empty() == cell.empty())
         section.Fail("preset", "give one of preset, cell (a crystal file) and file (a ready cluster)");
-    if (!cell.empty()) return section.Made("cell", [&] { return LoadCell(place.Path(cell)); });
+    if (!cell.empty()) return section.Made("cell", [&] { return LoadCell(place.Path(cell), section.Parameters()); });
     const std::vector<std::string> elements = section.Texts("elements");
     const std::vector<double> lattice = section.Numbers("lattice", RecipeUnit::kAngstrom);
     return section.Made("preset", [&] { return PresetCell(preset, elements, lattice); });
@@ -194,10 +194,10 @@ std::optional<MeanFreePathRequest> ReadMeanFreePath(RecipeTable& section) {
         return std::nullopt;
     }
     MeanFreePathRequest request;
-    const std::string text = section.HasText("imfp") ? *section.Text("imfp") : "";
-    if (text != kTpp2m && text.find_first_of("0123456789") != 0 && section.HasText("imfp"))
+    const std::string word = section.HasWord("imfp") ? *section.Text("imfp") : "";
+    if (section.HasWord("imfp") && word != kTpp2m && word.find_first_of("0123456789") != 0)
         section.Fail("imfp", R"(has to be a length such as "14 angstrom", or "TPP-2M")");
-    if (text != kTpp2m) request.length_angstrom = section.Number("imfp", RecipeUnit::kAngstrom);
+    if (word != kTpp2m) request.length_angstrom = section.Number("imfp", RecipeUnit::kAngstrom);
     request.gap_eV = section.Number("gap", RecipeUnit::kElectronVolt, request.gap_eV);
     if (request.length_angstrom && section.Has("gap"))
         section.Fail("gap", R"(is a setting of imfp = "TPP-2M")");

@@ -58,7 +58,7 @@ void CheckResultName(const RecipeTable& section, const std::string& key, const s
 
 std::optional<BackgroundModel> ReadBackgroundModel(RecipeTable& section) {
     if (!section.Has("background")) return std::nullopt;
-    const std::string text = section.HasText("background")
+    const std::string text = section.HasWord("background")
                                  ? section.Text("background", "")
                                  : std::to_string(section.Integer("background").value_or(0));
     return section.Made("background", [&] { return ParseBackgroundModel(text); });

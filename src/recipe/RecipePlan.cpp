@@ -19,6 +19,7 @@
 #include "recipe/RecipeEnergies.h"
 #include "recipe/RecipeInformation.h"
 #include "recipe/RecipeInputs.h"
+#include "recipe/RecipeParameters.h"
 #include "recipe/RecipePictures.h"
 #include "recipe/RecipeSettings.h"
 #include "report/sphere/ImageSum.h"
@@ -47,6 +48,9 @@ const Sections kScattering = {"cluster", "emission", "phases", "scattering"};
 const Sections kFullScattering = {"cluster", "emission", "phases", "scattering", "thermal"};
 const Sections kChecks = {"cluster", "emission", "phases", "scattering", "thermal", "image"};
 const Sections kImages = {"cluster", "emission", "light", "phases", "scattering", "thermal", "image"};
+
+const Sections kCompared = {"cluster",    "emission", "light", "phases",
+                            "scattering", "thermal",  "image", "compare"};
 
 /// Writes one file of the run and returns what the user should know of it, in lines.
 using FileMaker = std::function<std::string(const std::string& output)>;
@@ -88,19 +92,19 @@ bool Contains(const Sections& sections, const std::string& section) {
     return std::find(sections.begin(), sections.end(), section) != sections.end();
 }
 
-/// The section that a variation counts as: the light has keys among those of the emission.
-std::string SectionOf(const RecipeVariation& variation) {
-    const bool isLight = variation.section == "emission" &&
-                         std::find(kLightKeys.begin(), kLightKeys.end(), variation.key) != kLightKeys.end();
-    return isLight ? "light" : variation.section;
-}
-
 /// "_layer3_300K": the values that tell the file of one calculation from those of the others.
 std::string SuffixOf(const RecipeCase& one, const Sections& sections) {
     std::string suffix;
     for (const RecipeVariation& variation : one.variations)
-        if (Contains(sections, SectionOf(variation))) suffix += "_" + variation.label;
+        if (std::any_of(sections.begin(), sections.end(), [&](const std::string& section) {
+                return variation.sections.contains(section);
+            }))
+            suffix += "_" + variation.label;
     return suffix;
+}
+
+std::string LabelOf(const std::string& suffix) {
+    return suffix.empty() ? suffix : suffix.substr(1);
 }
 
 /// Fingerprints of the tables that the program reads.
@@ -128,13 +132,14 @@ public:
 
 private:
     void AddGroup(const RecipeGroup& group);
+    void CompareAsScanned(RunResult& result, const RecipeGroup& group);
     void AddPicture(const RunResult& result, const RecipePicture& picture);
     CasePlan AddCase(const RecipeCase& one);
     RunResult AddImages(const RecipeCase& one, const CasePlan& plan);
     void AddEnergies(const RecipeGroup& group);
     std::string CurvesSuffix(const RecipeCase& one) const;
     void AddEnergyCurves(const std::string& suffix, const std::vector<const RecipeCase*>& cases,
-                         double scanned);
+                         const std::vector<double>& scanned);
     RunStep EnergyPoint(const RecipeCase& one, const CasePlan& plan) const;
     ClusterFacts AddCluster(const RecipeCase& one, CasePlan& plan);
     void AddClusterFiles(const RecipeCase& one, const std::string& extension, const ClusterMaker& maker,
@@ -175,9 +180,11 @@ private:
 
 RunPlan Planner::Plan() {
     const std::string text = ReadRecipe(recipePath_);
-    const std::vector<RecipeGroup> groups = ExpandRecipe(text, recipePath_);
+    const std::vector<RecipeGroup> groups = ExpandRecipe(text, recipePath_, options_.parameters);
     plan_.origin = "recipe " + recipePath_ + "\n" + text;
     plan_.folder = options_.folder;
+    for (const RecipeVariation& variation : groups.front().cases.front().variations)
+        if (variation.isScanned) plan_.scanned.push_back({variation.Name(), variation.unit});
     ReadGeneral(groups.front().cases.front());
     const MethodChoice choice = ChooseMethod(groups, place_);
     method_ = choice.method;
@@ -198,9 +205,8 @@ void Planner::ReadGeneral(const RecipeCase& one) {
     RecipeTable recipe(&one.settings, "recipe");
     plan_.title = recipe.Text("title", fs::path(recipePath_).stem().string());
     series_ = recipe.Word("series", SeriesResult::kSum);
-    plan_.scannedName = recipe.Section("scan").Text("vary", "");
     energies_ = ReadEnergies(recipe);
-    recipe.Section("energies");
+    for (const char* section : {"energies", "parameters", "scan"}) recipe.Has(section);
     const RecipeTable compare = recipe.Section("compare");
     if (!ReadComparison(compare)) plan_.remarks = NothingCompared(compare.Exists());
     for (const char* section : {"cluster", "emission", "light", "phases", "thermal", "scattering", "image"})
@@ -214,7 +220,6 @@ bool Planner::ReadComparison(const RecipeTable& section) {
     if (energies_) {
         EnergyCompareSection compare = ReadEnergyCompare(section, *energies_, place_, options_.measuredFile);
         plan_.measuredEnergies = std::move(compare.measured);
-        plan_.energyComparison = compare.settings;
         return !plan_.measuredEnergies.empty();
     }
     plan_.comparison = ReadCompareSection(section, place_, options_.measuredFile);
@@ -225,7 +230,7 @@ bool Planner::ReadComparison(const RecipeTable& section) {
 std::string Planner::NothingCompared(bool hasSettings) const {
     if (hasSettings)
         return "note: [compare] names no measured pattern, nor does the command: nothing is compared";
-    if (!plan_.scannedName.empty())
+    if (!plan_.scanned.empty())
         return "note: a scan without a measured pattern tells no reliability factors: give [compare] "
                "measured, or the command a file to compare with";
     return {};
@@ -238,8 +243,18 @@ void Planner::AddGroup(const RecipeGroup& group) {
     if (members.size() > 1 && series_ == SeriesResult::kSum) members = {AddSum(members, group)};
     for (RunResult& result : members) {
         result.scanned = group.scanned;
+        CompareAsScanned(result, group);
         plan_.results.push_back(std::move(result));
     }
+}
+
+/// A scan of how results are compared gives each comparison its settings.
+void Planner::CompareAsScanned(RunResult& result, const RecipeGroup& group) {
+    const RecipeCase& one = group.cases.front();
+    if (SuffixOf(one, {"compare"}).empty()) return;
+    RecipeTable recipe(&one.settings, "recipe");
+    result.comparison =
+        ReadCompareSection(recipe.Section("compare"), place_, options_.measuredFile).request;
 }
 
 /// The settings as text, with the content of the files that they name.
@@ -253,6 +268,9 @@ std::string Planner::KeyOf(const RecipeCase& one, const std::string& name, const
         if (!Contains(sections, "light"))
             for (const char* key : kLightKeys) content.erase(key);
         text << section << '\n' << content << '\n';
+        for (const std::string& used : NamesUsed(content, place_.folder))
+            if (const auto value = one.settings["parameters"][used].value<double>())
+                text << fmt::format("{} = {}\n", used, *value);
         for (const char* key : {"file", "cell"}) {
             const auto file = (*table)[key].value<std::string>();
             if (!file) continue;
@@ -499,9 +517,12 @@ CasePlan Planner::AddCase(const RecipeCase& one) {
 
 RunResult Planner::AddImages(const RecipeCase& one, const CasePlan& plan) {
     const std::string suffix = SuffixOf(one, kImages);
-    RunResult result{suffix.empty() ? "" : suffix.substr(1), "pattern" + suffix + ".xml_img",
+    RunResult result{LabelOf(SuffixOf(one, kCompared)), "pattern" + suffix + ".xml_img",
                      "i0" + suffix + ".xml_img", KeyOf(one, "images" + plan.choices, kImages)};
     result.kinetic_eV = plan.kinetic_eV;
+    result.largestKinetic_eV = plan.kinetic_eV;
+    result.imageLabel = LabelOf(suffix);
+    result.clusters = {fs::path(plan.scattering.clusterFile).filename().string()};
     const std::string image = InFolder(result.image);
     const std::string directImage = InFolder(result.directImage);
     AddStep({"images", result.key, {result.image, result.directImage}, [=, request = plan.images] {
@@ -512,22 +533,26 @@ RunResult Planner::AddImages(const RecipeCase& one, const CasePlan& plan) {
 }
 
 RunResult Planner::AddSum(const std::vector<RunResult>& members, const RecipeGroup& group) {
-    std::string suffix;
-    std::string key;
+    RecipeCase scanned;
     for (const RecipeVariation& variation : group.cases.front().variations)
-        if (variation.section + "." + variation.key == plan_.scannedName) suffix += "_" + variation.label;
+        if (variation.isScanned) scanned.variations.push_back(variation);
+    const std::string suffix = SuffixOf(scanned, kImages);
+    std::string key;
     for (const RunResult& member : members) key += member.key;
 
-    RunResult sum{suffix.empty() ? "" : suffix.substr(1), "pattern" + suffix + "_sum.xml_img",
+    RunResult sum{LabelOf(SuffixOf(scanned, kCompared)), "pattern" + suffix + "_sum.xml_img",
                   "i0" + suffix + "_sum.xml_img", FingerprintOf(key)};
     const double kinetic_eV = members.front().kinetic_eV;
     const auto hasOther = [=](const RunResult& member) {
         return !(std::abs(member.kinetic_eV - kinetic_eV) <= kRefractedAlike * kinetic_eV);
     };
     sum.kinetic_eV = std::any_of(members.begin(), members.end(), hasOther) ? 0.0 : kinetic_eV;
+    sum.imageLabel = LabelOf(suffix);
     std::vector<WeightedImage> images;
     std::vector<WeightedImage> directImages;
     for (const RunResult& member : members) {
+        sum.largestKinetic_eV = std::max(sum.largestKinetic_eV, member.kinetic_eV);
+        sum.clusters.insert(sum.clusters.end(), member.clusters.begin(), member.clusters.end());
         images.push_back({InFolder(member.image)});
         directImages.push_back({InFolder(member.directImage)});
     }
@@ -543,12 +568,12 @@ RunResult Planner::AddSum(const std::vector<RunResult>& members, const RecipeGro
 
 /// The asymmetry of two members as an image and a picture.
 void Planner::AddAsymmetry(const std::vector<RunResult>& members) {
-    if (members.size() != 2 || !plan_.scannedName.empty())
+    if (members.size() != 2 || !plan_.scanned.empty())
         throw ZfError(
             fmt::format("{}: series = \"asymmetry\" is that of two members, such as circular = [\"left\", "
                         "\"right\"], and "
                         "not of {}",
-                        recipePath_, plan_.scannedName.empty() ? std::to_string(members.size()) : "a scan"));
+                        recipePath_, plan_.scanned.empty() ? std::to_string(members.size()) : "a scan"));
     const std::string key = FingerprintOf(members[0].key + members[1].key);
     const std::string image = InFolder("asymmetry.xml_img");
     AddStep({"asymmetry",
@@ -583,9 +608,8 @@ void Planner::AddEnergies(const RecipeGroup& group) {
 std::string Planner::CurvesSuffix(const RecipeCase& one) const {
     std::string suffix;
     for (const RecipeVariation& variation : one.variations) {
-        const bool isScanned = variation.section + "." + variation.key == plan_.scannedName;
         const bool isEnergy = variation.section == "emission" && variation.key == energies_->Key();
-        if (isScanned || (series_ == SeriesResult::kApart && !isEnergy)) suffix += "_" + variation.label;
+        if (variation.isScanned || (series_ == SeriesResult::kApart && !isEnergy)) suffix += "_" + variation.label;
     }
     return suffix;
 }
@@ -605,7 +629,7 @@ RunStep Planner::EnergyPoint(const RecipeCase& one, const CasePlan& plan) const 
 
 /// The cases stand by energy, those of one energy together.
 void Planner::AddEnergyCurves(const std::string& suffix, const std::vector<const RecipeCase*>& cases,
-                              double scanned) {
+                              const std::vector<double>& scanned) {
     const std::size_t members = cases.size() / energies_->values_eV.size();
     std::vector<EnergyTables> tables;
     std::string key = plan_.title + suffix + energies_->background.Text();
@@ -620,6 +644,9 @@ void Planner::AddEnergyCurves(const std::string& suffix, const std::vector<const
         AddStep(point);
     }
     EnergyResult result{suffix.empty() ? "" : suffix.substr(1), "energies" + suffix + ".csv", scanned};
+    result.comparison = ReadEnergyCompare(RecipeTable(&cases.front()->settings, "recipe").Section("compare"),
+                                          *energies_, place_, options_.measuredFile)
+                            .settings;
     const std::string picture = "energies" + suffix + ".png";
     const EnergyCurvesOutput output = {
         InFolder(result.table), InFolder(picture),
@@ -632,7 +659,7 @@ void Planner::AddEnergyCurves(const std::string& suffix, const std::vector<const
 
 /// Several results have pictures of their own, with their labels in the names and titles.
 void Planner::AddPicture(const RunResult& result, const RecipePicture& picture) {
-    const std::string name = result.FileName(picture.plot.output);
+    const std::string name = LabelledName(result.imageLabel, picture.plot.output);
     PatternPlot plot = PlotOf(picture, InFolder(result.image), InFolder(result.directImage), InFolder(name));
     Instrument& instrument = plot.instrument;
     if (instrument.innerPotential && instrument.energy == 0.0) {
@@ -646,7 +673,7 @@ void Planner::AddPicture(const RunResult& result, const RecipePicture& picture) 
                                                     : "and there are several: give energy"));
     }
     if (plot.title.empty()) plot.title = plan_.title;
-    if (!result.label.empty()) plot.title += ", " + result.label;
+    if (!result.imageLabel.empty()) plot.title += ", " + result.imageLabel;
     AddStep({"picture", FingerprintOf(result.key + picture.settings + plot.title), {name}, [=] {
                  return fmt::format("{}", fmt::join(DrawPatternPlot(plot).leftOut, "\n"));
              }});

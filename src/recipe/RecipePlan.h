@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "recipe/RecipeQuantity.h"
 #include "run/RunPlan.h"
 
 namespace qvre {
@@ -9,6 +10,7 @@ namespace qvre {
 struct RecipeOptions {
     std::string folder;        ///< of the results
     std::string measuredFile;  ///< compared with the result, in place of the one that the recipe names
+    NamedValues parameters = {};  ///< in their units, in place of the starts of [parameters]
 };
 
 /// Reads the whole recipe, so that a wrong key, unit, value or file is refused before anything is calculated,

@@ -1,70 +1,22 @@
 #include "recipe/RecipeTable.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <cstddef>
 #include <numeric>
 #include <sstream>
-#include <string_view>
 #include <utility>
 
-#include "foundation/Constants.h"
 #include "foundation/Text.h"
 
 namespace qvre {
 
 namespace {
 
-struct NamedUnit {
-    RecipeUnit kind;
-    const char* name;
-    double factor;
-};
-
-constexpr std::array<NamedUnit, 14> kUnits = {{
-    {RecipeUnit::kElectronVolt, "eV", 1.0},
-    {RecipeUnit::kElectronVolt, "keV", 1e3},
-    {RecipeUnit::kElectronVolt, "hartree", kHartree_eV},
-    {RecipeUnit::kAngstrom, "angstrom", 1.0},
-    {RecipeUnit::kAngstrom, "A", 1.0},
-    {RecipeUnit::kAngstrom, "nm", 10.0},
-    {RecipeUnit::kAngstrom, "pm", 0.01},
-    {RecipeUnit::kAngstrom, "bohr", kBohr_angstrom},
-    {RecipeUnit::kDegree, "deg", 1.0},
-    {RecipeUnit::kDegree, "degree", 1.0},
-    {RecipeUnit::kDegree, "degrees", 1.0},
-    {RecipeUnit::kDegree, "rad", kDegreesPerRadian},
-    {RecipeUnit::kKelvin, "K", 1.0},
-    {RecipeUnit::kKelvin, "kelvin", 1.0},
-}};
-
 std::string Join(const std::vector<std::string>& words) {
     std::string text;
     for (const std::string& word : words) text += (text.empty() ? "" : ", ") + word;
     return text;
-}
-
-std::string UnitNames(RecipeUnit kind) {
-    std::vector<std::string> names;
-    for (const NamedUnit& unit : kUnits)
-        if (unit.kind == kind) names.emplace_back(unit.name);
-    return Join(names);
-}
-
-std::string_view Trimmed(std::string_view text) {
-    while (!text.empty() && text.front() == ' ') text.remove_prefix(1);
-    while (!text.empty() && text.back() == ' ') text.remove_suffix(1);
-    return text;
-}
-
-double FactorOf(std::string_view name, RecipeUnit kind) {
-    for (const NamedUnit& unit : kUnits)
-        if (unit.kind == kind && unit.name == name) return unit.factor;
-    std::string message = "the unit \"";
-    message += name;
-    throw ZfError(message + "\" does not serve here" +
-                  (kind == RecipeUnit::kNone ? "; give the plain number" : "; give " + UnitNames(kind)));
 }
 
 /// Number of single-letter edits between two words (V. I. Levenshtein, Sov. Phys. Dokl. 10, 707 (1966)).
@@ -84,19 +36,25 @@ std::size_t EditDistance(const std::string& a, const std::string& b) {
 
 }  // namespace
 
-double ParseQuantity(const std::string& text, RecipeUnit unit) {
-    const std::string_view body = Trimmed(text);
-    double number = 0.0;
-    const auto [end, failure] = std::from_chars(body.data(), body.data() + body.size(), number);
-    if (failure != std::errc{} || !std::isfinite(number)) throw ZfError("\"" + text + "\" is no number");
-    const std::string_view name = Trimmed(body.substr(static_cast<std::size_t>(end - body.data())));
-    if (!name.empty()) number *= FactorOf(name, unit);
-    if (!std::isfinite(number)) throw ZfError("\"" + text + "\" is too large");
-    return number;
+namespace {
+
+std::shared_ptr<const NamedValues> ParametersOf(const toml::table* recipe) {
+    auto numbers = std::make_shared<NamedValues>();
+    const toml::table* table = recipe ? recipe->get_as<toml::table>("parameters") : nullptr;
+    if (!table) return numbers;
+    for (const auto& [name, node] : *table)
+        if (const auto number = node.value<double>()) numbers->emplace(name.str(), *number);
+    return numbers;
 }
 
+}  // namespace
+
 RecipeTable::RecipeTable(const toml::table* table, std::string place)
-    : table_(table), place_(std::move(place)) {}
+    : RecipeTable(table, std::move(place), ParametersOf(table)) {}
+
+RecipeTable::RecipeTable(const toml::table* table, std::string place,
+                         std::shared_ptr<const NamedValues> parameters)
+    : table_(table), place_(std::move(place)), parameters_(std::move(parameters)) {}
 
 const toml::node* RecipeTable::Find(const std::string& key) {
     asked_.insert(key);
@@ -115,6 +73,14 @@ bool RecipeTable::HasText(const std::string& key) {
 bool RecipeTable::HasFlag(const std::string& key) {
     const toml::node* node = Find(key);
     return node && node->is_boolean();
+}
+
+bool RecipeTable::HasWord(const std::string& key) {
+    if (!HasText(key)) return false;
+    const std::string text = *Text(key);
+    const std::vector<std::string> names = NamesInQuantity(text);
+    return std::none_of(names.begin(), names.end(),
+                        [&](const std::string& name) { return parameters_->contains(name); });
 }
 
 void RecipeTable::Fail(const std::string& key, const std::string& message) const {
@@ -138,7 +104,7 @@ double RecipeTable::NumberOf(const std::string& key, const toml::node& node, Rec
     }
     RefuseList(key, node);
     if (!node.is_string()) Fail(key, "has to be a number");
-    return Made(key, [&] { return ParseQuantity(node.value<std::string>().value_or(""), unit); });
+    return Made(key, [&] { return ParseQuantity(node.value<std::string>().value_or(""), unit, *parameters_); });
 }
 
 void RecipeTable::RefuseList(const std::string& key, const toml::node& node) const {
@@ -165,8 +131,11 @@ std::optional<std::int64_t> RecipeTable::Integer(const std::string& key) {
     const toml::node* node = Find(key);
     if (!node) return std::nullopt;
     RefuseList(key, *node);
-    if (!node->is_integer()) Fail(key, "has to be a whole number");
-    return node->value<std::int64_t>();
+    if (node->is_integer()) return node->value<std::int64_t>();
+    constexpr double kMost = 1e15;
+    const double number = node->is_string() && !HasWord(key) ? NumberOf(key, *node, RecipeUnit::kNone) : 0.5;
+    if (number != std::floor(number) || std::abs(number) > kMost) Fail(key, "has to be a whole number");
+    return static_cast<std::int64_t>(number);
 }
 
 std::int32_t RecipeTable::Count(const std::string& key, std::int32_t fallback) {
@@ -274,19 +243,19 @@ std::string RecipeTable::WholeName(const std::string& key) const {
 RecipeTable RecipeTable::Section(const std::string& key) {
     const toml::node* node = Find(key);
     if (node && !node->is_table()) Fail(key, "has to be a table");
-    return {node ? node->as_table() : nullptr, "[" + WholeName(key) + "]"};
+    return {node ? node->as_table() : nullptr, "[" + WholeName(key) + "]", parameters_};
 }
 
 std::vector<RecipeTable> RecipeTable::Sections(const std::string& key) {
     const toml::node* node = Find(key);
     std::vector<RecipeTable> sections;
     if (!node) return sections;
-    if (node->is_table()) return {{node->as_table(), "[" + WholeName(key) + "]"}};
+    if (node->is_table()) return {RecipeTable(node->as_table(), "[" + WholeName(key) + "]", parameters_)};
     const toml::array* list = node->as_array();
     if (!list) Fail(key, "has to be a table");
     for (const toml::node& item : *list) {
         if (!item.is_table()) Fail(key, "has to be a list of tables");
-        sections.emplace_back(item.as_table(), "[[" + WholeName(key) + "]]");
+        sections.push_back(RecipeTable(item.as_table(), "[[" + WholeName(key) + "]]", parameters_));
     }
     return sections;
 }
@@ -300,7 +269,7 @@ std::vector<std::string> RecipeTable::Keys() const {
 
 std::string RecipeTable::Content() const {
     std::ostringstream text;
-    if (table_) text << *table_;
+    if (table_) text << *table_ << NumbersText(*parameters_);
     return text.str();
 }
 

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <set>
 #include <string>
@@ -12,12 +13,9 @@
 
 #include "foundation/Words.h"
 #include "foundation/ZfError.h"
+#include "recipe/RecipeQuantity.h"
 
 namespace qvre {
-
-/// What a number of a recipe measures. A plain number is in the unit named here; a text may carry another one
-/// of the same kind, such as "1.4866 keV".
-enum class RecipeUnit : std::uint8_t { kNone, kElectronVolt, kAngstrom, kDegree, kKelvin };
 
 /// One table of a recipe, read strictly: a value of the wrong kind throws ZfError with the file, the line and
 /// what was expected, and so does a key that nobody asked for. The TOML table is not owned.
@@ -25,13 +23,16 @@ class RecipeTable {
 public:
     using Scalar = std::variant<std::int64_t, double, std::string>;
 
-    /// `place` names the table in messages; null stands for a table that is absent and has no keys.
+    /// `place` names the table in messages; null stands for a table that is absent and has no keys. The numbers
+    /// of a table "parameters" in it may be named by the numbers of all its sections.
     RecipeTable(const toml::table* table, std::string place);
 
     bool Exists() const { return table_ != nullptr; }
     bool Has(const std::string& key);
     bool HasText(const std::string& key);  ///< a text in quotes
     bool HasFlag(const std::string& key);  ///< true or false
+    bool HasWord(const std::string& key);  ///< a text, and no expression of parameters
+    const NamedValues& Parameters() const { return *parameters_; }
 
     std::optional<double> Number(const std::string& key, RecipeUnit unit);
     double Number(const std::string& key, RecipeUnit unit, double fallback);
@@ -61,7 +62,7 @@ public:
     RecipeTable Section(const std::string& key);
     std::vector<RecipeTable> Sections(const std::string& key);  ///< an array of tables, or one table
     std::vector<std::string> Keys() const;
-    std::string Content() const;  ///< the table as TOML, keys in alphabetical order
+    std::string Content() const;  ///< the table as TOML, keys in alphabetical order, and the parameters
 
     /// Throws ZfError for the first key that was not asked for, with the nearest one that was.
     void RefuseUnread() const;
@@ -84,6 +85,7 @@ public:
     }
 
 private:
+    RecipeTable(const toml::table* table, std::string place, std::shared_ptr<const NamedValues> parameters);
     std::string WholeName(const std::string& key) const;
     const toml::node* Find(const std::string& key);
     void RefuseList(const std::string& key, const toml::node& node) const;
@@ -91,11 +93,8 @@ private:
 
     const toml::table* table_;
     std::string place_;
+    std::shared_ptr<const NamedValues> parameters_;
     std::set<std::string> asked_;
 };
-
-/// Number with an optional unit, such as "560 eV" or "0.25 nm", in the unit of `unit`. Throws ZfError with
-/// the units that serve.
-double ParseQuantity(const std::string& text, RecipeUnit unit);
 
 }  // namespace qvre

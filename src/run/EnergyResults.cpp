@@ -91,25 +91,27 @@ void DrawComparison(const ComparedEnergies& one, const std::string& path) {
     DrawLines(lines, axes, path);
 }
 
-std::string ScanTable(const std::string& name, const std::vector<ComparedEnergies>& results) {
-    std::string text = name + ",R,R scaled,scale,correlation,energy offset\n";
+std::string ScanTable(const RunPlan& plan, const std::vector<ComparedEnergies>& results) {
+    std::string text = ScanColumns(plan.scanned) + "R,R scaled,scale,correlation,energy offset\n";
     for (const ComparedEnergies& one : results) {
         const Agreement& a = one.compared.agreement;
-        for (const double number : {one.result->scanned, a.R, a.scaledR, a.scale, a.correlation})
-            text.append(DoubleToText(number)).append(",");
-        text.append(DoubleToText(one.compared.offset_eV)).append("\n");
+        text += ScanFields(one.result->scanned) + ScanFields({a.R, a.scaledR, a.scale, a.correlation}) +
+                DoubleToText(one.compared.offset_eV) + "\n";
     }
     return text;
 }
 
-void TellScan(const std::string& name, const std::vector<ComparedEnergies>& results,
-              const ResultFolder& folder, RunLog& log) {
-    std::vector<ScannedAgreement> scan;
-    scan.reserve(results.size());
-    for (const ComparedEnergies& one : results) scan.push_back({one.result->scanned, one.compared.agreement});
-    WriteWholeFile(folder.Path("scan.csv"), ScanTable(name, results));
-    DrawScan(name, scan, folder.Path("scan.png"));
-    log.Line(BestOfScan(name, scan));
+void TellScan(const RunPlan& plan, const std::vector<ComparedEnergies>& results, const ResultFolder& folder,
+              RunLog& log) {
+    ComparedScan scan{plan.scanned, {}, 0.0};
+    for (const ComparedEnergyCurve& curve : results.front().compared.curves)
+        if (!curve.kinetic_eV.empty())
+            scan.independentData += IndependentEnergies(curve.kinetic_eV.back() - curve.kinetic_eV.front());
+    for (const ComparedEnergies& one : results)
+        scan.points.push_back({one.result->scanned, one.compared.agreement});
+    WriteWholeFile(folder.Path("scan.csv"), ScanTable(plan, results));
+    DrawScan(scan, folder.Path("scan.png"));
+    log.Line(BestOfScan(scan));
 }
 
 }  // namespace
@@ -120,14 +122,14 @@ void CompareEnergyResults(const RunPlan& plan, ResultFolder& folder, RunLog& log
     for (const EnergyResult& result : plan.energyResults) {
         InterruptRequest::ThrowIfPending();
         results.push_back({&result, CompareEnergies(LoadEnergyCurves(folder.Path(result.table)),
-                                                    plan.measuredEnergies, plan.energyComparison)});
+                                                    plan.measuredEnergies, result.comparison)});
         const ComparedEnergies& last = results.back();
         log.Line(ResultLine(last));
         log.Indented(Remarks(last.compared));
         WriteWholeFile(folder.Path(result.ComparisonTable()), ComparisonTable(last.compared));
         DrawComparison(last, folder.Path(result.ComparisonPicture()));
     }
-    if (!plan.scannedName.empty()) TellScan(plan.scannedName, results, folder, log);
+    if (!plan.scanned.empty()) TellScan(plan, results, folder, log);
     folder.Remember({"comparison", {}, ComparisonOutputs(plan), {}});
 }
 

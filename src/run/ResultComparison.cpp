@@ -2,15 +2,17 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cmath>
 
 #include "foundation/ReplacedFile.h"
 #include "foundation/Text.h"
 #include "foundation/ZfError.h"
-#include "input/EmittedWave.h"
+#include "input/Cluster.h"
 #include "report/picture/ComparisonOutput.h"
 #include "run/RunProgress.h"
 #include "run/ScanOutput.h"
+#include "scattering/ZfFreeElectron.h"
 
 namespace qvre {
 
@@ -29,41 +31,59 @@ std::string ResultLine(const ComparedResult& one, const CompareRequest& request)
                        a.correlation, one.compared.setting.rotation, setting.empty() ? "" : "  ", setting);
 }
 
-std::string ScanTable(const std::string& name, const std::vector<ComparedResult>& results) {
+std::string ScanTable(const RunPlan& plan, const std::vector<ComparedResult>& results) {
     std::string text =
-        name +
-        ",R,R scaled,scale,correlation,rotation,R absolute,R multipoles,theta offset,tilt,tilt azimuth\n";
+        ScanColumns(plan.scanned) +
+        "R,R scaled,scale,correlation,rotation,R absolute,R multipoles,theta offset,tilt,tilt azimuth\n";
     for (const ComparedResult& one : results) {
         const Agreement& a = one.compared.agreement;
         const SampleSetting& at = one.compared.setting;
-        for (const double number : {one.result->scanned, a.R, a.scaledR, a.scale, a.correlation, at.rotation,
-                                    a.absoluteR, one.compared.multipoleR, at.thetaOffset, at.tilt})
-            text.append(DoubleToText(number)).append(",");
-        text.append(DoubleToText(at.tiltAzimuth)).append("\n");
+        text += ScanFields(one.result->scanned) +
+                ScanFields({a.R, a.scaledR, a.scale, a.correlation, at.rotation, a.absoluteR,
+                            one.compared.multipoleR, at.thetaOffset, at.tilt}) +
+                DoubleToText(at.tiltAzimuth) + "\n";
     }
     return text;
 }
 
-void TellScan(const std::string& name, const std::vector<ComparedResult>& results, const ResultFolder& folder,
+/// Waves that come from as far as the cluster reaches interfere in angular momenta up to k times that.
+double LargestMomentum(const RunResult& result, const ResultFolder& folder) {
+    double squaredRadius_m2 = 0.0;
+    for (const std::string& file : result.clusters) {
+        Cluster cluster;
+        ZfLoadCluster(cluster, folder.Path(file));
+        for (const Structure& structure : cluster.structures)
+            for (const ClusterAtom& atom : structure.atoms)
+                squaredRadius_m2 = std::max(squaredRadius_m2, static_cast<double>(NormSquared(atom.position)));
+    }
+    ZfFreeElectron electron;
+    electron.SetEnergy_eV(result.largestKinetic_eV);
+    return electron.k * std::sqrt(squaredRadius_m2);
+}
+
+void TellScan(const RunPlan& plan, const std::vector<ComparedResult>& results, const ResultFolder& folder,
               RunLog& log) {
-    WriteWholeFile(folder.Path("scan.csv"), ScanTable(name, results));
-    std::vector<ScannedAgreement> scan;
-    scan.reserve(results.size());
-    for (const ComparedResult& one : results) scan.push_back({one.result->scanned, one.compared.agreement});
-    DrawScan(name, scan, folder.Path("scan.png"));
-    log.Line(BestOfScan(name, scan));
+    WriteWholeFile(folder.Path("scan.csv"), ScanTable(plan, results));
+    const ComparedResult& first = results.front();
+    ComparedScan scan{plan.scanned, {}, 0.0};
+    scan.independentData = IndependentDirections(first.compared.theta, first.compared.phi,
+                                                 LargestMomentum(*first.result, folder));
+    for (const ComparedResult& one : results)
+        scan.points.push_back({one.result->scanned, one.compared.agreement});
+    DrawScan(scan, folder.Path("scan.png"));
+    log.Line(BestOfScan(scan));
 }
 
 }  // namespace
 
 void CompareResults(const RunPlan& plan, ResultFolder& folder, RunLog& log) {
-    CompareRequest request = plan.comparison.request;
-    if (request.measured.empty()) return;
+    if (plan.comparison.request.measured.empty()) return;
     const std::string& difference = plan.comparison.difference;
-    const bool isEnergyOpen = request.instrument.innerPotential && request.instrument.energy == 0.0;
     std::vector<ComparedResult> results;
     for (const RunResult& result : plan.results) {
         InterruptRequest::ThrowIfPending();
+        CompareRequest request = result.comparison.value_or(plan.comparison.request);
+        const bool isEnergyOpen = request.instrument.innerPotential && request.instrument.energy == 0.0;
         request.second.image = folder.Path(result.image);
         // The measured points have no I0: the same background is taken from both then.
         if (!request.background) request.second.i0 = folder.Path(result.directImage);
@@ -72,9 +92,9 @@ void CompareResults(const RunPlan& plan, ResultFolder& folder, RunLog& log) {
         log.Line(ResultLine(results.back(), request));
         log.Indented(ComparisonRemarks(request, results.back().compared));
         if (!difference.empty())
-            WriteDifference(results.back().compared, folder.Path(result.FileName(difference)));
+            WriteDifference(results.back().compared, folder.Path(LabelledName(result.label, difference)));
     }
-    if (!plan.scannedName.empty()) TellScan(plan.scannedName, results, folder, log);
+    if (!plan.scanned.empty()) TellScan(plan, results, folder, log);
     folder.Remember({"comparison", {}, ComparisonOutputs(plan), {}});
 }
 

@@ -4,7 +4,7 @@
 
 namespace qvre {
 
-std::string RunResult::FileName(const std::string& name) const {
+std::string LabelledName(const std::string& label, const std::string& name) {
     if (label.empty()) return name;
     const std::filesystem::path file = name;
     return file.stem().string() + "_" + label + file.extension().string();
@@ -21,13 +21,14 @@ std::string EnergyResult::ComparisonPicture() const {
 std::vector<std::string> ComparisonOutputs(const RunPlan& plan) {
     std::vector<std::string> names;
     if (plan.comparison.request.measured.empty() && plan.measuredEnergies.empty()) return names;
-    if (!plan.scannedName.empty()) names = {"scan.csv", "scan.png"};
+    if (!plan.scanned.empty()) names = {"scan.csv", "scan.png"};
     for (const EnergyResult& result : plan.energyResults) {
         names.push_back(result.ComparisonTable());
         names.push_back(result.ComparisonPicture());
     }
     if (plan.comparison.difference.empty()) return names;
-    for (const RunResult& result : plan.results) names.push_back(result.FileName(plan.comparison.difference));
+    for (const RunResult& result : plan.results) 
+        names.push_back(LabelledName(result.label, plan.comparison.difference));
     return names;
 }
 

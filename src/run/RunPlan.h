@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -19,17 +20,24 @@ struct RunStep {
     bool isOneOfMany = false;  ///< like others before: told in the log file alone
 };
 
+/// A setting or parameter that a scan varies.
+struct ScannedSetting {
+    std::string name;
+    std::string unit = {};  ///< empty: that of the key
+};
+
 /// What a run ends with: a pattern with the image of its direct wave, by file names in the result folder.
 struct RunResult {
-    /// Name of a file that every result has: with its label, "chi_300K.png".
-    std::string FileName(const std::string& name) const;
-
     std::string label;  ///< the settings that tell it from the others; empty for a single one
     std::string image;
     std::string directImage;
-    std::string key;          ///< fingerprint of the images
-    double scanned = 0.0;     ///< value of the scanned setting
-    double kinetic_eV = 0.0;  ///< inside; 0: several
+    std::string key;                 ///< fingerprint of the images
+    std::vector<double> scanned{};   ///< values of the scanned settings
+    double kinetic_eV = 0.0;         ///< inside; 0: several
+    double largestKinetic_eV = 0.0;  ///< inside, of several
+    std::vector<std::string> clusters{};
+    std::optional<CompareRequest> comparison{};  ///< of its own, where a scan varies how it is compared
+    std::string imageLabel{};                    ///< the part of the label that tells its images
 };
 
 /// What an energy scan ends with, by file names in the result folder.
@@ -39,11 +47,15 @@ struct EnergyResult {
 
     std::string label;     ///< the settings that tell it from the others; empty for a single one
     std::string table;     ///< of its curves
-    double scanned = 0.0;  ///< value of the scanned setting
+    std::vector<double> scanned{};  ///< values of the scanned settings
+    EnergyComparisonSettings comparison{};
 };
 
+/// Name of a file of which every result has one: with its label, "chi_300K.png".
+std::string LabelledName(const std::string& label, const std::string& name);
+
 struct RunComparison {
-    CompareRequest request;  ///< without the images; no measured file: no comparison is asked for
+    CompareRequest request;  ///< of the first result, without the images; no measured file: no comparison is asked for
     std::string difference;  ///< file name of the difference of each result; empty: none
 };
 
@@ -54,13 +66,12 @@ struct RunPlan {
     std::string origin;       ///< where the plan comes from, for the log
     std::string remarks;      ///< what the user should know before it starts, in lines
     std::string folder;       ///< of the results
-    std::string scannedName;  ///< "thermal.temperature"; empty without a scan
+    std::vector<ScannedSetting> scanned;  ///< one or two; empty without a scan
     std::vector<RunStep> steps;
     std::vector<RunResult> results;
     std::vector<EnergyResult> energyResults;  ///< in place of the results
     RunComparison comparison;
     std::vector<MeasuredEnergyCurve> measuredEnergies;  ///< that an energy scan is compared with
-    EnergyComparisonSettings energyComparison;
 };
 
 /// What the comparison of a plan writes into the folder: the differences that are asked for, and of a scan

@@ -3,20 +3,36 @@
 #include <string>
 #include <vector>
 
+#include "report/compare/LeastR.h"
 #include "report/compare/ReliabilityFactor.h"
+#include "run/RunPlan.h"
 
 namespace qvre {
 
-/// How well the result for one value of a scanned setting agrees with the measurement.
+/// How well the result for one point of a scan agrees with the measurement.
 struct ScannedAgreement {
-    double value = 0.0;
+    std::vector<double> values;  ///< of the scanned settings
     Agreement agreement;
 };
 
-/// Draws R and R scaled over the values of the setting.
-void DrawScan(const std::string& setting, const std::vector<ScannedAgreement>& scan, const std::string& path);
+/// A scan with its settings and the number of independent data that it was compared with.
+struct ComparedScan {
+    LeastR Least() const;
 
-/// "thermal.temperature = 300 has the least R; table scan.csv, plot scan.png"
-std::string BestOfScan(const std::string& setting, const std::vector<ScannedAgreement>& scan);
+    std::vector<ScannedSetting> settings;
+    std::vector<ScannedAgreement> points;
+    double independentData = 0.0;
+};
+
+/// The names of the settings, each with a comma behind it, and their values.
+std::string ScanColumns(const std::vector<ScannedSetting>& settings);
+std::string ScanFields(const std::vector<double>& values);
+
+/// Draws R and R scaled over the values of the setting, with the parabola of the least R; of two settings a map
+/// of R with the least R and the ellipse of the R level.
+void DrawScan(const ComparedScan& scan, const std::string& path);
+
+/// "a = 4.09 +- 0.03 angstrom has the least R, 0.1234; table scan.csv, plot scan.png", and what the error is.
+std::string BestOfScan(const ComparedScan& scan);
 
 }  // namespace qvre

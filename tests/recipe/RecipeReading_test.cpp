@@ -40,7 +40,7 @@ TEST(RecipeReading, ListsMakeASeriesAndAScanMakesGroups) {
         "[scan]\nvary = \"thermal.debye.Cu\"\nfrom = 300\nto = 400\nsteps = 3\n",
         "r.toml");
     ASSERT_EQ(groups.size(), 3U);
-    EXPECT_DOUBLE_EQ(groups[1].scanned, 350.0);
+    EXPECT_EQ(groups[1].scanned, std::vector<double>{350.0});
     ASSERT_EQ(groups[1].cases.size(), 4U);
     EXPECT_EQ(LabelsOf(groups[1].cases[2]), "debye.Cu_350 600.5eV 100K ");
     EXPECT_EQ(groups[1].cases[2].settings["thermal"]["debye"]["Cu"].value<int>(), 350);

@@ -15,30 +15,35 @@ namespace {
 
 using Reader = CrystalCell (*)(const std::string&);
 
+constexpr const char* kExpressionCell = ".cell";
+
 struct Format {
     const char* extension;
     Reader read;
 };
 
-constexpr std::array<Format, 9> kFormats = {{{".cif", ParseCif},
+constexpr std::array<Format, 8> kFormats = {{{".cif", ParseCif},
                                              {".mmcif", ParseCif},
                                              {".mcif", ParseCif},
-                                             {".cell", ParseExpressionCell},
                                              {".xyz", ParseXyzCell},
                                              {".extxyz", ParseXyzCell},
                                              {".vasp", ParsePoscar},
                                              {".poscar", ParsePoscar},
                                              {".contcar", ParsePoscar}}};
 
+std::string LowerExtension(const std::string& path) {
+    std::string extension = std::filesystem::path(path).extension().string();
+    std::transform(extension.begin(), extension.end(), extension.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return extension;
+}
+
 Reader ReaderFor(const std::string& path) {
     const std::filesystem::path file(path);
     const std::string name = file.filename().string();
     if (name.starts_with("POSCAR") || name.starts_with("CONTCAR")) return ParsePoscar;
-    std::string extension = file.extension().string();
-    std::transform(extension.begin(), extension.end(), extension.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
     for (const Format& format : kFormats)
-        if (extension == format.extension) return format.read;
+        if (LowerExtension(path) == format.extension) return format.read;
     throw ZfError(
         "Cannot tell the format of " + path +
         ": a crystal is a .cif, .mmcif, .xyz, .extxyz, .vasp or .cell file, or named POSCAR or CONTCAR");
@@ -46,10 +51,15 @@ Reader ReaderFor(const std::string& path) {
 
 }  // namespace
 
-CrystalCell LoadCell(const std::string& path) {
-    const Reader read = ReaderFor(path);
+bool IsExpressionCell(const std::string& path) {
+    return LowerExtension(path) == kExpressionCell;
+}
+
+CrystalCell LoadCell(const std::string& path, const NamedConstants& constants) {
+    const Reader read = IsExpressionCell(path) ? nullptr : ReaderFor(path);
     return Naming(path, [&] {
-        CrystalCell cell = read(ReadTextFile(path));
+        const std::string text = ReadTextFile(path);
+        CrystalCell cell = read ? read(text) : ParseExpressionCell(text, constants);
         CheckCell(cell);
         return cell;
     });

@@ -1,12 +1,16 @@
 #pragma once
 
 #include <array>
+#include <map>
 #include <string>
 #include <vector>
 
 #include "prepare/cluster/CrystalCell.h"
 
 namespace qvre {
+
+/// Numbers that the expressions of a crystal may name.
+using NamedConstants = std::map<std::string, double>;
 
 /// A ready crystal: "Diamond", "alpha-Sn", or an element that is fcc, bcc, hcp or diamond at room
 /// temperature; or a structure type ("fcc", "zincblende", ...) with its elements and lattice constants
@@ -19,9 +23,12 @@ CrystalCell PresetCell(const std::string& name, const std::vector<std::string>& 
 std::string PresetNames();
 
 /// The crystal of a file, by its extension: .cif or .mmcif, .xyz or .extxyz (with Lattice="..."
-/// in the title), .cell (expressions), .vasp, or a name that begins with POSCAR or CONTCAR. Throws ZfError
-/// that names the file.
-CrystalCell LoadCell(const std::string& path);
+/// in the title), .cell (expressions), .vasp, or a name that begins with POSCAR or CONTCAR. The
+/// constants serve a .cell file. Throws ZfError that names the file.
+CrystalCell LoadCell(const std::string& path, const NamedConstants& constants = {});
+
+/// Whether the name is that of a crystal of expressions, .cell.
+bool IsExpressionCell(const std::string& path);
 
 // The readers behind LoadCell take the whole text of a file.
 
@@ -38,7 +45,7 @@ CrystalCell ParsePoscar(const std::string& text);
 CrystalCell ParseXyzCell(const std::string& text);
 
 /// Lengths, angles and atoms as expressions of ZfParser; docs/clusters.md has the format.
-CrystalCell ParseExpressionCell(const std::string& text);
+CrystalCell ParseExpressionCell(const std::string& text, const NamedConstants& constants = {});
 
 /// Axes with these lengths (angstrom) and angles (degrees): a along x, b in the xy plane, as is usual
 /// (International Tables for Crystallography B, section 3.3.1). Throws ZfError for angles that no cell has.

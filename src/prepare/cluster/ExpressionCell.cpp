@@ -10,7 +10,6 @@
 #include "foundation/StrictNumber.h"
 #include "foundation/Text.h"
 #include "foundation/ZfError.h"
-#include "prepare/cluster/CrystalSources.h"
 
 namespace qvre {
 
@@ -25,19 +24,21 @@ double CosOfDegrees(double angle) {
 }
 
 /// A name without brackets would read as a parameter, which is 0, and rand() differs from run to run.
-void RefuseNames(const std::vector<ParserToken>& tokens) {
+void RefuseNames(const std::vector<ParserToken>& tokens, const NamedConstants& constants) {
     for (const ParserToken& token : tokens) {
-        if (token.code == kTokenParameter) throw ZfError("unknown name " + token.text);
+        if (token.code == kTokenParameter && !constants.contains(token.text))
+            throw ZfError("unknown name " + token.text);
         if (token.code == kTokenFunction && token.text == "rand") throw ZfError("rand() gives no crystal");
     }
 }
 
 bool EndsOperand(std::int32_t code) {
-    return code == kTokenConstant || code == kTokenRightBracket;
+    return code == kTokenConstant || code == kTokenParameter || code == kTokenRightBracket;
 }
 
 bool BeginsOperand(std::int32_t code) {
-    return code == kTokenConstant || code == kTokenFunction || code == kTokenLeftBracket;
+    return code == kTokenConstant || code == kTokenParameter || code == kTokenFunction ||
+           code == kTokenLeftBracket;
 }
 
 /// Of "1/2 3" or "2(3)" the parser would take the last value.
@@ -47,10 +48,11 @@ void RefuseNeighbours(const std::vector<ParserToken>& tokens) {
             throw ZfError("an operator is missing");
 }
 
-double EvaluateChecked(const std::string& text) {
+double EvaluateChecked(const std::string& text, const NamedConstants& constants) {
     ZfParser parser;
+    parser.constants = constants;
     parser.lexer.Lex(text);
-    RefuseNames(parser.lexer.tokens);
+    RefuseNames(parser.lexer.tokens, constants);
     RefuseNeighbours(parser.lexer.tokens);
     const double value = parser.Calculate(text);
     if (static_cast<std::size_t>(parser.tokenIndex) < parser.lexer.tokens.size())
@@ -59,22 +61,22 @@ double EvaluateChecked(const std::string& text) {
     return value;
 }
 
-std::vector<double> EvaluateFields(const std::vector<std::string>& fields) {
+std::vector<double> EvaluateFields(const std::vector<std::string>& fields, const NamedConstants& constants) {
     if (fields.size() != 4) throw ZfError(fields[0] + " needs three values");
     std::vector<double> values;
-    for (std::size_t i = 1; i < fields.size(); ++i) values.push_back(EvaluateExpression(fields[i]));
+    for (std::size_t i = 1; i < fields.size(); ++i) values.push_back(EvaluateExpression(fields[i], constants));
     return values;
 }
 
 void ReadLengths(ZfCrystal& crystal, const std::vector<std::string>& fields) {
-    const std::vector<double> lengths = EvaluateFields(fields);
+    const std::vector<double> lengths = EvaluateFields(fields, crystal.constants);
     std::copy(lengths.begin(), lengths.end(), crystal.latticeConstants.begin());
     for (const double length : lengths)
         if (!(length > 0.0)) throw ZfError("lengths have to be above 0 angstrom");
 }
 
 void ReadAngles(ZfCrystal& crystal, const std::vector<std::string>& fields) {
-    const std::vector<double> angles = EvaluateFields(fields);
+    const std::vector<double> angles = EvaluateFields(fields, crystal.constants);
     crystal.axisDirections = AxisDirections(angles[0], angles[1], angles[2]);
 }
 
@@ -82,7 +84,7 @@ void ReadAngles(ZfCrystal& crystal, const std::vector<std::string>& fields) {
 double ReadAtom(ZfCrystal& crystal, const std::vector<std::string>& fields) {
     if (fields.size() != 5 && fields.size() != 6)
         throw ZfError("atom needs an element, three coordinates and, if known, Uiso");
-    for (std::size_t i = 2; i < 5; ++i) EvaluateExpression(fields[i]);
+    for (std::size_t i = 2; i < 5; ++i) EvaluateExpression(fields[i], crystal.constants);
     crystal.AddAtom(fields[2], fields[3], fields[4], fields[1], 0, 0.0);
     return fields.size() == 6 ? StrictNumber(fields[5], "Uiso") : 0.0;
 }
@@ -104,10 +106,10 @@ void ReadLine(ZfCrystal& crystal, std::vector<double>& Uiso_angstrom2, const std
 
 }  // namespace
 
-double EvaluateExpression(const std::string& text) {
+double EvaluateExpression(const std::string& text, const NamedConstants& constants) {
     const std::string where = "Cannot evaluate \"" + text + "\"";
     try {
-        return EvaluateChecked(text);
+        return EvaluateChecked(text, constants);
     } catch (const ZfError& error) {
         throw ZfError(where + ": " + error.message);
     } catch (const char*) {  // the lexer's, in another encoding
@@ -139,9 +141,10 @@ CrystalCell CellOfCrystal(const ZfCrystal& crystal) {
         for (int row = 0; row < 3; ++row)
             cell.axes[row][i] = built.axes.at(static_cast<std::size_t>(i)).VectorAt(row);
     for (const ZfAtomAttr& atom : built.atoms) {
-        const auto& [x, y, z] = atom.coordinates;
-        cell.atoms.push_back(
-            {atom.element, gemmi::Vec3(EvaluateExpression(x), EvaluateExpression(y), EvaluateExpression(z))});
+        std::array<double, 3> fraction = {};
+        for (std::size_t i = 0; i < 3; ++i)
+            fraction.at(i) = EvaluateExpression(atom.coordinates.at(i), crystal.constants);
+        cell.atoms.push_back({atom.element, gemmi::Vec3(fraction[0], fraction[1], fraction[2])});
     }
     return cell;
 }
@@ -153,8 +156,9 @@ gemmi::Mat33 AxesOf(const std::array<double, 3>& lengths_angstrom, const std::ar
     return CellOfCrystal(crystal).axes;
 }
 
-CrystalCell ParseExpressionCell(const std::string& text) {
+CrystalCell ParseExpressionCell(const std::string& text, const NamedConstants& constants) {
     ZfCrystal crystal;
+    crystal.constants = constants;
     crystal.SetUnitAxes();
     std::vector<double> Uiso_angstrom2;
     for (const std::string& line : LineSplit(text)) {

@@ -145,6 +145,13 @@ void Canvas::Rectangle(double x, double y, double width, double height) {
     cairo_stroke(context_.get());
 }
 
+void Canvas::FilledRectangle(double x, double y, double width, double height) {
+    cairo_set_antialias(context_.get(), CAIRO_ANTIALIAS_NONE);
+    cairo_rectangle(context_.get(), x, y, width, height);
+    cairo_fill(context_.get());
+    cairo_set_antialias(context_.get(), CAIRO_ANTIALIAS_DEFAULT);
+}
+
 void Canvas::Polyline(const std::vector<double>& x, const std::vector<double>& y) {
     cairo_set_line_join(context_.get(), CAIRO_LINE_JOIN_ROUND);
     bool drawing = false;

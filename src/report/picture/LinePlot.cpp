@@ -135,7 +135,7 @@ void DrawCurves(Canvas& canvas, const std::vector<Curve>& curves, const Frame& f
         for (const double value : curves[i].y) y.push_back(frame.Y(value));
         SetCurveStyle(canvas, i);
         canvas.Polyline(x, y);
-        for (std::size_t k = 0; markers && k < x.size(); ++k) {
+        for (std::size_t k = 0; markers && curves[i].markers && k < x.size(); ++k) {
             if (std::isfinite(x[k]) && std::isfinite(y[k])) canvas.Dot(x[k], y[k], 1.6);
         }
     }

@@ -13,6 +13,7 @@ struct Curve {
     std::string label;  ///< in the legend; empty: not named there
     std::vector<double> x;
     std::vector<double> y;
+    bool markers = true;  ///< where the axes draw any
 };
 
 struct LineAxes {

@@ -1,4 +1,4 @@
-#include "fit/Expression.h"
+#include "foundation/Expression.h"
 
 #include <fmt/format.h>
 

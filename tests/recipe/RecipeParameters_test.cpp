@@ -1,0 +1,98 @@
+#include "recipe/RecipeParameters.h"
+
+#include <gtest/gtest.h>
+
+#include "ErrorText.h"
+#include "TempFolder.h"
+#include "recipe/RecipeCases.h"
+#include "recipe/RecipeTable.h"
+
+using std::literals::string_view_literals::operator""sv;
+
+namespace {
+
+const NamedValues kNumbers = {{"a", 3.61}, {"A", 2.0}, {"phi0", 15.0}};
+
+TEST(RecipeParameters, AQuantityMayBeAnExpressionWithAUnit) {
+    const std::tuple<const char*, RecipeUnit, double> cases[] = {
+        {"a", RecipeUnit::kAngstrom, 3.61},
+        {"2*a nm", RecipeUnit::kAngstrom, 72.2},
+        {"phi0 + 30", RecipeUnit::kDegree, 45.0},
+        {"a/2 A", RecipeUnit::kAngstrom, 1.805},    // the unit
+        {"a * A", RecipeUnit::kAngstrom, 7.22},     // the parameter
+        {"14 angstrom", RecipeUnit::kAngstrom, 14.0},
+        {"-45", RecipeUnit::kDegree, -45.0},
+    };
+    for (const auto& [text, unit, value] : cases)
+        EXPECT_NEAR(ParseQuantity(text, unit, kNumbers), value, 1e-12) << text;
+    EXPECT_EQ(ErrorText([] { ParseQuantity("2*b", RecipeUnit::kNone, kNumbers); }),
+              "\"2*b\" is no number: there is no parameter b; there are A, a, phi0");
+    EXPECT_EQ(ErrorText([] { ParseQuantity("a eV", RecipeUnit::kDegree, kNumbers); }),
+              "the unit \"eV\" does not serve here; give deg, degree, degrees, rad");
+    EXPECT_EQ(ErrorText([] { ParseQuantity("a + ", RecipeUnit::kDegree, kNumbers); }), "\"a + \" is no number");
+}
+
+TEST(RecipeParameters, AreReadInTheOrderOfTheirLinesAndCountInPlainUnits) {
+    const toml::table recipe = toml::parse(
+        "[parameters]\n"
+        "d = { start = 0.19, lower = 0.17, upper = 0.21, unit = \"nm\", restraint = \"0.19 +- 0.005\" }\n"
+        "twice = \"2*d - b\"\n"
+        "b = 0.1\n"
+        "a = \"361 pm\"\n"sv);
+    const std::vector<RecipeParameter> parameters = ReadParameters(recipe);
+    ASSERT_EQ(parameters.size(), 4U);
+    EXPECT_EQ(parameters[0].name, "d");
+    EXPECT_EQ(parameters[0].upper, 0.21);
+    ASSERT_TRUE(parameters[0].restraint);
+    EXPECT_EQ(parameters[0].restraint->sigma, 0.005);
+    EXPECT_EQ(parameters[1].expression, "2*d - b");
+    EXPECT_DOUBLE_EQ(parameters[1].start, 3.7);
+    EXPECT_EQ(parameters[3].unit, "pm");
+    const NamedValues numbers = ParameterValues(parameters, {{"d", 0.2}});
+    EXPECT_DOUBLE_EQ(numbers.at("d"), 2.0);
+    EXPECT_DOUBLE_EQ(numbers.at("twice"), 3.9);
+    EXPECT_DOUBLE_EQ(numbers.at("a"), 3.61);
+}
+
+const std::string kRecipe =
+    "[parameters]\na = 3.61\nTD = 300\nhalf = \"a/2\"\n"
+    "[cluster]\npreset = \"fcc\"\nelements = [\"Cu\"]\nlattice = \"2*half\"\natoms = 20\n"
+    "[emission]\nlevel = \"2p\"\nkinetic = 60\n"
+    "[thermal]\ndebye = { Cu = \"TD\" }\n";
+
+TEST(RecipeParameters, AScanVariesWhatDependsOnTheParameter) {
+    const std::vector<RecipeGroup> groups =
+        ExpandRecipe(kRecipe + "[scan]\nvary = [\"a\", \"TD\"]\nfrom = [3.5, 250]\nto = [3.7, 350]\nsteps = [3, 2]\n",
+                     "r.toml");
+    ASSERT_EQ(groups.size(), 6U);
+    EXPECT_EQ(groups[3].scanned, (std::vector<double>{3.6, 350.0}));
+    const RecipeCase& one = groups[3].cases[0];
+    RecipeTable recipe(&one.settings, "recipe");
+    RecipeTable cluster = recipe.Section("cluster");
+    EXPECT_DOUBLE_EQ(cluster.Number("lattice", RecipeUnit::kAngstrom, 0.0), 3.6);
+    ASSERT_EQ(one.variations.size(), 2U);
+    EXPECT_EQ(one.variations[0].sections, std::set<std::string>{"cluster"});  // by way of half
+    EXPECT_EQ(one.variations[1].sections, std::set<std::string>{"thermal"});
+    EXPECT_EQ(one.variations[1].label, "TD_350");
+    // The same in two tables, with values that are listed.
+    const std::vector<RecipeGroup> tables = ExpandRecipe(
+        kRecipe + "[[scan]]\nvary = \"a\"\nvalues = [3.5, 3.6, 3.7]\n[[scan]]\nvary = \"TD\"\nvalues = [250, 350]\n",
+        "r.toml");
+    ASSERT_EQ(tables.size(), 6U);
+    EXPECT_EQ(tables[3].scanned, groups[3].scanned);
+}
+
+TEST(RecipeParameters, ACellFileNamesThem) {
+    const TempFolder folder;
+    folder.Write("c.cell", "lengths a a c0  # not b\natom Cu 0 0 0\natom O 0 0 z\n");
+    const toml::table recipe = toml::parse(
+        "[parameters]\na = 3\nc0 = 4\nz = \"1/2 + dz\"\ndz = 0.1\n[cluster]\ncell = \"c.cell\"\n"sv);
+    RefuseUnusedParameters(recipe, folder.Path(""));
+    EXPECT_EQ(SectionsOfParameter(recipe, "dz", folder.Path("")), std::set<std::string>{"cluster"});
+    const toml::table more = toml::parse("[parameters]\na = 3\nb = 1\n[cluster]\ncell = \"c.cell\"\n"sv, "r.toml"sv);
+    EXPECT_EQ(ErrorText([&] { RefuseUnusedParameters(more, folder.Path("")); }),
+              "r.toml line 3: [parameters] b: nothing in the recipe depends on it: name it in a value, such as "
+              "\"b\", or leave it out");
+}
+
+}  // namespace
