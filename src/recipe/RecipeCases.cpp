@@ -48,8 +48,8 @@ const toml::array* ListAt(const toml::table& recipe, const SeriesKey& series) {
 }
 
 /// What the patterns and their comparison depend on; a scan of anything else would change nothing.
-constexpr std::array<std::string_view, 8> kScannedSections = {"cluster",    "emission", "light",  "phases", "thermal",
-                                                              "scattering", "image", "compare"};
+constexpr std::array<std::string_view, 8> kScannedSections = {"cluster", "emission",   "light", "phases",
+                                                              "thermal", "scattering", "image", "compare"};
 
 /// A text as part of a file name, without what a shell or a file system could stumble on.
 std::string Label(const std::string& text) {
@@ -152,8 +152,8 @@ RecipeCase MakeCase(const RecipeText& text, const Assignments& assignments) {
 }
 
 RecipeVariation Variation(const std::string& section, const std::string& key, const std::string& label) {
-    const bool isLight = section == "emission" &&
-                         std::find(kLightKeys.begin(), kLightKeys.end(), key) != kLightKeys.end();
+    const bool isLight =
+        section == "emission" && std::find(kLightKeys.begin(), kLightKeys.end(), key) != kLightKeys.end();
     return {section, key, label, false, {}, {isLight ? "light" : section}};
 }
 
@@ -177,8 +177,7 @@ void ExpandKey(std::vector<Assignments>& members, const SeriesKey& series, const
     std::vector<Assignments> expanded;
     for (const Assignments& member : members) {
         for (std::size_t i = 0; i < values.size(); ++i) {
-            RecipeVariation where =
-                Variation(series.section, series.key, series.before + LabelOf(values[i]));
+            RecipeVariation where = Variation(series.section, series.key, series.before + LabelOf(values[i]));
             if (!std::holds_alternative<std::string>(values[i])) where.label += series.after;
             expanded.push_back(member);
             expanded.back().push_back({std::move(where), values[i], values.size() > 1, i});
@@ -194,8 +193,8 @@ std::vector<Assignments> EnergyMembers(const RecipeEnergies& energies, const Ass
     });
     std::vector<Assignments> members;
     for (const double energy_eV : energies.values_eV) {
-        RecipeVariation where = Variation(series->section, series->key,
-                                          series->before + DoubleToText(energy_eV) + series->after);
+        RecipeVariation where =
+            Variation(series->section, series->key, series->before + DoubleToText(energy_eV) + series->after);
         members.push_back(first);
         members.back().push_back({std::move(where), energies.Setting(energy_eV)});
     }
@@ -223,7 +222,8 @@ struct ScanAxis {
 };
 
 /// The numbers at a key: one, or one for each scanned setting.
-std::optional<double> EntryOf(RecipeTable& scan, const std::string& key, std::size_t axis, std::size_t count) {
+std::optional<double> EntryOf(RecipeTable& scan, const std::string& key, std::size_t axis,
+                              std::size_t count) {
     if (!scan.Has(key)) return std::nullopt;
     const std::vector<double> numbers = scan.Numbers(key, RecipeUnit::kNone);
     if (numbers.size() != count && numbers.size() != 1)
@@ -239,7 +239,8 @@ std::vector<double> ListedValues(RecipeTable& scan, const toml::table& table, st
     const toml::array* lists = table["values"].as_array();
     if (!lists) return {};
     const toml::array* list = lists->size() == count ? (*lists)[axis].as_array() : nullptr;
-    if (!list) scan.Fail("values", "has to be a list of two lists, or give a table [[scan]] for each setting");
+    if (!list)
+        scan.Fail("values", "has to be a list of two lists, or give a table [[scan]] for each setting");
     std::vector<double> values;
     for (const toml::node& item : *list) {
         if (!item.is_number()) scan.Fail("values", "has to be lists of numbers");
@@ -271,8 +272,9 @@ RecipeVariation ScannedParameter(RecipeTable& scan, const toml::table& recipe, c
     RecipeVariation where{kParameters, name, {}, true, {}, {}};
     const std::vector<RecipeParameter> parameters = ReadParameters(recipe);
     if (parameters.empty())
-        scan.Fail("vary", "has to name a setting, such as \"thermal.temperature\", or a number of "
-                          "[parameters]");
+        scan.Fail("vary",
+                  "has to name a setting, such as \"thermal.temperature\", or a number of "
+                  "[parameters]");
     scan.Made("vary", [&] { ParameterValues(parameters, {{name, 0.0}}); });
     for (const RecipeParameter& parameter : parameters)
         if (parameter.name == name) where.unit = parameter.unit;
@@ -291,8 +293,9 @@ RecipeVariation ScannedSettingOf(RecipeTable& scan, const toml::table& recipe, c
     RecipeVariation where = Variation(path.substr(0, dot), path.substr(dot + 1), {});
     where.isScanned = true;
     if (std::find(kScannedSections.begin(), kScannedSections.end(), where.section) == kScannedSections.end())
-        scan.Fail("vary", "has to name a parameter, or a setting of [cluster], [emission], [phases], [thermal], "
-                          "[scattering], [image] or [compare]");
+        scan.Fail("vary",
+                  "has to name a parameter, or a setting of [cluster], [emission], [phases], [thermal], "
+                  "[scattering], [image] or [compare]");
     for (const SeriesKey& series : kSeriesKeys)
         if (where.section == series.section && where.key == series.key && ListAt(recipe, series))
             scan.Fail("vary", path + " is a list, which makes a series: give it one value");
@@ -307,7 +310,8 @@ std::vector<ScanAxis> ReadScanTable(RecipeTable& scan, const toml::table& table,
         scan.Fail("vary", "has to name one or two settings or parameters, such as \"thermal.temperature\"");
     std::vector<ScanAxis> axes;
     for (std::size_t i = 0; i < names.size(); ++i)
-        axes.push_back({ScannedSettingOf(scan, recipe, names[i], folder), ScanValues(scan, table, i, names.size())});
+        axes.push_back(
+            {ScannedSettingOf(scan, recipe, names[i], folder), ScanValues(scan, table, i, names.size())});
     scan.RefuseUnread();
     return axes;
 }

@@ -19,8 +19,8 @@ struct RecipeVariation {
     std::string key;      ///< "temperature", or "debye.Cu" in a table of the section
     std::string label;    ///< of one value, for file names: "300K"
     bool isScanned = false;
-    std::string unit;                 ///< of a parameter
-    std::set<std::string> sections;   ///< that depend on it; the light keys of the emission are "light"
+    std::string unit;                ///< of a parameter
+    std::set<std::string> sections;  ///< that depend on it; the light keys of the emission are "light"
 };
 
 /// One calculation of a run: a recipe in which every setting has one value.
@@ -38,13 +38,13 @@ struct RecipeGroup {
 
 /// A series comes from lists: cluster.emitter-layer, emission.kinetic, emission.photon, emission.circular and
 /// thermal.temperature, in all combinations, the last one running fastest. The table [scan] names one setting
-/// or parameter ("vary"), which is no list, and its values, as a list ("values") or as "from", "to" and "steps";
-/// two such tables, or one with lists of two, scan two settings in all combinations. The table [energies] makes
-/// a case of each energy, in their order, and of each member of the series at that energy.
+/// or parameter ("vary"), which is no list, and its values, as a list ("values") or as "from", "to" and
+/// "steps"; two such tables, or one with lists of two, scan two settings in all combinations. The table
+/// [energies] makes a case of each energy, in their order, and of each member of the series at that energy.
 ///
-/// `text` is the recipe, `path` names it in messages and tells the folder of its files. `values` take the place
-/// of the starts of parameters. It is parsed once for each case, so that every value knows its line. Throws
-/// ZfError, also for a text that is no TOML and for more than 1000 cases.
+/// `text` is the recipe, `path` names it in messages and tells the folder of its files. `values` take the
+/// place of the starts of parameters. It is parsed once for each case, so that every value knows its line.
+/// Throws ZfError, also for a text that is no TOML and for more than 1000 cases.
 std::vector<RecipeGroup> ExpandRecipe(const std::string& text, const std::string& path,
                                       const NamedValues& values = {});
 

@@ -91,7 +91,8 @@ CrystalCell ReadCell(RecipeTable& section, const RecipeFolder& place) {
     const std::string cell = section.Text("cell", "");
     if (preset.empty() == cell.empty())
         section.Fail("preset", "give one of preset, cell (a crystal file) and file (a ready cluster)");
-    if (!cell.empty()) return section.Made("cell", [&] { return LoadCell(place.Path(cell), section.Parameters()); });
+    if (!cell.empty())
+        return section.Made("cell", [&] { return LoadCell(place.Path(cell), section.Parameters()); });
     const std::vector<std::string> elements = section.Texts("elements");
     const std::vector<double> lattice = section.Numbers("lattice", RecipeUnit::kAngstrom);
     return section.Made("preset", [&] { return PresetCell(preset, elements, lattice); });

@@ -36,9 +36,8 @@ RecipeRestraint ParseRestraint(const std::string& text) {
     for (const std::string_view sign : {"+-", "+/-", "\u00B1"}) {
         const std::size_t at = text.find(sign);
         if (at == std::string::npos) continue;
-        const RecipeRestraint restraint = {
-            ParseQuantity(text.substr(0, at), RecipeUnit::kNone),
-            ParseQuantity(text.substr(at + sign.size()), RecipeUnit::kNone)};
+        const RecipeRestraint restraint = {ParseQuantity(text.substr(0, at), RecipeUnit::kNone),
+                                           ParseQuantity(text.substr(at + sign.size()), RecipeUnit::kNone)};
         if (!(restraint.sigma > 0.0)) throw ZfError("the width behind +- has to be above 0");
         return restraint;
     }
@@ -82,8 +81,9 @@ RecipeParameter ReadParameterText(const std::string& text) {
         return parameter;
     }
     if (!split.unit.empty())
-        throw ZfError("an expression of others has no unit of its own: it counts in angstrom, degrees, eV "
-                      "or kelvin");
+        throw ZfError(
+            "an expression of others has no unit of its own: it counts in angstrom, degrees, eV "
+            "or kelvin");
     parameter.expression = split.expression;
     return parameter;
 }
@@ -129,9 +129,9 @@ private:
         const bool isCircle = std::find(path_.begin(), path_.end(), parameter.name) != path_.end();
         path_.push_back(parameter.name);
         if (isCircle)
-            throw ZfError(fmt::format("parameters depend on each other in a circle: {}",
-                                      fmt::join(std::find(path_.begin(), path_.end(), parameter.name),
-                                                path_.end(), ", ")));
+            throw ZfError(fmt::format(
+                "parameters depend on each other in a circle: {}",
+                fmt::join(std::find(path_.begin(), path_.end(), parameter.name), path_.end(), ", ")));
         const Expression expression(parameter.expression);
         std::vector<double> arguments;
         for (const std::string& name : expression.names) {
@@ -205,7 +205,8 @@ std::map<std::string, std::set<std::string>> NamesBySection(const toml::table& r
         toml::table others = *table;
         if (section == "emission") {
             for (const char* light : kLightKeys) {
-                if (const toml::node* value = table->get(light)) names["light"].merge(NamesUsed(*value, folder));
+                if (const toml::node* value = table->get(light))
+                    names["light"].merge(NamesUsed(*value, folder));
                 others.erase(light);
             }
         }
@@ -223,8 +224,9 @@ std::vector<RecipeParameter> ReadParameters(const toml::table& recipe) {
     const toml::table& table = *recipe.get_as<toml::table>(kParameters);
     for (const std::string& name : section.Keys()) {
         if (!IsQuantityName(name))
-            section.Fail(name, "is no name of a parameter: letters, digits and _, a letter first, and no "
-                               "function");
+            section.Fail(name,
+                         "is no name of a parameter: letters, digits and _, a letter first, and no "
+                         "function");
         parameters.push_back(ReadParameter(section, table, name));
     }
     Evaluation evaluation(parameters, {});

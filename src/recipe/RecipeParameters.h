@@ -31,8 +31,8 @@ struct RecipeParameter {
     std::string expression;  ///< of others, in place of all the above; empty: none
 };
 
-/// The table [parameters] of a recipe, in the order of its lines. Throws ZfError with the line for a name that
-/// is none, a start outside of its bounds, empty bounds, a restraint without a width, an unknown unit,
+/// The table [parameters] of a recipe, in the order of its lines. Throws ZfError with the line for a name
+/// that is none, a start outside of its bounds, empty bounds, a restraint without a width, an unknown unit,
 /// expressions of unknown parameters or of themselves.
 std::vector<RecipeParameter> ReadParameters(const toml::table& recipe);
 

@@ -96,9 +96,8 @@ bool Contains(const Sections& sections, const std::string& section) {
 std::string SuffixOf(const RecipeCase& one, const Sections& sections) {
     std::string suffix;
     for (const RecipeVariation& variation : one.variations)
-        if (std::any_of(sections.begin(), sections.end(), [&](const std::string& section) {
-                return variation.sections.contains(section);
-            }))
+        if (std::any_of(sections.begin(), sections.end(),
+                        [&](const std::string& section) { return variation.sections.contains(section); }))
             suffix += "_" + variation.label;
     return suffix;
 }
@@ -253,8 +252,7 @@ void Planner::CompareAsScanned(RunResult& result, const RecipeGroup& group) {
     const RecipeCase& one = group.cases.front();
     if (SuffixOf(one, {"compare"}).empty()) return;
     RecipeTable recipe(&one.settings, "recipe");
-    result.comparison =
-        ReadCompareSection(recipe.Section("compare"), place_, options_.measuredFile).request;
+    result.comparison = ReadCompareSection(recipe.Section("compare"), place_, options_.measuredFile).request;
 }
 
 /// The settings as text, with the content of the files that they name.
@@ -609,7 +607,8 @@ std::string Planner::CurvesSuffix(const RecipeCase& one) const {
     std::string suffix;
     for (const RecipeVariation& variation : one.variations) {
         const bool isEnergy = variation.section == "emission" && variation.key == energies_->Key();
-        if (variation.isScanned || (series_ == SeriesResult::kApart && !isEnergy)) suffix += "_" + variation.label;
+        if (variation.isScanned || (series_ == SeriesResult::kApart && !isEnergy))
+            suffix += "_" + variation.label;
     }
     return suffix;
 }

@@ -8,8 +8,8 @@
 namespace qvre {
 
 struct RecipeOptions {
-    std::string folder;        ///< of the results
-    std::string measuredFile;  ///< compared with the result, in place of the one that the recipe names
+    std::string folder;           ///< of the results
+    std::string measuredFile;     ///< compared with the result, in place of the one that the recipe names
     NamedValues parameters = {};  ///< in their units, in place of the starts of [parameters]
 };
 

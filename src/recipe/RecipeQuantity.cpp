@@ -86,8 +86,8 @@ std::optional<double> ParametersValue(const std::string& text, const NamedValues
         if (found == parameters.end()) {
             std::string known;
             for (const auto& [other, value] : parameters) known += (known.empty() ? "" : ", ") + other;
-            throw ZfError(
-                fmt::format("\"{}\" is no number: there is no parameter {}; there are {}", text, name, known));
+            throw ZfError(fmt::format("\"{}\" is no number: there is no parameter {}; there are {}", text,
+                                      name, known));
         }
         values.push_back(found->second);
     }

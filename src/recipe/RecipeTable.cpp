@@ -104,7 +104,8 @@ double RecipeTable::NumberOf(const std::string& key, const toml::node& node, Rec
     }
     RefuseList(key, node);
     if (!node.is_string()) Fail(key, "has to be a number");
-    return Made(key, [&] { return ParseQuantity(node.value<std::string>().value_or(""), unit, *parameters_); });
+    return Made(key,
+                [&] { return ParseQuantity(node.value<std::string>().value_or(""), unit, *parameters_); });
 }
 
 void RecipeTable::RefuseList(const std::string& key, const toml::node& node) const {

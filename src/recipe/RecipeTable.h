@@ -23,8 +23,8 @@ class RecipeTable {
 public:
     using Scalar = std::variant<std::int64_t, double, std::string>;
 
-    /// `place` names the table in messages; null stands for a table that is absent and has no keys. The numbers
-    /// of a table "parameters" in it may be named by the numbers of all its sections.
+    /// `place` names the table in messages; null stands for a table that is absent and has no keys. The
+    /// numbers of a table "parameters" in it may be named by the numbers of all its sections.
     RecipeTable(const toml::table* table, std::string place);
 
     bool Exists() const { return table_ != nullptr; }

@@ -54,7 +54,8 @@ double LargestMomentum(const RunResult& result, const ResultFolder& folder) {
         ZfLoadCluster(cluster, folder.Path(file));
         for (const Structure& structure : cluster.structures)
             for (const ClusterAtom& atom : structure.atoms)
-                squaredRadius_m2 = std::max(squaredRadius_m2, static_cast<double>(NormSquared(atom.position)));
+                squaredRadius_m2 =
+                    std::max(squaredRadius_m2, static_cast<double>(NormSquared(atom.position)));
     }
     ZfFreeElectron electron;
     electron.SetEnergy_eV(result.largestKinetic_eV);

@@ -27,7 +27,7 @@ std::vector<std::string> ComparisonOutputs(const RunPlan& plan) {
         names.push_back(result.ComparisonPicture());
     }
     if (plan.comparison.difference.empty()) return names;
-    for (const RunResult& result : plan.results) 
+    for (const RunResult& result : plan.results)
         names.push_back(LabelledName(result.label, plan.comparison.difference));
     return names;
 }

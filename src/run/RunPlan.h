@@ -45,8 +45,8 @@ struct EnergyResult {
     std::string ComparisonTable() const;
     std::string ComparisonPicture() const;
 
-    std::string label;     ///< the settings that tell it from the others; empty for a single one
-    std::string table;     ///< of its curves
+    std::string label;              ///< the settings that tell it from the others; empty for a single one
+    std::string table;              ///< of its curves
     std::vector<double> scanned{};  ///< values of the scanned settings
     EnergyComparisonSettings comparison{};
 };
@@ -55,7 +55,8 @@ struct EnergyResult {
 std::string LabelledName(const std::string& label, const std::string& name);
 
 struct RunComparison {
-    CompareRequest request;  ///< of the first result, without the images; no measured file: no comparison is asked for
+    CompareRequest
+        request;  ///< of the first result, without the images; no measured file: no comparison is asked for
     std::string difference;  ///< file name of the difference of each result; empty: none
 };
 
@@ -63,9 +64,9 @@ struct RunComparison {
 /// several calculations share, such as the scattered wave under two temperatures, stands there once.
 struct RunPlan {
     std::string title;
-    std::string origin;       ///< where the plan comes from, for the log
-    std::string remarks;      ///< what the user should know before it starts, in lines
-    std::string folder;       ///< of the results
+    std::string origin;                   ///< where the plan comes from, for the log
+    std::string remarks;                  ///< what the user should know before it starts, in lines
+    std::string folder;                   ///< of the results
     std::vector<ScannedSetting> scanned;  ///< one or two; empty without a scan
     std::vector<RunStep> steps;
     std::vector<RunResult> results;

@@ -28,8 +28,8 @@ std::string WithError(double value, double error) {
 
 /// "a = 4.09 +- 0.03 angstrom"
 std::string SettingText(const ScannedSetting& setting, const LeastR& least, std::size_t axis) {
-    const std::string value = least.error.empty() ? DoubleToText(least.point[axis])
-                                                  : WithError(least.at[axis], least.error[axis]);
+    const std::string value =
+        least.error.empty() ? DoubleToText(least.point[axis]) : WithError(least.at[axis], least.error[axis]);
     return fmt::format("{} = {}{}{}", setting.name, value, setting.unit.empty() ? "" : " ", setting.unit);
 }
 
@@ -129,10 +129,11 @@ std::string BestOfScan(const ComparedScan& scan) {
     std::string text = fmt::format("{} has the least R; table scan.csv, {} scan.png",
                                    SettingsText(scan, least), scan.settings.size() > 1 ? "map" : "plot");
     if (least.error.empty()) return text + "\nno error of the minimum: " + least.whyNone;
-    return text + fmt::format("\nR {:.4f} at the minimum of the {}; +- is where it rises by R sqrt(2/N), for N = "
-                              "{:.0f} independent data (N. A. Booth et al., Surf. Sci. 387, 152 (1997))",
-                              least.R, scan.settings.size() > 1 ? "quadratic surface" : "parabola",
-                              scan.independentData);
+    return text + fmt::format(
+                      "\nR {:.4f} at the minimum of the {}; +- is where it rises by R sqrt(2/N), for N = "
+                      "{:.0f} independent data (N. A. Booth et al., Surf. Sci. 387, 152 (1997))",
+                      least.R, scan.settings.size() > 1 ? "quadratic surface" : "parabola",
+                      scan.independentData);
 }
 
 }  // namespace qvre

@@ -28,8 +28,8 @@ struct ComparedScan {
 std::string ScanColumns(const std::vector<ScannedSetting>& settings);
 std::string ScanFields(const std::vector<double>& values);
 
-/// Draws R and R scaled over the values of the setting, with the parabola of the least R; of two settings a map
-/// of R with the least R and the ellipse of the R level.
+/// Draws R and R scaled over the values of the setting, with the parabola of the least R; of two settings a
+/// map of R with the least R and the ellipse of the R level.
 void DrawScan(const ComparedScan& scan, const std::string& path);
 
 /// "a = 4.09 +- 0.03 angstrom has the least R, 0.1234; table scan.csv, plot scan.png", and what the error is.

@@ -15,13 +15,10 @@ const NamedValues kNumbers = {{"a", 3.61}, {"A", 2.0}, {"phi0", 15.0}};
 
 TEST(RecipeParameters, AQuantityMayBeAnExpressionWithAUnit) {
     const std::tuple<const char*, RecipeUnit, double> cases[] = {
-        {"a", RecipeUnit::kAngstrom, 3.61},
-        {"2*a nm", RecipeUnit::kAngstrom, 72.2},
-        {"phi0 + 30", RecipeUnit::kDegree, 45.0},
-        {"a/2 A", RecipeUnit::kAngstrom, 1.805},    // the unit
-        {"a * A", RecipeUnit::kAngstrom, 7.22},     // the parameter
-        {"14 angstrom", RecipeUnit::kAngstrom, 14.0},
-        {"-45", RecipeUnit::kDegree, -45.0},
+        {"a", RecipeUnit::kAngstrom, 3.61},           {"2*a nm", RecipeUnit::kAngstrom, 72.2},
+        {"phi0 + 30", RecipeUnit::kDegree, 45.0},     {"a/2 A", RecipeUnit::kAngstrom, 1.805},  // the unit
+        {"a * A", RecipeUnit::kAngstrom, 7.22},  // the parameter
+        {"14 angstrom", RecipeUnit::kAngstrom, 14.0}, {"-45", RecipeUnit::kDegree, -45.0},
     };
     for (const auto& [text, unit, value] : cases)
         EXPECT_NEAR(ParseQuantity(text, unit, kNumbers), value, 1e-12) << text;
@@ -29,7 +26,8 @@ TEST(RecipeParameters, AQuantityMayBeAnExpressionWithAUnit) {
               "\"2*b\" is no number: there is no parameter b; there are A, a, phi0");
     EXPECT_EQ(ErrorText([] { ParseQuantity("a eV", RecipeUnit::kDegree, kNumbers); }),
               "the unit \"eV\" does not serve here; give deg, degree, degrees, rad");
-    EXPECT_EQ(ErrorText([] { ParseQuantity("a + ", RecipeUnit::kDegree, kNumbers); }), "\"a + \" is no number");
+    EXPECT_EQ(ErrorText([] { ParseQuantity("a + ", RecipeUnit::kDegree, kNumbers); }),
+              "\"a + \" is no number");
 }
 
 TEST(RecipeParameters, AreReadInTheOrderOfTheirLinesAndCountInPlainUnits) {
@@ -61,9 +59,9 @@ const std::string kRecipe =
     "[thermal]\ndebye = { Cu = \"TD\" }\n";
 
 TEST(RecipeParameters, AScanVariesWhatDependsOnTheParameter) {
-    const std::vector<RecipeGroup> groups =
-        ExpandRecipe(kRecipe + "[scan]\nvary = [\"a\", \"TD\"]\nfrom = [3.5, 250]\nto = [3.7, 350]\nsteps = [3, 2]\n",
-                     "r.toml");
+    const std::vector<RecipeGroup> groups = ExpandRecipe(
+        kRecipe + "[scan]\nvary = [\"a\", \"TD\"]\nfrom = [3.5, 250]\nto = [3.7, 350]\nsteps = [3, 2]\n",
+        "r.toml");
     ASSERT_EQ(groups.size(), 6U);
     EXPECT_EQ(groups[3].scanned, (std::vector<double>{3.6, 350.0}));
     const RecipeCase& one = groups[3].cases[0];
@@ -75,9 +73,11 @@ TEST(RecipeParameters, AScanVariesWhatDependsOnTheParameter) {
     EXPECT_EQ(one.variations[1].sections, std::set<std::string>{"thermal"});
     EXPECT_EQ(one.variations[1].label, "TD_350");
     // The same in two tables, with values that are listed.
-    const std::vector<RecipeGroup> tables = ExpandRecipe(
-        kRecipe + "[[scan]]\nvary = \"a\"\nvalues = [3.5, 3.6, 3.7]\n[[scan]]\nvary = \"TD\"\nvalues = [250, 350]\n",
-        "r.toml");
+    const std::vector<RecipeGroup> tables =
+        ExpandRecipe(kRecipe +
+                         "[[scan]]\nvary = \"a\"\nvalues = [3.5, 3.6, 3.7]\n[[scan]]\nvary = \"TD\"\nvalues "
+                         "= [250, 350]\n",
+                     "r.toml");
     ASSERT_EQ(tables.size(), 6U);
     EXPECT_EQ(tables[3].scanned, groups[3].scanned);
 }
@@ -89,10 +89,12 @@ TEST(RecipeParameters, ACellFileNamesThem) {
         "[parameters]\na = 3\nc0 = 4\nz = \"1/2 + dz\"\ndz = 0.1\n[cluster]\ncell = \"c.cell\"\n"sv);
     RefuseUnusedParameters(recipe, folder.Path(""));
     EXPECT_EQ(SectionsOfParameter(recipe, "dz", folder.Path("")), std::set<std::string>{"cluster"});
-    const toml::table more = toml::parse("[parameters]\na = 3\nb = 1\n[cluster]\ncell = \"c.cell\"\n"sv, "r.toml"sv);
-    EXPECT_EQ(ErrorText([&] { RefuseUnusedParameters(more, folder.Path("")); }),
-              "r.toml line 3: [parameters] b: nothing in the recipe depends on it: name it in a value, such as "
-              "\"b\", or leave it out");
+    const toml::table more =
+        toml::parse("[parameters]\na = 3\nb = 1\n[cluster]\ncell = \"c.cell\"\n"sv, "r.toml"sv);
+    EXPECT_EQ(
+        ErrorText([&] { RefuseUnusedParameters(more, folder.Path("")); }),
+        "r.toml line 3: [parameters] b: nothing in the recipe depends on it: name it in a value, such as "
+        "\"b\", or leave it out");
 }
 
 }  // namespace

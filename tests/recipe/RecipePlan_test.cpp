@@ -130,10 +130,11 @@ TEST_F(RecipePlan, AStepIsRepeatedForTheContentOfItsFiles) {
 TEST_F(RecipePlan, AParameterRepeatsTheStepsThatUseIt) {
     folder_.Write("p.cell", "lengths 3.6 3.6 c\natom Cu 0 0 0\natom Cu 1/2 1/2 z\n");
     const auto keys = [&](const std::string& parameters) {
-        folder_.Write("r.toml",
-                      "[parameters]\n" + parameters +
-                          "[cluster]\ncell = \"p.cell\"\natoms = 20\n[emission]\nlevel = \"2p\"\nkinetic = 60\n"
-                          "[thermal]\ntemperature = \"T\"\n[scattering]\nmethod = \"MULTI\"\n");
+        folder_.Write(
+            "r.toml",
+            "[parameters]\n" + parameters +
+                "[cluster]\ncell = \"p.cell\"\natoms = 20\n[emission]\nlevel = \"2p\"\nkinetic = 60\n"
+                "[thermal]\ntemperature = \"T\"\n[scattering]\nmethod = \"MULTI\"\n");
         return Keys(folder_.Path("r.toml"));
     };
     const auto base = keys("c = 3.7\nz = \"c/7.4\"\nT = 300\n");
@@ -145,9 +146,10 @@ TEST_F(RecipePlan, AParameterRepeatsTheStepsThatUseIt) {
 
 // Two numbers that act on different steps: each cluster once, each temperature of it once.
 TEST_F(RecipePlan, AScanOfTwoSettingsSharesWhatTheyDoNotChange) {
-    const std::vector<std::string> outputs = OutputsOf(Plan(
-        Recipe({{"scan", "vary = [\"cluster.azimuth\", \"thermal.temperature\"]\n"
-                         "values = [[0, 1, 2], [100, 200]]"}})));
+    const std::vector<std::string> outputs =
+        OutputsOf(Plan(Recipe({{"scan",
+                                "vary = [\"cluster.azimuth\", \"thermal.temperature\"]\n"
+                                "values = [[0, 1, 2], [100, 200]]"}})));
     EXPECT_EQ(std::count(outputs.begin(), outputs.end(), "cluster_azimuth_1.xyz"), 1);
     EXPECT_EQ(std::count(outputs.begin(), outputs.end(), "scatteredwave_azimuth_1.xml_sf"), 1);
     EXPECT_EQ(std::count(outputs.begin(), outputs.end(), "pattern_azimuth_1_temperature_200.xml_img"), 1);
@@ -157,9 +159,9 @@ TEST_F(RecipePlan, AScanOfTheComparisonCalculatesOnce) {
     folder_.Write("m.csv", "theta,phi,chi\n10,0,1\n20,0,2\n30,0,1\n");
     const std::string compare = "measured = \"m.csv\"\ndifference = \"d.csv\"";
     const RunPlan one = Plan(Recipe({{"compare", compare}}));
-    const RunPlan scan = Plan(
-        Recipe({{"compare", compare}, {"scan", "vary = \"compare.theta-offset\"\nvalues = [-1, 0, 1]"},
-                {"picture", ""}}));
+    const RunPlan scan = Plan(Recipe({{"compare", compare},
+                                      {"scan", "vary = \"compare.theta-offset\"\nvalues = [-1, 0, 1]"},
+                                      {"picture", ""}}));
     EXPECT_EQ(scan.steps.size(), one.steps.size());
     ASSERT_EQ(scan.results.size(), 3U);
     EXPECT_EQ(scan.results[2].comparison->setting.thetaOffset, 1.0);

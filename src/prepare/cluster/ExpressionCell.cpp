@@ -64,7 +64,8 @@ double EvaluateChecked(const std::string& text, const NamedConstants& constants)
 std::vector<double> EvaluateFields(const std::vector<std::string>& fields, const NamedConstants& constants) {
     if (fields.size() != 4) throw ZfError(fields[0] + " needs three values");
     std::vector<double> values;
-    for (std::size_t i = 1; i < fields.size(); ++i) values.push_back(EvaluateExpression(fields[i], constants));
+    for (std::size_t i = 1; i < fields.size(); ++i)
+        values.push_back(EvaluateExpression(fields[i], constants));
     return values;
 }
 

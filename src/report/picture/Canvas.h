@@ -50,7 +50,7 @@ public:
     void Line(double x0, double y0, double x1, double y1);
     void Circle(double x, double y, double radius);
     void Rectangle(double x, double y, double width, double height);
-    void FilledRectangle(double x, double y, double width, double height);  ///< neighbours leave no gap
+    void FilledRectangle(double x, double y, double width, double height);      ///< neighbours leave no gap
     void Polyline(const std::vector<double>& x, const std::vector<double>& y);  ///< broken at NaN
     void Dot(double x, double y, double radius);
     void Text(double x, double y, const std::string& text, const TextStyle& style);

@@ -26,7 +26,8 @@ constexpr double kTickLabel = 6.5;
 
 /// The borders of cells around rising values: halfway between neighbours.
 std::vector<double> Borders(const std::vector<double>& values) {
-    if (values.size() == 1) return {Widened({values[0], values[0]}).low, Widened({values[0], values[0]}).high};
+    if (values.size() == 1)
+        return {Widened({values[0], values[0]}).low, Widened({values[0], values[0]}).high};
     std::vector<double> borders = {1.5 * values[0] - 0.5 * values[1]};
     for (std::size_t i = 1; i < values.size(); ++i) borders.push_back(0.5 * (values[i - 1] + values[i]));
     borders.push_back(1.5 * values.back() - 0.5 * values[values.size() - 2]);
@@ -37,9 +38,7 @@ struct MapFrame {
     explicit MapFrame(const MapPicture& picture) : x(Borders(picture.x)), y(Borders(picture.y)) {}
 
     double X(double value) const { return kLeft + (value - x.front()) / (x.back() - x.front()) * kWidth; }
-    double Y(double value) const {
-        return kTop + (y.back() - value) / (y.back() - y.front()) * kHeight;
-    }
+    double Y(double value) const { return kTop + (y.back() - value) / (y.back() - y.front()) * kHeight; }
 
     std::vector<double> x;  // borders of the cells
     std::vector<double> y;
