@@ -85,6 +85,7 @@ public:
     }
 
 private:
+    RecipeTable(const toml::table* table, std::string place, std::shared_ptr<const NamedValues> parameters);
     std::string WholeName(const std::string& key) const;
     RecipeTable(const toml::table* table, std::string place, std::shared_ptr<const NamedValues> parameters);
     const toml::node* Find(const std::string& key);
