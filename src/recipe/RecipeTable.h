@@ -87,7 +87,6 @@ public:
 private:
     RecipeTable(const toml::table* table, std::string place, std::shared_ptr<const NamedValues> parameters);
     std::string WholeName(const std::string& key) const;
-    RecipeTable(const toml::table* table, std::string place, std::shared_ptr<const NamedValues> parameters);
     const toml::node* Find(const std::string& key);
     void RefuseList(const std::string& key, const toml::node& node) const;
     double NumberOf(const std::string& key, const toml::node& node, RecipeUnit unit) const;
