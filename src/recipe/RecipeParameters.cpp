@@ -103,7 +103,8 @@ RecipeParameter ReadParameter(RecipeTable& section, const toml::table& table, co
 /// Evaluates parameters, each behind those that it needs.
 class Evaluation {
 public:
-    Evaluation(const std::vector<RecipeParameter>& parameters, const NamedValues& values) : values_(values) {
+    Evaluation(const std::vector<RecipeParameter>& parameters, NamedValues values)
+        : values_(std::move(values)) {
         for (const RecipeParameter& parameter : parameters) parameters_[parameter.name] = &parameter;
     }
 
@@ -148,7 +149,7 @@ private:
         return fmt::format("there is no parameter {}; there are {}", name, fmt::join(known, ", "));
     }
 
-    const NamedValues& values_;
+    NamedValues values_;
     std::map<std::string, const RecipeParameter*> parameters_;
     std::vector<std::string> path_;
 };
