@@ -15,6 +15,7 @@
 #include "pattern/ZfDocPattern.h"
 #include "prepare/thermal/AtomicWeights.h"
 #include "run/InputFiles.h"
+#include "run/ModelCalculation.h"
 #include "run/PartialScattering.h"
 #include "run/RunProgress.h"
 #include "scattering/ThermalModels.h"
@@ -84,17 +85,6 @@ CountedIntensity Count(const EmergenceRequest& request, const FarFieldDirections
     CountedIntensity counted = CountIntensity(data, directions, counting, progress, done);
     InterruptRequest::ThrowIfPending();
     return counted;
-}
-
-/// Of the pixels inside the map, by their place in a plane.
-FarFieldDirections DirectionsOf(const ZfSphericalMapping& mapping) {
-    FarFieldDirections directions;
-    for (std::int64_t i = 0; i < mapping.pixelWeight.Count(); ++i)
-        if (mapping.pixelWeight.Data()[i] != 0.0)
-            directions.Add(static_cast<std::size_t>(i), mapping.directionX.Data()[i],
-                           mapping.directionY.Data()[i], mapping.directionZ.Data()[i]);
-    directions.Order();
-    return directions;
 }
 
 /// A document without pixels.

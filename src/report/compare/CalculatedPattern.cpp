@@ -2,17 +2,30 @@
 
 #include <cmath>
 #include <cstdint>
+#include <utility>
 
 #include "foundation/Constants.h"
 #include "report/sphere/Modulation.h"
 
 namespace qvre {
 
+namespace {
+
+std::optional<SphereImage> LoadDirect(const ImageFiles& files) {
+    if (files.i0.empty()) return std::nullopt;
+    return LoadSphereImage(files.i0).image;
+}
+
+}  // namespace
+
 CalculatedPattern::CalculatedPattern(const ImageFiles& files, const Instrument& instrument)
-    : intensity_(Counted(LoadSphereImage(files.image).image, instrument)),
-      maxTheta_(Degrees(intensity_.MaxTheta())) {
-    if (files.i0.empty()) return;
-    direct_ = Counted(LoadSphereImage(files.i0).image, instrument);
+    : CalculatedPattern(LoadSphereImage(files.image).image, LoadDirect(files), instrument) {}
+
+CalculatedPattern::CalculatedPattern(SphereImage intensity, std::optional<SphereImage> i0,
+                                     const Instrument& instrument)
+    : intensity_(Counted(std::move(intensity), instrument)), maxTheta_(Degrees(intensity_.MaxTheta())) {
+    if (!i0) return;
+    direct_ = Counted(*std::move(i0), instrument);
     CheckSameGrid(intensity_, *direct_);
     largestDirect_ = LargestOnHemisphere(*direct_);
 }

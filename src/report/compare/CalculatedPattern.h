@@ -22,6 +22,7 @@ class CalculatedPattern {
 public:
     /// Throws ZfError, with the names of the files.
     CalculatedPattern(const ImageFiles& files, const Instrument& instrument);
+    CalculatedPattern(SphereImage intensity, std::optional<SphereImage> i0, const Instrument& instrument);
 
     bool HasI0() const { return direct_.has_value(); }
     double MaxTheta_deg() const { return maxTheta_; }  ///< the horizon of the map, 90 or 180

@@ -44,11 +44,11 @@ std::string NameOf(const BackgroundModel& model) {
                         : "means over the azimuth";
 }
 
-Measurement MeasuredPoints(const CompareRequest& request, CompareResult& result) {
+Measurement MeasuredPoints(const CompareRequest& request, std::string& modulation) {
     const MeasuredPattern pattern = LoadMeasuredPattern(request.measured, request.scan);
-    result.modulationA = !request.background         ? "its column chi"
-                         : pattern.intensity.empty() ? NameOf(*request.background) + ", of 1 + its column chi"
-                                                     : NameOf(*request.background);
+    modulation = !request.background         ? "its column chi"
+                 : pattern.intensity.empty() ? NameOf(*request.background) + ", of 1 + its column chi"
+                                             : NameOf(*request.background);
     return PointsOf(pattern, request.measured, request.thetaMin, request.thetaMax,
                     request.background.has_value(), request.sigma);
 }
@@ -172,7 +172,10 @@ Measurement WithValues(const Measurement& all, const CalculatedPattern& pattern,
     const SampleFrame frame(result.setting);
     const auto hasBoth = [&](std::size_t i) { return !std::isnan(values[i]) && !std::isnan(all.value[i]); };
     for (std::size_t i = 0; i < values.size(); ++i) {
-        if (hasBoth(i)) continue;
+        if (hasBoth(i)) {
+            result.number.push_back(i);
+            continue;
+        }
         const double theta = Degrees(frame.InCalculation(all.theta[i], all.phi[i]).theta);
         ++(theta > pattern.MaxTheta_deg() + 1e-7 ? result.belowHorizon : result.leftOut);
     }
@@ -186,6 +189,23 @@ Measurement WithValues(const Measurement& all, const CalculatedPattern& pattern,
 
 std::string Stem(const std::string& path) {
     return std::filesystem::path(path).stem().string();
+}
+
+void Compare(const CompareRequest& request, const Measurement& all, const CalculatedPattern& pattern,
+             CompareResult& result) {
+    result.nameB = Stem(request.second.image);
+    result.modulationB = ModulationText(pattern, request);
+    result.setting =
+        request.searched.Any() ? FoundSetting(all, pattern, request) : Canonical(request.setting);
+    const Measurement measurement = WithValues(all, pattern, result);
+    WeightedModulation measured = ModulationOf(measurement, request.background);
+    result.chiB = CalculatedModulation(pattern, measurement, request.background).Under(result.setting);
+    result.chiA = std::move(measured.chi);
+    result.weight = std::move(measured.weight);
+    result.agreement = CompareModulations(result.chiA, result.chiB, result.weight);
+    result.multipoleR = MultipoleFactor(measurement.theta, measurement.phi, result.chiA, result.chiB);
+    result.theta = measurement.theta;
+    result.phi = measurement.phi;
 }
 
 }  // namespace
@@ -203,37 +223,35 @@ std::optional<BackgroundModel> UsualBackground(const CompareRequest& request) {
 void CheckMeasuredPoints(const CompareRequest& request) {
     CheckRange(request);
     CheckSetting(request.setting);
-    CompareResult result;
-    const WeightedModulation measured = ModulationOf(MeasuredPoints(request, result), request.background);
+    std::string modulation;
+    const WeightedModulation measured = ModulationOf(MeasuredPoints(request, modulation), request.background);
     CompareModulations(measured.chi, measured.chi, measured.weight);
 }
 
 CompareResult ComparePatterns(const CompareRequest& request) {
+    CheckInstrument(request.instrument);
+    if (!request.measured.empty()) return MeasuredComparison(request).With(Load(request.second, request));
     CheckRange(request);
     CheckSetting(request.setting);
-    CheckInstrument(request.instrument);
-    CompareResult result;
-    result.nameA = Stem(request.measured.empty() ? request.first.image : request.measured);
-    result.nameB = Stem(request.second.image);
-
-    const bool isPair = request.measured.empty();
-    if (!isPair) RefuseEnergies(request);
-    Measurement measurement = isPair ? Measurement() : MeasuredPoints(request, result);
     const CalculatedPattern pattern = Load(request.second, request);
-    if (isPair) measurement = ImageAsMeasurement(request, pattern, result);
-    result.modulationB = ModulationText(pattern, request);
+    CompareResult result;
+    result.nameA = Stem(request.first.image);
+    Compare(request, ImageAsMeasurement(request, pattern, result), pattern, result);
+    return result;
+}
 
-    result.setting =
-        request.searched.Any() ? FoundSetting(measurement, pattern, request) : Canonical(request.setting);
-    measurement = WithValues(measurement, pattern, result);
-    WeightedModulation measured = ModulationOf(measurement, request.background);
-    result.chiB = CalculatedModulation(pattern, measurement, request.background).Under(result.setting);
-    result.chiA = std::move(measured.chi);
-    result.weight = std::move(measured.weight);
-    result.agreement = CompareModulations(result.chiA, result.chiB, result.weight);
-    result.multipoleR = MultipoleFactor(measurement.theta, measurement.phi, result.chiA, result.chiB);
-    result.theta = std::move(measurement.theta);
-    result.phi = std::move(measurement.phi);
+MeasuredComparison::MeasuredComparison(const CompareRequest& request) : request_(request) {
+    CheckRange(request);
+    CheckSetting(request.setting);
+    RefuseEnergies(request);
+    points_ = MeasuredPoints(request, modulation_);
+}
+
+CompareResult MeasuredComparison::With(const CalculatedPattern& pattern) const {
+    CompareResult result;
+    result.nameA = Stem(request_.measured);
+    result.modulationA = modulation_;
+    Compare(request_, points_, pattern, result);
     return result;
 }
 

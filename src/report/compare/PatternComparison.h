@@ -45,8 +45,9 @@ struct CompareResult {
     /// chi_b(theta, phi) is that of `second` in the direction that the setting makes of (theta, phi). Of
     /// rotations that serve equally well the smallest.
     SampleSetting setting;
-    std::vector<double> theta;  ///< degrees
-    std::vector<double> phi;    ///< degrees
+    std::vector<std::size_t> number;  ///< of the direction among all of the measurement
+    std::vector<double> theta;        ///< degrees
+    std::vector<double> phi;          ///< degrees
     std::vector<double> weight;
     std::vector<double> chiA;
     std::vector<double> chiB;      ///< turned, not scaled
@@ -75,6 +76,25 @@ void CheckMeasuredPoints(const CompareRequest& request);
 /// than half a degree. The result is the same for any number of threads. Throws ZfError for files that cannot
 /// be read, missing I0, an empty range, constant modulations, settings out of range.
 CompareResult ComparePatterns(const CompareRequest& request);
+
+/// The measured points of a request, to be compared with one pattern after the other; its images do not
+/// count.
+class MeasuredComparison {
+public:
+    /// Throws ZfError as ComparePatterns.
+    explicit MeasuredComparison(const CompareRequest& request);
+
+    /// The same as ComparePatterns of the pattern's files. Called from several threads.
+    CompareResult With(const CalculatedPattern& pattern) const;
+
+    const CompareRequest& Request() const { return request_; }
+    const Measurement& Points() const { return points_; }  ///< all in the polar range
+
+private:
+    CompareRequest request_;
+    std::string modulation_;
+    Measurement points_;
+};
 
 /// "polar offset 2.03 degrees, tilt 0.50 degrees towards 120 degrees", what was given or found beside the
 /// rotation; empty without.
