@@ -46,6 +46,10 @@ void AddRunCommand(CLI::App& program) {
         ->add_option("--compare", options->plan.measuredFile,
                      "Measured pattern (CSV of theta, phi, intensity) to compare the result with")
         ->type_name("FILE");
+    command
+        ->add_option("--data", options->plan.dataSet,
+                     "Name of the data set to calculate, of a recipe that has several")
+        ->type_name("NAME");
     command->add_flag("--repeat", options->repeatsAll, "Repeat the steps that are done too");
     command->footer(kExamples);
     command->callback([options] { Run(*options); });

@@ -17,6 +17,7 @@
 #include "foundation/FileReading.h"
 #include "foundation/Text.h"
 #include "foundation/ZfError.h"
+#include "recipe/RecipeDataSets.h"
 #include "recipe/RecipeEnergies.h"
 #include "recipe/RecipeInputs.h"
 #include "recipe/RecipeParameters.h"
@@ -90,27 +91,22 @@ Value ValueOf(double number) {
     return number;
 }
 
-struct RecipeText {
-    std::string text;
-    std::string path;
-    NamedValues values;  ///< in place of the starts of parameters
-};
-
 constexpr const char* kParameters = "parameters";
 constexpr std::size_t kMostScanned = 2;
 
-std::string FolderOf(const RecipeText& recipe) {
+std::string FolderOf(const RecipeSource& recipe) {
     return std::filesystem::path(recipe.path).parent_path().string();
 }
 
-toml::table Parse(const RecipeText& recipe) {
+toml::table Parse(const RecipeSource& recipe) {
+    toml::table table = ParseRecipe(recipe.text, recipe.path);
     try {
-        return toml::parse(recipe.text, recipe.path);
-    } catch (const toml::parse_error& error) {
-        std::string message = recipe.path;
-        if (error.source().begin.line > 0) message += " line " + std::to_string(error.source().begin.line);
-        throw ZfError(message + ": " + std::string(error.description()));
+        ChooseDataSet(table, recipe.dataSet);
+    } catch (const ZfError& error) {
+        throw ZfError(error.message.starts_with(recipe.path) ? error.message
+                                                             : recipe.path + ": " + error.message);
     }
+    return table;
 }
 
 /// Tables that the recipe leaves out are made.
@@ -132,7 +128,7 @@ void Assign(toml::table& settings, const Assignment& assignment) {
 }
 
 /// The recipe with plain numbers as its parameters, the scanned ones among them.
-toml::table ParseResolved(const RecipeText& text, const Assignments& assignments) {
+toml::table ParseResolved(const RecipeSource& text, const Assignments& assignments) {
     NamedValues values = text.values;
     for (const Assignment& assignment : assignments)
         if (assignment.where.section == kParameters)
@@ -142,7 +138,7 @@ toml::table ParseResolved(const RecipeText& text, const Assignments& assignments
     return recipe;
 }
 
-RecipeCase MakeCase(const RecipeText& text, const Assignments& assignments) {
+RecipeCase MakeCase(const RecipeSource& text, const Assignments& assignments) {
     RecipeCase one{ParseResolved(text, assignments), {}};
     for (const Assignment& assignment : assignments) {
         if (assignment.where.section != kParameters) Assign(one.settings, assignment);
@@ -201,7 +197,8 @@ std::vector<Assignments> EnergyMembers(const RecipeEnergies& energies, const Ass
     return members;
 }
 
-RecipeGroup MakeGroup(const RecipeText& text, const std::vector<double>& scanned, const Assignments& first) {
+RecipeGroup MakeGroup(const RecipeSource& text, const std::vector<double>& scanned,
+                      const Assignments& first) {
     const toml::table recipe = ParseResolved(text, first);
     std::vector<Assignments> members = {first};
     const RecipeTable settings(&recipe, "recipe");
@@ -347,15 +344,23 @@ std::string ReadRecipe(const std::string& path) {
     return ReadTextFile(path);
 }
 
+toml::table ParseRecipe(const std::string& text, const std::string& path) {
+    try {
+        return toml::parse(text, path);
+    } catch (const toml::parse_error& error) {
+        std::string message = path;
+        if (error.source().begin.line > 0) message += " line " + std::to_string(error.source().begin.line);
+        throw ZfError(message + ": " + std::string(error.description()));
+    }
+}
+
 std::string RecipeVariation::Name() const {
     return section == kParameters ? key : section + "." + key;
 }
 
-std::vector<RecipeGroup> ExpandRecipe(const std::string& text, const std::string& path,
-                                      const NamedValues& values) {
-    const RecipeText source{text, path, values};
+std::vector<RecipeGroup> ExpandRecipe(const RecipeSource& source) {
+    RefuseUnusedParameters(ParseRecipe(source.text, source.path), FolderOf(source));
     const toml::table recipe = Parse(source);
-    RefuseUnusedParameters(recipe, FolderOf(source));
     const std::vector<ScanAxis> axes = ReadScan(recipe, FolderOf(source));
     std::size_t points = 1;
     for (const ScanAxis& axis : axes) points *= axis.values.size();

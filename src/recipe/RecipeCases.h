@@ -36,17 +36,26 @@ struct RecipeGroup {
     std::vector<RecipeCase> cases;
 };
 
+/// A recipe as text, and which of its calculations are wanted.
+struct RecipeSource {
+    std::string text;
+    std::string path;          ///< names it in messages and tells the folder of its files
+    NamedValues values = {};   ///< in place of the starts of parameters
+    std::string dataSet = {};  ///< name of one of [[data]]; empty where there are none
+};
+
 /// A series comes from lists: cluster.emitter-layer, emission.kinetic, emission.photon, emission.circular and
 /// thermal.temperature, in all combinations, the last one running fastest. The table [scan] names one setting
 /// or parameter ("vary"), which is no list, and its values, as a list ("values") or as "from", "to" and
 /// "steps"; two such tables, or one with lists of two, scan two settings in all combinations. The table
 /// [energies] makes a case of each energy, in their order, and of each member of the series at that energy.
 ///
-/// `text` is the recipe, `path` names it in messages and tells the folder of its files. `values` take the
-/// place of the starts of parameters. It is parsed once for each case, so that every value knows its line.
-/// Throws ZfError, also for a text that is no TOML and for more than 1000 cases.
-std::vector<RecipeGroup> ExpandRecipe(const std::string& text, const std::string& path,
-                                      const NamedValues& values = {});
+/// It is parsed once for each case, so that every value knows its line. Throws ZfError, also for a text that
+/// is no TOML and for more than 1000 cases.
+std::vector<RecipeGroup> ExpandRecipe(const RecipeSource& source);
+
+/// The tables of a recipe's text. Throws ZfError with `path` and the line for what is no TOML.
+toml::table ParseRecipe(const std::string& text, const std::string& path);
 
 /// The text of a recipe. Throws ZfError for a file that is missing or cannot be one.
 std::string ReadRecipe(const std::string& path);

@@ -179,7 +179,8 @@ private:
 
 RunPlan Planner::Plan() {
     const std::string text = ReadRecipe(recipePath_);
-    const std::vector<RecipeGroup> groups = ExpandRecipe(text, recipePath_, options_.parameters);
+    const std::vector<RecipeGroup> groups =
+        ExpandRecipe({text, recipePath_, options_.parameters, options_.dataSet});
     plan_.origin = "recipe " + recipePath_ + "\n" + text;
     plan_.folder = options_.folder;
     for (const RecipeVariation& variation : groups.front().cases.front().variations)
@@ -205,7 +206,7 @@ void Planner::ReadGeneral(const RecipeCase& one) {
     plan_.title = recipe.Text("title", fs::path(recipePath_).stem().string());
     series_ = recipe.Word("series", SeriesResult::kSum);
     energies_ = ReadEnergies(recipe);
-    for (const char* section : {"energies", "parameters", "scan"}) recipe.Has(section);
+    for (const char* section : {"energies", "fit", "parameters", "scan"}) recipe.Has(section);
     const RecipeTable compare = recipe.Section("compare");
     if (!ReadComparison(compare)) plan_.remarks = NothingCompared(compare.Exists());
     for (const char* section : {"cluster", "emission", "light", "phases", "thermal", "scattering", "image"})

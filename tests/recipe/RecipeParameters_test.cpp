@@ -60,8 +60,8 @@ const std::string kRecipe =
 
 TEST(RecipeParameters, AScanVariesWhatDependsOnTheParameter) {
     const std::vector<RecipeGroup> groups = ExpandRecipe(
-        kRecipe + "[scan]\nvary = [\"a\", \"TD\"]\nfrom = [3.5, 250]\nto = [3.7, 350]\nsteps = [3, 2]\n",
-        "r.toml");
+        {kRecipe + "[scan]\nvary = [\"a\", \"TD\"]\nfrom = [3.5, 250]\nto = [3.7, 350]\nsteps = [3, 2]\n",
+         "r.toml"});
     ASSERT_EQ(groups.size(), 6U);
     EXPECT_EQ(groups[3].scanned, (std::vector<double>{3.6, 350.0}));
     const RecipeCase& one = groups[3].cases[0];
@@ -73,11 +73,10 @@ TEST(RecipeParameters, AScanVariesWhatDependsOnTheParameter) {
     EXPECT_EQ(one.variations[1].sections, std::set<std::string>{"thermal"});
     EXPECT_EQ(one.variations[1].label, "TD_350");
     // The same in two tables, with values that are listed.
-    const std::vector<RecipeGroup> tables =
-        ExpandRecipe(kRecipe +
-                         "[[scan]]\nvary = \"a\"\nvalues = [3.5, 3.6, 3.7]\n[[scan]]\nvary = \"TD\"\nvalues "
-                         "= [250, 350]\n",
-                     "r.toml");
+    const std::vector<RecipeGroup> tables = ExpandRecipe(
+        {kRecipe + "[[scan]]\nvary = \"a\"\nvalues = [3.5, 3.6, 3.7]\n[[scan]]\nvary = \"TD\"\nvalues "
+                   "= [250, 350]\n",
+         "r.toml"});
     ASSERT_EQ(tables.size(), 6U);
     EXPECT_EQ(tables[3].scanned, groups[3].scanned);
 }

@@ -34,11 +34,11 @@ TEST(RecipeReading, LargeNumbersAreKept) {
 }
 
 TEST(RecipeReading, ListsMakeASeriesAndAScanMakesGroups) {
-    const std::vector<RecipeGroup> groups = ExpandRecipe(
-        "[emission]\nkinetic = [560, 600.5]\n[thermal]\n"
-        "temperature = [100, 300]\ndebye = { Cu = 343 }\n"
-        "[scan]\nvary = \"thermal.debye.Cu\"\nfrom = 300\nto = 400\nsteps = 3\n",
-        "r.toml");
+    const std::vector<RecipeGroup> groups =
+        ExpandRecipe({"[emission]\nkinetic = [560, 600.5]\n[thermal]\n"
+                      "temperature = [100, 300]\ndebye = { Cu = 343 }\n"
+                      "[scan]\nvary = \"thermal.debye.Cu\"\nfrom = 300\nto = 400\nsteps = 3\n",
+                      "r.toml"});
     ASSERT_EQ(groups.size(), 3U);
     EXPECT_EQ(groups[1].scanned, std::vector<double>{350.0});
     ASSERT_EQ(groups[1].cases.size(), 4U);
