@@ -30,19 +30,6 @@ Cluster Load(const std::string& clusterFile) {
     return cluster;
 }
 
-/// The emitter's species in its field, with the settings that its phase shifts have. Returns its element.
-std::string SetField(EmissionRequest& request, PhaseShiftRequest crystal, const PhotoelectronEnergy& energy,
-                     const std::string& clusterFile) {
-    const Cluster cluster = Load(clusterFile);
-    const ClusterAtom emitter = EmitterOf(cluster);
-    const ScreeningTable atoms(ProgramFile("screening_dhfs.csv"));
-    request.atom = atoms.Find(emitter.atom);
-    request.kinetic_eV = KineticEnergyOf(energy, request.atom, request.level);
-    crystal.species = SurroundingsInCluster(cluster);
-    SetCrystalField(request, crystal, emitter.name, atoms);
-    return emitter.atom;
-}
-
 }  // namespace
 
 std::string CopyReadyFile(const std::string& path, const std::string& output) {
@@ -86,25 +73,16 @@ std::string CopyReadyCluster(const std::string& path, const std::string& output,
     return CopyReadyFile(path, output);
 }
 
-double KineticEnergyOf(const PhotoelectronEnergy& energy, const ScreenedAtom& atom, const CoreLevel& level) {
-    if (energy.photon_eV == 0.0) return energy.kinetic_eV;
-    const double binding =
-        energy.binding_eV
-            ? *energy.binding_eV
-            : MeasuredBinding(BindingEnergies(ProgramFile("binding_energies.csv")), atom, level);
-    return KineticEnergyInside(energy.photon_eV, binding, energy.fermi_eV);
-}
-
 std::string MakeUnitWaves(const WavesRequest& request, const PhaseShiftRequest& crystal,
                           const std::string& clusterFile, const std::string& wavesFile,
                           const std::string& dipoleFile) {
-    EmissionRequest emission = request.emission;
-    const std::string element = SetField(emission, crystal, request.energy, clusterFile);
-    const DipoleSource source = CoreLevelEmission(emission).source;
+    const Cluster cluster = Load(clusterFile);
+    const DipoleSource source = MakeDipoleSource(request, crystal, cluster);
     SaveEmittedWaves(UnitWaves(source), wavesFile);
     SaveDipoleSource(source, dipoleFile);
-    return fmt::format("{} {} at {} eV, asymmetry beta = {}\n", element, emission.level.Name(),
-                       DoubleToText(emission.kinetic_eV), DoubleToText(source.channels.Beta()));
+    return fmt::format("{} {} at {} eV, asymmetry beta = {}\n", EmitterOf(cluster).atom,
+                       request.emission.level.Name(), DoubleToText(source.kinetic_eV),
+                       DoubleToText(source.channels.Beta()));
 }
 
 std::string MakeIsotropicWaves(const WavesRequest& request, const std::string& output) {
@@ -120,11 +98,7 @@ std::string MakeWavesUnderLight(const std::string& dipoleFile, const std::vector
 
 std::string MakePhaseShiftFile(const PhaseShiftRequest& request, const std::string& clusterFile,
                                const std::string& wavesFile, const std::string& output) {
-    PhaseShiftRequest complete = request;
-    complete.energies_eV = EnergiesOfWaves(wavesFile);
-    complete.species = SurroundingsInCluster(Load(clusterFile));
-    PhaseShiftResult result =
-        CalculatePhaseShifts(complete, ScreeningTable(ProgramFile("screening_dhfs.csv")));
+    PhaseShiftResult result = MakePhaseShifts(request, Load(clusterFile), EnergiesOfWaves(wavesFile));
     SavePhaseShifts(result.document, output);
     std::string remarks = PhaseShiftListing(result.rows);
     for (const std::string& warning : result.warnings) remarks += "warning: " + warning + "\n";
@@ -135,13 +109,8 @@ std::string MakeMeanFreePathFile(const LossesRequest& request, const std::string
                                  const std::string& wavesFile, const std::string& output) {
     const double kinetic_eV = EnergiesOfWaves(wavesFile).front();
     const double energy_eV = kinetic_eV - request.fermi_eV;
-    SolidDensity solid;
-    if (!request.path.length_angstrom) {
-        const ZfDebye weights = LoadAtomicWeights(ProgramFile("AtomicWeight.txt"));
-        const ValenceElectrons valence(ProgramFile("valence_electrons.csv"));
-        solid = request.crystal ? DensityOfCrystal(*request.crystal, weights, valence)
-                                : DensityOfCluster(Load(clusterFile), weights, valence);
-    }
+    const SolidDensity solid =
+        request.path.length_angstrom ? SolidDensity() : DensityFor(request, Load(clusterFile));
     const double length_angstrom = MeanFreePath_angstrom(request.path, solid, energy_eV);
     WriteWholeFile(output,
                    fmt::format("kinetic (eV),{}\n{},{}\n", kMeanFreePathTitle, kinetic_eV, length_angstrom));
@@ -160,11 +129,7 @@ double LoadMeanFreePath_m(const std::string& path) {
 
 std::string MakeFluctuationFile(const VibrationRequest& request, const std::string& clusterFile,
                                 const std::string& output) {
-    VibrationRequest complete = request;
-    complete.elements = ElementsOf(Load(clusterFile));
-    SaveFluctuation(MakeFluctuation(complete, DebyeTable(ProgramFile("debye_temperatures.csv")),
-                                    LoadAtomicWeights(ProgramFile("AtomicWeight.txt"))),
-                    output);
+    SaveFluctuation(MakeFluctuationOf(request, Load(clusterFile)), output);
     return {};
 }
 

@@ -1,12 +1,14 @@
 #include "run/ModelCalculation.h"
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 #include "foundation/ZfNotifyTerminate.h"
 #include "pattern/ZfDocPattern.h"
 #include "run/RunProgress.h"
 #include "scattering/ThermalModels.h"
+#include "scattering/ZfFreeElectron.h"
 
 namespace qvre {
 
@@ -40,10 +42,23 @@ ZfScatteringData ScatterModel(ModelInputs inputs, const ModelMethod& method) {
         data.Calculate(poll, inputs.cluster, inputs.waves, inputs.phaseShifts);
     }
     InterruptRequest::ThrowIfPending();
-    if (method.method != kFull)  // where vibrations are part of the waves
-        for (ZfScatteringRecord& record : data.ListScatteringData)
-            ApplyThermalModel(inputs.fluctuation, record.ListScatterer, inputs.weights);
     return data;
+}
+
+ZfScatteringData WithVibrations(ZfScatteringData data, const ModelInputs& inputs) {
+    for (ZfScatteringRecord& record : data.ListScatteringData)
+        ApplyThermalModel(inputs.fluctuation, record.ListScatterer, inputs.weights);
+    return data;
+}
+
+double LargestMomentum(const Cluster& cluster, double kinetic_eV) {
+    double squaredRadius_m2 = 0.0;
+    for (const Structure& structure : cluster.structures)
+        for (const ClusterAtom& atom : structure.atoms)
+            squaredRadius_m2 = std::max(squaredRadius_m2, static_cast<double>(NormSquared(atom.position)));
+    ZfFreeElectron electron;
+    electron.SetEnergy_eV(kinetic_eV);
+    return electron.k * std::sqrt(squaredRadius_m2);
 }
 
 CountedIntensity CountModel(const ZfScatteringData& data, const FarFieldDirections& directions,

@@ -35,8 +35,15 @@ struct ModelMethod {
     FullScatteringSettings full;  ///< of FULL
 };
 
-/// The scattered waves with their vibrations. Throws ZfError.
+/// The scattered waves; of FULL, vibrations are part of them. Throws ZfError.
 ZfScatteringData ScatterModel(ModelInputs inputs, const ModelMethod& method);
+
+/// The waves of another method with the vibrations of the inputs. Throws ZfError.
+ZfScatteringData WithVibrations(ZfScatteringData data, const ModelInputs& inputs);
+
+/// The largest angular momentum in which waves interfere that come from as far as the cluster reaches: k
+/// times that.
+double LargestMomentum(const Cluster& cluster, double kinetic_eV);
 
 /// The intensities that leave the sample. Throws ZfError.
 CountedIntensity CountModel(const ZfScatteringData& data, const FarFieldDirections& directions,

@@ -3,16 +3,15 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cmath>
 
 #include "foundation/ReplacedFile.h"
 #include "foundation/Text.h"
 #include "foundation/ZfError.h"
 #include "input/Cluster.h"
 #include "report/picture/ComparisonOutput.h"
+#include "run/ModelCalculation.h"
 #include "run/RunProgress.h"
 #include "run/ScanOutput.h"
-#include "scattering/ZfFreeElectron.h"
 
 namespace qvre {
 
@@ -46,20 +45,15 @@ std::string ScanTable(const RunPlan& plan, const std::vector<ComparedResult>& re
     return text;
 }
 
-/// Waves that come from as far as the cluster reaches interfere in angular momenta up to k times that.
+/// Of the clusters of a result.
 double LargestMomentum(const RunResult& result, const ResultFolder& folder) {
-    double squaredRadius_m2 = 0.0;
+    double largest = 0.0;
     for (const std::string& file : result.clusters) {
         Cluster cluster;
         ZfLoadCluster(cluster, folder.Path(file));
-        for (const Structure& structure : cluster.structures)
-            for (const ClusterAtom& atom : structure.atoms)
-                squaredRadius_m2 =
-                    std::max(squaredRadius_m2, static_cast<double>(NormSquared(atom.position)));
+        largest = std::max(largest, LargestMomentum(cluster, result.largestKinetic_eV));
     }
-    ZfFreeElectron electron;
-    electron.SetEnergy_eV(result.largestKinetic_eV);
-    return electron.k * std::sqrt(squaredRadius_m2);
+    return largest;
 }
 
 void TellScan(const RunPlan& plan, const std::vector<ComparedResult>& results, const ResultFolder& folder,
