@@ -1,17 +1,13 @@
 #include "fit/EvolutionSearch.h"
 
-#include <fmt/format.h>
-
 #include <Eigen/Eigenvalues>
 #include <algorithm>
 #include <cmath>
 #include <limits>
 #include <numeric>
-#include <sstream>
 #include <utility>
 
 #include "foundation/Interruption.h"
-#include "foundation/StrictNumber.h"
 
 namespace qvre {
 
@@ -20,7 +16,6 @@ namespace {
 constexpr double kRim = 0.05;
 constexpr double kLargestCondition = 1e14;
 constexpr double kLargestSigma = 10.0;  // of the cube: nothing leads anywhere
-constexpr const char* kStateTitle = "qvre-evolution-1";
 
 /// From the line to [0, 1]: the identity between the rims, a parabola with its vertex at the bound in them.
 double Folded(double coordinate) {
@@ -39,12 +34,6 @@ double Unfolded(double unit) {
     if (unit < kRim) return std::sqrt(4.0 * kRim * unit) - kRim;
     if (unit > 1.0 - kRim) return 1.0 + kRim - std::sqrt(4.0 * kRim * (1.0 - unit));
     return unit;
-}
-
-void AppendNumbers(std::string& text, const std::string& key, const double* numbers, Eigen::Index count) {
-    text += key;
-    for (Eigen::Index i = 0; i < count; ++i) text += fmt::format(" {}", numbers[i]);
-    text += '\n';
 }
 
 }  // namespace
@@ -190,89 +179,26 @@ bool EvolutionSearch::HasConverged(double best, double worst) {
            generationOfRestart_ >= generations;
 }
 
-std::string EvolutionSearch::State() const {
-    std::string text = fmt::format("{} {}\ncounts {} {} {} {} {}\nrandom {}\nsigma {}\n", kStateTitle,
-                                   Dimension(), generation_, evaluations_, restart_, population_,
-                                   generationOfRestart_, random_.state, sigma_);
-    AppendNumbers(text, "mean", mean_.data(), mean_.size());
-    AppendNumbers(text, "sigma-path", sigmaPath_.data(), sigmaPath_.size());
-    AppendNumbers(text, "covariance-path", covariancePath_.data(), covariancePath_.size());
-    AppendNumbers(text, "covariance", covariance_.data(), covariance_.size());
-    AppendNumbers(text, fmt::format("history {}", history_.size()), history_.data(), std::ssize(history_));
-    return text;
-}
-
-EvolutionSearch::EvolutionSearch(const std::string& state, std::size_t dimension,
-                                 const EvolutionSettings& evolutionSettings)
-    : settings(evolutionSettings) {
-    std::istringstream stream(state);
-    const auto word = [&stream](const std::string& expected) {
-        std::string found;
-        stream >> found;
-        if (found != expected)
-            throw ZfError(
-                fmt::format(R"(state of a search: expected "{}" instead of "{}")", expected, found));
-    };
-    const auto integer = [&stream](auto& value) {
-        if (!(stream >> value)) throw ZfError("state of a search: expected a whole number");
-    };
-    const auto numbers = [&](const std::string& key, double* values, Eigen::Index count) {
-        if (!key.empty()) word(key);
-        for (Eigen::Index i = 0; i < count; ++i) {
-            std::string number;
-            stream >> number;
-            values[i] = StrictNumber(number, "state of a search");
-        }
-    };
-    word(kStateTitle);
-    std::size_t parameters = 0;
-    integer(parameters);
-    if (parameters != dimension)
-        throw ZfError(
-            fmt::format("state of a search: it has {} parameters instead of {}", parameters, dimension));
-    word("counts");
-    for (int* count : {&generation_, &evaluations_, &restart_, &population_, &generationOfRestart_})
-        integer(*count);
-    if (population_ < 4 || population_ > 1000000) throw ZfError("state of a search: it has no population");
-    word("random");
-    integer(random_.state);
-    numbers("sigma", &sigma_, 1);
-    const auto n = static_cast<Eigen::Index>(dimension);
-    mean_.resize(n);
-    sigmaPath_.resize(n);
-    covariancePath_.resize(n);
-    covariance_.resize(n, n);
-    numbers("mean", mean_.data(), n);
-    numbers("sigma-path", sigmaPath_.data(), n);
-    numbers("covariance-path", covariancePath_.data(), n);
-    numbers("covariance", covariance_.data(), n * n);
-    word("history");
-    std::size_t remembered = 0;
-    integer(remembered);
-    if (remembered > 1000) throw ZfError("state of a search: its history is too long");
-    history_.resize(remembered);
-    numbers("", history_.data(), std::ssize(history_));
-}
-
-GlobalFit SearchGlobally(FitProblem& problem, EvolutionSearch& search,
-                         const std::function<void()>& afterGeneration, Trial best) {
+GlobalFit SearchGlobally(FitProblem& problem, EvolutionSearch& search) {
+    Trial best;
+    problem.keepsResiduals = false;
+    FitStop stop = FitStop::kInterrupted;
     try {
         while (!search.IsDone()) {
             std::vector<FitPoint> points = search.Ask();
             for (FitPoint& point : points) point = problem.space.FromUnit(point);
-            problem.generation = search.Generation() + 1;
+            ++problem.generation;
             std::vector<double> misfits;
             for (Trial& trial : problem.Evaluate(points)) {
                 misfits.push_back(trial.misfit);
                 if (trial.misfit < best.misfit) best = std::move(trial);
             }
             search.Tell(misfits);
-            if (afterGeneration) afterGeneration();
         }
-    } catch (const Interruption&) {
-        return {.best = std::move(best), .stop = FitStop::kInterrupted};
+        stop = best.point.empty() ? FitStop::kFailed : search.Stop();
+    } catch (const Interruption&) {  // NOLINT(bugprone-empty-catch): what was done is the result
     }
-    const FitStop stop = best.point.empty() ? FitStop::kFailed : search.Stop();
+    problem.keepsResiduals = true;
     return {.best = std::move(best), .stop = stop};
 }
 

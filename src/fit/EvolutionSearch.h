@@ -2,8 +2,6 @@
 
 #include <Eigen/Core>
 #include <cstdint>
-#include <functional>
-#include <string>
 #include <vector>
 
 #include "fit/FitProblem.h"
@@ -29,20 +27,14 @@ struct EvolutionSettings {
 /// itself and is smooth: a twentieth of the room before a bound, the way to it becomes a parabola with its
 /// vertex there. A minimum at a bound is then one like any other.
 ///
-/// The points of a generation may be evaluated in any order. All depends on the seed alone, and State() holds
-/// the search as it was after the last generation told: one made from it goes on alike to the last bit.
+/// The points of a generation may be evaluated in any order. All depends on the seed alone: a search that is
+/// told the same misfits again asks for the same points.
 ///
 /// 1. N. Hansen, The CMA evolution strategy: a tutorial, arXiv:1604.00772, with positive weights
 /// 2. A. Auger, N. Hansen, Proc. IEEE Congress on Evolutionary Computation 2005, p. 1769
 class EvolutionSearch {
 public:
     EvolutionSearch(const std::vector<double>& startInUnitCube, const EvolutionSettings& evolutionSettings);
-
-    /// From the text of State(). Throws ZfError for another text or another number of parameters.
-    EvolutionSearch(const std::string& state, std::size_t dimension,
-                    const EvolutionSettings& evolutionSettings);
-
-    std::string State() const;
 
     bool IsDone() const { return restart_ > settings.restarts || evaluations_ >= settings.mostEvaluations; }
     FitStop Stop() const { return restart_ > settings.restarts ? FitStop::kRestarts : FitStop::kLimit; }
@@ -88,10 +80,8 @@ struct GlobalFit {
     FitStop stop = FitStop::kLimit;
 };
 
-/// Goes on with a search until it is done. `afterGeneration` is called when the evaluations of a generation
-/// are in the table and the search knows them: the moment to keep its state. An Interruption ends the search
-/// at the last whole generation. The best is that of the generations made by this call, and `best` if given.
-GlobalFit SearchGlobally(FitProblem& problem, EvolutionSearch& search,
-                         const std::function<void()>& afterGeneration = {}, Trial best = {});
+/// Goes on with a search until it is done. An Interruption ends it at the last whole generation. The trial
+/// that comes back may lack its residuals.
+GlobalFit SearchGlobally(FitProblem& problem, EvolutionSearch& search);
 
 }  // namespace qvre

@@ -12,6 +12,12 @@
 namespace qvre {
 
 std::vector<Trial> FitProblem::Evaluate(const std::vector<FitPoint>& points) {
+    if (table_ != nullptr) {
+        if (auto repeated = table_->Repeat(points, keepsResiduals)) {
+            evaluations += static_cast<int>(points.size());
+            return *std::move(repeated);
+        }
+    }
     std::vector<Evaluation> evaluated = objective_.Evaluate(points);
     if (evaluated.size() != points.size())
         throw ZfError(fmt::format("{} points came back as {} evaluations", points.size(), evaluated.size()));
@@ -20,7 +26,7 @@ std::vector<Trial> FitProblem::Evaluate(const std::vector<FitPoint>& points) {
     for (std::size_t i = 0; i < points.size(); ++i)
         trials.push_back(Judged(points[i], std::move(evaluated[i])));
     evaluations += static_cast<int>(points.size());
-    if (table_ != nullptr) table_->Append(generation, trials);
+    if (table_ != nullptr) table_->Append(generation, trials, keepsResiduals);
     return trials;
 }
 

@@ -31,14 +31,15 @@ public:
                EvaluationTable* evaluationTable = nullptr)
         : space(parameterSpace), objective_(fitObjective), table_(evaluationTable) {}
 
-    /// One trial a point, in their order; they get into the table. A result that is not finite, or has
-    /// another number of residuals than the first, has failed.
+    /// One trial a point, in their order; they get into the table, or come from it when a former fit made
+    /// them. A result that is not finite, or has another number of residuals than the first, has failed.
     std::vector<Trial> Evaluate(const std::vector<FitPoint>& points);
     Trial EvaluateOne(const FitPoint& point) { return Evaluate(std::vector<FitPoint>(1, point)).front(); }
 
     const ParameterSpace& space;
-    int generation = 0;   ///< of what is evaluated next, for the table
-    int evaluations = 0;  ///< made so far
+    int generation = 0;          ///< of what is evaluated next, for the table
+    bool keepsResiduals = true;  ///< in the table: false where a misfit is enough, and trials lack theirs
+    int evaluations = 0;         ///< made so far
 
 private:
     Trial Judged(const FitPoint& point, Evaluation evaluation);

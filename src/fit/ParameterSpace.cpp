@@ -139,7 +139,8 @@ std::vector<double> ParameterSpace::Derived(const FitPoint& point) const {
     for (const std::size_t quantity : order_) {
         std::vector<double> arguments;
         for (const std::size_t argument : definitions_[quantity].arguments)
-            arguments.push_back(argument < point.size() ? point[argument] : values[argument - point.size()]);
+            arguments.push_back(argument < point.size() ? point[argument] * parameters[argument].plain
+                                                        : values[argument - point.size()]);
         values[quantity] = definitions_[quantity].expression.Evaluate(arguments);
     }
     return values;

@@ -27,6 +27,7 @@ struct FitParameter {
     std::string unit = {};  ///< for people; start, bounds and restraint are in it
     std::optional<Restraint> restraint = {};
     double scale = 0.0;  ///< a change that the data notice clearly; 0: a tenth of the room between the bounds
+    double plain = 1.0;  ///< the unit in that of the expressions
 };
 
 /// What follows from the parameters, such as a bond length.
