@@ -37,7 +37,7 @@ void ReadSpacings(RecipeTable& section, Relaxation& relaxation) {
         if (key.size() < 3 || key[0] != 'd' || key.find_first_not_of("0123456789", 1) != std::string::npos)
             continue;
         LayerSpacing spacing;
-        if (section.HasText(key))
+        if (section.HasWord(key))
             spacing = section.Made(key, [&] { return SpacingOf(*section.Text(key)); });
         else
             spacing.value = *section.Number(key, RecipeUnit::kAngstrom);
@@ -126,7 +126,7 @@ SurfaceStructure ReadSurfaceStructure(RecipeTable& cluster, const RecipeFolder& 
     structure.relaxation = ReadRelaxation(cluster.Section("relax"));
     for (RecipeTable& adsorbate : cluster.Sections("adsorbate"))
         structure.adsorbates.push_back(ReadAdsorbate(adsorbate, place));
-    if (cluster.HasText("domains")) {
+    if (cluster.HasWord("domains")) {
         cluster.OneOf("domains", {"symmetry"});
         structure.takesAllDomains = true;
     }

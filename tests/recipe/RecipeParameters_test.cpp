@@ -5,6 +5,7 @@
 #include "ErrorText.h"
 #include "TempFolder.h"
 #include "recipe/RecipeCases.h"
+#include "recipe/RecipeInputs.h"
 #include "recipe/RecipeTable.h"
 
 using std::literals::string_view_literals::operator""sv;
@@ -80,6 +81,26 @@ TEST(RecipeParameters, AScanVariesWhatDependsOnTheParameter) {
                      "r.toml");
     ASSERT_EQ(tables.size(), 6U);
     EXPECT_EQ(tables[3].scanned, groups[3].scanned);
+}
+
+// Where a text may be a word as well.
+TEST(RecipeParameters, StandForNumbersBesideWords) {
+    const std::vector<RecipeGroup> groups = ExpandRecipe(
+        "[parameters]\nd = 1.77\nL = 12\nE = 500\n[cluster.relax]\nd12 = \"d\"\nspacing = [\"d + 0.01\", "
+        "\"-3 %\"]\n"
+        "[emission]\nkinetic = [\"E\", \"E + 60\"]\n[image]\nimfp = \"L\"\n[phases]\nlmax = \"2*L\"\n",
+        "r.toml");
+    ASSERT_EQ(groups.front().cases.size(), 2U);
+    const RecipeCase& one = groups.front().cases[1];
+    EXPECT_EQ(one.variations.front().label, "560eV");
+    RecipeTable recipe(&one.settings, "recipe");
+    EXPECT_EQ(recipe.Section("emission").Number("kinetic", RecipeUnit::kElectronVolt), 560.0);
+    EXPECT_EQ(recipe.Section("phases").Count("lmax", 0), 24);
+    RecipeTable image = recipe.Section("image");
+    EXPECT_EQ(ReadMeanFreePath(image)->length_angstrom, 12.0);
+    RecipeTable relax = recipe.Section("cluster").Section("relax");
+    EXPECT_FALSE(relax.HasWord("d12"));
+    EXPECT_EQ(relax.Scalars("spacing"), (std::vector<RecipeTable::Scalar>{1.78, std::string("-3 %")}));
 }
 
 TEST(RecipeParameters, ACellFileNamesThem) {
