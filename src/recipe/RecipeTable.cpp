@@ -214,7 +214,9 @@ std::vector<RecipeTable::Scalar> RecipeTable::Scalars(const std::string& key) {
     if (!list) Fail(key, "has to be a list");
     std::vector<Scalar> scalars;
     for (const toml::node& item : *list) {
-        if (const auto text = item.value_exact<std::string>(); text && !NamesParameter(*text))
+        // With a unit, what it measures is for the reader to say.
+        const auto text = item.value_exact<std::string>();
+        if (text && (!NamesParameter(*text) || !SplitQuantity(*text).unit.empty()))
             scalars.emplace_back(*text);
         else if (const double number = NumberOf(key, item, RecipeUnit::kNone); item.is_integer())
             scalars.emplace_back(static_cast<std::int64_t>(number));
