@@ -22,7 +22,7 @@ struct NamedUnit {
     double factor;
 };
 
-constexpr std::array<NamedUnit, 14> kUnits = {{
+constexpr std::array<NamedUnit, 16> kUnits = {{
     {RecipeUnit::kElectronVolt, "eV", 1.0},
     {RecipeUnit::kElectronVolt, "keV", 1e3},
     {RecipeUnit::kElectronVolt, "hartree", kHartree_eV},
@@ -37,6 +37,8 @@ constexpr std::array<NamedUnit, 14> kUnits = {{
     {RecipeUnit::kDegree, "rad", kDegreesPerRadian},
     {RecipeUnit::kKelvin, "K", 1.0},
     {RecipeUnit::kKelvin, "kelvin", 1.0},
+    {RecipeUnit::kPercent, "percent", 1.0},
+    {RecipeUnit::kPercent, "%", 1.0},
 }};
 
 std::string UnitNames(RecipeUnit kind) {
@@ -97,6 +99,11 @@ std::optional<double> ParametersValue(const std::string& text, const NamedValues
 }  // namespace
 
 SplitQuantity::SplitQuantity(const std::string& text) : expression(Trimmed(text)) {
+    if (expression.ends_with('%')) {  // often without a blank before it
+        unit = "%";
+        expression = Trimmed(std::string_view(expression).substr(0, expression.size() - 1));
+        return;
+    }
     const std::size_t blank = expression.find_last_of(' ');
     if (blank == std::string::npos) return;
     const std::string rest(Trimmed(expression.substr(0, blank)));

@@ -10,16 +10,17 @@ namespace qvre {
 namespace {
 
 /// A length in any unit, or percent.
-LayerSpacing SpacingOf(const std::string& text) {
-    try {
-        return {ParseQuantity(text, RecipeUnit::kAngstrom), false};
-    } catch (const ZfError&) {
-        return ParseLayerSpacing(text);
-    }
+LayerSpacing SpacingOf(const std::string& text, const NamedValues& parameters) {
+    const std::string unit = SplitQuantity(text).unit;
+    const bool isPercent = unit == "percent" || unit == "%";
+    const bool isLength = !unit.empty() && !isPercent;
+    if (!isLength && NamesInQuantity(text).empty()) return ParseLayerSpacing(text);
+    return {ParseQuantity(text, isPercent ? RecipeUnit::kPercent : RecipeUnit::kAngstrom, parameters),
+            isPercent};
 }
 
-LayerSpacing SpacingOf(const RecipeTable::Scalar& scalar) {
-    if (const auto* text = std::get_if<std::string>(&scalar)) return SpacingOf(*text);
+LayerSpacing SpacingOf(const RecipeTable::Scalar& scalar, const NamedValues& parameters) {
+    if (const auto* text = std::get_if<std::string>(&scalar)) return SpacingOf(*text, parameters);
     if (const auto* whole = std::get_if<std::int64_t>(&scalar)) return {static_cast<double>(*whole), false};
     return {std::get<double>(scalar), false};
 }
@@ -30,7 +31,8 @@ void ReadSpacings(RecipeTable& section, Relaxation& relaxation) {
         const std::vector<RecipeTable::Scalar> spacings = section.Scalars("spacing");
         section.Made("spacing", [&] {
             for (std::size_t i = 0; i < spacings.size(); ++i)
-                AddSpacing(fmt::format("d{}{}", i + 1, i + 2), SpacingOf(spacings[i]), relaxation);
+                AddSpacing(fmt::format("d{}{}", i + 1, i + 2), SpacingOf(spacings[i], section.Parameters()),
+                           relaxation);
         });
     }
     for (const std::string& key : section.Keys()) {
@@ -38,7 +40,7 @@ void ReadSpacings(RecipeTable& section, Relaxation& relaxation) {
             continue;
         LayerSpacing spacing;
         if (section.HasText(key))
-            spacing = section.Made(key, [&] { return SpacingOf(*section.Text(key)); });
+            spacing = section.Made(key, [&] { return SpacingOf(*section.Text(key), section.Parameters()); });
         else
             spacing.value = *section.Number(key, RecipeUnit::kAngstrom);
         section.Made(key, [&] { AddSpacing(key, spacing, relaxation); });
@@ -126,7 +128,7 @@ SurfaceStructure ReadSurfaceStructure(RecipeTable& cluster, const RecipeFolder& 
     structure.relaxation = ReadRelaxation(cluster.Section("relax"));
     for (RecipeTable& adsorbate : cluster.Sections("adsorbate"))
         structure.adsorbates.push_back(ReadAdsorbate(adsorbate, place));
-    if (cluster.HasText("domains")) {
+    if (cluster.HasWord("domains")) {
         cluster.OneOf("domains", {"symmetry"});
         structure.takesAllDomains = true;
     }

@@ -34,10 +34,6 @@ std::size_t EditDistance(const std::string& a, const std::string& b) {
     return row.back();
 }
 
-}  // namespace
-
-namespace {
-
 std::shared_ptr<const NamedValues> ParametersOf(const toml::table* recipe) {
     auto numbers = std::make_shared<NamedValues>();
     const toml::table* table = recipe ? recipe->get_as<toml::table>("parameters") : nullptr;
@@ -76,11 +72,13 @@ bool RecipeTable::HasFlag(const std::string& key) {
 }
 
 bool RecipeTable::HasWord(const std::string& key) {
-    if (!HasText(key)) return false;
-    const std::string text = *Text(key);
+    return HasText(key) && !NamesParameter(*Text(key));
+}
+
+bool RecipeTable::NamesParameter(const std::string& text) const {
     const std::vector<std::string> names = NamesInQuantity(text);
-    return std::none_of(names.begin(), names.end(),
-                        [&](const std::string& name) { return parameters_->contains(name); });
+    return std::any_of(names.begin(), names.end(),
+                       [&](const std::string& name) { return parameters_->contains(name); });
 }
 
 void RecipeTable::Fail(const std::string& key, const std::string& message) const {
@@ -216,7 +214,9 @@ std::vector<RecipeTable::Scalar> RecipeTable::Scalars(const std::string& key) {
     if (!list) Fail(key, "has to be a list");
     std::vector<Scalar> scalars;
     for (const toml::node& item : *list) {
-        if (const auto text = item.value_exact<std::string>())
+        // With a unit, what it measures is for the reader to say.
+        const auto text = item.value_exact<std::string>();
+        if (text && (!NamesParameter(*text) || !SplitQuantity(*text).unit.empty()))
             scalars.emplace_back(*text);
         else if (const double number = NumberOf(key, item, RecipeUnit::kNone); item.is_integer())
             scalars.emplace_back(static_cast<std::int64_t>(number));

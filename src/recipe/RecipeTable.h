@@ -88,6 +88,7 @@ private:
     RecipeTable(const toml::table* table, std::string place, std::shared_ptr<const NamedValues> parameters);
     std::string WholeName(const std::string& key) const;
     const toml::node* Find(const std::string& key);
+    bool NamesParameter(const std::string& text) const;
     void RefuseList(const std::string& key, const toml::node& node) const;
     double NumberOf(const std::string& key, const toml::node& node, RecipeUnit unit) const;
 

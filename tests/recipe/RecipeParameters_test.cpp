@@ -1,10 +1,12 @@
 #include "recipe/RecipeParameters.h"
 
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 
 #include "ErrorText.h"
 #include "TempFolder.h"
 #include "recipe/RecipeCases.h"
+#include "recipe/RecipeInputs.h"
 #include "recipe/RecipeTable.h"
 
 using std::literals::string_view_literals::operator""sv;
@@ -79,6 +81,83 @@ TEST(RecipeParameters, AScanVariesWhatDependsOnTheParameter) {
          "r.toml"});
     ASSERT_EQ(tables.size(), 6U);
     EXPECT_EQ(tables[3].scanned, groups[3].scanned);
+}
+
+// Where a text may be a word as well.
+TEST(RecipeParameters, StandForNumbersBesideWords) {
+    const std::vector<RecipeGroup> groups = ExpandRecipe(
+        "[parameters]\nd = 1.77\nL = 12\nE = 500\n[cluster.relax]\nd12 = \"d\"\nspacing = [\"d + 0.01\", "
+        "\"-3 %\"]\n"
+        "[emission]\nkinetic = [\"E\", \"E + 60\"]\n[image]\nimfp = \"L\"\n[phases]\nlmax = \"2*L\"\n",
+        "r.toml");
+    ASSERT_EQ(groups.front().cases.size(), 2U);
+    const RecipeCase& one = groups.front().cases[1];
+    EXPECT_EQ(one.variations.front().label, "560eV");
+    RecipeTable recipe(&one.settings, "recipe");
+    EXPECT_EQ(recipe.Section("emission").Number("kinetic", RecipeUnit::kElectronVolt), 560.0);
+    EXPECT_EQ(recipe.Section("phases").Count("lmax", 0), 24);
+    RecipeTable image = recipe.Section("image");
+    EXPECT_EQ(ReadMeanFreePath(image)->length_angstrom, 12.0);
+    RecipeTable relax = recipe.Section("cluster").Section("relax");
+    EXPECT_FALSE(relax.HasWord("d12"));
+    EXPECT_EQ(relax.Scalars("spacing"), (std::vector<RecipeTable::Scalar>{1.78, std::string("-3 %")}));
+}
+
+/// What a section [cluster] with these lines makes, in words of full precision.
+std::string Told(const std::string& lines) {
+    toml::table recipe = toml::parse(
+        "[parameters]\nx = 0.05\na = { start = 3.6, lower = 3, upper = 4 }\nq = { start = -3, unit = "
+        "\"percent\" }\nT = 300\nphi = 30\n"
+        "[cluster]\npreset = \"fcc\"\nelements = [\"Cu\"]\nemitter = \"Cu\"\nemitters = \"all\"\n" +
+        lines);
+    if (!recipe["cluster"].as_table()->contains("depth"))
+        recipe["cluster"].as_table()->insert_or_assign("depth", 4.0);
+    if (!recipe["cluster"].as_table()->contains("lattice"))
+        recipe["cluster"].as_table()->insert_or_assign("lattice", 3.6);
+    ResolveParameters(recipe, {});
+    const ClusterRequest request = ReadClusterRequest(RecipeTable(&recipe, "recipe").Section("cluster"), {});
+    std::string told =
+        fmt::format("{} {} {} {} {}\n", request.azimuth_deg, request.depth_angstrom, request.size_angstrom,
+                    request.temperature_K, request.layerTolerance_angstrom.value_or(0.0));
+    for (const auto& [element, debye_K] : request.debye_K) told += fmt::format("{} {}\n", element, debye_K);
+    for (const ClusterDomain& domain : request.domains)
+        told += fmt::format("{} {}\n", domain.turn_deg, domain.weight);
+    for (const CellAtom& atom : request.cell.atoms) {
+        const gemmi::Vec3 p = request.cell.Position(atom);
+        told += fmt::format("{} {:.9f} {:.9f} {:.9f}\n", atom.element, p.x, p.y, p.z);
+    }
+    return told;
+}
+
+// Each key of a surface, with an expression and with the number that it comes to.
+TEST(RecipeParameters, ServeEveryNumberOfASurface) {
+    const std::string relax = "[cluster.relax]\n";
+    const std::string oxygen = "[[cluster.adsorbate]]\nelement = \"O\"\nsuperstructure = \"p(2x1)\"\n";
+    const std::pair<std::string, std::string> cases[] = {
+        {"lattice = \"a\"\nazimuth = \"phi/2\"\nradius = \"2*a\"",
+         "lattice = 3.6\nazimuth = 15\nradius = 7.2"},
+        {"depth = \"a + x\"\nlayer-tolerance = \"x\"\ndomains = [0, \"phi\"]\ndomain-weights = [1, \"1 - "
+         "x\"]",
+         "depth = 3.65\nlayer-tolerance = 0.05\ndomains = [0, 30]\ndomain-weights = [1, 0.95]"},
+        {"domains = \"phi\"\ndebye = { Cu = \"T\" }\ntemperature = \"T/2\"",
+         "domains = 30\ndebye = { Cu = 300 }\ntemperature = 150"},
+        {relax + "d12 = \"(1 + x)*1.8 angstrom\"\nd23 = \"q percent\"", relax + "d12 = 1.89\nd23 = \"-3%\""},
+        {relax + "spacing = [\"1.9 + x\", \"-a%\", \"a/2\", \"q + 1 percent\"]\n",
+         relax + "spacing = [1.95, \"-3.6 %\", 1.8, \"-2 percent\"]\n"},
+        {relax + "shift = [\"x\", \"10*x pm\"]\nlateral = [[\"x\", \"-x\"]]\nrumple = [{ Cu = \"x\" }]",
+         relax + "shift = [0.05, 0.005]\nlateral = [[0.05, -0.05]]\nrumple = [{ Cu = 0.05 }]"},
+        {"[[cluster.relax.rumple]]\nCu = \"2*x\"\n[[cluster.relax.atoms]]\nby = [0, 0, \"x\"]",
+         "[[cluster.relax.rumple]]\nCu = 0.1\n[[cluster.relax.atoms]]\nby = [0, 0, 0.05]"},
+        {oxygen + "at = [\"10*x\", 0.5]\nheight = \"x nm\"", oxygen + "at = [0.5, 0.5]\nheight = 0.5"},
+        {"domains = \"symmetry\"\ndomain-weights = [\"x\", \"1 - x\"]\n" + oxygen +
+             "site = \"hollow\"\nheight = \"1 + x\"\ncoverage = \"10*x\"",
+         "domains = \"symmetry\"\ndomain-weights = [0.05, 0.95]\n" + oxygen +
+             "site = \"hollow\"\nheight = 1.05"},
+    };
+    for (const auto& [named, plain] : cases) EXPECT_EQ(Told(named), Told(plain)) << named;
+    EXPECT_EQ(ErrorText([] { Told("[cluster.relax]\nd12 = \"y percent\""); }),
+              " line 12: [cluster.relax] d12: \"y\" is no number: there is no parameter y; there are T, a, "
+              "phi, q, x");
 }
 
 TEST(RecipeParameters, ACellFileNamesThem) {
