@@ -19,7 +19,6 @@ namespace qvre {
 
 namespace {
 
-constexpr double kAffordable_s = 60.0;
 constexpr double kWorthTelling_s = 1.0;
 
 /// What a cluster says about the cost.
@@ -141,7 +140,8 @@ double CostReader::Seconds(const RecipeCase& one) {
 
 }  // namespace
 
-MethodChoice ChooseMethod(const std::vector<RecipeGroup>& groups, const RecipeFolder& place) {
+MethodChoice ChooseMethod(const std::vector<RecipeGroup>& groups, const RecipeFolder& place,
+                          double affordable_s) {
     RecipeTable recipe(&groups.front().cases.front().settings, "recipe");
     if (const auto given = ReadScatteringSection(recipe.Section("scattering")).method) return {*given, {}};
     CostReader cost(place);
@@ -152,7 +152,7 @@ MethodChoice ChooseMethod(const std::vector<RecipeGroup>& groups, const RecipeFo
             if (std::isinf(seconds)) return {kMulti, "method MULTI, as FULL takes no such waves or damping"};
         }
     if (seconds < kWorthTelling_s) return {kFull, "method FULL"};
-    if (seconds < kAffordable_s)
+    if (seconds < affordable_s)
         return {kFull, fmt::format("method FULL, which takes about {}", DurationText(seconds))};
     return {kMulti, fmt::format("method MULTI; FULL would take about {}", DurationText(seconds))};
 }

@@ -1,5 +1,7 @@
 #include "recipe/RecipeCases.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <array>
 #include <cctype>
@@ -9,6 +11,7 @@
 #include <cstring>
 #include <filesystem>
 #include <optional>
+#include <sstream>
 #include <string_view>
 #include <system_error>
 #include <utility>
@@ -100,6 +103,7 @@ std::string FolderOf(const RecipeSource& recipe) {
 
 toml::table Parse(const RecipeSource& recipe) {
     toml::table table = ParseRecipe(recipe.text, recipe.path);
+    if (recipe.ignoresScan) table.erase("scan");
     try {
         ChooseDataSet(table, recipe.dataSet);
     } catch (const ZfError& error) {
@@ -352,6 +356,23 @@ toml::table ParseRecipe(const std::string& text, const std::string& path) {
         if (error.source().begin.line > 0) message += " line " + std::to_string(error.source().begin.line);
         throw ZfError(message + ": " + std::string(error.description()));
     }
+}
+
+std::string SettingsText(const RecipeCase& one, const std::vector<std::string>& sections,
+                         const std::string& folder) {
+    std::ostringstream text;
+    for (const std::string& section : sections) {
+        const toml::table* table = one.settings[section].as_table();
+        if (!table) continue;
+        toml::table content = *table;
+        if (std::find(sections.begin(), sections.end(), "light") == sections.end())
+            for (const char* key : kLightKeys) content.erase(key);
+        text << section << '\n' << content << '\n';
+        for (const std::string& used : NamesUsed(content, folder))
+            if (const auto value = one.settings["parameters"][used].value<double>())
+                text << fmt::format("{} = {}\n", used, *value);
+    }
+    return text.str();
 }
 
 std::string RecipeVariation::Name() const {

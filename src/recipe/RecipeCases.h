@@ -42,6 +42,7 @@ struct RecipeSource {
     std::string path;          ///< names it in messages and tells the folder of its files
     NamedValues values = {};   ///< in place of the starts of parameters
     std::string dataSet = {};  ///< name of one of [[data]]; empty where there are none
+    bool ignoresScan = false;
 };
 
 /// A series comes from lists: cluster.emitter-layer, emission.kinetic, emission.photon, emission.circular and
@@ -56,6 +57,11 @@ std::vector<RecipeGroup> ExpandRecipe(const RecipeSource& source);
 
 /// The tables of a recipe's text. Throws ZfError with `path` and the line for what is no TOML.
 toml::table ParseRecipe(const std::string& text, const std::string& path);
+
+/// Some sections of a case with the values of the parameters in them: the text of all that depends on these
+/// sections, files aside. Without "light" among them, the light keys of the emission are left out.
+std::string SettingsText(const RecipeCase& one, const std::vector<std::string>& sections,
+                         const std::string& folder);
 
 /// The text of a recipe. Throws ZfError for a file that is missing or cannot be one.
 std::string ReadRecipe(const std::string& path);

@@ -1,9 +1,5 @@
 #include "recipe/RecipeModel.h"
 
-#include <fmt/format.h>
-
-#include <sstream>
-
 #include "foundation/ProgramFile.h"
 #include "prepare/cluster/ClusterMaking.h"
 #include "prepare/emission/Emission.h"
@@ -22,22 +18,6 @@ using Sections = std::vector<std::string>;
 const Sections kEmitted = {"emission", "phases"};
 const Sections kScattered = {"cluster", "emission", "phases", "scattering"};
 const Sections kFullyScattered = {"cluster", "emission", "phases", "scattering", "thermal", "image"};
-
-/// The settings of some sections with the values of the parameters in them.
-std::string SettingsText(const toml::table& recipe, const Sections& sections, const std::string& folder) {
-    std::ostringstream text;
-    for (const std::string& section : sections) {
-        const toml::table* table = recipe[section].as_table();
-        if (!table) continue;
-        toml::table content = *table;
-        for (const char* key : kLightKeys) content.erase(key);
-        text << section << '\n' << content << '\n';
-        for (const std::string& used : NamesUsed(content, folder))
-            if (const auto value = recipe["parameters"][used].value<double>())
-                text << fmt::format("{} = {}\n", used, *value);
-    }
-    return text.str();
-}
 
 }  // namespace
 
@@ -126,13 +106,13 @@ PreparedCase RecipeModel::Prepare(const RecipeCase& one) const {
     const CutCluster& known = keepsPhases_ ? start_ : cluster;
     Sections atomic = kEmitted;
     if (!keepsPhases_) atomic.emplace_back("cluster");
-    const std::string key = SettingsText(one.settings, atomic, place_.folder);
+    const std::string key = SettingsText(one, atomic, place_.folder);
     const auto emitted = emitted_.Get(key, [&] { return MakeEmitted(recipe, known); });
 
     PreparedCase prepared;
     prepared.kinetic_eV = emitted->kinetic_eV;
     prepared.scatteringKey =
-        SettingsText(one.settings, method_ == kFull ? kFullyScattered : kScattered, place_.folder);
+        SettingsText(one, method_ == kFull ? kFullyScattered : kScattered, place_.folder);
     prepared.inputs.cluster = cluster.cluster;
     prepared.inputs.waves = emitted->waves;
     prepared.inputs.phaseShifts = *phases_.Get(key, [&] { return MakePhases(recipe, known, *emitted); });

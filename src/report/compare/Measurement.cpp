@@ -139,6 +139,7 @@ WeightedModulation ModulationOf(const Measurement& measurement, const std::optio
         sum += result.weight[i];
     }
     for (double& weight : result.weight) weight *= static_cast<double>(result.weight.size()) / sum;
+    result.meanWeight = sum / static_cast<double>(result.weight.size());
     return result;
 }
 

@@ -66,6 +66,7 @@ std::vector<double> RingBackground(const BackgroundModel& model, const PolarRing
 struct WeightedModulation {
     std::vector<double> chi;
     std::vector<double> weight;  ///< of mean 1 where variances are known
+    double meanWeight = 1.0;     ///< the mean of 1/variance, by which these weights are divided
 };
 
 /// chi = (I - B)/B of a measurement. Throws ZfError where the background is not positive, and for the means

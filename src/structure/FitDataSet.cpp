@@ -1,0 +1,158 @@
+#include "structure/FitDataSet.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include "foundation/ZfError.h"
+#include "recipe/MethodChoice.h"
+#include "recipe/RecipePlan.h"
+#include "recipe/RecipeSettings.h"
+#include "report/compare/LeastR.h"
+
+namespace qvre {
+
+namespace {
+
+/// Of one evaluation, for a fit takes hundreds.
+constexpr double kAffordableEvaluation_s = 4.0;
+
+/// R of a good fit: without measured sigma its misfit is the number of independent data.
+constexpr double kGoodR = 0.1;
+
+/// The factor of b that makes sum w (a - factor b)^2 least.
+double LeastSquaresFactor(const CompareResult& compared) {
+    double ab = 0.0;
+    double bb = 0.0;
+    for (std::size_t i = 0; i < compared.chiA.size(); ++i) {
+        ab += compared.weight[i] * compared.chiA[i] * compared.chiB[i];
+        bb += compared.weight[i] * compared.chiB[i] * compared.chiB[i];
+    }
+    return bb > 0.0 ? std::max(0.0, ab / bb) : 0.0;
+}
+
+/// The part of the sphere that an analyser takes in shows no larger momenta.
+double LimitedMomentum(double lMost, double acceptance_deg) {
+    return acceptance_deg > 0.0 ? std::min(lMost, 180.0 / (2.0 * acceptance_deg)) : lMost;
+}
+
+/// Refuses what a fit does not compare, at its line.
+void CheckCases(const std::vector<RecipeCase>& cases) {
+    RecipeTable recipe(&cases.front().settings, "recipe");
+    if (recipe.Has("energies"))
+        recipe.Fail("energies", "a fit compares patterns, and no curves over the energy: leave the section out");
+    if (cases.size() > 1 && recipe.Text("series", "sum") != "sum")
+        recipe.Fail("series", "a fit compares the sum of a series; give members that are apart as data sets, [[data]]");
+}
+
+}  // namespace
+
+FitDataSet::FitDataSet(RecipeSource source, double weight, const RecipeFit& fit)
+    : source_(std::move(source)),
+      place_{std::filesystem::path(source_.path).parent_path().string()},
+      name_(source_.dataSet.empty() ? "data" : source_.dataSet),
+      weight_(weight),
+      isAmplitudeFree_(fit.amplitude == FitAmplitude::kFree) {
+    const std::vector<RecipeGroup> groups = ExpandRecipe(source_);
+    const std::vector<RecipeCase>& cases = groups.front().cases;
+    CheckCases(cases);
+    const MethodChoice choice = ChooseMethod(groups, place_, kAffordableEvaluation_s);
+    remark_ = choice.remark.empty() ? std::string("method ") + std::string(WordFor(choice.method)) : choice.remark;
+    for (const RecipeCase& one : cases)
+        models_.push_back(std::make_unique<RecipeModel>(one, place_, choice.method, fit.phases == FitPhases::kOfStart));
+    const ImageRequest image =
+        ReadImageSection(RecipeTable(&cases.front().settings, "recipe").Section("image")).request;
+    map_ = std::make_unique<MapDirections>(image.map, image.resolution);
+
+    double lMost = 0.0;
+    double kinetic_eV = 0.0;
+    for (std::size_t i = 0; i < cases.size(); ++i) {
+        const PreparedCase prepared = models_[i]->Prepare(cases[i]);
+        kinetic_eV = prepared.kinetic_eV;
+        lMost = std::max(lMost, LargestMomentum(prepared.inputs.cluster, kinetic_eV));
+    }
+    const auto comparison = ComparisonOf(cases.front(), kinetic_eV);
+    const Measurement& points = comparison->Points();
+    independentData_ = std::min(static_cast<double>(points.theta.size()),
+        IndependentDirections(points.theta, points.phi,
+                              LimitedMomentum(lMost, comparison->Request().instrument.acceptance)));
+    measured_ = ModulationOf(points, comparison->Request().background);
+    double unit = measured_.meanWeight;
+    if (points.sigma.empty()) {
+        double power = 0.0;
+        for (std::size_t i = 0; i < measured_.chi.size(); ++i)
+            power += measured_.weight[i] * measured_.chi[i] * measured_.chi[i];
+        unit = independentData_ / (2.0 * kGoodR * power);
+    }
+    for (const double weight : measured_.weight) variance_.push_back(1.0 / (unit * weight));
+}
+
+std::vector<RecipeCase> FitDataSet::CasesOf(const NamedValues& values) const {
+    RecipeSource source = source_;
+    source.values = values;
+    return std::move(ExpandRecipe(source).front().cases);
+}
+
+std::shared_ptr<const MeasuredComparison> FitDataSet::ComparisonOf(const RecipeCase& one,
+                                                                   double kinetic_eV) const {
+    const std::string key = SettingsText(one, {"compare"}, place_.folder) + fmt::format("{}", kinetic_eV);
+    return comparison_.Get(key, [&] {
+        RecipeTable section = RecipeTable(&one.settings, "recipe").Section("compare");
+        CompareRequest request = ReadCompareSection(section, place_, {}).request;
+        if (request.measured.empty())
+            section.Fail("measured", fmt::format("the fit needs a measured pattern{}: name its file",
+                                                 source_.dataSet.empty() ? "" : " of the data set " + name_));
+        if (request.instrument.innerPotential && request.instrument.energy == 0.0)
+            request.instrument.energy = kinetic_eV;
+        return MeasuredComparison(request);
+    });
+}
+
+CompareResult FitDataSet::Compared(const NamedValues& values) const {
+    const std::vector<RecipeCase> cases = CasesOf(values);
+    CountedIntensity sum;
+    double kinetic_eV = 0.0;
+    for (std::size_t i = 0; i < cases.size(); ++i) {
+        const PreparedCase prepared = models_[i]->Prepare(cases[i]);
+        kinetic_eV = prepared.kinetic_eV;
+        const CountedIntensity own = models_[i]->Intensity(prepared, map_->directions);
+        sum.pattern.resize(own.pattern.size());
+        sum.direct.resize(own.direct.size());
+        for (std::size_t k = 0; k < own.pattern.size(); ++k) {
+            sum.pattern[k] += own.pattern[k];
+            sum.direct[k] += own.direct[k];
+        }
+    }
+    const auto comparison = ComparisonOf(cases.front(), kinetic_eV);
+    // The measured points have no I0: the same background is taken from both then.
+    std::optional<SphereImage> direct;
+    if (!comparison->Request().background) direct = map_->Image(sum.direct);
+    return comparison->With({map_->Image(sum.pattern), std::move(direct), comparison->Request().instrument});
+}
+
+DataEvaluation FitDataSet::Evaluate(const NamedValues& values) const {
+    const CompareResult compared = Compared(values);
+    const double factor = isAmplitudeFree_ ? LeastSquaresFactor(compared) : 1.0;
+    DataEvaluation evaluation;
+    evaluation.r = isAmplitudeFree_ ? compared.agreement.scaledR : compared.agreement.R;
+    evaluation.residuals = measured_.chi;  // of directions that are left out, which is not to pay
+    for (std::size_t k = 0; k < compared.chiA.size(); ++k)
+        evaluation.residuals[compared.number[k]] = factor * compared.chiB[k] - compared.chiA[k];
+    for (std::size_t i = 0; i < variance_.size(); ++i)
+        evaluation.residuals[i] *= std::sqrt(weight_ / variance_[i]);
+    return evaluation;
+}
+
+FittedData FitDataSet::Fitted(const NamedValues& values) const {
+    FittedData fitted;
+    fitted.name = name_;
+    fitted.weight = weight_;
+    fitted.independentData = independentData_;
+    fitted.compared = Compared(values);
+    fitted.amplitude = isAmplitudeFree_ ? fitted.compared.agreement.scale : 1.0;
+    fitted.r = isAmplitudeFree_ ? fitted.compared.agreement.scaledR : fitted.compared.agreement.R;
+    return fitted;
+}
+
+}  // namespace qvre
