@@ -1,7 +1,11 @@
 #include "foundation/Text.h"
 
+#include <fmt/format.h>
+
+#include <algorithm>
 #include <array>
 #include <charconv>
+#include <cmath>
 #include <system_error>
 
 using namespace qvre;
@@ -102,6 +106,19 @@ std::string FloatToText(float value) {
 
 std::string DoubleToText(double value) {
     return RealToText(value);
+}
+
+int DecimalsOfError(double error) {
+    constexpr double kMost = 15.0;
+    if (!(error > 0.0 && std::isfinite(error))) return 0;
+    const double power = std::floor(std::log10(error));
+    const bool beginsWithOne = error < 1.95 * std::pow(10.0, power);
+    return static_cast<int>(std::clamp(beginsWithOne ? 1.0 - power : -power, 0.0, kMost));
+}
+
+std::string WithError(double value, double error) {
+    const int decimals = DecimalsOfError(error);
+    return fmt::format("{:.{}f} +- {:.{}f}", value, decimals, error, decimals);
 }
 
 std::int32_t TextToInt(std::string_view text) {

@@ -13,6 +13,13 @@ std::string IntToText(std::int64_t value);
 std::string FloatToText(float value);
 std::string DoubleToText(double value);
 
+/// Decimals with which a value and its error are told: two digits of the error where it begins with 1,
+/// otherwise one. 0 for an error that is none.
+int DecimalsOfError(double error);
+
+/// "1.772 +- 0.008"
+std::string WithError(double value, double error);
+
 /// Text to numbers: leading blanks are skipped, the decimal number that follows is taken, the rest is
 /// ignored. A text that begins with no number, one out of the type's range, and one with an "e" behind it
 /// that no exponent follows ("12.5eV") read as 0; no failure is reported.

@@ -2,7 +2,6 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <cmath>
 
 #include "foundation/Constants.h"
@@ -16,14 +15,6 @@ namespace {
 
 std::string AxisLabel(const ScannedSetting& setting) {
     return setting.unit.empty() ? setting.name : setting.name + " (" + setting.unit + ")";
-}
-
-/// Two digits of the error where it begins with 1, otherwise one, and the value as far.
-std::string WithError(double value, double error) {
-    const double power = std::floor(std::log10(error));
-    const bool beginsWithOne = error < 1.95 * std::pow(10.0, power);
-    const int decimals = std::max(0, static_cast<int>(beginsWithOne ? 1.0 - power : -power));
-    return fmt::format("{:.{}f} +- {:.{}f}", value, decimals, error, decimals);
 }
 
 /// "a = 4.09 +- 0.03 angstrom"

@@ -17,6 +17,14 @@ TEST(Text, NumbersHaveSixDigits) {
     EXPECT_EQ(IntToText(-2147483648LL), "-2147483648");
 }
 
+TEST(Text, AnErrorTellsTheDigitsOfItsValue) {
+    const std::tuple<double, double, const char*> cases[] = {
+        {1.7724, 0.0081, "1.772 +- 0.008"}, {1.7724, 0.0123, "1.772 +- 0.012"},
+        {-2.5, 0.0196, "-2.50 +- 0.02"},    {4.0862, 0.3, "4.1 +- 0.3"},
+        {312.4, 17.3, "312 +- 17"},         {2.0, 0.0, "2 +- 0"}};
+    for (const auto& [value, error, text] : cases) EXPECT_EQ(WithError(value, error), text);
+}
+
 TEST(Text, TakesTheNumberAtTheBeginning) {
     const std::pair<const char*, double> cases[] = {
         {"", 0.0},     {"abc", 0.0}, {"1.5abc", 1.5}, {" \t\n-2e3,", -2000.0}, {"+.5", 0.5}, {"5.", 5.0},

@@ -4,15 +4,13 @@
 
 #include <algorithm>
 #include <cmath>
-#include <gemmi/elem.hpp>
-#include <limits>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "foundation/ZfError.h"
 #include "prepare/cluster/CellCheck.h"
-#include "prepare/cluster/CellGrid.h"
+#include "prepare/cluster/ShortBonds.h"
 #include "prepare/cluster/SurfaceDomains.h"
 #include "prepare/cluster/SurfaceRelaxation.h"
 #include "prepare/cluster/SurfaceSites.h"
@@ -125,32 +123,20 @@ std::string Named(const SurfaceSlab& slab, std::size_t atom) {
                           : fmt::format("{} in layer {}", one.element, one.layer);
 }
 
-/// Refuses atoms that collide and tells of the shortest bond, when it is shorter than the covalent radii have
-/// it (B. Cordero et al., Dalton Trans. 2832 (2008)).
-std::string CheckBonds(const SurfaceSlab& slab, const CrystalCell& cell, const CrystalCell& substrate) {
+/// Refuses atoms that collide and tells of the bond that is shortest beside its usual length.
+std::string CheckBonds(const SurfaceSlab& slab, const CrystalCell& cell) {
     constexpr double kCollision_angstrom = 0.5;
-    constexpr double kShort = 0.8;
-    constexpr double kLongest_angstrom = 4.0;
-    constexpr double kItself_angstrom = 1e-6;
-    const CellGrid grid(cell);
-    const CellGrid bulk(substrate);
-    double shortest = kShort;
+    constexpr double kRounding = 1e-9;
+    double shortest = 1.0;
     std::string told;
-    for (std::size_t i = 0; i < cell.atoms.size(); ++i) {
-        bool itself = false;
-        for (const CellGrid::Found& found : grid.Near(cell.atoms[i].fractional, kLongest_angstrom)) {
-            if (found.atom == i && found.distance < kItself_angstrom && !std::exchange(itself, true))
-                continue;
-            if (found.distance < kCollision_angstrom)
-                throw ZfError(fmt::format("{} and {} collide: they are {:.3f} angstrom apart", Named(slab, i),
-                                          Named(slab, found.atom), found.distance));
-            const double usual = gemmi::Element(cell.atoms[i].element).covalent_r() +
-                                 gemmi::Element(cell.atoms[found.atom].element).covalent_r();
-            if (found.distance / usual > shortest - 1e-9) continue;
-            shortest = found.distance / usual;
-            told = fmt::format("warning: {} and {} are {:.3f} angstrom apart, where {:.2f} is usual\n",
-                               Named(slab, i), Named(slab, found.atom), found.distance, usual);
-        }
+    for (const ShortBond& bond : ShortBondsOf(cell)) {
+        if (bond.distance < kCollision_angstrom)
+            throw ZfError(fmt::format("{} and {} collide: they are {:.3f} angstrom apart",
+                                      Named(slab, bond.first), Named(slab, bond.second), bond.distance));
+        if (bond.distance / bond.usual > shortest - kRounding) continue;
+        shortest = bond.distance / bond.usual;
+        told = fmt::format("warning: {} and {} are {:.3f} angstrom apart, where {:.2f} is usual\n",
+                           Named(slab, bond.first), Named(slab, bond.second), bond.distance, bond.usual);
     }
     return told;
 }
@@ -229,7 +215,7 @@ ClusterRequest OnBuiltSurface(const ClusterRequest& request, const SurfaceStruct
     MoveAtoms(structure.relaxation, unit.lattice, slab);
 
     built.cell = CellOf(slab);
-    built.remarks = CellText(slab.lattice) + "\n" + CheckBonds(slab, built.cell, CellOf(bulk));
+    built.remarks = CellText(slab.lattice) + "\n" + CheckBonds(slab, built.cell);
     const std::vector<ClusterDomain> domains = DomainsOf(CellOf(bulk), built.cell);
     if (structure.takesAllDomains)
         built.domains = domains;

@@ -10,8 +10,10 @@
 #include <limits>
 #include <memory>
 #include <numeric>
+#include <optional>
 
 #include "foundation/Constants.h"
+#include "report/compare/PatternScans.h"
 #include "report/picture/DiscPicture.h"
 #include "report/picture/DrawnPattern.h"
 #include "report/picture/LinePlot.h"
@@ -22,7 +24,6 @@ namespace qvre {
 namespace {
 
 constexpr double kNothing = std::numeric_limits<double>::quiet_NaN();
-constexpr std::size_t kMostScans = 3;
 
 double Median(std::vector<double> values) {
     const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
@@ -160,49 +161,8 @@ void DrawAsDiscs(const CompareResult& result, const std::string& path) {
 
 // Curves
 
-/// Directions that lie on one line: entry i of the lists belongs to one of them.
-struct Scan {
-    double angle = 0.0;              ///< what the directions have in common, degrees
-    std::vector<double> along;       ///< the angle that they differ in
-    std::vector<std::size_t> point;  ///< place in the result
-};
-
-/// `common` and `along` of each direction, degrees. Angles that differ by less than a quarter are one.
-std::vector<Scan> ScansOf(const std::vector<double>& common, const std::vector<double>& along) {
-    const PolarRings lines(common);
-    std::vector<Scan> scans(lines.Count());
-    std::vector<std::size_t> order(along.size());
-    std::iota(order.begin(), order.end(), std::size_t{0});
-    std::stable_sort(order.begin(), order.end(),
-                     [&](std::size_t i, std::size_t j) { return along[i] < along[j]; });
-    for (const std::size_t i : order) {
-        Scan& scan = scans[lines.ringOf[i]];
-        scan.angle = lines.theta[lines.ringOf[i]];
-        scan.along.push_back(along[i]);
-        scan.point.push_back(i);
-    }
-    return scans;
-}
-
-std::vector<Scan> PolarScansOf(const CompareResult& result) {
-    constexpr double kOneLine = 0.25;  // degrees
-    std::vector<double> plane;
-    std::vector<double> along;
-    for (std::size_t i = 0; i < result.theta.size(); ++i) {
-        // On a plane through the normal the azimuths phi and phi + 180 have polar angles of opposite sign.
-        const double turns = std::floor((result.phi[i] + kOneLine) / 180.0);
-        plane.push_back(result.phi[i] - 180.0 * turns);
-        along.push_back(std::remainder(turns, 2.0) == 0.0 ? result.theta[i] : -result.theta[i]);
-    }
-    return ScansOf(plane, along);
-}
-
-bool AreFew(const std::vector<Scan>& scans, std::size_t points) {
-    return scans.size() <= kMostScans && points >= 4 * scans.size();
-}
-
 /// Lines end where directions are missing.
-Curve CurveOf(const Scan& scan, const std::vector<double>& values, const std::string& label) {
+Curve CurveOf(const PatternScan& scan, const std::vector<double>& values, const std::string& label) {
     constexpr double kMissing = 2.5;  // usual steps
     Curve curve{label, {}, {}};
     const double step = scan.along.size() > 1 ? Median(Gaps(scan.along)) : 0.0;
@@ -217,12 +177,12 @@ Curve CurveOf(const Scan& scan, const std::vector<double>& values, const std::st
     return curve;
 }
 
-void DrawAsCurves(const CompareResult& result, const std::vector<Scan>& scans, bool isPolar,
-                  const std::string& path) {
+void DrawAsCurves(const CompareResult& result, const PatternScans& lines, const std::string& path) {
     constexpr std::size_t kMostMarkers = 150;
+    const auto& [isPolar, scans] = lines;
     const ShownB b(result);
     std::vector<Curve> curves;
-    for (const Scan& scan : scans) {
+    for (const PatternScan& scan : scans) {
         const std::string place =
             scans.size() == 1 ? ""
                               : fmt::format(", {} = {:g}\u00B0", isPolar ? "\u03C6" : "\u03B8", scan.angle);
@@ -250,10 +210,8 @@ ShownB::ShownB(const CompareResult& result)
 }
 
 void DrawComparison(const CompareResult& result, const std::string& path) {
-    const std::vector<Scan> azimuthal = ScansOf(result.theta, result.phi);
-    if (AreFew(azimuthal, result.Directions())) return DrawAsCurves(result, azimuthal, false, path);
-    const std::vector<Scan> polar = PolarScansOf(result);
-    if (AreFew(polar, result.Directions())) return DrawAsCurves(result, polar, true, path);
+    if (const std::optional<PatternScans> scans = FewScansOf(result.theta, result.phi))
+        return DrawAsCurves(result, *scans, path);
     DrawAsDiscs(result, path);
 }
 
