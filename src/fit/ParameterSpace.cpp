@@ -38,8 +38,11 @@ void CheckParameter(const FitParameter& parameter) {
 }  // namespace
 
 ParameterSpace::ParameterSpace(std::vector<FitParameter> fitParameters,
-                               std::vector<DerivedQuantity> derivedQuantities)
-    : parameters(std::move(fitParameters)), derived(std::move(derivedQuantities)) {
+                               std::vector<DerivedQuantity> derivedQuantities,
+                               std::map<std::string, double> knownNumbers)
+    : parameters(std::move(fitParameters)),
+      derived(std::move(derivedQuantities)),
+      constants(std::move(knownNumbers)) {
     if (parameters.empty()) throw ZfError("there is no parameter to fit");
     CheckNames();
     for (const FitParameter& parameter : parameters) CheckParameter(parameter);
@@ -67,6 +70,7 @@ void ParameterSpace::Define() {
     std::vector<std::string> known;
     for (const FitParameter& parameter : parameters) known.push_back(parameter.name);
     for (const DerivedQuantity& quantity : derived) known.push_back(quantity.name);
+    for (const auto& [name, value] : constants) known.push_back(name);
     for (const DerivedQuantity& quantity : derived) {
         Definition definition{Expression(quantity.expression), {}};
         for (const std::string& name : definition.expression.names) {
@@ -94,7 +98,8 @@ void ParameterSpace::Order(std::size_t quantity, std::vector<std::size_t>& path)
                                   fmt::join(circle, " -> ")));
     }
     for (const std::size_t argument : definitions_[quantity].arguments)
-        if (argument >= parameters.size()) Order(argument - parameters.size(), path);
+        if (argument >= parameters.size() && argument < parameters.size() + derived.size())
+            Order(argument - parameters.size(), path);
     path.pop_back();
     order_.push_back(quantity);
 }
@@ -135,15 +140,19 @@ std::vector<double> ParameterSpace::RestraintResiduals(const FitPoint& point) co
 }
 
 std::vector<double> ParameterSpace::Derived(const FitPoint& point) const {
-    std::vector<double> values(derived.size());
+    const std::size_t count = point.size();
+    std::vector<double> known;  // as Define counts them
+    for (std::size_t i = 0; i < count; ++i) known.push_back(point[i] * parameters[i].plain);
+    known.resize(count + derived.size());
+    for (const auto& [name, value] : constants) known.push_back(value);
     for (const std::size_t quantity : order_) {
         std::vector<double> arguments;
         for (const std::size_t argument : definitions_[quantity].arguments)
-            arguments.push_back(argument < point.size() ? point[argument] * parameters[argument].plain
-                                                        : values[argument - point.size()]);
-        values[quantity] = definitions_[quantity].expression.Evaluate(arguments);
+            arguments.push_back(known[argument]);
+        known[count + quantity] = definitions_[quantity].expression.Evaluate(arguments);
     }
-    return values;
+    const auto first = known.begin() + std::ssize(point);
+    return {first, first + std::ssize(derived)};
 }
 
 }  // namespace qvre

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -44,8 +45,10 @@ public:
     /// Throws ZfError that names the parameter or quantity: bounds that leave no room, a start outside of
     /// them, a name given twice or no name, a restraint without a width; a derived quantity of an unknown
     /// one, or of itself.
+    /// `knownNumbers` are others that expressions may name.
     explicit ParameterSpace(std::vector<FitParameter> fitParameters,
-                            std::vector<DerivedQuantity> derivedQuantities = {});
+                            std::vector<DerivedQuantity> derivedQuantities = {},
+                            std::map<std::string, double> knownNumbers = {});
 
     FitPoint Start() const;
     FitPoint ToUnit(const FitPoint& point) const;
@@ -59,11 +62,12 @@ public:
 
     std::vector<FitParameter> parameters;
     std::vector<DerivedQuantity> derived;
+    std::map<std::string, double> constants;
 
 private:
     struct Definition {
         Expression expression;
-        std::vector<std::size_t> arguments;  // parameters first, derived quantities behind
+        std::vector<std::size_t> arguments;  // parameters first, derived quantities and constants behind
     };
 
     void CheckNames() const;

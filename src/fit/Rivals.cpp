@@ -75,10 +75,10 @@ std::vector<FitPoint> ValleyPoints(const ParameterSpace& space, const std::vecto
 }
 
 std::vector<Trial> DistinctMinima(FitProblem& problem, const std::vector<FitPoint>& starts,
-                                  const LocalFitSettings& settings) {
+                                  const LocalFitSettings& settings, LocalFitter fitter) {
     std::vector<Trial> minima;
     for (const FitPoint& start : starts) {
-        LocalFit fit = FitByGaussNewton(problem, start, settings);
+        LocalFit fit = fitter(problem, start, settings);
         if (fit.best.point.empty()) continue;
         const auto same = std::find_if(minima.begin(), minima.end(), [&](const Trial& known) {
             return IsSameValley(problem, known, fit.best);

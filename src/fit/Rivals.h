@@ -14,12 +14,16 @@ namespace qvre {
 std::vector<FitPoint> ValleyPoints(const ParameterSpace& space, const std::vector<EvaluationRecord>& records,
                                    std::size_t most);
 
+/// FitByGaussNewton or FitWithoutDerivatives.
+using LocalFitter = LocalFit (*)(FitProblem&, const FitPoint&, const LocalFitSettings&);
+
 /// The different minima that local fits reach from the starts, the best first. Two ends are one minimum if
 /// they are closer than a hundredth of the room in every parameter, or if the misfit at three points between
 /// them is nowhere above both; where an evaluation between fails, they are two. Fits that fail are passed
 /// over.
 std::vector<Trial> DistinctMinima(FitProblem& problem, const std::vector<FitPoint>& starts,
-                                  const LocalFitSettings& settings = {});
+                                  const LocalFitSettings& settings = {},
+                                  LocalFitter fitter = FitByGaussNewton);
 
 /// Those minima other than the first whose R lies within the level of the first.
 std::vector<Trial> RivalsOf(const std::vector<Trial>& minima, double independentData);

@@ -101,18 +101,6 @@ std::string FolderOf(const RecipeSource& recipe) {
     return std::filesystem::path(recipe.path).parent_path().string();
 }
 
-toml::table Parse(const RecipeSource& recipe) {
-    toml::table table = ParseRecipe(recipe.text, recipe.path);
-    if (recipe.ignoresScan) table.erase("scan");
-    try {
-        ChooseDataSet(table, recipe.dataSet);
-    } catch (const ZfError& error) {
-        throw ZfError(error.message.starts_with(recipe.path) ? error.message
-                                                             : recipe.path + ": " + error.message);
-    }
-    return table;
-}
-
 /// Tables that the recipe leaves out are made.
 void Assign(toml::table& settings, const Assignment& assignment) {
     const std::string setting = assignment.where.section + "." + assignment.where.key;
@@ -129,6 +117,22 @@ void Assign(toml::table& settings, const Assignment& assignment) {
     } else {
         std::visit([&](const auto& value) { table->insert_or_assign(key, value); }, assignment.value);
     }
+}
+
+toml::table Parse(const RecipeSource& recipe) {
+    toml::table table = ParseRecipe(recipe.text, recipe.path);
+    if (recipe.ignoresScan) table.erase("scan");
+    try {
+        ChooseDataSet(table, recipe.dataSet);
+    } catch (const ZfError& error) {
+        throw ZfError(error.message.starts_with(recipe.path) ? error.message
+                                                             : recipe.path + ": " + error.message);
+    }
+    for (const auto& [name, value] : recipe.settings) {
+        const std::size_t dot = name.find('.');
+        Assign(table, {{name.substr(0, dot), name.substr(dot + 1), {}, false, {}, {}}, value});
+    }
+    return table;
 }
 
 /// The recipe with plain numbers as its parameters, the scanned ones among them.

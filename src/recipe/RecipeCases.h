@@ -2,11 +2,13 @@
 
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <toml++/toml.h>
 
 #include "recipe/RecipeQuantity.h"
+#include "recipe/RecipeTable.h"
 
 namespace qvre {
 
@@ -43,6 +45,8 @@ struct RecipeSource {
     NamedValues values = {};   ///< in place of the starts of parameters
     std::string dataSet = {};  ///< name of one of [[data]]; empty where there are none
     bool ignoresScan = false;
+    /// Settings in place of those of the recipe, such as {"cluster.atoms", 150}.
+    std::vector<std::pair<std::string, RecipeTable::Scalar>> settings = {};
 };
 
 /// A series comes from lists: cluster.emitter-layer, emission.kinetic, emission.photon, emission.circular and

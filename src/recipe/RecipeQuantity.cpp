@@ -60,6 +60,14 @@ bool IsUnit(std::string_view name) {
     return false;
 }
 
+const NamedUnit& UnitOf(const std::string& name) {
+    for (const NamedUnit& unit : kUnits)
+        if (name == unit.name) return unit;
+    std::string known;
+    for (const NamedUnit& unit : kUnits) known += (known.empty() ? "" : ", ") + std::string(unit.name);
+    throw ZfError(fmt::format("there is no unit \"{}\"; there are {}", name, known));
+}
+
 double FactorOf(std::string_view name, RecipeUnit kind) {
     for (const NamedUnit& unit : kUnits)
         if (unit.kind == kind && unit.name == name) return unit.factor;
@@ -134,12 +142,11 @@ std::vector<std::string> NamesInQuantity(const std::string& text) {
 }
 
 double UnitFactor(const std::string& name) {
-    if (name.empty()) return 1.0;
-    for (const NamedUnit& unit : kUnits)
-        if (name == unit.name) return unit.factor;
-    std::string known;
-    for (const NamedUnit& unit : kUnits) known += (known.empty() ? "" : ", ") + std::string(unit.name);
-    throw ZfError(fmt::format("there is no unit \"{}\"; there are {}", name, known));
+    return name.empty() ? 1.0 : UnitOf(name).factor;
+}
+
+RecipeUnit KindOfUnit(const std::string& name) {
+    return name.empty() ? RecipeUnit::kNone : UnitOf(name).kind;
 }
 
 std::string NumbersText(const NamedValues& numbers) {

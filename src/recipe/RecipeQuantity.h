@@ -26,6 +26,9 @@ std::vector<std::string> NamesInQuantity(const std::string& text);
 /// ZfError for other names than those of units.
 double UnitFactor(const std::string& name);
 
+/// What a unit measures; kNone for the empty name. Throws ZfError for other names than those of units.
+RecipeUnit KindOfUnit(const std::string& name);
+
 /// Splits a number or expression from the unit behind it: "0.25 nm" in {"0.25", "nm"}. The unit is empty
 /// where there is none.
 struct SplitQuantity {

@@ -86,10 +86,10 @@ TEST(RecipeParameters, AScanVariesWhatDependsOnTheParameter) {
 // Where a text may be a word as well.
 TEST(RecipeParameters, StandForNumbersBesideWords) {
     const std::vector<RecipeGroup> groups = ExpandRecipe(
-        "[parameters]\nd = 1.77\nL = 12\nE = 500\n[cluster.relax]\nd12 = \"d\"\nspacing = [\"d + 0.01\", "
-        "\"-3 %\"]\n"
-        "[emission]\nkinetic = [\"E\", \"E + 60\"]\n[image]\nimfp = \"L\"\n[phases]\nlmax = \"2*L\"\n",
-        "r.toml");
+        {"[parameters]\nd = 1.77\nL = 12\nE = 500\n[cluster.relax]\nd12 = \"d\"\nspacing = [\"d + 0.01\", "
+         "\"-3 %\"]\n"
+         "[emission]\nkinetic = [\"E\", \"E + 60\"]\n[image]\nimfp = \"L\"\n[phases]\nlmax = \"2*L\"\n",
+         "r.toml"});
     ASSERT_EQ(groups.front().cases.size(), 2U);
     const RecipeCase& one = groups.front().cases[1];
     EXPECT_EQ(one.variations.front().label, "560eV");
