@@ -10,6 +10,7 @@
 #include <exception>
 #include <span>
 
+#include "foundation/Constants.h"
 #include "foundation/ZfError.h"
 #include "scattering/FarField.h"
 
@@ -22,8 +23,6 @@ using Records = std::span<const ZfScatteringRecord>;
 
 /// Sources times directions, some 50 ms of work, above which further threads are worth their start.
 constexpr std::size_t kWorthThreads = 10'000'000;
-
-constexpr double kAngstrom_m = 1e-10;
 
 /// Far fields of all waves of one structure in one direction.
 struct WaveAmplitudes {

@@ -9,6 +9,7 @@ constexpr double kPi = 3.141592653589793;
 constexpr double kTwoPi = 6.283185307179586;
 constexpr double kDegree = kPi / 180;  // rad
 constexpr double kDegreesPerRadian = 180.0 / kPi;
+constexpr double kAngstrom_m = 1e-10;  // one angstrom in metres
 
 constexpr double kBoltzmann_J_K = 1.380658e-23;         // CODATA 1986
 constexpr double kElementaryCharge_C = 1.60217733e-19;  // CODATA 1986

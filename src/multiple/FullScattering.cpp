@@ -9,6 +9,7 @@
 #include <limits>
 #include <utility>
 
+#include "foundation/Constants.h"
 #include "foundation/ZfError.h"
 #include "multiple/Gmres.h"
 #include "multiple/PhaseShiftGuard.h"
@@ -23,8 +24,6 @@ using Complex = std::complex<double>;
 using Clock = std::chrono::steady_clock;
 
 constexpr double kSmallestDistance_m = 0.5e-10;
-constexpr double kAngstrom_m = 1e-10;
-
 /// Steps of GMRES before it starts anew with the true residual, which bounds its memory.
 constexpr std::size_t kRestart = 40;
 

@@ -4,14 +4,13 @@
 
 #include <vector>
 
+#include "foundation/Constants.h"
 #include "recipe/RecipePictures.h"
 #include "report/picture/ComparisonOutput.h"
 
 namespace qvre {
 
 namespace {
-
-constexpr double kAngstrom_m = 1e-10;
 
 double Length(RecipeTable& section, const std::string& key) {
     return section.NotNegative(key, RecipeUnit::kAngstrom, 0.0) * kAngstrom_m;

@@ -5,6 +5,7 @@
 #include <filesystem>
 
 #include "foundation/CommaTable.h"
+#include "foundation/Constants.h"
 #include "foundation/FileReading.h"
 #include "foundation/ProgramFile.h"
 #include "foundation/ReplacedFile.h"
@@ -123,7 +124,6 @@ std::string MakeMeanFreePathFile(const LossesRequest& request, const std::string
 double LoadMeanFreePath_m(const std::string& path) {
     const CommaTable table = CommaTable::Load(path);
     if (table.rows.empty()) throw ZfError(path + " has no row");
-    constexpr double kAngstrom_m = 1e-10;
     return kAngstrom_m * StrictNumber(table.rows.front()[table.Column(kMeanFreePathTitle)], path);
 }
 
