@@ -362,20 +362,18 @@ toml::table ParseRecipe(const std::string& text, const std::string& path) {
     }
 }
 
-std::string SettingsText(const RecipeCase& one, const std::vector<std::string>& sections,
-                         const std::string& folder) {
+std::string SectionText(const RecipeCase& one, const std::string& section, bool withLight,
+                        const std::string& folder) {
+    const toml::table* table = one.settings[section].as_table();
+    if (!table) return {};
+    toml::table content = *table;
+    if (!withLight)
+        for (const char* key : kLightKeys) content.erase(key);
     std::ostringstream text;
-    for (const std::string& section : sections) {
-        const toml::table* table = one.settings[section].as_table();
-        if (!table) continue;
-        toml::table content = *table;
-        if (std::find(sections.begin(), sections.end(), "light") == sections.end())
-            for (const char* key : kLightKeys) content.erase(key);
-        text << section << '\n' << content << '\n';
-        for (const std::string& used : NamesUsed(content, folder))
-            if (const auto value = one.settings["parameters"][used].value<double>())
-                text << fmt::format("{} = {}\n", used, *value);
-    }
+    text << section << '\n' << content << '\n';
+    for (const std::string& used : NamesUsed(content, folder))
+        if (const auto value = one.settings["parameters"][used].value<double>())
+            text << fmt::format("{} = {}\n", used, *value);
     return text.str();
 }
 

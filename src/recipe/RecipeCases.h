@@ -62,10 +62,10 @@ std::vector<RecipeGroup> ExpandRecipe(const RecipeSource& source);
 /// The tables of a recipe's text. Throws ZfError with `path` and the line for what is no TOML.
 toml::table ParseRecipe(const std::string& text, const std::string& path);
 
-/// Some sections of a case with the values of the parameters in them: the text of all that depends on these
-/// sections, files aside. Without "light" among them, the light keys of the emission are left out.
-std::string SettingsText(const RecipeCase& one, const std::vector<std::string>& sections,
-                         const std::string& folder);
+/// A section of a case with the values of the parameters in it: the text of all that depends on it, files
+/// aside; empty without the section. The light keys of the emission count with the light alone.
+std::string SectionText(const RecipeCase& one, const std::string& section, bool withLight,
+                        const std::string& folder);
 
 /// The text of a recipe. Throws ZfError for a file that is missing or cannot be one.
 std::string ReadRecipe(const std::string& path);

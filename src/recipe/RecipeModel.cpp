@@ -1,23 +1,28 @@
 #include "recipe/RecipeModel.h"
 
+#include "foundation/Constants.h"
 #include "foundation/ProgramFile.h"
 #include "prepare/cluster/ClusterMaking.h"
 #include "prepare/emission/Emission.h"
 #include "prepare/phases/EnergyList.h"
 #include "prepare/thermal/AtomicWeights.h"
-#include "recipe/RecipeParameters.h"
 #include "recipe/RecipeSettings.h"
+#include "recipe/RunDraft.h"
 
 namespace qvre {
 
 namespace {
 
-using Sections = std::vector<std::string>;
-
 // Without the light, as unit waves are emitted and scattered before any light combines them.
 const Sections kEmitted = {"emission", "phases"};
 const Sections kScattered = {"cluster", "emission", "phases", "scattering"};
 const Sections kFullyScattered = {"cluster", "emission", "phases", "scattering", "thermal", "image"};
+
+std::string SettingsText(const RecipeCase& one, const Sections& sections, const std::string& folder) {
+    std::string text;
+    for (const std::string& section : sections) text += SectionText(one, section, false, folder);
+    return text;
+}
 
 }  // namespace
 
@@ -94,7 +99,6 @@ double RecipeModel::MeanFreePath_m(const RecipeTable& recipe, const CutCluster& 
     RecipeTable section = RecipeTable(recipe).Section("emission");
     double fermi_eV = PhotoelectronEnergy().fermi_eV;
     if (emitted.source) fermi_eV = ReadWavesRequest(section, cluster.facts).energy.fermi_eV;
-    constexpr double kAngstrom_m = 1e-10;
     const SolidDensity solid = DensityFor({*path, cluster.crystal, fermi_eV}, cluster.cluster);
     return kAngstrom_m * MeanFreePath_angstrom(*path, solid, emitted.kinetic_eV - fermi_eV);
 }

@@ -1,7 +1,5 @@
 #include "recipe/RunDraft.h"
 
-#include <fmt/format.h>
-
 #include <algorithm>
 #include <filesystem>
 #include <sstream>
@@ -9,8 +7,6 @@
 
 #include "foundation/ProgramFile.h"
 #include "foundation/ZfError.h"
-#include "recipe/RecipeInputs.h"
-#include "recipe/RecipeParameters.h"
 #include "run/Fingerprint.h"
 #include "run/InputFiles.h"
 
@@ -60,13 +56,7 @@ std::string RunDraft::KeyOf(const RecipeCase& one, const std::string& name, cons
     for (const std::string& section : sections) {
         const toml::table* table = one.settings[section].as_table();
         if (!table) continue;
-        toml::table content = *table;
-        if (!Contains(sections, "light"))
-            for (const char* key : kLightKeys) content.erase(key);
-        text << section << '\n' << content << '\n';
-        for (const std::string& used : NamesUsed(content, place.folder))
-            if (const auto value = one.settings["parameters"][used].value<double>())
-                text << fmt::format("{} = {}\n", used, *value);
+        text << SectionText(one, section, Contains(sections, "light"), place.folder);
         for (const char* key : {"file", "cell"}) {
             const auto file = (*table)[key].value<std::string>();
             if (!file) continue;

@@ -41,9 +41,11 @@ double LimitedMomentum(double lMost, double acceptance_deg) {
 void CheckCases(const std::vector<RecipeCase>& cases) {
     RecipeTable recipe(&cases.front().settings, "recipe");
     if (recipe.Has("energies"))
-        recipe.Fail("energies", "a fit compares patterns, and no curves over the energy: leave the section out");
+        recipe.Fail("energies",
+                    "a fit compares patterns, and no curves over the energy: leave the section out");
     if (cases.size() > 1 && recipe.Text("series", "sum") != "sum")
-        recipe.Fail("series", "a fit compares the sum of a series; give members that are apart as data sets, [[data]]");
+        recipe.Fail("series",
+                    "a fit compares the sum of a series; give members that are apart as data sets, [[data]]");
 }
 
 }  // namespace
@@ -58,9 +60,11 @@ FitDataSet::FitDataSet(RecipeSource source, double weight, const RecipeFit& fit)
     const std::vector<RecipeCase>& cases = groups.front().cases;
     CheckCases(cases);
     const MethodChoice choice = ChooseMethod(groups, place_, kAffordableEvaluation_s);
-    remark_ = choice.remark.empty() ? std::string("method ") + std::string(WordFor(choice.method)) : choice.remark;
+    remark_ =
+        choice.remark.empty() ? std::string("method ") + std::string(WordFor(choice.method)) : choice.remark;
     for (const RecipeCase& one : cases)
-        models_.push_back(std::make_unique<RecipeModel>(one, place_, choice.method, fit.phases == FitPhases::kOfStart));
+        models_.push_back(
+            std::make_unique<RecipeModel>(one, place_, choice.method, fit.phases == FitPhases::kOfStart));
     const ImageRequest image =
         ReadImageSection(RecipeTable(&cases.front().settings, "recipe").Section("image")).request;
     map_ = std::make_unique<MapDirections>(image.map, image.resolution);
@@ -74,9 +78,10 @@ FitDataSet::FitDataSet(RecipeSource source, double weight, const RecipeFit& fit)
     }
     const auto comparison = ComparisonOf(cases.front(), kinetic_eV);
     const Measurement& points = comparison->Points();
-    independentData_ = std::min(static_cast<double>(points.theta.size()),
-        IndependentDirections(points.theta, points.phi,
-                              LimitedMomentum(lMost, comparison->Request().instrument.acceptance)));
+    independentData_ =
+        std::min(static_cast<double>(points.theta.size()),
+                 IndependentDirections(points.theta, points.phi,
+                                       LimitedMomentum(lMost, comparison->Request().instrument.acceptance)));
     measured_ = ModulationOf(points, comparison->Request().background);
     double unit = measured_.meanWeight;
     if (points.sigma.empty()) {
@@ -85,7 +90,7 @@ FitDataSet::FitDataSet(RecipeSource source, double weight, const RecipeFit& fit)
             power += measured_.weight[i] * measured_.chi[i] * measured_.chi[i];
         unit = independentData_ / (2.0 * kGoodR * power);
     }
-    for (const double weight : measured_.weight) variance_.push_back(1.0 / (unit * weight));
+    for (const double own : measured_.weight) variance_.push_back(1.0 / (unit * own));
 }
 
 std::vector<RecipeCase> FitDataSet::CasesOf(const NamedValues& values) const {
@@ -96,7 +101,7 @@ std::vector<RecipeCase> FitDataSet::CasesOf(const NamedValues& values) const {
 
 std::shared_ptr<const MeasuredComparison> FitDataSet::ComparisonOf(const RecipeCase& one,
                                                                    double kinetic_eV) const {
-    const std::string key = SettingsText(one, {"compare"}, place_.folder) + fmt::format("{}", kinetic_eV);
+    const std::string key = SectionText(one, "compare", false, place_.folder) + fmt::format("{}", kinetic_eV);
     return comparison_.Get(key, [&] {
         RecipeTable section = RecipeTable(&one.settings, "recipe").Section("compare");
         CompareRequest request = ReadCompareSection(section, place_, {}).request;

@@ -50,7 +50,7 @@ private:
     std::vector<std::unique_ptr<RecipeModel>> models_;  // of the members of a series
     std::unique_ptr<MapDirections> map_;
     double independentData_ = 0.0;
-    WeightedModulation measured_;  // of all points
+    WeightedModulation measured_;   // of all points
     std::vector<double> variance_;  // that weighs their residuals
     mutable LastMade<MeasuredComparison> comparison_;
 };

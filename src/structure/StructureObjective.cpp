@@ -43,7 +43,8 @@ Evaluation StructureObjective::EvaluateOne(const FitPoint& point) const {
             weights += weight;
             evaluation.r += weight * own.r;
             evaluation.dataSetR.push_back(own.r);
-            evaluation.residuals.insert(evaluation.residuals.end(), own.residuals.begin(), own.residuals.end());
+            evaluation.residuals.insert(evaluation.residuals.end(), own.residuals.begin(),
+                                        own.residuals.end());
         }
         evaluation.r /= weights;
     } catch (const Interruption&) {
