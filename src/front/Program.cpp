@@ -46,6 +46,7 @@ void AddCommands(CLI::App& program) {
     AddCompareCommand(program);
     AddEmitCommand(program);
     AddExportCommand(program);
+    AddFitCommand(program);
     AddInfoCommand(program);
     AddPhasesCommand(program);
     AddPlotCommand(program);
@@ -67,6 +68,8 @@ int Parse(CLI::App& program, int argumentCount, const char* const* arguments) {
         if (program.get_subcommands().empty() && program.remaining_size() > 0)
             return Fail(program, "\"" + program.remaining().front() + "\" is no subcommand", kBadUsage);
         return Fail(program, error.what(), kBadUsage);
+    } catch (const CommandStatus& ended) {
+        return ended.status;
     } catch (const Interruption& interruption) {
         return Fail(program, interruption.message, kSignalled + interruption.signal);
     } catch (const ZfError& error) {

@@ -49,6 +49,7 @@ RecipeModel::CutCluster RecipeModel::ClusterOf(RecipeTable section) const {
     cut.cluster = std::move(made.cluster);
     cut.facts = FactsOf(request);
     cut.crystal = request.cell;
+    cut.isBuilt = !request.surfaceName.empty();
     return cut;
 }
 
@@ -115,6 +116,7 @@ PreparedCase RecipeModel::Prepare(const RecipeCase& one) const {
 
     PreparedCase prepared;
     prepared.kinetic_eV = emitted->kinetic_eV;
+    if (cluster.isBuilt) prepared.surface = cluster.crystal;
     prepared.scatteringKey =
         SettingsText(one, method_ == kFull ? kFullyScattered : kScattered, place_.folder);
     prepared.inputs.cluster = cluster.cluster;

@@ -6,17 +6,12 @@
 #include <cmath>
 
 #include "foundation/ZfError.h"
-#include "recipe/MethodChoice.h"
-#include "recipe/RecipePlan.h"
 #include "recipe/RecipeSettings.h"
 #include "report/compare/LeastR.h"
 
 namespace qvre {
 
 namespace {
-
-/// Of one evaluation, for a fit takes hundreds.
-constexpr double kAffordableEvaluation_s = 4.0;
 
 /// R of a good fit: without measured sigma its misfit is the number of independent data.
 constexpr double kGoodR = 0.1;
@@ -37,46 +32,21 @@ double LimitedMomentum(double lMost, double acceptance_deg) {
     return acceptance_deg > 0.0 ? std::min(lMost, 180.0 / (2.0 * acceptance_deg)) : lMost;
 }
 
-/// Refuses what a fit does not compare, at its line.
-void CheckCases(const std::vector<RecipeCase>& cases) {
-    RecipeTable recipe(&cases.front().settings, "recipe");
-    if (recipe.Has("energies"))
-        recipe.Fail("energies",
-                    "a fit compares patterns, and no curves over the energy: leave the section out");
-    if (cases.size() > 1 && recipe.Text("series", "sum") != "sum")
-        recipe.Fail("series",
-                    "a fit compares the sum of a series; give members that are apart as data sets, [[data]]");
-}
-
 }  // namespace
 
-FitDataSet::FitDataSet(RecipeSource source, double weight, const RecipeFit& fit)
-    : source_(std::move(source)),
-      place_{std::filesystem::path(source_.path).parent_path().string()},
-      name_(source_.dataSet.empty() ? "data" : source_.dataSet),
+FitDataSet::FitDataSet(const RecipeSource& source, double weight, const RecipeFit& fit)
+    : calculation_(source, fit.phases),
+      name_(source.dataSet.empty() ? "data" : source.dataSet),
       weight_(weight),
       isAmplitudeFree_(fit.amplitude == FitAmplitude::kFree) {
-    const std::vector<RecipeGroup> groups = ExpandRecipe(source_);
-    const std::vector<RecipeCase>& cases = groups.front().cases;
-    CheckCases(cases);
-    const MethodChoice choice = ChooseMethod(groups, place_, kAffordableEvaluation_s);
-    remark_ =
-        choice.remark.empty() ? std::string("method ") + std::string(WordFor(choice.method)) : choice.remark;
-    for (const RecipeCase& one : cases)
-        models_.push_back(
-            std::make_unique<RecipeModel>(one, place_, choice.method, fit.phases == FitPhases::kOfStart));
-    const ImageRequest image =
-        ReadImageSection(RecipeTable(&cases.front().settings, "recipe").Section("image")).request;
-    map_ = std::make_unique<MapDirections>(image.map, image.resolution);
-
+    const std::vector<RecipeCase> members = calculation_.Members(source.values);
     double lMost = 0.0;
     double kinetic_eV = 0.0;
-    for (std::size_t i = 0; i < cases.size(); ++i) {
-        const PreparedCase prepared = models_[i]->Prepare(cases[i]);
+    for (const PreparedCase& prepared : calculation_.Inputs(members)) {
         kinetic_eV = prepared.kinetic_eV;
         lMost = std::max(lMost, LargestMomentum(prepared.inputs.cluster, kinetic_eV));
     }
-    const auto comparison = ComparisonOf(cases.front(), kinetic_eV);
+    const auto comparison = ComparisonOf(members.front(), kinetic_eV);
     const Measurement& points = comparison->Points();
     independentData_ =
         std::min(static_cast<double>(points.theta.size()),
@@ -84,7 +54,8 @@ FitDataSet::FitDataSet(RecipeSource source, double weight, const RecipeFit& fit)
                                        LimitedMomentum(lMost, comparison->Request().instrument.acceptance)));
     measured_ = ModulationOf(points, comparison->Request().background);
     double unit = measured_.meanWeight;
-    if (points.sigma.empty()) {
+    hasSigmas_ = !points.sigma.empty();
+    if (!hasSigmas_) {
         double power = 0.0;
         for (std::size_t i = 0; i < measured_.chi.size(); ++i)
             power += measured_.weight[i] * measured_.chi[i] * measured_.chi[i];
@@ -93,21 +64,15 @@ FitDataSet::FitDataSet(RecipeSource source, double weight, const RecipeFit& fit)
     for (const double own : measured_.weight) variance_.push_back(1.0 / (unit * own));
 }
 
-std::vector<RecipeCase> FitDataSet::CasesOf(const NamedValues& values) const {
-    RecipeSource source = source_;
-    source.values = values;
-    return std::move(ExpandRecipe(source).front().cases);
-}
-
 std::shared_ptr<const MeasuredComparison> FitDataSet::ComparisonOf(const RecipeCase& one,
                                                                    double kinetic_eV) const {
-    const std::string key = SectionText(one, "compare", false, place_.folder) + fmt::format("{}", kinetic_eV);
+    const std::string key =
+        SectionText(one, "compare", false, calculation_.Place().folder) + fmt::format("{}", kinetic_eV);
     return comparison_.Get(key, [&] {
         RecipeTable section = RecipeTable(&one.settings, "recipe").Section("compare");
-        CompareRequest request = ReadCompareSection(section, place_, {}).request;
+        CompareRequest request = ReadCompareSection(section, calculation_.Place(), {}).request;
         if (request.measured.empty())
-            section.Fail("measured", fmt::format("the fit needs a measured pattern{}: name its file",
-                                                 source_.dataSet.empty() ? "" : " of the data set " + name_));
+            section.Fail("measured", "the fit needs a measured pattern: name its file");
         if (request.instrument.innerPotential && request.instrument.energy == 0.0)
             request.instrument.energy = kinetic_eV;
         return MeasuredComparison(request);
@@ -115,25 +80,14 @@ std::shared_ptr<const MeasuredComparison> FitDataSet::ComparisonOf(const RecipeC
 }
 
 CompareResult FitDataSet::Compared(const NamedValues& values) const {
-    const std::vector<RecipeCase> cases = CasesOf(values);
-    CountedIntensity sum;
-    double kinetic_eV = 0.0;
-    for (std::size_t i = 0; i < cases.size(); ++i) {
-        const PreparedCase prepared = models_[i]->Prepare(cases[i]);
-        kinetic_eV = prepared.kinetic_eV;
-        const CountedIntensity own = models_[i]->Intensity(prepared, map_->directions);
-        sum.pattern.resize(own.pattern.size());
-        sum.direct.resize(own.direct.size());
-        for (std::size_t k = 0; k < own.pattern.size(); ++k) {
-            sum.pattern[k] += own.pattern[k];
-            sum.direct[k] += own.direct[k];
-        }
-    }
-    const auto comparison = ComparisonOf(cases.front(), kinetic_eV);
+    const std::vector<RecipeCase> members = calculation_.Members(values);
+    PatternImages images = calculation_.Images(members);
+    const auto comparison = ComparisonOf(members.front(), images.kinetic_eV);
     // The measured points have no I0: the same background is taken from both then.
     std::optional<SphereImage> direct;
-    if (!comparison->Request().background) direct = map_->Image(sum.direct);
-    return comparison->With({map_->Image(sum.pattern), std::move(direct), comparison->Request().instrument});
+    if (!comparison->Request().background) direct = std::move(images.direct);
+    return comparison->With(
+        {std::move(images.intensity), std::move(direct), comparison->Request().instrument});
 }
 
 DataEvaluation FitDataSet::Evaluate(const NamedValues& values) const {

@@ -5,9 +5,9 @@
 #include <vector>
 
 #include "recipe/RecipeFit.h"
-#include "recipe/RecipeModel.h"
 #include "report/compare/PatternComparison.h"
 #include "structure/FitReport.h"
+#include "structure/SeriesCalculation.h"
 
 namespace qvre {
 
@@ -22,7 +22,7 @@ class FitDataSet {
 public:
     /// Of the data set of a recipe whose parameters stand at their start. Throws ZfError as PlanRecipe, and
     /// for what no fit compares.
-    FitDataSet(RecipeSource source, double weight, const RecipeFit& fit);
+    FitDataSet(const RecipeSource& source, double weight, const RecipeFit& fit);
 
     /// With values of parameters, in their units. Throws ZfError for a structure that cannot be calculated.
     /// Called from several threads.
@@ -31,25 +31,27 @@ public:
     /// Compared as Evaluate does.
     FittedData Fitted(const NamedValues& values) const;
 
+    /// The inputs of its calculation, by the members of a series.
+    std::vector<PreparedCase> Inputs(const NamedValues& values) const {
+        return calculation_.Inputs(calculation_.Members(values));
+    }
+
     const std::string& Name() const { return name_; }
     double Weight() const { return weight_; }
     double IndependentData() const { return independentData_; }
-    const std::string& Remark() const { return remark_; }  ///< on the method
+    bool HasSigmas() const { return hasSigmas_; }
+    const std::string& MethodText() const { return calculation_.MethodText(); }
 
 private:
-    std::vector<RecipeCase> CasesOf(const NamedValues& values) const;
     std::shared_ptr<const MeasuredComparison> ComparisonOf(const RecipeCase& one, double kinetic_eV) const;
     CompareResult Compared(const NamedValues& values) const;
 
-    RecipeSource source_;
-    RecipeFolder place_;
+    SeriesCalculation calculation_;
     std::string name_;
     double weight_;
     bool isAmplitudeFree_;
-    std::string remark_;
-    std::vector<std::unique_ptr<RecipeModel>> models_;  // of the members of a series
-    std::unique_ptr<MapDirections> map_;
     double independentData_ = 0.0;
+    bool hasSigmas_ = false;
     WeightedModulation measured_;   // of all points
     std::vector<double> variance_;  // that weighs their residuals
     mutable LastMade<MeasuredComparison> comparison_;

@@ -22,11 +22,18 @@ namespace fs = std::filesystem;
 /// A change that a pattern shows clearly, in the unit; 0: not known.
 double ScaleIn(const std::string& unit) {
     switch (KindOfUnit(unit)) {
-        case RecipeUnit::kAngstrom: return 0.1 / UnitFactor(unit);
-        case RecipeUnit::kDegree: return 3.0 / UnitFactor(unit);
-        case RecipeUnit::kElectronVolt: return 2.0 / UnitFactor(unit);
-        case RecipeUnit::kKelvin: return 30.0 / UnitFactor(unit);
-        case RecipeUnit::kNone: break;
+        case RecipeUnit::kAngstrom:
+            return 0.1 / UnitFactor(unit);
+        case RecipeUnit::kDegree:
+            return 3.0 / UnitFactor(unit);
+        case RecipeUnit::kElectronVolt:
+            return 2.0 / UnitFactor(unit);
+        case RecipeUnit::kKelvin:
+            return 30.0 / UnitFactor(unit);
+        case RecipeUnit::kPercent:
+            return 3.0 / UnitFactor(unit);
+        case RecipeUnit::kNone:
+            break;
     }
     return 0.0;
 }
@@ -78,7 +85,8 @@ void RefuseWithoutEffect(const toml::table& recipe, const RecipeFit& fit, const 
 void FilesNamed(const toml::node& node, const RecipeFolder& place, std::set<std::string>& files) {
     if (const auto text = node.value_exact<std::string>()) {
         std::error_code failure;
-        if (!text->empty() && fs::is_regular_file(place.Path(*text), failure)) files.insert(place.Path(*text));
+        if (!text->empty() && fs::is_regular_file(place.Path(*text), failure))
+            files.insert(place.Path(*text));
     }
     if (const toml::array* list = node.as_array())
         for (const toml::node& item : *list) FilesNamed(item, place, files);
@@ -108,6 +116,7 @@ FitPlan PlanFit(const std::string& recipePath, const FitChoices& choices) {
                  {},
                  {}};
     for (const RecipeDataSet& set : ReadDataSets(recipe)) {
+        PlanRecipe(recipePath, {{}, {}, {}, set.name});  // reads all sections
         plan.sources.push_back({text, recipePath, {}, set.name, true});
         plan.weights.push_back(set.weight);
     }

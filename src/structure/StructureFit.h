@@ -1,7 +1,13 @@
 #pragma once
 
+#include <chrono>
 #include <functional>
+#include <string>
+#include <vector>
 
+#include "fit/EvaluationTable.h"
+#include "fit/FitProblem.h"
+#include "fit/LocalFit.h"
 #include "structure/FitPlan.h"
 #include "structure/FitReport.h"
 #include "structure/StructureObjective.h"
@@ -9,36 +15,41 @@
 namespace qvre {
 
 /// Carries out the fit of a plan: the search, the minimum, its errors and rivals.
-class StructureFit {
+class StructureFit : private FitObjective {
 public:
-    /// Keeps references. `table` may be null. `follow` is called when there is news, not too often.
-    StructureFit(const FitPlan& plan, StructureObjective& objective, EvaluationTable* table,
-                 std::function<void(const FitReport&)> follow = {});
+    using Follow = std::function<void(const FitReport&)>;
 
-    /// An interrupt ends it with what is known. Throws ZfError when the start cannot be calculated.
+    /// Keeps references. `follow` is called between evaluations, every second at the most.
+    StructureFit(const FitPlan& plan, StructureObjective& objective, EvaluationTable& table,
+                 Follow follow = {});
+
+    /// The start, as the first evaluation. Throws ZfError when it cannot be calculated.
+    const Trial& EvaluateStart();
+
+    /// All the rest; an interrupt ends it with what is known then.
     FitReport Run();
 
     /// How many evaluations are expected.
     static int Expected(const FitPlan& plan);
 
 private:
-    void Search();
-    void FindErrors();
-    void FindLevels();
-    void CheckConvergence();
+    std::vector<Evaluation> Evaluate(const std::vector<FitPoint>& points) override;
     void Tell();
     LocalFit Descend(const FitPoint& start);
-    std::vector<FitPoint> StartsOf(const std::vector<EvaluationRecord>& records) const;
+    std::vector<FitPoint> Starts();
+    bool GoDown(const std::vector<FitPoint>& starts);
+    bool FindErrors();
+    FitPoint BestKnown() const;
 
     const FitPlan& plan_;
     StructureObjective& objective_;
+    EvaluationTable& table_;
+    Follow follow_;
     FitProblem problem_;
-    EvaluationTable* table_;
-    std::function<void(const FitReport&)> follow_;
     FitReport report_;
+    LocalFitSettings settings_;
+    std::vector<Trial> minima_;
+    std::chrono::steady_clock::time_point told_;
 };
-
-/// Completes a report with what its best structure looks like and how its patterns compare.
-void DescribeBest(const FitPlan& plan, const StructureObjective& objective, FitReport& report);
 
 }  // namespace qvre

@@ -1,7 +1,6 @@
 #include "structure/StructureObjective.h"
 
-#include <omp.h>
-
+#include <algorithm>
 #include <chrono>
 #include <cstdint>
 #include <exception>
@@ -28,6 +27,10 @@ double StructureObjective::IndependentData() const {
     for (const auto& set : sets_)
         if (set->Weight() > 0.0) sum += set->IndependentData();
     return sum;
+}
+
+bool StructureObjective::HasSigmas() const {
+    return std::all_of(sets_.begin(), sets_.end(), [](const auto& set) { return set->HasSigmas(); });
 }
 
 /// R of all is the mean over the independent data, as their sets are weighted.

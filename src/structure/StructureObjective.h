@@ -21,6 +21,7 @@ public:
 
     const std::vector<std::unique_ptr<FitDataSet>>& DataSets() const { return sets_; }
     double IndependentData() const;
+    bool HasSigmas() const;  ///< whether all were measured with standard deviations
 
 private:
     Evaluation EvaluateOne(const FitPoint& point) const;

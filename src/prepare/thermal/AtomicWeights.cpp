@@ -1,6 +1,7 @@
 #include "prepare/thermal/AtomicWeights.h"
 
 #include <QLoggingCategory>
+#include <mutex>
 
 #include "foundation/FileReading.h"
 
@@ -24,6 +25,8 @@ private:
 }  // namespace
 
 ZfDebye LoadAtomicWeights(const std::string& path) {
+    static std::mutex log;  // is one for all threads
+    const std::lock_guard lock(log);
     const QuietDebugLog quiet;
     ZfDebye weights;
     weights.LoadAtomicWeight(ReadTextFile(path));

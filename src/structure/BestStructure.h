@@ -1,0 +1,13 @@
+#pragma once
+
+#include "structure/FitPlan.h"
+#include "structure/FitReport.h"
+#include "structure/StructureObjective.h"
+
+namespace qvre {
+
+/// Completes a report with its best structure, how its patterns compare, and how R changes with larger
+/// clusters, more phase shifts and those of the best structure. What cannot be calculated is left out.
+void DescribeBest(const FitPlan& plan, const StructureObjective& objective, FitReport& report);
+
+}  // namespace qvre

@@ -1,0 +1,223 @@
+#include "structure/StructureFit.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+#include <numeric>
+#include <utility>
+
+#include "fit/EvolutionSearch.h"
+#include "fit/Rivals.h"
+#include "fit/SobolPoints.h"
+#include "foundation/Interruption.h"
+#include "foundation/ZfError.h"
+
+namespace qvre {
+
+namespace {
+
+/// Of the scale of a parameter, so 0.001 angstrom: what the solution of the scattering and the turn of the
+/// sample leave open is small against the change over it.
+constexpr double kDifferenceStep = 1e-2;
+constexpr double kStepTolerance = 1e-3;
+
+constexpr int kMostLocal = 200;
+constexpr int kGlobalByParameter = 150;
+constexpr int kSobolByParameter = 100;
+constexpr int kMostRounds = 3;  // of errors that find a better structure
+
+int MostEvaluations(const RecipeFit& fit, std::size_t parameters) {
+    if (fit.evaluations > 0) return fit.evaluations;
+    const int n = static_cast<int>(parameters);
+    if (fit.search == FitSearch::kLocal) return kMostLocal;
+    return n * (fit.search == FitSearch::kGlobal ? kGlobalByParameter : kSobolByParameter);
+}
+
+std::string SearchText(const FitPlan& plan) {
+    const RecipeFit& fit = plan.fit;
+    const std::string descent =
+        fit.descent == FitDescent::kGaussNewton ? "Gauss-Newton" : "BOBYQA, without derivatives";
+    if (fit.search == FitSearch::kLocal) return descent + " from the start";
+    const std::string search = fit.search == FitSearch::kGlobal ? "evolution strategy" : "Sobol points";
+    return fmt::format("{}, seed {}; then {} down the best valleys, {} at the most", search, fit.seed,
+                       descent, fit.minima);
+}
+
+std::string CalculationText(const FitPlan& plan, const StructureObjective& objective) {
+    std::string text = objective.DataSets().front()->MethodText();
+    text += plan.fit.phases == FitPhases::kOfStart ? ", phase shifts of the start"
+                                                   : ", phase shifts of each structure";
+    text += plan.fit.amplitude == FitAmplitude::kFree ? ", amplitude of the modulation free"
+                                                      : ", amplitude of the modulation as calculated";
+    return text;
+}
+
+FitReport EmptyReport(const FitPlan& plan, const StructureObjective& objective) {
+    FitReport report{.space = plan.space};
+    report.title = plan.title;
+    report.recipe = plan.recipePath;
+    report.calculation = CalculationText(plan, objective);
+    report.search = SearchText(plan);
+    report.isRunning = true;
+    report.independentData = plan.fit.independentData.value_or(objective.IndependentData());
+    report.hasSigmas = objective.HasSigmas();
+    return report;
+}
+
+}  // namespace
+
+StructureFit::StructureFit(const FitPlan& plan, StructureObjective& objective, EvaluationTable& table,
+                           Follow follow)
+    : plan_(plan),
+      objective_(objective),
+      table_(table),
+      follow_(std::move(follow)),
+      problem_(plan.space, *this, &table),
+      report_(EmptyReport(plan, objective)) {
+    settings_.mostEvaluations = plan.fit.search == FitSearch::kLocal
+                                    ? MostEvaluations(plan.fit, plan.space.parameters.size())
+                                    : kMostLocal;
+    settings_.differenceStep = kDifferenceStep;
+    settings_.stepTolerance = kStepTolerance;
+}
+
+std::vector<Evaluation> StructureFit::Evaluate(const std::vector<FitPoint>& points) {
+    constexpr auto kEvery = std::chrono::seconds(1);
+    if (std::chrono::steady_clock::now() - told_ >= kEvery) Tell();
+    return objective_.Evaluate(points);
+}
+
+/// The best evaluation so far stands for the structure that is looked for.
+void StructureFit::Tell() {
+    if (!follow_ || table_.records.empty()) return;
+    FitReport now = report_;
+    now.records = table_.records;
+    now.evaluations = static_cast<int>(table_.records.size());
+    for (const EvaluationRecord& record : table_.records) {
+        now.seconds += record.seconds;
+        if (!(record.misfit < now.best.misfit) && !now.best.point.empty()) continue;
+        now.best.point = record.point;
+        now.best.misfit = record.misfit;
+        now.best.evaluation.r = record.r;
+        now.best.evaluation.dataSetR = record.dataSetR;
+    }
+    follow_(now);
+    told_ = std::chrono::steady_clock::now();
+}
+
+const Trial& StructureFit::EvaluateStart() {
+    ++problem_.generation;
+    report_.start = problem_.EvaluateOne(plan_.space.Start());
+    if (report_.start.HasFailed())
+        throw ZfError("the start cannot be calculated: " + report_.start.evaluation.failure);
+    return report_.start;
+}
+
+LocalFit StructureFit::Descend(const FitPoint& start) {
+    ++problem_.generation;
+    return plan_.fit.descent == FitDescent::kGaussNewton ? FitByGaussNewton(problem_, start, settings_)
+                                                         : FitWithoutDerivatives(problem_, start, settings_);
+}
+
+/// From where valleys are gone down; none after an interrupt.
+std::vector<FitPoint> StructureFit::Starts() {
+    const ParameterSpace& space = plan_.space;
+    if (plan_.fit.search == FitSearch::kLocal) return {space.Start()};
+    const int most = MostEvaluations(plan_.fit, space.parameters.size());
+    if (plan_.fit.search == FitSearch::kGlobal) {
+        EvolutionSearch search(
+            space.ToUnit(space.Start()),
+            {.seed = plan_.fit.seed, .population = plan_.fit.population, .mostEvaluations = most});
+        if (SearchGlobally(problem_, search).stop == FitStop::kInterrupted) return {};
+    } else {
+        problem_.keepsResiduals = false;
+        ++problem_.generation;
+        constexpr std::size_t kBatch = 16;  // is lost when it is stopped
+        std::vector<FitPoint> points =
+            SobolPoints(space.parameters.size(), static_cast<std::size_t>(most), plan_.fit.seed);
+        for (FitPoint& point : points) point = space.FromUnit(point);
+        for (std::size_t first = 0; first < points.size(); first += kBatch) {
+            const auto begin = points.begin() + static_cast<std::ptrdiff_t>(first);
+            const auto end =
+                points.begin() + static_cast<std::ptrdiff_t>(std::min(points.size(), first + kBatch));
+            problem_.Evaluate(std::vector<FitPoint>(begin, end));
+        }
+        problem_.keepsResiduals = true;
+    }
+    return ValleyPoints(space, table_.records, static_cast<std::size_t>(plan_.fit.minima));
+}
+
+/// Finds the minima below some points; false after an interrupt.
+bool StructureFit::GoDown(const std::vector<FitPoint>& starts) {
+    if (starts.size() > 1) {
+        ++problem_.generation;
+        minima_ = DistinctMinima(
+            problem_, starts, settings_,
+            plan_.fit.descent == FitDescent::kGaussNewton ? FitByGaussNewton : FitWithoutDerivatives);
+    }
+    const LocalFit last = Descend(minima_.empty() ? starts.front() : minima_.front().point);
+    report_.stop = last.stop;
+    report_.detail = last.detail;
+    if (last.best.point.empty()) return false;
+    report_.best = last.best;
+    if (minima_.empty())
+        minima_ = {last.best};
+    else
+        minima_.front() = last.best;
+    return last.stop != FitStop::kInterrupted && last.stop != FitStop::kFailed;
+}
+
+/// Both errors of all parameters. False when a profile came upon a better structure, which is the best then.
+bool StructureFit::FindErrors() {
+    report_.levels.clear();
+    ++problem_.generation;
+    report_.noise = NoiseErrorsAt(problem_, report_.best, kDifferenceStep);
+    const double factor = RLevelInNoiseErrors(report_.independentData, report_.noise->degreesOfFreedom);
+    for (std::size_t i = 0; i < plan_.space.parameters.size(); ++i) {
+        ++problem_.generation;
+        const double firstStep = report_.noise->sigma[i].value_or(0.0) * factor;
+        report_.levels.push_back(
+            RLevelErrorAt(problem_, report_.best, i, report_.independentData, firstStep, settings_));
+        if (!report_.levels.back().better) continue;
+        const LocalFit better = Descend(report_.levels.back().better->point);
+        if (!(better.best.misfit < report_.best.misfit)) continue;
+        report_.best = minima_.front() = better.best;
+        return false;
+    }
+    return true;
+}
+
+FitReport StructureFit::Run() {
+    try {
+        const std::vector<FitPoint> starts = Starts();
+        report_.stop = starts.empty() ? FitStop::kInterrupted : FitStop::kFailed;
+        if (!starts.empty() && GoDown(starts) && plan_.fit.findsErrors)
+            for (int round = 0; round < kMostRounds && !FindErrors(); ++round) continue;
+    } catch (const Interruption&) {
+        problem_.keepsResiduals = true;
+        report_.stop = FitStop::kInterrupted;
+    }
+    if (report_.stop != FitStop::kInterrupted) table_.End();
+    report_.rivals = RivalsOf(minima_, report_.independentData);
+    report_.isRunning = false;
+    report_.records = table_.records;
+    report_.evaluations = static_cast<int>(table_.records.size());
+    for (const EvaluationRecord& record : table_.records) report_.seconds += record.seconds;
+    if (report_.best.point.empty()) report_.best = report_.start;
+    return report_;
+}
+
+int StructureFit::Expected(const FitPlan& plan) {
+    const int n = static_cast<int>(plan.space.parameters.size());
+    constexpr int kSteps = 6;
+    constexpr int kPointsOfSide = 4;
+    const int local = 1 + kSteps * (n + 1);
+    const int profile = 2 * kPointsOfSide * (n == 1 ? 1 : 2 * n + 1);
+    int count = local;
+    if (plan.fit.search != FitSearch::kLocal)
+        count += MostEvaluations(plan.fit, plan.space.parameters.size()) + (plan.fit.minima - 1) * local;
+    return plan.fit.findsErrors ? count + 2 * n + n * profile : count;
+}
+
+}  // namespace qvre
