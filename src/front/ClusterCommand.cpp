@@ -14,7 +14,6 @@
 #include "prepare/cluster/ClusterWriting.h"
 #include "prepare/cluster/CrystalSources.h"
 #include "prepare/cluster/EmitterShares.h"
-#include "prepare/cluster/SurfaceBuilding.h"
 #include "prepare/cluster/Terminations.h"
 
 namespace qvre {
@@ -300,7 +299,7 @@ void Run(ClusterOptions& options) {
     if (options.listsTerminations)
         std::fputs(TerminationListing(options.request).c_str(), stdout);
     else {
-        options.request = OnBuiltSurface(options.request, ReadStructure(options));
+        options.request.structure = ReadStructure(options);
         Make(options);
     }
 }

@@ -12,7 +12,6 @@
 #include "prepare/cluster/ClusterMaking.h"
 #include "prepare/cluster/CrystalSources.h"
 #include "prepare/cluster/EmitterSites.h"
-#include "prepare/cluster/SurfaceBuilding.h"
 #include "prepare/cluster/Terminations.h"
 #include "prepare/emission/EmitterField.h"
 #include "prepare/thermal/AtomicWeights.h"
@@ -112,7 +111,11 @@ std::vector<ClusterDomain> ReadTurns(RecipeTable& section) {
 }  // namespace
 
 ClusterFacts FactsOf(const ClusterRequest& request) {
-    const std::vector<std::string> elements = request.cell.Elements();
+    std::vector<std::string> elements = request.cell.Elements();
+    for (const Adsorbate& adsorbate : request.structure.adsorbates)
+        for (const MoleculeAtom& atom : adsorbate.atoms)
+            if (std::find(elements.begin(), elements.end(), atom.element) == elements.end())
+                elements.push_back(atom.element);
     std::string emitter = request.emitter;
     if (emitter.empty() && !request.sites.empty())
         emitter = request.cell.atoms.at(static_cast<std::size_t>(request.sites.front()) - 1).element;
@@ -135,15 +138,15 @@ std::optional<std::string> ReadReadyFile(RecipeTable& section, const RecipeFolde
     return path;
 }
 
-ClusterRequest ReadClusterRequest(RecipeTable section, const RecipeFolder& place) {
+ClusterRequest ReadClusterKeys(RecipeTable section, const RecipeFolder& place) {
     ClusterRequest request;
     request.cell = ReadCell(section, place);
     const std::vector<int> surface = Integers(section, "surface");
     if (!surface.empty() && surface.size() != 3) section.Fail("surface", "has to be a list h, k, l");
     if (!surface.empty()) request.surface = {surface[0], surface[1], surface[2]};
     request.azimuth_deg = section.Number("azimuth", RecipeUnit::kDegree, request.azimuth_deg);
-    const SurfaceStructure structure = ReadSurfaceStructure(section, place);
-    if (section.Has("domains") && !structure.takesAllDomains) request.domains = ReadTurns(section);
+    request.structure = ReadSurfaceStructure(section, place);
+    if (section.Has("domains") && !request.structure.takesAllDomains) request.domains = ReadTurns(section);
     request.emitter = section.Text("emitter", "");
     request.sites = Integers(section, "sites");
     if (section.Has("emitter-layer")) request.layers = Integers(section, "emitter-layer");
@@ -151,7 +154,7 @@ ClusterRequest ReadClusterRequest(RecipeTable section, const RecipeFolder& place
         for (const int layer : request.layers) CheckLayer(layer);
     });
     request.top = section.Text("top", "");
-    ReadTermination(section, !structure.IsEmpty(), request);
+    ReadTermination(section, !request.structure.IsEmpty(), request);
     request.shape = section.Word<ClusterShape>("shape");
     request.size_angstrom = section.NotNegative("radius", RecipeUnit::kAngstrom, request.size_angstrom);
     request.atoms = section.Count("atoms", request.atoms);
@@ -161,10 +164,12 @@ ClusterRequest ReadClusterRequest(RecipeTable section, const RecipeFolder& place
     request.temperature_K = Temperature(section, request.temperature_K);
     request.weightTable = ProgramFile("AtomicWeight.txt");
     section.RefuseUnread();
-    section.Check([&] {
-        request = OnBuiltSurface(request, structure);
-        CheckClusterRequest(request);
-    });
+    return request;
+}
+
+ClusterRequest ReadClusterRequest(RecipeTable section, const RecipeFolder& place) {
+    ClusterRequest request = ReadClusterKeys(section, place);
+    section.Check([&] { CheckClusterRequest(request); });
     return request;
 }
 

@@ -44,6 +44,9 @@ Document LoadReady(const RecipeTable& section, const std::string& path,
 }
 
 ClusterRequest ReadClusterRequest(RecipeTable section, const RecipeFolder& place);
+/// The same before it is known whether surface, emitters and atoms fit together, which MakeCluster tells as
+/// well: for a structure whose atoms are chosen.
+ClusterRequest ReadClusterKeys(RecipeTable section, const RecipeFolder& place);
 WavesRequest ReadWavesRequest(RecipeTable section, const ClusterFacts& cluster);
 /// Inside, eV.
 double KineticEnergyOf(const WavesRequest& request, const ClusterFacts& cluster);

@@ -32,7 +32,12 @@ RecipeModel::RecipeModel(const RecipeCase& start, RecipeFolder place, Scattering
       method_(method),
       keepsPhases_(keepsPhases),
       weights_(LoadAtomicWeights(ProgramFile("AtomicWeight.txt"))) {
-    start_ = ClusterOf(RecipeTable(&start.settings, "recipe").Section("cluster"));
+    RecipeTable section = RecipeTable(&start.settings, "recipe").Section("cluster");
+    if (!ReadReadyFile(section, place_)) {
+        const ClusterRequest request = ReadClusterRequest(section, place_);
+        selection_ = section.Made("", [&] { return SelectAtoms(request); });
+    }
+    start_ = ClusterOf(section);
 }
 
 RecipeModel::CutCluster RecipeModel::ClusterOf(RecipeTable section) const {
@@ -43,8 +48,8 @@ RecipeModel::CutCluster RecipeModel::ClusterOf(RecipeTable section) const {
         cut.facts = section.Made("file", [&] { return FactsOf(cut.cluster); });
         return cut;
     }
-    const ClusterRequest request = ReadClusterRequest(section, place_);
-    MadeCluster made = section.Made("", [&] { return MakeCluster(request); });
+    const ClusterRequest request = ReadClusterKeys(section, place_);
+    MadeCluster made = section.Made("", [&] { return MakeCluster(request, *selection_); });
     cut.emitters = SharesOf(made);
     cut.cluster = std::move(made.cluster);
     cut.facts = FactsOf(request);

@@ -2,10 +2,12 @@
 
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "prepare/cluster/ClusterSelection.h"
 #include "recipe/RecipeCases.h"
 #include "recipe/RecipeInputs.h"
 #include "run/ModelCalculation.h"
@@ -86,6 +88,7 @@ private:
     RecipeFolder place_;
     ScatteringMethod method_;
     bool keepsPhases_;
+    std::optional<ClusterSelection> selection_;  // none for a ready cluster
     CutCluster start_;
     ZfDebye weights_;
     mutable LastMade<Emitted> emitted_;

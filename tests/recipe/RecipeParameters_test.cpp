@@ -5,6 +5,7 @@
 
 #include "ErrorText.h"
 #include "TempFolder.h"
+#include "prepare/cluster/SurfaceBuilding.h"
 #include "recipe/RecipeCases.h"
 #include "recipe/RecipeInputs.h"
 #include "recipe/RecipeTable.h"
@@ -115,7 +116,8 @@ std::string Told(const std::string& lines) {
     if (!recipe["cluster"].as_table()->contains("lattice"))
         recipe["cluster"].as_table()->insert_or_assign("lattice", 3.6);
     ResolveParameters(recipe, {});
-    const ClusterRequest request = ReadClusterRequest(RecipeTable(&recipe, "recipe").Section("cluster"), {});
+    const ClusterRequest request =
+        OnBuiltSurface(ReadClusterRequest(RecipeTable(&recipe, "recipe").Section("cluster"), {}));
     std::string told =
         fmt::format("{} {} {} {} {}\n", request.azimuth_deg, request.depth_angstrom, request.size_angstrom,
                     request.temperature_K, request.layerTolerance_angstrom.value_or(0.0));

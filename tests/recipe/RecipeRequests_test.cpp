@@ -8,6 +8,7 @@
 #include "ErrorText.h"
 #include "TempFolder.h"
 #include "foundation/Text.h"
+#include "prepare/cluster/SurfaceBuilding.h"
 #include "prepare/cluster/Terminations.h"
 #include "recipe/RecipeInputs.h"
 #include "recipe/RecipePictures.h"
@@ -156,7 +157,7 @@ TEST(RecipeRequests, SurfaceStructure) {
     };
     /// How far atoms lie below the first, from above: "O -1, Ni 1.2".
     const auto depths = [&](const std::string& more, std::size_t atoms) {
-        const CrystalCell cell = read(more).cell;
+        const CrystalCell cell = OnBuiltSurface(read(more)).cell;
         std::string text;
         for (std::size_t i = 0; i < atoms; ++i)
             text += cell.atoms[i].element + " " +
@@ -181,8 +182,8 @@ TEST(RecipeRequests, SurfaceStructure) {
     EXPECT_EQ(depths(molecule + "tilt = 60\ncoverage = 1", 4), "O 0; C 0.5; Ni 1.3; Ni 3.3; ");
     EXPECT_EQ(depths(molecule + "superstructure = [[1, 1], [-1, 1]]\ncoverage = 0.5", 5),
               "O 0; C 1; Ni 1.8; Ni 1.8; Ni 3.8; ");
-    const ClusterRequest rows =
-        read("domains = \"symmetry\"\ndomain-weights = [3, 1]\n" + molecule + "superstructure = \"p(2x1)\"");
+    const ClusterRequest rows = OnBuiltSurface(
+        read("domains = \"symmetry\"\ndomain-weights = [3, 1]\n" + molecule + "superstructure = \"p(2x1)\""));
     EXPECT_EQ(List(rows.domains), "0 90");
     EXPECT_EQ(rows.domains.at(0).weight, 3.0);
 }

@@ -12,8 +12,6 @@ namespace qvre {
 
 namespace {
 
-constexpr double kSamePlace_angstrom = 0.01;
-
 std::vector<std::size_t> AtomsOfRarestElement(const CrystalCell& cell) {
     std::map<std::string, std::vector<std::size_t>> atoms;
     for (std::size_t atom = 0; atom < cell.atoms.size(); ++atom)
@@ -87,8 +85,8 @@ double PlaneAzimuth(double azimuth_deg) {
 /// next: most attempts end there.
 class CellSymmetry::Mapping {
 public:
-    Mapping(const CrystalCell& cell, const CellGrid& grid)
-        : cell_(cell), grid_(grid), order_(cell.atoms.size()) {
+    Mapping(const CrystalCell& cell, const CellGrid& grid, double tolerance)
+        : cell_(cell), grid_(grid), tolerance_(tolerance), order_(cell.atoms.size()) {
         std::iota(order_.begin(), order_.end(), 0U);
     }
 
@@ -100,7 +98,7 @@ public:
         for (std::size_t& atom : order_) {
             const CellAtom& moved = cell_.atoms[atom];
             const std::vector<CellGrid::Found> found =
-                grid_.Near(matrix.multiply(moved.fractional - from) + to, kSamePlace_angstrom);
+                grid_.Near(matrix.multiply(moved.fractional - from) + to, tolerance_);
             const auto image = std::find_if(found.begin(), found.end(), [&](const CellGrid::Found& near) {
                 return cell_.atoms[near.atom].element == moved.element;
             });
@@ -116,13 +114,14 @@ public:
 private:
     const CrystalCell& cell_;
     const CellGrid& grid_;
+    double tolerance_;
     std::vector<std::size_t> order_;
 };
 
-CellSymmetry::CellSymmetry(const CrystalCell& cell)
-    : cell_(cell), grid_(cell), rarest_(AtomsOfRarestElement(cell)) {
+CellSymmetry::CellSymmetry(const CrystalCell& cell, double tolerance_angstrom)
+    : cell_(cell), tolerance_(tolerance_angstrom), grid_(cell), rarest_(AtomsOfRarestElement(cell)) {
     AtomSets sets(cell.atoms.size());
-    Mapping mapping(cell, grid_);
+    Mapping mapping(cell, grid_, tolerance_);
     const gemmi::Vec3& from = cell.atoms[rarest_[0]].fractional;
     for (const std::size_t target : rarest_) {
         if (sets.Of(target) == sets.Of(rarest_[0])) continue;  // follows from translations that are known
@@ -138,7 +137,7 @@ CellSymmetry::CellSymmetry(const CrystalCell& cell)
 
 bool CellSymmetry::IsTranslation(const gemmi::Vec3& fractional) const {
     return std::any_of(translations_.begin(), translations_.end(), [&](const gemmi::Vec3& translation) {
-        return cell_.DistanceFromLattice(fractional - translation) < 2.0 * kSamePlace_angstrom;
+        return cell_.DistanceFromLattice(fractional - translation) < 2.0 * tolerance_;
     });
 }
 
@@ -189,7 +188,7 @@ std::vector<SurfaceOperation> CellSymmetry::KeepingNormal(const gemmi::Mat33& fr
 
     const gemmi::Mat33 toFractions = cell_.Reciprocal().multiply(frame.transpose());
     const gemmi::Mat33 fromFractions = frame.multiply(cell_.axes);
-    Mapping mapping(cell_, grid_);
+    Mapping mapping(cell_, grid_, tolerance_);
     std::vector<SurfaceOperation> operations;
     for (const SurfaceOperation& candidate : candidates) {
         const gemmi::Mat33 matrix =

@@ -17,11 +17,14 @@ struct SurfaceOperation {
     std::vector<std::size_t> images;  ///< where each atom of the cell comes to
 };
 
-/// The symmetry of a crystal, found from its atoms: each has to come to one of its element, within 0.01
-/// angstrom. A cell may hold several primitive ones.
+/// The symmetry of a crystal, found from its atoms: each has to come to one of its element, within a
+/// tolerance. A cell may hold several primitive ones.
 class CellSymmetry {
 public:
-    explicit CellSymmetry(const CrystalCell& cell);  ///< keeps a reference
+    static constexpr double kSamePlace_angstrom = 0.01;  ///< for coordinates of a few digits
+
+    /// Keeps a reference.
+    explicit CellSymmetry(const CrystalCell& cell, double tolerance_angstrom = kSamePlace_angstrom);
 
     /// Translations of the crystal bring to coincide the atoms of one class; its first atom names it.
     std::size_t ClassOf(std::size_t atom) const { return class_[atom]; }
@@ -38,6 +41,7 @@ private:
     bool IsTranslation(const gemmi::Vec3& fractional) const;
 
     const CrystalCell& cell_;
+    double tolerance_;
     CellGrid grid_;
     std::vector<std::size_t> rarest_;  // atoms of the rarest element: to them its first one is brought
     std::vector<std::size_t> class_;

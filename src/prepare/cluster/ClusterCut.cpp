@@ -17,9 +17,10 @@ constexpr double kSameShell_angstrom = 1e-4;
 constexpr double kBeyondSize_angstrom = 1e-3;
 
 /// Exactly 0 for what rounding leaves of it.
-double Clean(double length) {
+gemmi::Vec3 Clean(const gemmi::Vec3& v) {
     constexpr double kRounding_angstrom = 1e-9;
-    return std::abs(length) < kRounding_angstrom ? 0.0 : length;
+    const auto clean = [](double length) { return std::abs(length) < kRounding_angstrom ? 0.0 : length; };
+    return {clean(v.x), clean(v.y), clean(v.z)};
 }
 
 double SizeOf(ClusterShape shape, const gemmi::Vec3& position, double top) {
@@ -56,7 +57,7 @@ void AddSite(const HalfCrystal& half, ClusterShape shape, double size, std::size
                 const double atomSize = SizeOf(shape, p, half.bounds.top);
                 const bool isEmitter = p.length() < kSamePlane_angstrom;
                 if (isEmitter || atomSize > size) continue;
-                atoms.push_back({site, gemmi::Vec3(Clean(p.x), Clean(p.y), Clean(p.z)), atomSize});
+                atoms.push_back({{site, {i, j, k}}, Clean(p), atomSize});
             }
 }
 
@@ -100,13 +101,8 @@ double SmallestShell(const HalfCrystal& half, ClusterShape shape) {
 ClusterCut Finish(const HalfCrystal& half, std::vector<CutAtom> atoms, double size) {
     const auto outside = [size](const CutAtom& atom) { return atom.size > size; };
     atoms.erase(std::remove_if(atoms.begin(), atoms.end(), outside), atoms.end());
-    const auto key = [](const CutAtom& atom) {
-        const gemmi::Vec3& p = atom.position;
-        return std::nearbyint((p.x * p.x + p.y * p.y + p.z * p.z) * 1e6);
-    };
-    std::stable_sort(atoms.begin(), atoms.end(),
-                     [&](const CutAtom& a, const CutAtom& b) { return key(a) < key(b); });
-    atoms.insert(atoms.begin(), CutAtom{half.emitter, gemmi::Vec3(), 0.0});
+    SortByDistance(atoms);
+    atoms.insert(atoms.begin(), CutAtom{{half.emitter}, gemmi::Vec3(), 0.0});
     if (atoms.size() > kMostAtoms)
         throw ZfError("The cluster would have " + std::to_string(atoms.size()) + " atoms; more than " +
                       std::to_string(kMostAtoms) + " are not made");
@@ -126,6 +122,28 @@ ClusterCut CutBySize(const HalfCrystal& half, ClusterShape shape, double size) {
             "No whole shell of atoms lies within {:.3f} angstrom: the smallest needs {:.3f} angstrom", size,
             SmallestShell(half, shape)));
     return Finish(half, std::move(atoms), whole);
+}
+
+ClusterCut CutOfAtoms(const HalfCrystal& half, ClusterShape shape, const std::vector<SiteInCell>& atoms) {
+    const CrystalCell& cell = *half.cell;
+    const gemmi::Vec3 emitter = cell.Position(cell.atoms[half.emitter]);
+    ClusterCut cut;
+    for (const SiteInCell& atom : atoms) {
+        const auto& [i, j, k] = atom.cell;
+        const gemmi::Vec3 p = half.rotation.multiply(cell.Position(cell.atoms[atom.site], i, j, k) - emitter);
+        cut.atoms.push_back({atom, Clean(p), SizeOf(shape, p, half.bounds.top)});
+        cut.size = std::max(cut.size, cut.atoms.back().size);
+    }
+    return cut;
+}
+
+void SortByDistance(std::vector<CutAtom>& atoms) {
+    const auto key = [](const CutAtom& atom) {
+        const gemmi::Vec3& p = atom.position;
+        return std::nearbyint((p.x * p.x + p.y * p.y + p.z * p.z) * 1e6);
+    };
+    std::stable_sort(atoms.begin(), atoms.end(),
+                     [&](const CutAtom& a, const CutAtom& b) { return key(a) < key(b); });
 }
 
 double SizeOfVolume(ClusterShape shape, double volume, double top) {

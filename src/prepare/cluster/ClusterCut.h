@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <gemmi/math.hpp>
@@ -25,8 +26,14 @@ struct HalfCrystal {
     std::size_t emitter = 0;  ///< index in the cell
 };
 
+/// An atom of a crystal, whatever its place comes to.
+struct SiteInCell {
+    std::size_t site = 0;          ///< index in the cell
+    std::array<int, 3> cell = {};  ///< which of the repeated cells
+};
+
 struct CutAtom {
-    std::size_t site = 0;  ///< index in the cell
+    SiteInCell atom;       ///< the emitter in the cell (0, 0, 0)
     gemmi::Vec3 position;  ///< angstrom from the emitter
     double size = 0.0;     ///< of the smallest cluster that holds the atom, angstrom
 };
@@ -52,6 +59,12 @@ double SizeOfVolume(ClusterShape shape, double volume, double top);
 /// at equal squared distance (in steps of 1e-6 square angstrom) come in the order of their sites, then of
 /// their cells. Throws ZfError when no other atom is within, or more than kMostAtoms.
 ClusterCut CutBySize(const HalfCrystal& half, ClusterShape shape, double size);
+
+/// The cluster of these atoms, in their order, wherever they are.
+ClusterCut CutOfAtoms(const HalfCrystal& half, ClusterShape shape, const std::vector<SiteInCell>& atoms);
+
+/// Stable order by distance from the emitter, of which those within 1e-6 square angstrom are equal.
+void SortByDistance(std::vector<CutAtom>& atoms);
 
 /// Cuts the whole shells whose number of atoms, emitter included, is nearest to `atoms`; of two equally near
 /// the smaller.

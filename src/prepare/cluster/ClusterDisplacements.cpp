@@ -51,7 +51,7 @@ bool SettleDisplacements(ClusterRequest& request) {
 void SetDisplacements(const CrystalCell& cell, const ClusterCut& cut, Structure& structure) {
     for (std::size_t i = 0; i < cut.atoms.size(); ++i) {
         ZfLDoubleMatrix u(1, 1);
-        u.At(0, 0) = cell.atoms[cut.atoms[i].site].Uiso_angstrom2;
+        u.At(0, 0) = cell.atoms[cut.atoms[i].atom.site].Uiso_angstrom2;
         structure.atoms[i].SetUSquareAngstrom(u);
     }
 }

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <numeric>
 #include <optional>
 #include <utility>
@@ -13,6 +14,8 @@
 #include "prepare/cluster/CellGrid.h"
 #include "prepare/cluster/ClusterDisplacements.h"
 #include "prepare/cluster/EmitterSites.h"
+#include "prepare/cluster/EqualStructures.h"
+#include "prepare/cluster/SurfaceBuilding.h"
 #include "prepare/cluster/SurfaceFrame.h"
 #include "prepare/cluster/Terminations.h"
 #include "prepare/thermal/Vibrations.h"
@@ -74,23 +77,12 @@ Structure StructureOf(const CrystalCell& cell, const ClusterCut& cut) {
     structure.atoms.reserve(cut.atoms.size());
     for (const CutAtom& atom : cut.atoms) {
         ClusterAtom added;
-        added.atom = cell.atoms[atom.site].element;
+        added.atom = cell.atoms[atom.atom.site].element;
         added.name = added.atom;
         added.SetPositionAngstrom(Vector3(atom.position.x, atom.position.y, atom.position.z));
         structure.atoms.push_back(added);
     }
     return structure;
-}
-
-/// A deep emitter outside of its hemisphere would see the atoms at the surface and none around itself.
-void CheckReach(const ClusterRequest& request, const EmitterSite& emitter, const ClusterCut& cut) {
-    if (!request.allEmitters || request.Shape() != ClusterShape::kHemisphere) return;
-    if (cut.size > emitter.bounds.top) return;
-    throw ZfError(
-        fmt::format("The emitter at a depth of {:.3f} angstrom lies outside of its hemisphere of "
-                    "radius {:.3f} angstrom: take the shape paraboloid, a larger cluster or a "
-                    "smaller depth",
-                    emitter.bounds.top, cut.size));
 }
 
 /// The axes of the surface as a domain lies: turned with the crystal and mirrored in its own frame.
@@ -102,14 +94,20 @@ gemmi::Mat33 RotationOf(const ClusterRequest& request, const SurfaceFrame& frame
     return mirror.multiply(frame.RotatedBy(-request.azimuth_deg - domain.turn_deg));
 }
 
-void AddStructure(const ClusterRequest& request, const SurfaceFrame& frame, const EmitterSite& emitter,
-                  const ClusterDomain& domain, MadeCluster& made) {
+/// The emitter of a structure.
+struct Emitter {
+    std::size_t atom = 0;  ///< index in the cell
+    int layer = 1;
+    int weight = 1;
+    double depth_angstrom = 0.0;
+    std::string surfaceElements;  ///< of the surface plane
+};
+
+void AddStructure(const ClusterRequest& request, const Emitter& emitter, const ClusterDomain& domain,
+                  bool hasUiso, const ClusterCut& cut, MadeCluster& made) {
     const CrystalCell& cell = request.cell;
-    const HalfCrystal half{&cell, RotationOf(request, frame, domain), emitter.bounds, emitter.atom};
-    const ClusterCut cut = request.size_angstrom > 0.0
-                               ? CutBySize(half, request.Shape(), request.size_angstrom)
-                               : CutByCount(half, request.Shape(), request.atoms);
-    CheckReach(request, emitter, cut);
+    std::vector<CutAtom> byDistance = cut.atoms;
+    SortByDistance(byDistance);
     Structure structure = StructureOf(cell, cut);
     StructureSummary summary;
     summary.emitter = cell.atoms[emitter.atom].element;
@@ -117,57 +115,27 @@ void AddStructure(const ClusterRequest& request, const SurfaceFrame& frame, cons
     summary.layer = emitter.layer;
     summary.weight = emitter.weight;
     summary.domain = domain;
-    summary.surface_angstrom = emitter.bounds.top;
-    summary.surfaceElements = ElementsOf(cell, frame.planes[emitter.bounds.plane].atoms);
+    summary.surface_angstrom = emitter.depth_angstrom;
+    summary.surfaceElements = emitter.surfaceElements;
     summary.size_angstrom = cut.size;
-    summary.shells = ShellsAround(cut.atoms);
-    summary.nearestElement = cell.atoms[cut.atoms[1].site].element;
+    summary.shells = ShellsAround(byDistance);
+    summary.nearestElement = cell.atoms[byDistance[1].atom.site].element;
     summary.symmetry = FindPointSymmetry(structure.atoms);
     summary.title = Title(request, summary);
-    if (made.hasUiso) SetDisplacements(cell, cut, structure);
+    if (hasUiso) SetDisplacements(cell, cut, structure);
     made.cluster.structures.push_back(std::move(structure));
     made.structures.push_back(std::move(summary));
 }
 
-bool IsSameAtom(const ClusterAtom& a, const ClusterAtom& b) {
-    constexpr double kSamePlace_m = 1e-14;  // 1e-4 angstrom
-    constexpr double kSameU_m2 = 1e-26;
-    if (a.atom != b.atom || a.U.Count() != b.U.Count()) return false;
-    for (int i = 0; i < 3; ++i)
-        if (std::abs(a.position.Data()[i] - b.position.Data()[i]) > kSamePlace_m) return false;
-    return a.U.Count() == 0 || std::abs(a.U.Data()[0] - b.U.Data()[0]) < kSameU_m2;
-}
-
-/// Whether two clusters have the same atoms at the same places: by distance from the emitter, of which they
-/// have several at one.
-bool HaveSameAtoms(const std::vector<ClusterAtom>& a, const std::vector<ClusterAtom>& b) {
-    if (a.size() != b.size()) return false;
-    constexpr double kSameDistance_m = 2e-14;
-    const auto distance = [](const ClusterAtom& atom) {
-        const double* p = atom.position.Data();
-        return std::sqrt(p[0] * p[0] + p[1] * p[1] + p[2] * p[2]);
-    };
-    std::vector<double> distances;
-    distances.reserve(b.size());
-    for (const ClusterAtom& atom : b) distances.push_back(distance(atom));
-    return std::all_of(a.begin(), a.end(), [&](const ClusterAtom& atom) {
-        auto other = std::lower_bound(distances.begin(), distances.end(), distance(atom) - kSameDistance_m);
-        for (; other != distances.end() && *other < distance(atom) + kSameDistance_m; ++other)
-            if (IsSameAtom(atom, b[static_cast<std::size_t>(other - distances.begin())])) return true;
-        return false;
-    });
-}
-
 /// Takes the structures of the last emitter, one a domain, away when an earlier emitter at the same depth
-/// sees the same, and counts them there.
-void JoinEqual(MadeCluster& made, std::size_t domains) {
-    constexpr double kSameDepth_angstrom = 1e-4;
+/// sees the same, and adds their weights there.
+void JoinEqual(MadeCluster& made, std::size_t domains, double tolerance_angstrom) {
     std::vector<Structure>& structures = made.cluster.structures;
     const std::size_t last = structures.size() - domains;
     for (std::size_t earlier = 0; earlier < last; earlier += domains) {
         const double depth = made.structures[earlier].surface_angstrom;
-        if (std::abs(depth - made.structures[last].surface_angstrom) > kSameDepth_angstrom ||
-            !HaveSameAtoms(structures[earlier].atoms, structures[last].atoms))
+        if (std::abs(depth - made.structures[last].surface_angstrom) > tolerance_angstrom ||
+            !HaveSameAtoms(structures[earlier].atoms, structures[last].atoms, tolerance_angstrom))
             continue;
         for (std::size_t domain = 0; domain < domains; ++domain)
             made.structures[earlier + domain].weight += made.structures[last + domain].weight;
@@ -218,46 +186,162 @@ const char* TakeFewer(bool allEmitters) {
                        : "take fewer sites of the emitter or fewer domains";
 }
 
-/// A request whose numbers are checked, with what follows from them.
+/// A request for clusters of a surface that is built, whose numbers are checked, with what follows from them.
 struct Settled {
-    explicit Settled(ClusterRequest wanted) : request(std::move(wanted)) {
+    Settled(const ClusterRequest& wanted, const SurfacePlan& plan) {
+        CheckNumbers(wanted);
+        request = BuiltSurface(wanted, plan);
         CheckNumbers(request);
         CheckCell(request.cell);
         hasUiso = SettleDisplacements(request);
         CheckLayerTolerance(request);
         frame.emplace(request.cell, request.surface, LayerTolerance_angstrom(request));
-        emitters = FindEmitters(request, *frame);
+    }
+
+    std::vector<EmitterSite> Emitters(EqualEmitters equal) const {
+        std::vector<EmitterSite> emitters = FindEmitters(request, *frame, equal);
         const std::size_t structures = emitters.size() * request.domains.size();
         if (structures > kMostStructures)
             throw ZfError(
                 fmt::format("{} emitters differ, which makes {} structures; more than {} are not made: {}",
                             emitters.size(), structures, kMostStructures, TakeFewer(request.allEmitters)));
+        return emitters;
+    }
+
+    HalfCrystal Around(const EmitterSite& emitter, const ClusterDomain& domain) const {
+        return {&request.cell, RotationOf(request, *frame, domain), emitter.bounds, emitter.atom};
+    }
+
+    std::string SurfaceElements(const EmitterSite& emitter) const {
+        return ElementsOf(request.cell, frame->planes[emitter.bounds.plane].atoms);
     }
 
     ClusterRequest request;  ///< with displacements
     bool hasUiso = false;
     std::optional<SurfaceFrame> frame;
-    std::vector<EmitterSite> emitters;
 };
+
+/// A deep emitter outside of its hemisphere would see the atoms at the surface and none around itself.
+void CheckReach(const ClusterRequest& request, const EmitterSite& emitter, const ClusterCut& cut) {
+    if (!request.allEmitters || request.Shape() != ClusterShape::kHemisphere) return;
+    if (cut.size > emitter.bounds.top) return;
+    throw ZfError(
+        fmt::format("The emitter at a depth of {:.3f} angstrom lies outside of its hemisphere of "
+                    "radius {:.3f} angstrom: take the shape paraboloid, a larger cluster or a "
+                    "smaller depth",
+                    emitter.bounds.top, cut.size));
+}
+
+ClusterCut CutAround(const Settled& settled, const EmitterSite& emitter, const ClusterDomain& domain) {
+    const ClusterRequest& request = settled.request;
+    const HalfCrystal half = settled.Around(emitter, domain);
+    ClusterCut cut = request.size_angstrom > 0.0 ? CutBySize(half, request.Shape(), request.size_angstrom)
+                                                 : CutByCount(half, request.Shape(), request.atoms);
+    CheckReach(request, emitter, cut);
+    return cut;
+}
+
+std::vector<std::string> ElementsByAtom(const CrystalCell& cell) {
+    std::vector<std::string> elements;
+    for (const CellAtom& atom : cell.atoms) elements.push_back(atom.element);
+    return elements;
+}
+
+/// Height of an atom in the cell (0, 0, 0).
+double HeightOf(const Settled& settled, std::size_t atom) {
+    const CrystalCell& cell = settled.request.cell;
+    return settled.frame->rotation.multiply(cell.Position(cell.atoms[atom])).z;
+}
+
+KeptEmitter Kept(const Settled& settled, const EmitterSite& emitter) {
+    KeptEmitter kept;
+    kept.emitter = emitter;
+    kept.surfaceElements = settled.SurfaceElements(emitter);
+    for (const CutAtom& atom : CutAround(settled, emitter, settled.request.domains.front()).atoms)
+        kept.atoms.push_back(atom.atom);
+    const double top = HeightOf(settled, emitter.atom) + emitter.bounds.top + kSamePlane_angstrom;
+    for (std::size_t atom = 0; atom < settled.request.cell.atoms.size(); ++atom)
+        kept.periods.push_back(
+            static_cast<int>(std::floor((top - HeightOf(settled, atom)) / settled.frame->period)));
+    return kept;
+}
+
+/// How far the highest of the atoms lies over the emitter.
+double DepthOf(const Settled& settled, const KeptEmitter& kept) {
+    double top = -std::numeric_limits<double>::infinity();
+    for (std::size_t atom = 0; atom < kept.periods.size(); ++atom)
+        top = std::max(top, HeightOf(settled, atom) + kept.periods[atom] * settled.frame->period);
+    return top - HeightOf(settled, kept.emitter.atom);
+}
+
+/// Refuses a structure of other atoms: before it is built by the plan, and then.
+void CheckSame(bool isSame) {
+    if (!isSame)
+        throw ZfError(
+            "The structure has other atoms, adsorbates or moves than that from which the atoms of the "
+            "clusters were chosen");
+}
 
 }  // namespace
 
 void CheckClusterRequest(const ClusterRequest& request) {
-    static_cast<void>(Settled(request));
+    Settled(request, PlanSurface(request)).Emitters(EqualEmitters::kJoined);
 }
 
 MadeCluster MakeCluster(const ClusterRequest& request) {
-    const Settled settled(request);
+    constexpr double kSame_angstrom = 1e-4;
+    const Settled settled(request, PlanSurface(request));
     MadeCluster made;
     made.hasUiso = settled.hasUiso;
     made.remarks = settled.request.remarks + TerraceRemarks(settled.request, *settled.frame);
-    for (const EmitterSite& emitter : settled.emitters) {
-        for (const ClusterDomain& domain : request.domains)
-            AddStructure(settled.request, *settled.frame, emitter, domain, made);
-        if (request.allEmitters) JoinEqual(made, request.domains.size());
+    const std::vector<ClusterDomain>& domains = settled.request.domains;
+    for (const EmitterSite& site : settled.Emitters(EqualEmitters::kJoined)) {
+        const Emitter emitter = {site.atom, site.layer, site.weight, site.bounds.top,
+                                 settled.SurfaceElements(site)};
+        for (const ClusterDomain& domain : domains)
+            AddStructure(settled.request, emitter, domain, settled.hasUiso, CutAround(settled, site, domain),
+                         made);
+        if (request.allEmitters) JoinEqual(made, domains.size(), kSame_angstrom);
     }
     ReduceWeights(made.structures);
     if (request.allEmitters) made.remarks += NarrowRemark(settled.request.cell, *settled.frame, made);
+    return made;
+}
+
+ClusterSelection SelectAtoms(const ClusterRequest& start) {
+    ClusterSelection selection;
+    selection.surface = PlanMovingSurface(start);
+    const Settled settled(start, selection.surface);
+    selection.crystal = ElementsByAtom(start.cell);
+    selection.cell = ElementsByAtom(settled.request.cell);
+    for (const EmitterSite& emitter : settled.Emitters(EqualEmitters::kKept))
+        selection.emitters.push_back(Kept(settled, emitter));
+    return selection;
+}
+
+MadeCluster MakeCluster(const ClusterRequest& moved, const ClusterSelection& kept) {
+    // Equal but for rounding: those that differ by a small step of a parameter have to stay apart.
+    constexpr double kSame_angstrom = 1e-7;
+    CheckSame(ElementsByAtom(moved.cell) == kept.crystal &&
+              moved.structure.IsEmpty() == kept.surface.IsEmpty() &&
+              moved.structure.adsorbates.size() == kept.surface.adsorbates.size() &&
+              moved.structure.relaxation.moves.size() == kept.surface.moves.size());
+    const Settled settled(moved, kept.surface);
+    CheckSame(ElementsByAtom(settled.request.cell) == kept.cell);
+    MadeCluster made;
+    made.hasUiso = settled.hasUiso;
+    made.remarks = settled.request.remarks;
+    const std::vector<ClusterDomain>& domains = settled.request.domains;
+    for (const KeptEmitter& one : kept.emitters) {
+        EmitterSite site = one.emitter;
+        site.bounds.top = DepthOf(settled, one);
+        const Emitter emitter = {site.atom, site.layer, site.weight, site.bounds.top, one.surfaceElements};
+        for (const ClusterDomain& domain : domains)
+            AddStructure(settled.request, emitter, domain, settled.hasUiso,
+                         CutOfAtoms(settled.Around(site, domain), settled.request.Shape(), one.atoms), made);
+        JoinEqual(made, domains.size(), kSame_angstrom);
+    }
+    ReduceWeights(made.structures);
     return made;
 }
 

@@ -6,6 +6,7 @@
 
 #include "input/Cluster.h"
 #include "prepare/cluster/ClusterRequest.h"
+#include "prepare/cluster/ClusterSelection.h"
 #include "prepare/cluster/EmitterShares.h"
 #include "prepare/cluster/PointSymmetry.h"
 
@@ -43,13 +44,24 @@ struct MadeCluster {
 /// Each is calculated by itself, in the time that one takes.
 constexpr std::size_t kMostStructures = 1000;
 
-/// Throws what MakeCluster throws before it cuts: for numbers out of range, a cell that is none, emitters and
-/// layers that do not exist, more than kMostStructures, and Debye temperatures without their element.
+/// Throws what MakeCluster throws before it cuts: for numbers out of range, a cell that is none, a surface
+/// that does not fit it, atoms that collide, emitters and layers that do not exist, more than
+/// kMostStructures, and Debye temperatures without their element.
 void CheckClusterRequest(const ClusterRequest& request);
 
-/// Cuts one structure for each layer, emitter site and domain, in this order. Throws ZfError with what to
-/// change when the request cannot be met.
+/// Builds the surface and cuts one structure for each layer, emitter site and domain, in this order. Throws
+/// ZfError with what to change when the request cannot be met.
 MadeCluster MakeCluster(const ClusterRequest& request);
+
+/// Chooses the atoms of the clusters that MakeCluster makes; throws what it throws.
+ClusterSelection SelectAtoms(const ClusterRequest& start);
+
+/// The clusters of the chosen atoms where another request has them: its lengths and coordinates, relaxation,
+/// places of the adsorbates, orientation, domains and displacements. Atoms are in the order of the selection.
+/// Depths are those below the highest of the atoms that make the topmost period of the crystal. Emitters that
+/// see the same are joined. With the request of the selection these are its own clusters. Throws ZfError for
+/// a structure of other atoms and for atoms that collide.
+MadeCluster MakeCluster(const ClusterRequest& moved, const ClusterSelection& kept);
 
 std::vector<EmitterShare> SharesOf(const MadeCluster& made);
 

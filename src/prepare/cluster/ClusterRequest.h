@@ -8,6 +8,7 @@
 
 #include "prepare/cluster/ClusterCut.h"
 #include "prepare/cluster/CrystalCell.h"
+#include "prepare/cluster/SurfaceStructure.h"
 
 namespace qvre {
 
@@ -26,6 +27,7 @@ struct ClusterRequest {
 
     CrystalCell cell;                        ///< of PresetCell or LoadCell
     std::array<int, 3> surface = {0, 0, 1};  ///< Miller indices (h k l)
+    SurfaceStructure structure;              ///< what makes the surface differ from the crystal that is cut
     std::string surfaceName;   ///< in titles, such as "c(2x2)-O/Ni(001)"; empty: that of the cell and surface
     std::string remarks;       ///< what was told when the surface was built, in lines
     double azimuth_deg = 0.0;  ///< turns the crystal about z, from x towards y

@@ -3,8 +3,10 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <functional>
 #include <limits>
 #include <map>
+#include <numeric>
 #include <optional>
 #include <set>
 #include <string>
@@ -29,13 +31,29 @@ bool Holds(const std::vector<std::string>& elements, const std::string& element)
     return std::find(elements.begin(), elements.end(), element) != elements.end();
 }
 
-/// Atoms of the element, one of each set that translations join.
-std::vector<std::size_t> DifferentSites(const CrystalCell& cell, const std::string& element) {
+/// An atom of the cell that emits in each layer asked for.
+struct WeightedSite {
+    std::size_t atom = 0;
+    int weight = 1;
+};
+
+/// Atoms of the element: one of each class that translations join, or all, where each class has the same
+/// weight.
+std::vector<WeightedSite> SitesOf(const CrystalCell& cell, const std::string& element, EqualEmitters equal) {
     const CellSymmetry symmetry(cell);
-    std::set<std::size_t> known;
-    std::vector<std::size_t> sites;
+    std::map<std::size_t, std::vector<std::size_t>> classes;
+    int common = 1;
     for (std::size_t i = 0; i < cell.atoms.size(); ++i)
-        if (cell.atoms[i].element == element && known.insert(symmetry.ClassOf(i)).second) sites.push_back(i);
+        if (cell.atoms[i].element == element) classes[symmetry.ClassOf(i)].push_back(i);
+    for (const auto& [first, atoms] : classes) common = std::lcm(common, static_cast<int>(atoms.size()));
+    std::vector<WeightedSite> sites;
+    for (const auto& [first, atoms] : classes) {
+        if (equal == EqualEmitters::kJoined)
+            sites.push_back({first});
+        else
+            for (const std::size_t atom : atoms)
+                sites.push_back({atom, common / static_cast<int>(atoms.size())});
+    }
     return sites;
 }
 
@@ -50,9 +68,9 @@ std::string EmitterElement(const ClusterRequest& request) {
     return request.emitter;
 }
 
-std::vector<std::size_t> NumberedSites(const ClusterRequest& request) {
+std::vector<WeightedSite> NumberedSites(const ClusterRequest& request) {
     const std::vector<CellAtom>& atoms = request.cell.atoms;
-    std::vector<std::size_t> sites;
+    std::vector<WeightedSite> sites;
     for (const int number : request.sites) {
         const std::string named = "Emitter site " + std::to_string(number);
         if (number < 1 || static_cast<std::size_t>(number) > atoms.size())
@@ -61,7 +79,7 @@ std::vector<std::size_t> NumberedSites(const ClusterRequest& request) {
         const auto site = static_cast<std::size_t>(number) - 1;
         if (!request.emitter.empty() && atoms[site].element != request.emitter)
             throw ZfError(named + " is " + atoms[site].element + ", not " + request.emitter);
-        sites.push_back(site);
+        sites.push_back({site});
     }
     return sites;
 }
@@ -74,11 +92,11 @@ bool IsTopped(const ClusterRequest& request, const SurfaceFrame& frame, const Cr
 }
 
 std::vector<EmitterSite> InLayer(const ClusterRequest& request, const SurfaceFrame& frame,
-                                 const std::vector<std::size_t>& sites, int layer) {
+                                 const std::vector<WeightedSite>& sites, int layer) {
     std::vector<EmitterSite> found;
-    for (const std::size_t site : sites) {
+    for (const auto& [site, weight] : sites) {
         const auto bounds = BoundsForLayer(frame, site, layer);
-        if (bounds && IsTopped(request, frame, *bounds)) found.push_back({site, layer, *bounds});
+        if (bounds && IsTopped(request, frame, *bounds)) found.push_back({site, layer, *bounds, weight});
     }
     return found;
 }
@@ -90,20 +108,21 @@ void AddLayers(const ClusterRequest& request, const SurfaceFrame& frame, std::si
     const int first = slabLayer.value_or(1);
     const int last = slabLayer.value_or(static_cast<int>(frame.planes.size()));
     for (int layer = first; layer <= last; ++layer)
-        if (!layers.contains(layer) && !InLayer(request, frame, {site}, layer).empty()) layers.insert(layer);
+        if (!layers.contains(layer) && !InLayer(request, frame, {{site}}, layer).empty())
+            layers.insert(layer);
 }
 
 [[noreturn]] void ThrowNoSuchLayer(const ClusterRequest& request, const SurfaceFrame& frame,
-                                   const std::vector<std::size_t>& sites, int layer) {
+                                   const std::vector<WeightedSite>& sites, int layer) {
     std::set<int> layers;
-    for (const std::size_t site : sites) AddLayers(request, frame, site, layers);
+    for (const auto& [site, weight] : sites) AddLayers(request, frame, site, layers);
     std::vector<std::string> words;
     words.reserve(layers.size());
     for (const int other : layers) words.push_back(std::to_string(other));
     std::string message = "No emitter lies in layer " + std::to_string(layer);
     if (!request.top.empty()) message += " below a surface plane of " + request.top;
     message += words.empty() ? ": there is none in any layer" : "; there are in " + Joined(words);
-    if (!words.empty() && !LayerInSlab(frame, sites.front()))
+    if (!words.empty() && !LayerInSlab(frame, sites.front().atom))
         message += " and every " + std::to_string(frame.planes.size()) + " further";
     throw ZfError(message);
 }
@@ -121,13 +140,14 @@ void CheckAllEmitters(const ClusterRequest& request) {
             "how the crystal ends");
 }
 
-/// Adds the atoms of the element in one plane, those together that translations bring to coincide.
+/// Adds the atoms of the element in one plane, one for each class of `classOf`.
 void AddPlane(const ClusterRequest& request, const std::string& element, const AtomicPlane& plane,
-              const CellSymmetry& symmetry, const EmitterSite& place, std::vector<EmitterSite>& emitters) {
+              const std::function<std::size_t(std::size_t)>& classOf, const EmitterSite& place,
+              std::vector<EmitterSite>& emitters) {
     std::map<std::size_t, std::size_t> known;  // index of the emitter, by class
     for (const std::size_t atom : plane.atoms) {
         if (request.cell.atoms[atom].element != element) continue;
-        const auto [emitter, isNew] = known.emplace(symmetry.ClassOf(atom), emitters.size());
+        const auto [emitter, isNew] = known.emplace(classOf(atom), emitters.size());
         if (!isNew) {
             ++emitters[emitter->second].weight;
             continue;
@@ -152,13 +172,17 @@ void AddPlane(const ClusterRequest& request, const std::string& element, const A
 }
 
 /// All emitters below the termination, from the surface down.
-std::vector<EmitterSite> EmittersBelow(const ClusterRequest& request, const SurfaceFrame& frame) {
+std::vector<EmitterSite> EmittersBelow(const ClusterRequest& request, const SurfaceFrame& frame,
+                                       EqualEmitters equal) {
     constexpr std::size_t kMostEmitters = 10000;
     constexpr double kRounding_angstrom = 1e-3;  // for depths copied with three digits
     CheckAllEmitters(request);
     const std::string element = EmitterElement(request);
     const Termination termination = ChosenTermination(request, frame);
     const CellSymmetry symmetry(request.cell);
+    const auto classOf = [&](std::size_t atom) {
+        return equal == EqualEmitters::kJoined ? symmetry.ClassOf(atom) : atom;
+    };
     // Counted on so far that all planes down to the depth have a number.
     const std::size_t count = frame.planes.size();
     const auto periods = static_cast<std::size_t>(request.depth_angstrom / frame.period) + 3;
@@ -177,7 +201,7 @@ std::vector<EmitterSite> EmittersBelow(const ClusterRequest& request, const Surf
         place.bounds.bottom = place.bounds.top - thickness;
         if (place.bounds.top > deepest) break;
         if (plane != topmost && frame.IsTopOfLayer(plane)) ++place.layer;
-        AddPlane(request, element, frame.planes[plane % count], symmetry, place, emitters);
+        AddPlane(request, element, frame.planes[plane % count], classOf, place, emitters);
         if (emitters.size() > kMostEmitters)
             throw ZfError(
                 fmt::format("More than {} different emitters lie within {:g} angstrom below the "
@@ -196,14 +220,15 @@ void CheckLayer(int layer) {
                       ": layers count from 1, the surface, to " + std::to_string(kDeepestLayer));
 }
 
-std::vector<EmitterSite> FindEmitters(const ClusterRequest& request, const SurfaceFrame& frame) {
-    if (request.allEmitters) return EmittersBelow(request, frame);
+std::vector<EmitterSite> FindEmitters(const ClusterRequest& request, const SurfaceFrame& frame,
+                                      EqualEmitters equal) {
+    if (request.allEmitters) return EmittersBelow(request, frame, equal);
     const std::vector<std::string> elements = request.cell.Elements();
     if (!request.top.empty() && !Holds(elements, request.top))
         throw ZfError("No surface plane of " + request.top + ": the crystal holds " + Joined(elements));
-    const std::vector<std::size_t> sites = request.sites.empty()
-                                               ? DifferentSites(request.cell, EmitterElement(request))
-                                               : NumberedSites(request);
+    const std::vector<WeightedSite> sites = request.sites.empty()
+                                                ? SitesOf(request.cell, EmitterElement(request), equal)
+                                                : NumberedSites(request);
     std::vector<EmitterSite> emitters;
     for (const int layer : request.layers) {
         CheckLayer(layer);

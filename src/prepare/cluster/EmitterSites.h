@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <vector>
 
 #include "prepare/cluster/ClusterRequest.h"
@@ -19,8 +20,13 @@ struct EmitterSite {
 /// Throws ZfError for a number that no layer has.
 void CheckLayer(int layer);
 
+/// What becomes of atoms that translations of the crystal bring to coincide: one stands for all, or each
+/// stays an emitter, with its part of the weight, as translations may be lost when atoms move.
+enum class EqualEmitters : std::uint8_t { kJoined, kKept };
+
 /// The emitters that a request asks for, by layer, then by atom. Throws ZfError, with what there is, when an
 /// element, a site or a layer does not exist.
-std::vector<EmitterSite> FindEmitters(const ClusterRequest& request, const SurfaceFrame& frame);
+std::vector<EmitterSite> FindEmitters(const ClusterRequest& request, const SurfaceFrame& frame,
+                                      EqualEmitters equal = EqualEmitters::kJoined);
 
 }  // namespace qvre

@@ -59,16 +59,14 @@ gemmi::Vec3 TurnedMolecule(const Adsorbate& adsorbate, const gemmi::Vec3& p) {
 }
 
 /// Puts one adsorbate on the slab, which has the cell `superstructure` by now.
-void Place(const Adsorbate& adsorbate, const SurfaceSlab& unit, const Superstructure& superstructure,
-           SurfaceSlab& slab) {
-    gemmi::Vec3 site = adsorbate.site.empty()
-                           ? unit.atoms.front().position + unit.lattice[0] * adsorbate.place[0] +
-                                 unit.lattice[1] * adsorbate.place[1]
-                           : SitePlace(unit, adsorbate.site);
+void Place(const Adsorbate& adsorbate, const AdsorbatePlan& plan, const SurfaceSlab& unit,
+           const Superstructure& superstructure, SurfaceSlab& slab) {
+    gemmi::Vec3 site = plan.site ? plan.site->PlaceOn(unit)
+                                 : unit.atoms.front().position + unit.lattice[0] * adsorbate.place[0] +
+                                       unit.lattice[1] * adsorbate.place[1];
     site.z = unit.Top() + adsorbate.height_angstrom;
     std::vector<std::array<int, 2>> cells = {{0, 0}};
-    if (ParseSuperstructure(adsorbate.superstructure, unit.lattice).IsUnit())
-        cells = superstructure.CellsInside();
+    if (plan.fillsEachCell) cells = superstructure.CellsInside();
     for (const auto& [i, j] : cells)
         for (const MoleculeAtom& atom : adsorbate.atoms) {
             const gemmi::Vec3 place = site + unit.lattice[0] * i + unit.lattice[1] * j +
@@ -77,7 +75,7 @@ void Place(const Adsorbate& adsorbate, const SurfaceSlab& unit, const Superstruc
         }
 }
 
-void CheckAdsorbate(const Adsorbate& adsorbate, const SurfaceLattice& lattice) {
+void CheckNumbers(const Adsorbate& adsorbate) {
     constexpr double kHighest_angstrom = 5.0;
     if (!(std::abs(adsorbate.height_angstrom) < kHighest_angstrom))
         throw ZfError(
@@ -87,6 +85,9 @@ void CheckAdsorbate(const Adsorbate& adsorbate, const SurfaceLattice& lattice) {
          {adsorbate.tilt_deg, adsorbate.turn_deg, adsorbate.place[0], adsorbate.place[1]})
         if (!(std::abs(number) < 1e4))
             throw ZfError("The adsorbate " + adsorbate.name + " has a place or an angle that is none");
+}
+
+void CheckCoverage(const Adsorbate& adsorbate, const SurfaceLattice& lattice) {
     const double coverage = 1.0 / ParseSuperstructure(adsorbate.superstructure, lattice).Cells();
     constexpr double kRounding = 0.005;
     if (adsorbate.coverage && std::abs(*adsorbate.coverage - coverage) > kRounding)
@@ -103,7 +104,8 @@ Superstructure CommonSuperstructure(const SurfaceStructure& structure, const Sur
                                     std::string& name) {
     Superstructure common;
     for (const Adsorbate& adsorbate : structure.adsorbates) {
-        CheckAdsorbate(adsorbate, lattice);
+        CheckNumbers(adsorbate);
+        CheckCoverage(adsorbate, lattice);
         const Superstructure own = ParseSuperstructure(adsorbate.superstructure, lattice);
         if (own.IsUnit()) continue;
         if (!common.IsUnit() && common.matrix != own.matrix)
@@ -139,6 +141,21 @@ std::string CheckBonds(const SurfaceSlab& slab, const CrystalCell& cell) {
                            Named(slab, bond.first), Named(slab, bond.second), bond.distance, bond.usual);
     }
     return told;
+}
+
+/// The substrate in its (1x1) cell, with the layers where the relaxation has them.
+SurfaceSlab RelaxedUnit(const ClusterRequest& request, const SurfacePlan& plan) {
+    SurfaceSlab unit = SlabOf(request.cell, request.surface, plan.substrate);
+    RelaxLayers(request.structure.relaxation, unit);
+    return unit;
+}
+
+/// The cell of the superstructure with the adsorbates.
+SurfaceSlab Covered(const SurfaceSlab& unit, const SurfaceStructure& structure, const SurfacePlan& plan) {
+    SurfaceSlab slab = Repeated(unit, plan.superstructure);
+    for (std::size_t i = 0; i < structure.adsorbates.size(); ++i)
+        Place(structure.adsorbates[i], plan.adsorbates[i], unit, plan.superstructure, slab);
+    return slab;
 }
 
 std::string CellText(const SurfaceLattice& lattice) {
@@ -180,16 +197,10 @@ std::vector<ClusterDomain> Weighted(std::vector<ClusterDomain> domains, const st
 
 }  // namespace
 
-ClusterRequest OnBuiltSurface(const ClusterRequest& request, const SurfaceStructure& structure) {
-    ClusterRequest built = request;
-    if (structure.IsEmpty()) {
-        if (structure.takesAllDomains)
-            throw ZfError(
-                "The domains of a surface without relaxation and adsorbates are those of its terraces, "
-                "as --list-terminations tells: give their angles");
-        built.domains = Weighted(request.domains, structure.domainWeights);
-        return built;
-    }
+SurfacePlan PlanSurface(const ClusterRequest& request) {
+    const SurfaceStructure& structure = request.structure;
+    SurfacePlan plan;
+    if (structure.IsEmpty()) return plan;
     if (!request.sites.empty())
         throw ZfError(
             "Sites count the atoms of the crystal's cell, which a surface with relaxation or adsorbates "
@@ -200,23 +211,61 @@ ClusterRequest OnBuiltSurface(const ClusterRequest& request, const SurfaceStruct
     CheckLayerTolerance(layered);
     const SurfaceFrame frame(request.cell, request.surface, LayerTolerance_angstrom(layered));
     const Termination termination = ChosenTermination(layered, frame);
+    plan.terraces = TerraceRemarks(layered, frame);
 
     const double adsorbates = HighestAdsorbate(structure);
     const int leastLayers = std::max(3, LayersIn(structure.relaxation) + 2);
-    const SurfaceSlab bulk =
-        SlabBelow(request.cell, request.surface, frame, termination,
-                  std::max(frame.period, DepthOfClusters(request, frame, adsorbates)), leastLayers);
-    SurfaceSlab unit = bulk;
-    RelaxLayers(structure.relaxation, unit);
-    std::string superstructureName;
-    const Superstructure superstructure = CommonSuperstructure(structure, unit.lattice, superstructureName);
-    SurfaceSlab slab = Repeated(unit, superstructure);
-    for (const Adsorbate& adsorbate : structure.adsorbates) Place(adsorbate, unit, superstructure, slab);
-    MoveAtoms(structure.relaxation, unit.lattice, slab);
+    plan.substrate =
+        SitesBelow(request.cell, request.surface, frame, termination,
+                   std::max(frame.period, DepthOfClusters(request, frame, adsorbates)), leastLayers);
+    const SurfaceSlab unit = RelaxedUnit(request, plan);
+    plan.superstructure = CommonSuperstructure(structure, unit.lattice, plan.superstructureName);
+    for (const Adsorbate& adsorbate : structure.adsorbates) {
+        AdsorbatePlan place;
+        if (!adsorbate.site.empty()) place.site = FindSite(unit, adsorbate.site);
+        place.fillsEachCell = ParseSuperstructure(adsorbate.superstructure, unit.lattice).IsUnit();
+        plan.adsorbates.push_back(place);
+    }
+    const SurfaceSlab slab = Covered(unit, structure, plan);
+    for (const AtomMove& move : structure.relaxation.moves)
+        plan.moves.push_back(FindMoved(move, unit.lattice, slab));
+    return plan;
+}
+
+SurfacePlan PlanMovingSurface(const ClusterRequest& request) {
+    constexpr double kRounding_angstrom = 1e-6;
+    SurfacePlan plan = PlanSurface(request);
+    if (!request.structure.takesAllDomains) return plan;
+    SurfacePlan exact = plan;
+    exact.symmetryTolerance_angstrom = kRounding_angstrom;
+    ClusterRequest unweighted = request;
+    unweighted.structure.domainWeights.clear();
+    const auto domains = [&](const SurfacePlan& one) { return BuiltSurface(unweighted, one).domains.size(); };
+    return domains(exact) == domains(plan) ? exact : plan;
+}
+
+ClusterRequest BuiltSurface(const ClusterRequest& request, const SurfacePlan& plan) {
+    const SurfaceStructure& structure = request.structure;
+    ClusterRequest built = request;
+    built.structure = {};
+    if (plan.IsEmpty()) {
+        if (structure.takesAllDomains)
+            throw ZfError(
+                "The domains of a surface without relaxation and adsorbates are those of its terraces, "
+                "as --list-terminations tells: give their angles");
+        built.domains = Weighted(request.domains, structure.domainWeights);
+        return built;
+    }
+    CheckCell(request.cell);
+    for (const Adsorbate& adsorbate : structure.adsorbates) CheckNumbers(adsorbate);
+    const SurfaceSlab unit = RelaxedUnit(request, plan);
+    SurfaceSlab slab = Covered(unit, structure, plan);
+    MoveAtoms(structure.relaxation.moves, plan.moves, slab);
+    const CrystalCell bulk = CellOf(SlabOf(request.cell, request.surface, plan.substrate));
 
     built.cell = CellOf(slab);
     built.remarks = CellText(slab.lattice) + "\n" + CheckBonds(slab, built.cell);
-    const std::vector<ClusterDomain> domains = DomainsOf(CellOf(bulk), built.cell);
+    const std::vector<ClusterDomain> domains = DomainsOf(bulk, built.cell, plan.symmetryTolerance_angstrom);
     if (structure.takesAllDomains)
         built.domains = domains;
     else if (domains.size() > 1 && request.domains.size() == 1)
@@ -227,11 +276,16 @@ ClusterRequest OnBuiltSurface(const ClusterRequest& request, const SurfaceStruct
     for (ClusterDomain& domain : built.domains)
         if (domain.isMirrored) domain.turn_deg -= 2.0 * turn_deg;
     built.azimuth_deg += turn_deg;
-    built.remarks += TerraceRemarks(layered, frame);
-    built.surfaceName = NameOf(structure, superstructureName, SurfaceName(request.cell, request.surface));
+    built.remarks += plan.terraces;
+    built.surfaceName =
+        NameOf(structure, plan.superstructureName, SurfaceName(request.cell, request.surface));
     built.surface = {0, 0, 1};
     built.termination.clear();
     return built;
+}
+
+ClusterRequest OnBuiltSurface(const ClusterRequest& request) {
+    return BuiltSurface(request, PlanSurface(request));
 }
 
 }  // namespace qvre

@@ -7,9 +7,10 @@ namespace qvre {
 
 namespace {
 
-std::vector<gemmi::Mat33> PointGroup(const CrystalCell& cell) {
+std::vector<gemmi::Mat33> PointGroup(const CrystalCell& cell, double tolerance_angstrom) {
     std::vector<gemmi::Mat33> group;
-    for (const SurfaceOperation& operation : CellSymmetry(cell).KeepingNormal(gemmi::Mat33())) {
+    for (const SurfaceOperation& operation :
+         CellSymmetry(cell, tolerance_angstrom).KeepingNormal(gemmi::Mat33())) {
         const gemmi::Mat33 matrix = MatrixOf(operation);
         if (std::none_of(group.begin(), group.end(),
                          [&](const gemmi::Mat33& known) { return known.approx(matrix, 1e-3); }))
@@ -36,12 +37,13 @@ gemmi::Mat33 MatrixOf(const SurfaceOperation& operation) {
     return {c, -s, 0.0, s, c, 0.0, 0.0, 0.0, 1.0};
 }
 
-std::vector<ClusterDomain> DomainsOf(const CrystalCell& substrate, const CrystalCell& structure) {
-    const std::vector<gemmi::Mat33> own = PointGroup(structure);
+std::vector<ClusterDomain> DomainsOf(const CrystalCell& substrate, const CrystalCell& structure,
+                                     double tolerance_angstrom) {
+    const std::vector<gemmi::Mat33> own = PointGroup(structure, tolerance_angstrom);
     std::vector<gemmi::Mat33> covered;
     std::vector<ClusterDomain> domains;
     // The operations come with the turns before the mirrors, the identity first.
-    for (const gemmi::Mat33& operation : PointGroup(substrate)) {
+    for (const gemmi::Mat33& operation : PointGroup(substrate, CellSymmetry::kSamePlace_angstrom)) {
         if (std::any_of(covered.begin(), covered.end(),
                         [&](const gemmi::Mat33& known) { return known.approx(operation, 1e-3); }))
             continue;

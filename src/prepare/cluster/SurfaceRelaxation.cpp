@@ -96,26 +96,21 @@ std::size_t Selected(const AtomMove& move, const SurfaceLattice& unitCell, const
 }
 
 /// The displacement of each atom of the slab that a move asks for.
-std::vector<gemmi::Vec3> Displacements(const AtomMove& move, std::size_t selected, const SurfaceSlab& slab) {
-    std::vector<gemmi::Vec3> displacements(slab.atoms.size());
-    displacements[selected] = move.by;
-    if (!move.keepsSymmetry) return displacements;
-    const CrystalCell cell = CellOf(slab);
-    const CellSymmetry symmetry(cell);
+std::vector<gemmi::Vec3> Displacements(const AtomMove& move, const std::vector<MovedAtom>& moved,
+                                       std::size_t atoms) {
     constexpr double kSame_angstrom = 1e-6;
-    std::map<std::size_t, gemmi::Vec3> byClass;
-    for (const SurfaceOperation& operation : symmetry.KeepingNormal(gemmi::Mat33())) {
-        const gemmi::Vec3 turned = MatrixOf(operation).multiply(move.by);
-        const auto [known, isNew] = byClass.emplace(symmetry.ClassOf(operation.images[selected]), turned);
-        if (!isNew && !known->second.approx(turned, kSame_angstrom))
+    std::vector<gemmi::Vec3> displacements(atoms);
+    std::vector<bool> isKnown(atoms, false);
+    for (const MovedAtom& one : moved) {
+        const gemmi::Vec3 turned = one.turn.multiply(move.by);
+        if (isKnown[one.atom] && !displacements[one.atom].approx(turned, kSame_angstrom))
             throw ZfError(fmt::format(
                 "Moving the {} by {:g}, {:g}, {:g} breaks the symmetry of its place: move it along the "
                 "symmetry elements, or give symmetric = false, which moves this one alone",
                 Told(move), move.by.x, move.by.y, move.by.z));
+        displacements[one.atom] = turned;
+        isKnown[one.atom] = true;
     }
-    for (std::size_t i = 0; i < slab.atoms.size(); ++i)
-        if (const auto found = byClass.find(symmetry.ClassOf(i)); found != byClass.end())
-            displacements[i] = found->second;
     return displacements;
 }
 
@@ -150,10 +145,25 @@ void RelaxLayers(const Relaxation& relaxation, SurfaceSlab& slab) {
         }
 }
 
-void MoveAtoms(const Relaxation& relaxation, const SurfaceLattice& unitCell, SurfaceSlab& slab) {
+std::vector<MovedAtom> FindMoved(const AtomMove& move, const SurfaceLattice& unitCell,
+                                 const SurfaceSlab& slab) {
+    const std::size_t selected = Selected(move, unitCell, slab);
+    if (!move.keepsSymmetry) return {{selected, gemmi::Mat33()}};
+    const CrystalCell cell = CellOf(slab);
+    const CellSymmetry symmetry(cell);
+    std::vector<MovedAtom> moved;
+    for (const SurfaceOperation& operation : symmetry.KeepingNormal(gemmi::Mat33()))
+        for (std::size_t atom = 0; atom < slab.atoms.size(); ++atom)
+            if (symmetry.ClassOf(atom) == symmetry.ClassOf(operation.images[selected]))
+                moved.push_back({atom, MatrixOf(operation)});
+    return moved;
+}
+
+void MoveAtoms(const std::vector<AtomMove>& moves, const std::vector<std::vector<MovedAtom>>& moved,
+               SurfaceSlab& slab) {
     std::vector<gemmi::Vec3> sum(slab.atoms.size());
-    for (const AtomMove& move : relaxation.moves) {
-        const std::vector<gemmi::Vec3> one = Displacements(move, Selected(move, unitCell, slab), slab);
+    for (std::size_t move = 0; move < moves.size(); ++move) {
+        const std::vector<gemmi::Vec3> one = Displacements(moves[move], moved[move], slab.atoms.size());
         for (std::size_t i = 0; i < sum.size(); ++i) sum[i] += one[i];
     }
     for (std::size_t i = 0; i < sum.size(); ++i) slab.atoms[i].position += sum[i];

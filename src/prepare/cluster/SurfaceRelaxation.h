@@ -1,5 +1,9 @@
 #pragma once
 
+#include <cstddef>
+#include <gemmi/math.hpp>
+#include <vector>
+
 #include "prepare/cluster/SurfaceSlab.h"
 #include "prepare/cluster/SurfaceStructure.h"
 
@@ -12,8 +16,21 @@ int LayersIn(const Relaxation& relaxation);
 /// the slab does not have, and for layers that would come to lie on each other.
 void RelaxLayers(const Relaxation& relaxation, SurfaceSlab& slab);
 
-/// Moves single atoms and those equal to them by the plane group of the slab as it is. Throws ZfError for a
-/// selection that matches nothing and a move that the symmetry of its atom does not allow.
-void MoveAtoms(const Relaxation& relaxation, const SurfaceLattice& unitCell, SurfaceSlab& slab);
+/// An atom that a move takes along, with what turns the move into its own.
+struct MovedAtom {
+    std::size_t atom = 0;  ///< index in the slab
+    gemmi::Mat33 turn;
+};
+
+/// The atoms of a move: that which it names and those equal to it by the plane group of the slab as it is. An
+/// atom on a symmetry element is there with each turn that keeps it. Throws ZfError for a selection that
+/// matches nothing.
+std::vector<MovedAtom> FindMoved(const AtomMove& move, const SurfaceLattice& unitCell,
+                                 const SurfaceSlab& slab);
+
+/// Displaces the atoms of all moves, `moved` for each. Throws ZfError for a move that the symmetry of its
+/// atom does not allow.
+void MoveAtoms(const std::vector<AtomMove>& moves, const std::vector<std::vector<MovedAtom>>& moved,
+               SurfaceSlab& slab);
 
 }  // namespace qvre

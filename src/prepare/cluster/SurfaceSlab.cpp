@@ -73,12 +73,12 @@ std::array<int, 2> Bezout(int a, int b) {
     return factors;
 }
 
-/// A translation of the crystal from the surface to that one period above.
-gemmi::Vec3 StepUp(const CrystalCell& cell, const std::array<int, 3>& hkl, const SurfaceFrame& frame) {
+/// A translation of the crystal from the surface to that one period above, in fractions.
+gemmi::Vec3 StepUp(const std::array<int, 3>& hkl) {
     const auto [u, v] = Bezout(hkl[0], hkl[1]);
     const int inner = hkl[0] * u + hkl[1] * v;
     const auto [s, t] = Bezout(inner, hkl[2]);
-    return frame.rotation.multiply(cell.axes.multiply(gemmi::Vec3(u * s, v * s, t)));
+    return {static_cast<double>(u * s), static_cast<double>(v * s), static_cast<double>(t)};
 }
 
 gemmi::Vec3 Fractions(const gemmi::Vec3& v, const SurfaceLattice& lattice) {
@@ -86,11 +86,11 @@ gemmi::Vec3 Fractions(const gemmi::Vec3& v, const SurfaceLattice& lattice) {
     return {Cross(v, lattice[1]) / area, Cross(lattice[0], v) / area, 0.0};
 }
 
-/// Moves a place into the cell at the origin; what is on its edge is at 0.
-gemmi::Vec3 Inside(const gemmi::Vec3& v, const SurfaceLattice& lattice) {
+/// The cell in which a place lies; what is on the edge of two belongs to the upper one.
+std::array<double, 2> CellOfPlace(const gemmi::Vec3& v, const SurfaceLattice& lattice) {
     constexpr double kEdge = 1e-6;
     const gemmi::Vec3 f = Fractions(v, lattice);
-    return v - lattice[0] * std::floor(f.x + kEdge) - lattice[1] * std::floor(f.y + kEdge);
+    return {std::floor(f.x + kEdge), std::floor(f.y + kEdge)};
 }
 
 }  // namespace
@@ -126,18 +126,23 @@ SurfaceLattice LatticeOfSurface(const CrystalCell& cell, const SurfaceFrame& fra
     throw ZfError("The cell of this surface is too large to build on: give lower Miller indices");
 }
 
-SurfaceSlab SlabBelow(const CrystalCell& cell, const std::array<int, 3>& hkl, const SurfaceFrame& frame,
-                      const Termination& termination, double depth_angstrom, int leastLayers) {
+SlabSites SitesBelow(const CrystalCell& cell, const std::array<int, 3>& hkl, const SurfaceFrame& frame,
+                     const Termination& termination, double depth_angstrom, int leastLayers) {
     const int divisor = std::gcd(std::gcd(hkl[0], hkl[1]), hkl[2]);
-    const gemmi::Vec3 up = StepUp(cell, {hkl[0] / divisor, hkl[1] / divisor, hkl[2] / divisor}, frame);
+    const gemmi::Vec3 up = StepUp({hkl[0] / divisor, hkl[1] / divisor, hkl[2] / divisor});
     const std::size_t count = frame.planes.size();
     const auto periods =
         static_cast<std::size_t>(depth_angstrom / frame.period) + static_cast<std::size_t>(leastLayers) + 3;
     const std::size_t topmost = termination.topmost % count + periods * count;
     const bool endsBelow = frame.GapAbove(topmost) > kVacuum_angstrom;
+    const SurfaceLattice lattice = LatticeOfSurface(cell, frame);
+    const gemmi::Mat33 toFractions = cell.Reciprocal().multiply(frame.rotation.transpose());
+    SlabSites sites;
+    sites.lattice = {toFractions.multiply(lattice[0]), toFractions.multiply(lattice[1])};
 
-    SurfaceSlab slab;
-    slab.lattice = LatticeOfSurface(cell, frame);
+    SurfaceSlab slab;  // as far as the planes above reach
+    slab.lattice = lattice;
+    std::optional<gemmi::Vec3> origin;
     int layer = 1;
     for (std::size_t plane = topmost; plane > 0; --plane) {
         const double height = frame.HeightOf(plane) - frame.HeightOf(topmost);
@@ -149,23 +154,48 @@ SurfaceSlab SlabBelow(const CrystalCell& cell, const std::array<int, 3>& hkl, co
         const std::size_t first = slab.atoms.size();
         for (const std::size_t index : frame.planes[plane % count].atoms) {
             const CellAtom& atom = cell.atoms[index];
-            gemmi::Vec3 p = frame.rotation.multiply(cell.Position(atom));
-            p = p + up * std::round((frame.HeightOf(plane) - p.z) / frame.period);
-            p.z -= frame.HeightOf(topmost);
+            const double below = frame.HeightOf(plane) - frame.rotation.multiply(cell.Position(atom)).z;
+            gemmi::Vec3 offset = up * std::round(below / frame.period);
+            const gemmi::Vec3 p = frame.rotation.multiply(cell.axes.multiply(atom.fractional + offset));
             const auto isKnown = [&](const SlabAtom& known) {
                 const gemmi::Vec3 apart = p - known.position;
                 return known.element == atom.element &&
                        slab.Shortest({apart.x, apart.y, 0.0}).length() < kSamePlane_angstrom;
             };
-            if (std::none_of(slab.atoms.begin() + static_cast<std::ptrdiff_t>(first), slab.atoms.end(),
-                             isKnown))
-                slab.atoms.push_back({atom.element, p, atom.Uiso_angstrom2, layer});
+            if (std::any_of(slab.atoms.begin() + static_cast<std::ptrdiff_t>(first), slab.atoms.end(),
+                            isKnown))
+                continue;
+            if (!origin) origin = p;
+            const auto [i, j] = CellOfPlace(p - *origin, lattice);
+            offset = offset - sites.lattice[0] * i - sites.lattice[1] * j;
+            slab.atoms.push_back({atom.element, p, 0.0, layer});
+            sites.atoms.push_back({index, offset, layer});
         }
     }
-    gemmi::Vec3 origin = slab.atoms.front().position;
-    origin.z = 0.0;
-    for (SlabAtom& atom : slab.atoms) atom.position = Inside(atom.position - origin, slab.lattice);
+    return sites;
+}
+
+SurfaceSlab SlabOf(const CrystalCell& cell, const std::array<int, 3>& hkl, const SlabSites& sites) {
+    const gemmi::Mat33 toFrame = SurfaceFrame(cell, hkl).rotation.multiply(cell.axes);
+    const auto fractions = [&](const SlabSite& atom) {
+        return cell.atoms[atom.site].fractional + atom.offset;
+    };
+    SurfaceSlab slab;
+    for (std::size_t i = 0; i < 2; ++i) {
+        slab.lattice.at(i) = toFrame.multiply(sites.lattice.at(i));
+        slab.lattice.at(i).z = 0.0;
+    }
+    for (const SlabSite& atom : sites.atoms) {
+        const CellAtom& same = cell.atoms[atom.site];
+        const gemmi::Vec3 p = toFrame.multiply(fractions(atom) - fractions(sites.atoms.front()));
+        slab.atoms.push_back({same.element, p, same.Uiso_angstrom2, atom.layer});
+    }
     return slab;
+}
+
+SurfaceSlab SlabBelow(const CrystalCell& cell, const std::array<int, 3>& hkl, const SurfaceFrame& frame,
+                      const Termination& termination, double depth_angstrom, int leastLayers) {
+    return SlabOf(cell, hkl, SitesBelow(cell, hkl, frame, termination, depth_angstrom, leastLayers));
 }
 
 SurfaceSlab Repeated(const SurfaceSlab& slab, const Superstructure& superstructure) {

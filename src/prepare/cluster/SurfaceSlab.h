@@ -38,8 +38,29 @@ struct SurfaceSlab {
 /// ZfError for surfaces of very high indices.
 SurfaceLattice LatticeOfSurface(const CrystalCell& cell, const SurfaceFrame& frame);
 
+/// One atom of a slab as a site of the crystal's cell.
+struct SlabSite {
+    std::size_t site = 0;  ///< index in the cell
+    gemmi::Vec3 offset;    ///< translation of the crystal, in fractions
+    int layer = 1;         ///< from 1, the topmost
+};
+
+/// Which atoms of a crystal a slab has and which translations, whatever its lengths and coordinates are.
+struct SlabSites {
+    std::array<gemmi::Vec3, 2> lattice;  ///< in fractions
+    std::vector<SlabSite> atoms;         ///< from above
+};
+
 /// The layers of a crystal below a termination, down to a depth (angstrom) and at least so many; all of a
 /// cell with a vacuum.
+SlabSites SitesBelow(const CrystalCell& cell, const std::array<int, 3>& hkl, const SurfaceFrame& frame,
+                     const Termination& termination, double depth_angstrom, int leastLayers);
+
+/// The slab of these sites in a crystal, which may have other lengths and coordinates than that in which they
+/// were found.
+SurfaceSlab SlabOf(const CrystalCell& cell, const std::array<int, 3>& hkl, const SlabSites& sites);
+
+/// Both at once.
 SurfaceSlab SlabBelow(const CrystalCell& cell, const std::array<int, 3>& hkl, const SurfaceFrame& frame,
                       const Termination& termination, double depth_angstrom, int leastLayers);
 

@@ -40,6 +40,11 @@ SurfaceStructure With(const std::string& adsorbate) {
     return structure;
 }
 
+ClusterRequest Having(ClusterRequest request, const SurfaceStructure& structure) {
+    request.structure = structure;
+    return request;
+}
+
 using Place = std::tuple<std::string, long, long, long>;
 
 /// The atoms in steps of 0.001 angstrom, in any order.
@@ -88,7 +93,7 @@ std::multimap<double, std::string, std::greater<>> Around(const Structure& struc
 TEST(SurfaceBuilding, EqualsSlabsMadeByHand) {
     ClusterRequest request = Substrate("fcc", {3.524}, {0, 0, 1});
     request.emitter = "O";
-    const MadeCluster oxygen = MakeCluster(OnBuiltSurface(request, With("O,hollow,0.8,c(2x2)")));
+    const MadeCluster oxygen = MakeCluster(Having(request, With("O,hollow,0.8,c(2x2)")));
     EXPECT_EQ(PlacesOf(oxygen.cluster.structures.at(0)),
               PlacesOf(Example("o_ni001.cell", "O", 0.1).cluster.structures.at(0)));
     EXPECT_NE(oxygen.structures.at(0).title.find("c(2x2)-O/Ni(001)"), std::string::npos);
@@ -101,7 +106,7 @@ TEST(SurfaceBuilding, EqualsSlabsMadeByHand) {
     structure.adsorbates[0].atoms =
         ParseXyzMolecule("2\nCO\nC 0.5 0 0\nO 0.5 0 1.14\n");  // wherever the file has it
     const Cluster byHand = Example("co_cu110.cell", "C", 1.2).cluster;
-    const Cluster built = MakeCluster(OnBuiltSurface(request, structure)).cluster;
+    const Cluster built = MakeCluster(Having(request, structure)).cluster;
     ASSERT_EQ(built.structures.size(), byHand.structures.size());
     // The cell made by hand has rounded lengths: 1.278 and 2.556 in place of a/sqrt(8) and a/sqrt(2).
     const auto here = Around(built.structures.at(0), 5.0);
@@ -120,14 +125,14 @@ TEST(SurfaceBuilding, RelaxesLayers) {
     AddSpacing("d12", ParseLayerSpacing("-3 percent"), structure.relaxation);
     AddSpacing("d23", ParseLayerSpacing("1.85 angstrom"), structure.relaxation);
     request.depth_angstrom = 4.0;
-    const MadeCluster made = MakeCluster(OnBuiltSurface(request, structure));
+    const MadeCluster made = MakeCluster(Having(request, structure));
     ASSERT_EQ(made.structures.size(), 3U);
     EXPECT_NEAR(made.structures[1].surface_angstrom, 0.97 * d, 1e-9);
     EXPECT_NEAR(made.structures[2].surface_angstrom, 0.97 * d + 1.85, 1e-9);
     EXPECT_NEAR(made.structures[0].shells[0].distance_angstrom, std::hypot(0.97 * d, 3.61 / 2.0), 1e-9);
     EXPECT_EQ(made.structures[0].symmetry.Name(), "4mm");
     // Layers without a word keep the bulk's place, also sidewards.
-    EXPECT_NEAR(MakeCluster(OnBuiltSurface(request, {})).structures[1].surface_angstrom, d, 1e-9);
+    EXPECT_NEAR(MakeCluster(Having(request, {})).structures[1].surface_angstrom, d, 1e-9);
 }
 
 // A slab that is built and not changed is the crystal, whatever its cell, surface and termination.
@@ -154,7 +159,7 @@ TEST(SurfaceBuilding, LeavesTheBulkAsItIs) {
         request.size_angstrom = 9.0;
         request.azimuth_deg = 17.0;
         const MadeCluster plain = MakeCluster(request);
-        const MadeCluster built = MakeCluster(OnBuiltSurface(request, structure));
+        const MadeCluster built = MakeCluster(Having(request, structure));
         const auto places = [](const MadeCluster& made) {
             std::vector<std::vector<Place>> all;
             for (const Structure& one : made.cluster.structures) all.push_back(PlacesOf(one));
@@ -172,7 +177,7 @@ TEST(SurfaceBuilding, RumplesByElementAndShiftsSidewards) {
     SurfaceStructure structure;
     structure.relaxation.rumple_angstrom = {{{"O", 0.05}}};
     structure.relaxation.lateral_angstrom = {{0.1, 0.0}};
-    const Structure cluster = MakeCluster(OnBuiltSurface(request, structure)).cluster.structures.at(0);
+    const Structure cluster = MakeCluster(Having(request, structure)).cluster.structures.at(0);
     const auto around = Around(cluster, 2.3);
     ASSERT_EQ(around.size(), 5U);
     EXPECT_NEAR(around.begin()->first, -0.05, 1e-9);
@@ -245,7 +250,7 @@ TEST(SurfaceDomains, AreThoseOfTheSubstrate) {
         structure.takesAllDomains = true;
         std::vector<std::pair<long, bool>> found;
         for (const ClusterDomain& domain :
-             OnBuiltSurface(Substrate("fcc", {3.524}, surface), structure).domains)
+             OnBuiltSurface(Having(Substrate("fcc", {3.524}, surface), structure)).domains)
             found.emplace_back(std::lround(domain.turn_deg), domain.isMirrored);
         return found;
     };
@@ -266,7 +271,7 @@ TEST(SurfaceDomains, KeepTheSubstrateInPlace) {
     SurfaceStructure structure = With("O,fcc,1.1,3 1 -1 2");
     structure.takesAllDomains = true;
     structure.domainWeights = {3.0, 1.0};
-    const MadeCluster made = MakeCluster(OnBuiltSurface(request, structure));
+    const MadeCluster made = MakeCluster(Having(request, structure));
     ASSERT_EQ(made.cluster.structures.size(), 2U);
     EXPECT_EQ(SharesOf(made)[0].weight, 3.0 * SharesOf(made)[1].weight);
     std::vector<std::vector<Place>> nickel;
@@ -287,14 +292,12 @@ TEST(SurfaceBuilding, MovesEqualAtomsTogether) {
     AtomMove move;
     move.by = gemmi::Vec3(0.0, 0.0, 0.1);
     structure.relaxation.moves = {move};
-    const auto neighbours =
-        Around(MakeCluster(OnBuiltSurface(request, structure)).cluster.structures[0], 2.1);
+    const auto neighbours = Around(MakeCluster(Having(request, structure)).cluster.structures[0], 2.1);
     ASSERT_EQ(neighbours.size(), 4U);  // all four around the oxygen atom
     for (const auto& [height, element] : neighbours) EXPECT_NEAR(height, -0.7, 1e-9);
     structure.relaxation.moves[0].keepsSymmetry = false;
-    EXPECT_NEAR(
-        Around(MakeCluster(OnBuiltSurface(request, structure)).cluster.structures[0], 2.1).rbegin()->first,
-        -0.8, 1e-9);
+    EXPECT_NEAR(Around(MakeCluster(Having(request, structure)).cluster.structures[0], 2.1).rbegin()->first,
+                -0.8, 1e-9);
 }
 
 TEST(SurfaceBuilding, RefusesWhatDoesNotFit) {
@@ -302,7 +305,7 @@ TEST(SurfaceBuilding, RefusesWhatDoesNotFit) {
     const auto failure = [&](const std::function<void(SurfaceStructure&)>& change) {
         SurfaceStructure structure = With("O,hollow,0.8,c(2x2)");
         change(structure);
-        return ErrorText([&] { OnBuiltSurface(request, structure); });
+        return ErrorText([&] { OnBuiltSurface(Having(request, structure)); });
     };
     EXPECT_EQ(failure([](SurfaceStructure& s) { s.adsorbates[0] = Parsed("O,top,0.2"); }),
               "O of the adsorbates and Ni in layer 1 collide: they are 0.200 angstrom apart");
