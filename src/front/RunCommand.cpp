@@ -2,7 +2,9 @@
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <vector>
 
+#include "foundation/ZfError.h"
 #include "front/Commands.h"
 #include "recipe/RecipePlan.h"
 #include "run/CarryOut.h"
@@ -23,11 +25,21 @@ constexpr const char* kExamples =
 struct RunOptions {
     std::string recipe;
     RecipeOptions plan;
-    bool repeatsAll = false;  // the steps that are done too
+    std::vector<std::string> values;  // of parameters, "d12=1.77"
+    bool repeatsAll = false;          // the steps that are done too
 };
+
+/// "d12=1.77", in the unit of the parameter.
+void AddValue(const std::string& text, NamedValues& values) {
+    const std::size_t sign = text.find('=');
+    if (sign == std::string::npos)
+        throw ZfError("--set: \"" + text + "\" is no value of a parameter, such as d12=1.77");
+    values[text.substr(0, sign)] = ParseQuantity(text.substr(sign + 1), RecipeUnit::kNone);
+}
 
 void Run(const RunOptions& options) {
     RecipeOptions plan = options.plan;
+    for (const std::string& value : options.values) AddValue(value, plan.parameters);
     if (plan.folder.empty()) plan.folder = std::filesystem::path(options.recipe).stem().string() + "-results";
     CarryOut(PlanRecipe(options.recipe, plan), options.repeatsAll);
 }
@@ -50,6 +62,11 @@ void AddRunCommand(CLI::App& program) {
         ->add_option("--data", options->plan.dataSet,
                      "Name of the data set to calculate, of a recipe that has several")
         ->type_name("NAME");
+    command
+        ->add_option("--set", options->values,
+                     "Value of a parameter, in its unit, in place of that in the recipe: d12=1.77")
+        ->allow_extra_args(false)
+        ->type_name("NAME=VALUE");
     command->add_flag("--repeat", options->repeatsAll, "Repeat the steps that are done too");
     command->footer(kExamples);
     command->callback([options] { Run(*options); });

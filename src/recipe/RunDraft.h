@@ -6,7 +6,7 @@
 
 #include "recipe/RecipeCases.h"
 #include "recipe/RecipeFolder.h"
-#include "recipe/RecipePlan.h"
+#include "recipe/RecipeOptions.h"
 #include "run/RunPlan.h"
 #include "scattering/ZfScatteringData.h"
 
