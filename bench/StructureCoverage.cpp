@@ -30,7 +30,7 @@ elements = ["Cu"]
 lattice = "3.61 angstrom"
 surface = [0, 0, 1]
 emitter-layer = 3
-atoms = 45
+atoms = 28
 [cluster.relax]
 d12 = "d12"
 d23 = "d23"
@@ -38,6 +38,8 @@ d23 = "d23"
 level = "3s"
 kinetic = "300 eV"
 polarisation = [0, 0, 1]
+[phases]
+zero = "-6 eV"
 [thermal]
 temperature = "100 K"
 [scattering]

@@ -99,10 +99,15 @@ std::string ExpectedText(const FitPlan& plan, double seconds) {
 FitStop CarryOutFit(const FitOptions& options) {
     const InterruptRequest interrupts;
     FitPlan plan = PlanFit(options.recipe, options.choices);
+    std::vector<std::unique_ptr<FitDataSet>> sets;
+    if (!options.simulates) sets = MakeDataSets(plan);  // before there is a folder
     ResultFolder folder(options.folder);
     FitPoint truth;
-    if (options.simulates) truth = SimulateMeasurements(plan, plan.fit.seed, options.folder);
-    StructureObjective objective(plan.space, MakeDataSets(plan));
+    if (options.simulates) {
+        truth = SimulateMeasurements(plan, plan.fit.seed, options.folder);
+        sets = MakeDataSets(plan);
+    }
+    StructureObjective objective(plan.space, std::move(sets));
     TakeProblem(plan, folder, options.repeatsAll);
     RunLog log(folder.Path("fit.log"));
     log.Line(fmt::format("qvre {}: {}", QVRE_VERSION, plan.title));

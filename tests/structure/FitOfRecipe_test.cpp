@@ -1,0 +1,219 @@
+#include <gtest/gtest.h>
+#include <omp.h>
+
+#include <filesystem>
+
+#include "ErrorText.h"
+#include "TempFolder.h"
+#include "recipe/RecipePlan.h"
+#include "report/compare/PatternComparison.h"
+#include "run/CarryOut.h"
+#include "structure/CarryOutFit.h"
+#include "structure/FitFiles.h"
+#include "structure/SimulatedMeasurement.h"
+#include "structure/StructureFit.h"
+
+using namespace qvre;
+
+namespace {
+
+const std::string kCopper =
+    "[cluster]\npreset = \"Cu\"\nemitter-layer = 2\natoms = 20\n"
+    "[cluster.relax]\nd12 = \"d\"\n"
+    "[phases]\nzero = -6\n"
+    "[image]\nresolution = 5\n";
+
+const std::string kParameter =
+    "[parameters]\nd = { start = 1.75, lower = 1.4, upper = 2.2, unit = \"angstrom\" }\n";
+
+const std::string kEmission = "[emission]\nlevel = \"3s\"\nkinetic = 150\n";
+
+const std::string kSimulation =
+    "[fit.simulate]\nrotation = 20\nphi = [0, 100]\nstep = 6\ncounts = 5000\n[fit.simulate.shake]\nd = "
+    "0.15\n";
+
+class FitOfRecipe : public testing::Test {
+protected:
+    std::string Recipe(const std::string& text) const { return folder_.Write("r.toml", text); }
+
+    FitOptions Options(const std::string& recipe, const std::string& results) const {
+        FitOptions options;
+        options.recipe = recipe;
+        options.folder = folder_.Path(results);
+        options.simulates = true;
+        return options;
+    }
+
+    /// The evaluations without their times.
+    std::string Evaluations(const std::string& results) const {
+        std::string text;
+        std::istringstream lines(folder_.Read(results + "/" + fit_files::kEvaluations));
+        for (std::string line; std::getline(lines, line);)
+            text += line.substr(0, line.find_last_of(',', line.find_last_of(',') - 1)) + "\n";
+        return text;
+    }
+
+    /// Directions with counts that no pattern has, to compare with.
+    std::string Measured() const {
+        std::string text = "theta,phi,intensity\n";
+        for (int theta = 10; theta <= 60; theta += 5)
+            for (int phi = 0; phi < 120; phi += 7)
+                text += std::to_string(theta) + "," + std::to_string(phi) + "," +
+                        std::to_string(1000 + (theta * phi) % 97) + "\n";
+        return folder_.Write("measured.csv", text);
+    }
+
+    TempFolder folder_;
+};
+
+// The calculation in memory against that of a run, by files.
+TEST_F(FitOfRecipe, AnEvaluationIsWhatARunCalculates) {
+    Measured();
+    const std::string compare = "[compare]\nmeasured = \"measured.csv\"\nrotate = true\n";
+    const std::string cases[] = {
+        kEmission + "[scattering]\nmethod = \"FULL\"\n[thermal]\ntemperature = 500\n",
+        kEmission + "[scattering]\nmethod = \"MULTI\"\n[thermal]\ntemperature = [300, 900]\n",
+        "[emission]\nlevel = \"2p\"\nphoton = \"1100 eV\"\nunpolarised-along = [1, 0, -1]\n"
+        "[light]\nframe = \"analyser\"\n[scattering]\nmethod = \"SINGLE\"\n",
+        "[emission]\nisotropic = true\nkinetic = 150\n[scattering]\nmethod = \"FULL\"\n",
+    };
+    for (const std::string& one : cases) {
+        std::string text = kParameter + kCopper + one + compare;
+        const bool hasLosses = one.find("MULTI") == std::string::npos;
+        if (hasLosses) text.replace(text.find("resolution"), 0, "imfp = \"8 angstrom\"\n");
+        const std::string recipe = Recipe(text);
+        const FitPlan plan = PlanFit(recipe, {});
+        StructureObjective objective(plan.space, MakeDataSets(plan));
+        const NamedValues values = {{"d", 1.75}};
+        const FittedData fitted = objective.DataSets().front()->Fitted(values);
+
+        std::filesystem::remove_all(folder_.Path("run"));
+        const RunPlan run = PlanRecipe(recipe, {folder_.Path("run"), {}, values});
+        CarryOut(run, false);
+        CompareRequest request = run.comparison.request;
+        request.second.image = folder_.Path("run/" + run.results.front().image);
+        const CompareResult compared = ComparePatterns(request);
+        // The files keep the atoms with few digits and the images as numbers of single precision.
+        EXPECT_NEAR(fitted.r, compared.agreement.scaledR, 2e-5 * compared.agreement.scaledR) << one;
+        EXPECT_NEAR(fitted.compared.setting.rotation, compared.setting.rotation, 0.02);
+    }
+}
+
+TEST_F(FitOfRecipe, RecoversWhatWasPutIn) {
+    const std::string recipe = Recipe("title = \"copper\"\n" + kParameter + kCopper + kEmission +
+                                      "[compare]\nrotate = true\n[fit.derived]\nhalf = \"d/2\"\n" +
+                                      kSimulation + "[fit.simulate.truth]\nd = 1.71\n");
+    testing::internal::CaptureStdout();
+    EXPECT_TRUE(IsConverged(CarryOutFit(Options(recipe, "fit"))));
+    const std::string told = testing::internal::GetCapturedStdout();
+    EXPECT_NE(told.find("qvre 0.1.0: copper\n"), std::string::npos) << told;
+    EXPECT_NE(told.find("\nd = 1.7"), std::string::npos) << told;
+    EXPECT_NE(told.find("d: put in 1.71, begun at "), std::string::npos) << told;
+    EXPECT_NE(told.find(", within the R level\n"), std::string::npos) << told;
+
+    FitPlan plan = PlanFit(recipe, {});
+    const FitPoint truth = SimulateMeasurements(plan, 5, folder_.Path("fit"));
+    EXPECT_NEAR(std::abs(plan.space.parameters[0].start - truth[0]), 0.15, 1e-12);
+    StructureObjective objective(plan.space, MakeDataSets(plan));
+    EvaluationTable table(folder_.Path("evaluations.csv"), plan.space, {"data"});
+    StructureFit fit(plan, objective, table);
+    const FitReport report = fit.Run();
+    ASSERT_TRUE(report.noise && report.noise->sigma[0]);
+    EXPECT_LT(std::abs(report.best.point[0] - 1.71), 4.0 * *report.noise->sigma[0]);
+    EXPECT_LT(*report.noise->sigma[0], 0.01);
+    // The sigmas are those of the counts: the misfit is what noise leaves.
+    EXPECT_NEAR(report.noise->chiSquared / report.noise->degreesOfFreedom, 1.0, 0.25);
+    EXPECT_NEAR(
+        std::remainder(objective.DataSets().front()->Fitted({{"d", 1.71}}).compared.setting.rotation - 20.0,
+                       90.0),
+        0.0, 0.3);
+}
+
+TEST_F(FitOfRecipe, GoesOnWhereItWasStoppedAndRefusesAnotherProblem) {
+    const std::string text = kParameter + kCopper + kEmission +
+                             "[compare]\nrotate = true\n[fit]\nsearch = \"global\"\nminima = 1\nerrors = false\n" + kSimulation;
+    FitOptions options = Options(Recipe(text), "fit");
+    options.choices.evaluations = 12;
+    options.choices.seed = 3;
+    testing::internal::CaptureStdout();
+    CarryOutFit(options);
+    const std::string whole = Evaluations("fit");
+    const std::string json = folder_.Read("fit/fit.json");
+    // As a program leaves it that is killed within the line 9.
+    const std::string table = folder_.Read("fit/evaluations.csv");
+    std::size_t end = 0;
+    for (int line = 0; line < 9; ++line) end = table.find('\n', end) + 1;
+    folder_.Write("fit/evaluations.csv", table.substr(0, end + 5));
+    CarryOutFit(options);
+    EXPECT_EQ(Evaluations("fit"), whole);
+
+    // With other numbers of threads the same to the last bit.
+    const int threads = omp_get_max_threads();
+    omp_set_num_threads(3);
+    options.folder = folder_.Path("again");
+    CarryOutFit(options);
+    omp_set_num_threads(threads);
+    EXPECT_EQ(Evaluations("again"), whole);
+
+    std::string other = text;
+    other.replace(other.find("atoms = 20"), 10, "atoms = 22");
+    Recipe(other);
+    const std::string refusal = ErrorText([&] { CarryOutFit(options); });
+    EXPECT_EQ(
+        refusal,
+        folder_.Path("again") +
+            " has the evaluations of another problem: \"atoms = 20\" became \"atoms = 22\"; name another "
+            "folder with -o, or give --repeat to begin anew");
+    options.repeatsAll = true;
+    CarryOutFit(options);
+    testing::internal::GetCapturedStdout();
+    EXPECT_NE(Evaluations("again"), whole);
+}
+
+TEST_F(FitOfRecipe, ComparesSeveralPatternsByTheirWeights) {
+    Measured();
+    const std::string text = kParameter + kCopper +
+                             "[emission]\nkinetic = 150\n[compare]\nmeasured = \"measured.csv\"\n"
+                             "[[data]]\nname = \"3s\"\nemission = { level = \"3s\" }\n"
+                             "[[data]]\nname = \"2p\"\nweight = 3\nemission = { level = \"2p\" }\ncompare = "
+                             "{ theta = [20, 40] }\n";
+    const FitPlan plan = PlanFit(Recipe(text), {});
+    StructureObjective objective(plan.space, MakeDataSets(plan));
+    ASSERT_EQ(objective.DataSets().size(), 2U);
+    const FitDataSet& s = *objective.DataSets()[0];
+    const FitDataSet& p = *objective.DataSets()[1];
+    EXPECT_EQ(p.Name(), "2p");
+    EXPECT_LT(p.IndependentData(), s.IndependentData());
+    const Evaluation evaluation = objective.Evaluate({{1.8}}).front();
+    ASSERT_EQ(evaluation.failure, "");
+    const double weightS = s.IndependentData();
+    const double weightP = 3.0 * p.IndependentData();
+    EXPECT_NEAR(evaluation.r,
+                (weightS * evaluation.dataSetR[0] + weightP * evaluation.dataSetR[1]) / (weightS + weightP),
+                1e-12);
+    // The misfit of a data set is about N R/0.1, and its weight multiplies it.
+    double misfit = 0.0;
+    for (std::size_t i = 198; i < evaluation.residuals.size(); ++i)
+        misfit += evaluation.residuals[i] * evaluation.residuals[i];
+    EXPECT_NEAR(misfit, weightP * evaluation.dataSetR[1] * (1.0 - evaluation.dataSetR[1] / 2.0) / 0.1,
+                0.01 * misfit);
+
+    EXPECT_EQ(ErrorText([&] { PlanRecipe(folder_.Path("r.toml"), {}); }),
+              folder_.Path("r.toml") + ": the recipe has the data sets 3s, 2p: choose one");
+    EXPECT_EQ(PlanRecipe(folder_.Path("r.toml"), {{}, {}, {}, "2p"}).comparison.request.thetaMax, 40.0);
+}
+
+TEST_F(FitOfRecipe, AStructureThatCannotBeIsPassedOver) {
+    Measured();
+    std::string text = kParameter + kCopper + kEmission + "[compare]\nmeasured = \"measured.csv\"\n";
+    text.replace(text.find("lower = 1.4"), 11, "lower = -1");
+    const FitPlan plan = PlanFit(Recipe(text), {});
+    StructureObjective objective(plan.space, MakeDataSets(plan));
+    const std::vector<Evaluation> evaluations = objective.Evaluate({{1.7}, {-0.5}, {1.8}});
+    EXPECT_EQ(evaluations[0].failure, "");
+    EXPECT_NE(evaluations[1].failure.find("The spacing d12 would be -0.5 angstrom"), std::string::npos)
+        << evaluations[1].failure;
+    EXPECT_EQ(evaluations[2].failure, "");
+}
+
+}  // namespace
