@@ -49,7 +49,7 @@ resolution = "3 deg"
 [compare]
 rotate = true
 [fit.simulate]
-counts = 3000
+counts = 500
 rotation = 17
 theta = [0, 66]
 phi = [0, 100]
@@ -65,6 +65,8 @@ struct Covered {
     int byNoise = 0;
     int byLevel = 0;
     double noise = 0.0;
+    double pull = 0.0;  ///< deviation in noise errors, and its square
+    double squaredPull = 0.0;
     double width = 0.0;
 };
 
@@ -78,6 +80,9 @@ void Count(const FitReport& report, std::vector<Covered>& covered) {
         one.byNoise += std::abs(report.best.point[i] - one.truth) <= sigma ? 1 : 0;
         one.byLevel += lower <= one.truth && one.truth <= upper ? 1 : 0;
         one.noise += sigma;
+        const double pull = (report.best.point[i] - one.truth) / sigma;
+        one.pull += pull;
+        one.squaredPull += pull * pull;
         one.width += 0.5 * (upper - lower);
     }
 }
@@ -99,10 +104,9 @@ int main(int argumentCount, char** arguments) {
         FitPlan plan = PlanFit(recipe, {});
         const FitPoint truth = SimulateMeasurements(plan, static_cast<std::uint64_t>(seed), folder);
         for (std::size_t i = 0; i < covered.size(); ++i) covered[i].truth = truth[i];
-        StructureObjective objective(plan.space, MakeDataSets(plan));
         std::filesystem::remove(folder + "/evaluations.csv");
         EvaluationTable table(folder + "/evaluations.csv", plan.space, {"data"});
-        StructureFit fit(plan, objective, table);
+        StructureFit fit(plan, table);
         const FitReport report = fit.Run();
         evaluations += report.evaluations;
         independent = report.independentData;
@@ -115,8 +119,9 @@ int main(int argumentCount, char** arguments) {
                seeds, independent, fitted, evaluations / seeds);
     for (const Covered& one : covered)
         fmt::print(
-            "  {}  noise {:.4f} angstrom holds the truth in {:5.1f} % (68.3 expected)  R level {:.4f} in "
-            "{:5.1f} %\n",
-            one.name, one.noise / fitted, 100.0 * one.byNoise / seeds, one.width / fitted,
-            100.0 * one.byLevel / seeds);
+            "  {}  noise {:.4f} angstrom holds the truth in {:5.1f} % (68.3 expected); off by {:.2f}, root "
+            "of "
+            "mean square {:.2f} of it; R level {:.4f} in {:5.1f} %\n",
+            one.name, one.noise / fitted, 100.0 * one.byNoise / seeds, one.pull / fitted,
+            std::sqrt(one.squaredPull / fitted), one.width / fitted, 100.0 * one.byLevel / seeds);
 }

@@ -33,11 +33,14 @@ inline constexpr auto kWords<FitDescent> = std::to_array<Word<FitDescent>>(
     {{"gauss-newton", FitDescent::kGaussNewton}, {"bobyqa", FitDescent::kDerivativeFree}});
 
 /// Whose phase shifts and radial integrals an evaluation takes.
-enum class FitPhases : std::uint8_t { kOfStart, kOfEach };
+enum class FitPhases : std::uint8_t {
+    kKept,  ///< those of the start, and from the first minimum on those of it
+    kEach   ///< its own
+};
 
 template <>
-inline constexpr auto kWords<FitPhases> = std::to_array<Word<FitPhases>>({{"start", FitPhases::kOfStart},
-                                                                          {"each", FitPhases::kOfEach}});
+inline constexpr auto kWords<FitPhases> = std::to_array<Word<FitPhases>>({{"start", FitPhases::kKept},
+                                                                          {"each", FitPhases::kEach}});
 
 /// Whether the calculated modulation is multiplied by the factor that fits best.
 enum class FitAmplitude : std::uint8_t { kFree, kFixed };
@@ -66,7 +69,7 @@ struct RecipeFit {
     std::map<std::string, std::string> derived;  ///< expressions of parameters by their names
     FitSearch search = FitSearch::kLocal;
     FitDescent descent = FitDescent::kGaussNewton;
-    FitPhases phases = FitPhases::kOfStart;
+    FitPhases phases = FitPhases::kKept;
     FitAmplitude amplitude = FitAmplitude::kFree;
     std::uint64_t seed = 1;
     int evaluations = 0;  ///< most of them of the search, errors aside; 0: by the number of parameters

@@ -31,8 +31,6 @@ std::vector<Betterment> BettermentsOf(const FitPlan& plan, const Cluster& cluste
     std::vector<Betterment> all;
     toml::table recipe = ParseRecipe(plan.text, plan.recipePath);
     const bool hasOwnPhases = recipe.at_path("phases.file").is_string();
-    if (plan.fit.phases == FitPhases::kOfStart && !hasOwnPhases)
-        all.push_back({"phase shifts of the best structure", {}});
     constexpr double kLarger = 1.5;
     const std::size_t atoms = LargestStructure(cluster);
     const auto more = static_cast<std::int64_t>(kLarger * static_cast<double>(atoms));

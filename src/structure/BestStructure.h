@@ -7,7 +7,7 @@
 namespace qvre {
 
 /// Completes a report with its best structure, how its patterns compare, and how R changes with larger
-/// clusters, more phase shifts and those of the best structure. What cannot be calculated is left out.
+/// clusters and more phase shifts. What cannot be calculated is left out.
 void DescribeBest(const FitPlan& plan, const StructureObjective& objective, FitReport& report);
 
 }  // namespace qvre

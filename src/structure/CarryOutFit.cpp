@@ -44,9 +44,9 @@ void TakeProblem(const FitPlan& plan, const ResultFolder& folder, bool forgets) 
     WriteWholeFile(path, fmt::format("{}\n", fmt::join(now, "\n")));
 }
 
-std::vector<std::string> NamesOf(const StructureObjective& objective) {
+std::vector<std::string> NamesOf(const FitPlan& plan) {
     std::vector<std::string> names;
-    for (const auto& set : objective.DataSets()) names.push_back(set->Name());
+    for (const RecipeSource& source : plan.sources) names.push_back(NameOfData(source));
     return names;
 }
 
@@ -99,27 +99,23 @@ std::string ExpectedText(const FitPlan& plan, double seconds) {
 FitStop CarryOutFit(const FitOptions& options) {
     const InterruptRequest interrupts;
     FitPlan plan = PlanFit(options.recipe, options.choices);
-    std::vector<std::unique_ptr<FitDataSet>> sets;
-    if (!options.simulates) sets = MakeDataSets(plan);  // before there is a folder
+    if (!options.simulates)
+        MakeDataSets(plan, plan.space.Start());  // what fails, fails before there is a folder
     ResultFolder folder(options.folder);
     FitPoint truth;
-    if (options.simulates) {
-        truth = SimulateMeasurements(plan, plan.fit.seed, options.folder);
-        sets = MakeDataSets(plan);
-    }
-    StructureObjective objective(plan.space, std::move(sets));
+    if (options.simulates) truth = SimulateMeasurements(plan, plan.fit.seed, options.folder);
     TakeProblem(plan, folder, options.repeatsAll);
     RunLog log(folder.Path("fit.log"));
     log.Line(fmt::format("qvre {}: {}", QVRE_VERSION, plan.title));
     log.Note("recipe " + options.recipe + "\n" + plan.text);
-    EvaluationTable table(folder.Path(fit_files::kEvaluations), plan.space, NamesOf(objective));
-    StructureFit fit(plan, objective, table, Follower(log, options.folder));
+    EvaluationTable table(folder.Path(fit_files::kEvaluations), plan.space, NamesOf(plan));
+    StructureFit fit(plan, table, Follower(log, options.folder));
     const Trial& start = fit.EvaluateStart();
     log.Line(fmt::format("start: R {:.4f} with {} data, {:.0f} of them independent", start.evaluation.r,
-                         start.evaluation.residuals.size(), objective.IndependentData()));
+                         start.evaluation.residuals.size(), fit.Objective().IndependentData()));
     log.Line(ExpectedText(plan, start.evaluation.seconds));
     FitReport report = fit.Run();
-    if (report.stop != FitStop::kInterrupted) DescribeBest(plan, objective, report);
+    if (report.stop != FitStop::kInterrupted) DescribeBest(plan, fit.Objective(), report);
     WriteFitReport(report, options.folder);
     log.Line(FitLastLines(report, options.folder));
     if (options.simulates) log.Line(RecoveryText(plan, truth, report));

@@ -8,6 +8,7 @@
 #include "foundation/ZfError.h"
 #include "recipe/RecipeSettings.h"
 #include "report/compare/LeastR.h"
+#include "structure/FreeBackground.h"
 
 namespace qvre {
 
@@ -16,17 +17,6 @@ namespace {
 /// R of a good fit: without measured sigma its misfit is the number of independent data.
 constexpr double kGoodR = 0.1;
 
-/// The factor of b that makes sum w (a - factor b)^2 least.
-double LeastSquaresFactor(const CompareResult& compared) {
-    double ab = 0.0;
-    double bb = 0.0;
-    for (std::size_t i = 0; i < compared.chiA.size(); ++i) {
-        ab += compared.weight[i] * compared.chiA[i] * compared.chiB[i];
-        bb += compared.weight[i] * compared.chiB[i] * compared.chiB[i];
-    }
-    return bb > 0.0 ? std::max(0.0, ab / bb) : 0.0;
-}
-
 /// The part of the sphere that an analyser takes in shows no larger momenta.
 double LimitedMomentum(double lMost, double acceptance_deg) {
     return acceptance_deg > 0.0 ? std::min(lMost, 180.0 / (2.0 * acceptance_deg)) : lMost;
@@ -34,9 +24,13 @@ double LimitedMomentum(double lMost, double acceptance_deg) {
 
 }  // namespace
 
+std::string NameOfData(const RecipeSource& source) {
+    return source.dataSet.empty() ? "data" : source.dataSet;
+}
+
 FitDataSet::FitDataSet(const RecipeSource& source, double weight, const RecipeFit& fit)
     : calculation_(source, fit.phases),
-      name_(source.dataSet.empty() ? "data" : source.dataSet),
+      name_(NameOfData(source)),
       weight_(weight),
       isAmplitudeFree_(fit.amplitude == FitAmplitude::kFree) {
     const std::vector<RecipeCase> members = calculation_.Members(source.values);
@@ -52,7 +46,8 @@ FitDataSet::FitDataSet(const RecipeSource& source, double weight, const RecipeFi
         std::min(static_cast<double>(points.theta.size()),
                  IndependentDirections(points.theta, points.phi,
                                        LimitedMomentum(lMost, comparison->Request().instrument.acceptance)));
-    measured_ = ModulationOf(points, comparison->Request().background);
+    background_ = comparison->Request().background;
+    measured_ = ModulationOf(points, background_);
     double unit = measured_.meanWeight;
     hasSigmas_ = !points.sigma.empty();
     if (!hasSigmas_) {
@@ -92,14 +87,26 @@ CompareResult FitDataSet::Compared(const NamedValues& values) const {
 
 DataEvaluation FitDataSet::Evaluate(const NamedValues& values) const {
     const CompareResult compared = Compared(values);
-    const double factor = isAmplitudeFree_ ? LeastSquaresFactor(compared) : 1.0;
+    const Eigen::Index count = std::ssize(compared.chiA);
+    Eigen::VectorXd root(count);
+    for (Eigen::Index k = 0; k < count; ++k)
+        root[k] = std::sqrt(weight_ / variance_[compared.number[static_cast<std::size_t>(k)]]);
+    const FreeBackground background(compared.theta, compared.chiA, root, background_);
+    using List = Eigen::Map<const Eigen::ArrayXd>;
+    const Eigen::VectorXd a = background.WithoutIt(root.array() * List(compared.chiA.data(), count));
+    const Eigen::VectorXd b = background.WithoutIt(root.array() * List(compared.chiB.data(), count));
+    const double factor = !isAmplitudeFree_       ? 1.0
+                          : b.squaredNorm() > 0.0 ? std::max(0.0, a.dot(b) / b.squaredNorm())
+                                                  : 0.0;
+    const Eigen::VectorXd difference = factor * b - a;
+
     DataEvaluation evaluation;
     evaluation.r = isAmplitudeFree_ ? compared.agreement.scaledR : compared.agreement.R;
-    evaluation.residuals = measured_.chi;  // of directions that are left out, which is not to pay
-    for (std::size_t k = 0; k < compared.chiA.size(); ++k)
-        evaluation.residuals[compared.number[k]] = factor * compared.chiB[k] - compared.chiA[k];
-    for (std::size_t i = 0; i < variance_.size(); ++i)
-        evaluation.residuals[i] *= std::sqrt(weight_ / variance_[i]);
+    for (std::size_t i = 0; i < variance_.size();
+         ++i)  // of directions that are left out, which is not to pay
+        evaluation.residuals.push_back(measured_.chi[i] * std::sqrt(weight_ / variance_[i]));
+    for (Eigen::Index k = 0; k < count; ++k)
+        evaluation.residuals[compared.number[static_cast<std::size_t>(k)]] = difference[k];
     return evaluation;
 }
 

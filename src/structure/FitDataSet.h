@@ -11,6 +11,9 @@
 
 namespace qvre {
 
+/// The name of the data set of a recipe, "data" for a single one.
+std::string NameOfData(const RecipeSource& source);
+
 /// What one measured pattern says of a structure.
 struct DataEvaluation {
     std::vector<double> residuals;  ///< as Evaluation has them
@@ -52,6 +55,7 @@ private:
     bool isAmplitudeFree_;
     double independentData_ = 0.0;
     bool hasSigmas_ = false;
+    std::optional<BackgroundModel> background_;
     WeightedModulation measured_;   // of all points
     std::vector<double> variance_;  // that weighs their residuals
     mutable LastMade<MeasuredComparison> comparison_;

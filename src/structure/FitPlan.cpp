@@ -125,12 +125,11 @@ FitPlan PlanFit(const std::string& recipePath, const FitChoices& choices) {
     return plan;
 }
 
-std::vector<std::unique_ptr<FitDataSet>> MakeDataSets(const FitPlan& plan) {
+std::vector<std::unique_ptr<FitDataSet>> MakeDataSets(const FitPlan& plan, const FitPoint& at) {
     std::vector<std::unique_ptr<FitDataSet>> sets;
     for (std::size_t i = 0; i < plan.sources.size(); ++i) {
         RecipeSource source = plan.sources[i];
-        for (const FitParameter& parameter : plan.space.parameters)
-            source.values[parameter.name] = parameter.start;
+        for (std::size_t k = 0; k < at.size(); ++k) source.values[plan.space.parameters[k].name] = at[k];
         sets.push_back(std::make_unique<FitDataSet>(std::move(source), plan.weights[i], plan.fit));
     }
     return sets;

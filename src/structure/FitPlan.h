@@ -33,8 +33,8 @@ struct FitPlan {
 /// ZfError, also for parameters on which no pattern depends.
 FitPlan PlanFit(const std::string& recipePath, const FitChoices& choices);
 
-/// The data sets of a plan. Throws ZfError.
-std::vector<std::unique_ptr<FitDataSet>> MakeDataSets(const FitPlan& plan);
+/// The data sets of a plan, with the atoms and phase shifts of the structure at a point. Throws ZfError.
+std::vector<std::unique_ptr<FitDataSet>> MakeDataSets(const FitPlan& plan, const FitPoint& at);
 
 /// Lines of text that are the same for fits that make the same evaluations.
 std::vector<std::string> ProblemText(const FitPlan& plan);

@@ -35,7 +35,7 @@ SeriesCalculation::SeriesCalculation(RecipeSource source, FitPhases phases)
     methodText_ = choice.remark.empty() ? "method " + std::string(WordFor(choice.method)) : choice.remark;
     for (const RecipeCase& one : members)
         models_.push_back(
-            std::make_unique<RecipeModel>(one, place_, choice.method, phases == FitPhases::kOfStart));
+            std::make_unique<RecipeModel>(one, place_, choice.method, phases == FitPhases::kKept));
     const ImageRequest image =
         ReadImageSection(RecipeTable(&members.front().settings, "recipe").Section("image")).request;
     map_ = std::make_unique<MapDirections>(image.map, image.resolution);

@@ -105,7 +105,7 @@ FitPoint SimulateMeasurements(FitPlan& plan, std::uint64_t seed, const std::stri
     for (RecipeSource& source : plan.sources) {
         RecipeSource own = source;
         own.values = values;
-        const SeriesCalculation calculation(own, FitPhases::kOfEach);
+        const SeriesCalculation calculation(own, FitPhases::kEach);
         const std::vector<RecipeCase> members = calculation.Members(values);
         const std::string file =
             std::filesystem::absolute(folder + "/simulated" +

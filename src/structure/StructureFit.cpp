@@ -46,8 +46,7 @@ std::string SearchText(const FitPlan& plan) {
 
 std::string CalculationText(const FitPlan& plan, const StructureObjective& objective) {
     std::string text = objective.DataSets().front()->MethodText();
-    text += plan.fit.phases == FitPhases::kOfStart ? ", phase shifts of the start"
-                                                   : ", phase shifts of each structure";
+    text += plan.fit.phases == FitPhases::kKept ? ", phase shifts kept" : ", phase shifts of each structure";
     text += plan.fit.amplitude == FitAmplitude::kFree ? ", amplitude of the modulation free"
                                                       : ", amplitude of the modulation as calculated";
     return text;
@@ -67,14 +66,13 @@ FitReport EmptyReport(const FitPlan& plan, const StructureObjective& objective) 
 
 }  // namespace
 
-StructureFit::StructureFit(const FitPlan& plan, StructureObjective& objective, EvaluationTable& table,
-                           Follow follow)
+StructureFit::StructureFit(const FitPlan& plan, EvaluationTable& table, Follow follow)
     : plan_(plan),
-      objective_(objective),
+      objective_(std::make_unique<StructureObjective>(plan.space, MakeDataSets(plan, plan.space.Start()))),
       table_(table),
       follow_(std::move(follow)),
       problem_(plan.space, *this, &table),
-      report_(EmptyReport(plan, objective)) {
+      report_(EmptyReport(plan, *objective_)) {
     settings_.mostEvaluations = plan.fit.search == FitSearch::kLocal
                                     ? MostEvaluations(plan.fit, plan.space.parameters.size())
                                     : kMostLocal;
@@ -85,7 +83,7 @@ StructureFit::StructureFit(const FitPlan& plan, StructureObjective& objective, E
 std::vector<Evaluation> StructureFit::Evaluate(const std::vector<FitPoint>& points) {
     constexpr auto kEvery = std::chrono::seconds(1);
     if (std::chrono::steady_clock::now() - told_ >= kEvery) Tell();
-    return objective_.Evaluate(points);
+    return objective_->Evaluate(points);
 }
 
 /// The best evaluation so far stands for the structure that is looked for.
@@ -156,7 +154,8 @@ bool StructureFit::GoDown(const std::vector<FitPoint>& starts) {
             problem_, starts, settings_,
             plan_.fit.descent == FitDescent::kGaussNewton ? FitByGaussNewton : FitWithoutDerivatives);
     }
-    const LocalFit last = Descend(minima_.empty() ? starts.front() : minima_.front().point);
+    const LocalFit last =
+        Descend(starts.size() > 1 && !minima_.empty() ? minima_.front().point : starts.front());
     report_.stop = last.stop;
     report_.detail = last.detail;
     if (last.best.point.empty()) return false;
@@ -166,6 +165,14 @@ bool StructureFit::GoDown(const std::vector<FitPoint>& starts) {
     else
         minima_.front() = last.best;
     return last.stop != FitStop::kInterrupted && last.stop != FitStop::kFailed;
+}
+
+/// Goes on from the minimum with its own phase shifts; the former ones may be those of a start that is far
+/// from it. False when that is the end.
+bool StructureFit::Renew() {
+    if (plan_.fit.phases != FitPhases::kKept) return true;
+    objective_ = std::make_unique<StructureObjective>(plan_.space, MakeDataSets(plan_, report_.best.point));
+    return GoDown({report_.best.point});
 }
 
 /// Both errors of all parameters. False when a profile came upon a better structure, which is the best then.
@@ -192,7 +199,7 @@ FitReport StructureFit::Run() {
     try {
         const std::vector<FitPoint> starts = Starts();
         report_.stop = starts.empty() ? FitStop::kInterrupted : FitStop::kFailed;
-        if (!starts.empty() && GoDown(starts) && plan_.fit.findsErrors)
+        if (!starts.empty() && GoDown(starts) && Renew() && plan_.fit.findsErrors)
             for (int round = 0; round < kMostRounds && !FindErrors(); ++round) continue;
     } catch (const Interruption&) {
         problem_.keepsResiduals = true;

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -20,8 +21,8 @@ public:
     using Follow = std::function<void(const FitReport&)>;
 
     /// Keeps references. `follow` is called between evaluations, every second at the most.
-    StructureFit(const FitPlan& plan, StructureObjective& objective, EvaluationTable& table,
-                 Follow follow = {});
+    /// Throws ZfError as MakeDataSets.
+    StructureFit(const FitPlan& plan, EvaluationTable& table, Follow follow = {});
 
     /// The start, as the first evaluation. Throws ZfError when it cannot be calculated.
     const Trial& EvaluateStart();
@@ -32,17 +33,20 @@ public:
     /// How many evaluations are expected.
     static int Expected(const FitPlan& plan);
 
+    /// As it is now: the phase shifts are those of the last minimum.
+    const StructureObjective& Objective() const { return *objective_; }
+
 private:
     std::vector<Evaluation> Evaluate(const std::vector<FitPoint>& points) override;
     void Tell();
     LocalFit Descend(const FitPoint& start);
     std::vector<FitPoint> Starts();
     bool GoDown(const std::vector<FitPoint>& starts);
+    bool Renew();
     bool FindErrors();
-    FitPoint BestKnown() const;
 
     const FitPlan& plan_;
-    StructureObjective& objective_;
+    std::unique_ptr<StructureObjective> objective_;
     EvaluationTable& table_;
     Follow follow_;
     FitProblem problem_;

@@ -83,7 +83,7 @@ TEST_F(FitOfRecipe, AnEvaluationIsWhatARunCalculates) {
         if (hasLosses) text.replace(text.find("resolution"), 0, "imfp = \"8 angstrom\"\n");
         const std::string recipe = Recipe(text);
         const FitPlan plan = PlanFit(recipe, {});
-        StructureObjective objective(plan.space, MakeDataSets(plan));
+        StructureObjective objective(plan.space, MakeDataSets(plan, plan.space.Start()));
         const NamedValues values = {{"d", 1.75}};
         const FittedData fitted = objective.DataSets().front()->Fitted(values);
 
@@ -114,9 +114,9 @@ TEST_F(FitOfRecipe, RecoversWhatWasPutIn) {
     FitPlan plan = PlanFit(recipe, {});
     const FitPoint truth = SimulateMeasurements(plan, 5, folder_.Path("fit"));
     EXPECT_NEAR(std::abs(plan.space.parameters[0].start - truth[0]), 0.15, 1e-12);
-    StructureObjective objective(plan.space, MakeDataSets(plan));
+    StructureObjective objective(plan.space, MakeDataSets(plan, plan.space.Start()));
     EvaluationTable table(folder_.Path("evaluations.csv"), plan.space, {"data"});
-    StructureFit fit(plan, objective, table);
+    StructureFit fit(plan, table);
     const FitReport report = fit.Run();
     ASSERT_TRUE(report.noise && report.noise->sigma[0]);
     EXPECT_LT(std::abs(report.best.point[0] - 1.71), 4.0 * *report.noise->sigma[0]);
@@ -130,8 +130,9 @@ TEST_F(FitOfRecipe, RecoversWhatWasPutIn) {
 }
 
 TEST_F(FitOfRecipe, GoesOnWhereItWasStoppedAndRefusesAnotherProblem) {
-    const std::string text = kParameter + kCopper + kEmission +
-                             "[compare]\nrotate = true\n[fit]\nsearch = \"global\"\nminima = 1\nerrors = false\n" + kSimulation;
+    const std::string text =
+        kParameter + kCopper + kEmission +
+        "[compare]\nrotate = true\n[fit]\nsearch = \"global\"\nminima = 1\nerrors = false\n" + kSimulation;
     FitOptions options = Options(Recipe(text), "fit");
     options.choices.evaluations = 12;
     options.choices.seed = 3;
@@ -178,7 +179,7 @@ TEST_F(FitOfRecipe, ComparesSeveralPatternsByTheirWeights) {
                              "[[data]]\nname = \"2p\"\nweight = 3\nemission = { level = \"2p\" }\ncompare = "
                              "{ theta = [20, 40] }\n";
     const FitPlan plan = PlanFit(Recipe(text), {});
-    StructureObjective objective(plan.space, MakeDataSets(plan));
+    StructureObjective objective(plan.space, MakeDataSets(plan, plan.space.Start()));
     ASSERT_EQ(objective.DataSets().size(), 2U);
     const FitDataSet& s = *objective.DataSets()[0];
     const FitDataSet& p = *objective.DataSets()[1];
@@ -208,7 +209,7 @@ TEST_F(FitOfRecipe, AStructureThatCannotBeIsPassedOver) {
     std::string text = kParameter + kCopper + kEmission + "[compare]\nmeasured = \"measured.csv\"\n";
     text.replace(text.find("lower = 1.4"), 11, "lower = -1");
     const FitPlan plan = PlanFit(Recipe(text), {});
-    StructureObjective objective(plan.space, MakeDataSets(plan));
+    StructureObjective objective(plan.space, MakeDataSets(plan, plan.space.Start()));
     const std::vector<Evaluation> evaluations = objective.Evaluate({{1.7}, {-0.5}, {1.8}});
     EXPECT_EQ(evaluations[0].failure, "");
     EXPECT_NE(evaluations[1].failure.find("The spacing d12 would be -0.5 angstrom"), std::string::npos)
