@@ -15,6 +15,8 @@ namespace qvre {
 
 namespace {
 
+constexpr double kLargestStep = 0.25;  // of the room: the first points stand to both sides of the start
+
 /// What the library calls: the misfit in the unit cube of those parameters that vary.
 class Callee {
 public:
@@ -109,7 +111,7 @@ LocalFit FitWithoutDerivatives(FitProblem& problem, const FitPoint& start, const
     std::vector<double> steps;
     for (const std::size_t parameter : callee.varied) {
         tolerances.push_back(settings.stepTolerance * problem.space.UnitScale(parameter));
-        steps.push_back(problem.space.UnitScale(parameter));
+        steps.push_back(std::min(problem.space.UnitScale(parameter), kLargestStep));
     }
     nlopt_set_min_objective(search.get(), Callee::Call, &callee);
     nlopt_set_lower_bounds1(search.get(), 0.0);

@@ -123,12 +123,12 @@ std::vector<std::optional<double>> DerivedErrors(const ParameterSpace& space, co
     const std::size_t count = best.size();
     std::vector<std::vector<double>> gradients;
     for (std::size_t i = 0; i < count; ++i) {
-        const double step =
-            kGradientStep * space.UnitScale(i) * (space.parameters[i].upper - space.parameters[i].lower);
+        const FitParameter& of = space.parameters[i];
+        const double step = kGradientStep * space.UnitScale(i) * (of.upper - of.lower);
         FitPoint above = best;
         FitPoint below = best;
-        above[i] += step;
-        below[i] -= step;
+        above[i] = std::min(above[i] + step, of.upper);
+        below[i] = std::max(below[i] - step, of.lower);
         std::vector<double> gradient = space.Derived(above);
         const std::vector<double> values = space.Derived(below);
         for (std::size_t k = 0; k < gradient.size(); ++k)

@@ -29,8 +29,8 @@ struct NoiseErrors {
 /// others.
 NoiseErrors NoiseErrorsAt(FitProblem& problem, const Trial& best, double differenceStep = 1e-3);
 
-/// Standard errors of the derived quantities from the covariance by their gradients; none if it hangs on a
-/// parameter that has none.
+/// Standard errors of the derived quantities from the covariance by their gradients, taken within the bounds;
+/// none if it hangs on a parameter that has none. Throws ZfError as ParameterSpace::Derived.
 std::vector<std::optional<double>> DerivedErrors(const ParameterSpace& space, const FitPoint& best,
                                                  const NoiseErrors& errors);
 

@@ -14,6 +14,10 @@ namespace qvre {
 std::vector<Trial> FitProblem::Evaluate(const std::vector<FitPoint>& points) {
     if (table_ != nullptr) {
         if (auto repeated = table_->Repeat(points, keepsResiduals)) {
+            for (const Trial& trial : *repeated)
+                if (residuals_ == 0 && !trial.evaluation.residuals.empty())
+                    residuals_ =
+                        trial.evaluation.residuals.size() - space.RestraintResiduals(trial.point).size();
             evaluations += static_cast<int>(points.size());
             return *std::move(repeated);
         }

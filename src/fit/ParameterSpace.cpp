@@ -15,6 +15,7 @@ namespace qvre {
 namespace {
 
 constexpr double kScaleOfRange = 0.1;
+constexpr std::size_t kMostQuantities = 1000;  // which bounds how deep derived quantities nest
 
 void CheckParameter(const FitParameter& parameter) {
     const auto refuse = [&](const std::string& reason) {
@@ -44,6 +45,8 @@ ParameterSpace::ParameterSpace(std::vector<FitParameter> fitParameters,
       derived(std::move(derivedQuantities)),
       constants(std::move(knownNumbers)) {
     if (parameters.empty()) throw ZfError("there is no parameter to fit");
+    if (parameters.size() + derived.size() > kMostQuantities)
+        throw ZfError("there are more than 1000 parameters and derived quantities");
     CheckNames();
     for (const FitParameter& parameter : parameters) CheckParameter(parameter);
     Define();

@@ -66,10 +66,9 @@ std::vector<FitPoint> ValleyPoints(const ParameterSpace& space, const std::vecto
             if (j < i) nearestBetter = std::min(nearestBetter, distance);
             if (j > i) distances.push_back(distance);
         }
-        const std::size_t last = std::min(neighbours, distances.size());
         const auto closer = std::count_if(distances.begin(), distances.end(),
                                           [&](double distance) { return distance < nearestBetter; });
-        if (i == 0 || static_cast<std::size_t>(closer) >= last) valleys.push_back(ranked[i]->point);
+        if (i == 0 || static_cast<std::size_t>(closer) >= neighbours) valleys.push_back(ranked[i]->point);
     }
     return valleys;
 }

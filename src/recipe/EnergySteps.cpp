@@ -14,13 +14,20 @@ namespace qvre {
 
 namespace {
 
-/// The values that tell the curves of a case from others: not the energy, nor what is summed.
-std::string CurvesSuffix(const RecipeCase& one, const RecipeEnergies& energies, bool areMembersApart) {
+/// The values that tell the curves of the members from each other: not the energy, nor what is summed.
+std::string MemberSuffix(const RecipeCase& one, const RecipeEnergies& energies, bool areMembersApart) {
     std::string suffix;
     for (const RecipeVariation& variation : one.variations) {
         const bool isEnergy = variation.section == "emission" && variation.key == energies.Key();
-        if (variation.isScanned || (areMembersApart && !isEnergy)) suffix += "_" + variation.label;
+        if (areMembersApart && !variation.isScanned && !isEnergy) suffix += "_" + variation.label;
     }
+    return suffix;
+}
+
+std::string ScannedSuffix(const RecipeCase& one) {
+    std::string suffix;
+    for (const RecipeVariation& variation : one.variations)
+        if (variation.isScanned) suffix += "_" + variation.label;
     return suffix;
 }
 
@@ -39,8 +46,9 @@ RunStep EnergyPoint(const RunDraft& draft, const RecipeEnergies& energies, const
 }
 
 /// The cases stand by energy, those of one energy together.
-void AddEnergyCurves(RunDraft& draft, const RecipeEnergies& energies, const std::string& suffix,
+void AddEnergyCurves(RunDraft& draft, const RecipeEnergies& energies, const std::string& member,
                      const std::vector<const RecipeCase*>& cases, const std::vector<double>& scanned) {
+    const std::string suffix = ScannedSuffix(*cases.front()) + member;
     const std::size_t members = cases.size() / energies.values_eV.size();
     std::vector<EnergyTables> tables;
     std::string key = draft.plan.title + suffix + energies.background.Text();
@@ -54,7 +62,7 @@ void AddEnergyCurves(RunDraft& draft, const RecipeEnergies& energies, const std:
         key += point.key;
         draft.Add(point);
     }
-    EnergyResult result{LabelOf(suffix), "energies" + suffix + ".csv", scanned};
+    EnergyResult result{LabelOf(suffix), "energies" + suffix + ".csv", scanned, LabelOf(member)};
     result.comparison = ReadEnergyCompare(RecipeTable(&cases.front()->settings, "recipe").Section("compare"),
                                           energies, draft.place, draft.measuredFile)
                             .settings;
@@ -72,15 +80,15 @@ void AddEnergyCurves(RunDraft& draft, const RecipeEnergies& energies, const std:
 
 void AddEnergies(RunDraft& draft, const RecipeEnergies& energies, bool areMembersApart,
                  const RecipeGroup& group) {
-    std::vector<std::string> suffixes;
+    std::vector<std::string> members;
     std::map<std::string, std::vector<const RecipeCase*>> cases;
     for (const RecipeCase& one : group.cases) {
-        const std::string suffix = CurvesSuffix(one, energies, areMembersApart);
-        if (!cases.contains(suffix)) suffixes.push_back(suffix);
-        cases[suffix].push_back(&one);
+        const std::string member = MemberSuffix(one, energies, areMembersApart);
+        if (!cases.contains(member)) members.push_back(member);
+        cases[member].push_back(&one);
     }
-    for (const std::string& suffix : suffixes)
-        AddEnergyCurves(draft, energies, suffix, cases[suffix], group.scanned);
+    for (const std::string& member : members)
+        AddEnergyCurves(draft, energies, member, cases[member], group.scanned);
 }
 
 }  // namespace qvre

@@ -22,6 +22,8 @@ RunResult AddImages(RunDraft& draft, const RecipeCase& one) {
     result.kinetic_eV = plan.kinetic_eV;
     result.largestKinetic_eV = plan.kinetic_eV;
     result.imageLabel = LabelOf(suffix);
+    for (const RecipeVariation& variation : one.variations)
+        if (!variation.isScanned) result.member += (result.member.empty() ? "" : "_") + variation.label;
     result.clusters = {std::filesystem::path(plan.scattering.clusterFile).filename().string()};
     const std::string image = draft.InFolder(result.image);
     const std::string directImage = draft.InFolder(result.directImage);

@@ -248,8 +248,8 @@ std::vector<double> ListedValues(RecipeTable& scan, const toml::table& table, st
         scan.Fail("values", "has to be a list of two lists, or give a table [[scan]] for each setting");
     std::vector<double> values;
     for (const toml::node& item : *list) {
-        if (!item.is_number()) scan.Fail("values", "has to be lists of numbers");
-        values.push_back(item.value<double>().value_or(0.0));
+        values.push_back(item.value<double>().value_or(NAN));
+        if (!std::isfinite(values.back())) scan.Fail("values", "has to be lists of numbers");
     }
     return values;
 }
@@ -263,11 +263,15 @@ std::vector<double> ScanValues(RecipeTable& scan, const toml::table& table, std:
     if (!values.empty()) {
         if (from || to || steps) scan.Fail("values", "give either values, or from, to and steps");
         if (values.size() > kMostCases) scan.Fail("values", "are more than 1000");
+        for (auto value = values.begin(); value != values.end(); ++value)
+            if (std::find(values.begin(), value, *value) != value)
+                scan.Fail("values", DoubleToText(*value) + " stands twice in the list");
         return values;
     }
     if (!from || !to || !steps || !(*steps >= 2.0) || *steps > static_cast<double>(kMostCases) ||
         *steps != std::floor(*steps))
         scan.Fail("vary", "give values, or from, to and steps (2 to 1000)");
+    if (*from == *to) scan.Fail("to", "has to differ from the value of from");
     for (double i = 0.0; i < *steps; ++i) values.push_back(*from + (*to - *from) * i / (*steps - 1.0));
     return values;
 }
@@ -280,9 +284,13 @@ RecipeVariation ScannedParameter(RecipeTable& scan, const toml::table& recipe, c
         scan.Fail("vary",
                   "has to name a setting, such as \"thermal.temperature\", or a number of "
                   "[parameters]");
-    scan.Made("vary", [&] { ParameterValues(parameters, {{name, 0.0}}); });
-    for (const RecipeParameter& parameter : parameters)
-        if (parameter.name == name) where.unit = parameter.unit;
+    NamedValues scanned = {{name, 0.0}};
+    for (const RecipeParameter& parameter : parameters) {
+        if (parameter.name != name) continue;
+        where.unit = parameter.unit;
+        scanned[name] = parameter.start;
+    }
+    scan.Made("vary", [&] { ParameterValues(parameters, scanned); });
     where.sections = SectionsOfParameter(recipe, name, folder);
     for (const std::string& section : where.sections)
         if (std::find(kScannedSections.begin(), kScannedSections.end(), section) == kScannedSections.end())

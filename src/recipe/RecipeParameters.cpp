@@ -24,6 +24,8 @@ namespace {
 
 constexpr const char* kParameters = "parameters";
 
+constexpr std::size_t kMostParameters = 1000;  // which bounds how deep expressions of others nest
+
 /// Names in these sections are no use of a parameter: they tell what becomes of it.
 constexpr std::array<std::string_view, 3> kAboutParameters = {kParameters, "scan", "fit"};
 
@@ -198,11 +200,9 @@ std::map<std::string, std::set<std::string>> NamesBySection(const toml::table& r
         const std::string section(key.str());
         if (std::find(kAboutParameters.begin(), kAboutParameters.end(), section) != kAboutParameters.end())
             continue;
+        if (node.is_array()) names[section].merge(NamesUsed(node, folder));
         const toml::table* table = node.as_table();
-        if (!table) {
-            names[section].merge(NamesUsed(node, folder));
-            continue;
-        }
+        if (!table) continue;  // a title is no quantity, even if it is the name of one
         toml::table others = *table;
         if (section == "emission") {
             for (const char* light : kLightKeys) {
@@ -223,6 +223,7 @@ std::vector<RecipeParameter> ReadParameters(const toml::table& recipe) {
     std::vector<RecipeParameter> parameters;
     if (!section.Exists()) return parameters;
     const toml::table& table = *recipe.get_as<toml::table>(kParameters);
+    if (table.size() > kMostParameters) section.Fail("", "has more than 1000 parameters");
     for (const std::string& name : section.Keys()) {
         if (!IsQuantityName(name))
             section.Fail(name,
@@ -293,11 +294,22 @@ std::set<std::string> SectionsOfParameter(const toml::table& recipe, const std::
 }
 
 void RefuseUnusedParameters(const toml::table& recipe, const std::string& folder) {
-    std::set<std::string> used;
-    for (auto& [section, names] : NamesBySection(recipe, folder)) used.insert(names.begin(), names.end());
     const std::vector<RecipeParameter> parameters = ReadParameters(recipe);
+    std::map<std::string, std::vector<std::string>> arguments;
     for (const RecipeParameter& parameter : parameters)
-        if (!Meet(Dependents(parameters, parameter.name), used))
+        if (!parameter.expression.empty())
+            arguments[parameter.name] = Expression(parameter.expression).names;
+    std::set<std::string> used;
+    for (auto& [section, names] : NamesBySection(recipe, folder)) used.merge(names);
+    std::vector<std::string> open(used.begin(), used.end());
+    while (!open.empty()) {
+        const std::vector<std::string> names = arguments[open.back()];
+        open.pop_back();
+        for (const std::string& name : names)
+            if (used.insert(name).second) open.push_back(name);
+    }
+    for (const RecipeParameter& parameter : parameters)
+        if (!used.contains(parameter.name))
             ParameterSection(recipe).Fail(
                 parameter.name, "nothing in the recipe depends on it: name it in a value, such as \"" +
                                     parameter.name + "\", or leave it out");

@@ -91,12 +91,12 @@ void DrawComparison(const ComparedEnergies& one, const std::string& path) {
     DrawLines(lines, axes, path);
 }
 
-std::string ScanTable(const RunPlan& plan, const std::vector<ComparedEnergies>& results) {
-    std::string text = ScanColumns(plan.scanned) + "R,R scaled,scale,correlation,energy offset\n";
-    for (const ComparedEnergies& one : results) {
-        const Agreement& a = one.compared.agreement;
-        text += ScanFields(one.result->scanned) + ScanFields({a.R, a.scaledR, a.scale, a.correlation}) +
-                DoubleToText(one.compared.offset_eV) + "\n";
+std::string ScanTable(const ComparedScan& scan, const std::vector<ComparedEnergies>& results) {
+    std::string text = ScanColumns(scan) + "R,R scaled,scale,correlation,energy offset\n";
+    for (std::size_t i = 0; i < results.size(); ++i) {
+        const Agreement& a = results[i].compared.agreement;
+        text += PointFields(scan.points[i]) + ScanFields({a.R, a.scaledR, a.scale, a.correlation}) +
+                DoubleToText(results[i].compared.offset_eV) + "\n";
     }
     return text;
 }
@@ -108,8 +108,8 @@ void TellScan(const RunPlan& plan, const std::vector<ComparedEnergies>& results,
         if (!curve.kinetic_eV.empty())
             scan.independentData += IndependentEnergies(curve.kinetic_eV.back() - curve.kinetic_eV.front());
     for (const ComparedEnergies& one : results)
-        scan.points.push_back({one.result->scanned, one.compared.agreement});
-    WriteWholeFile(folder.Path("scan.csv"), ScanTable(plan, results));
+        scan.points.push_back({one.result->scanned, one.compared.agreement, one.result->member});
+    WriteWholeFile(folder.Path("scan.csv"), ScanTable(scan, results));
     DrawScan(scan, folder.Path("scan.png"));
     log.Line(BestOfScan(scan));
 }

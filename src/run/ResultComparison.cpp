@@ -30,16 +30,16 @@ std::string ResultLine(const ComparedResult& one, const CompareRequest& request)
                        a.correlation, one.compared.setting.rotation, setting.empty() ? "" : "  ", setting);
 }
 
-std::string ScanTable(const RunPlan& plan, const std::vector<ComparedResult>& results) {
+std::string ScanTable(const ComparedScan& scan, const std::vector<ComparedResult>& results) {
     std::string text =
-        ScanColumns(plan.scanned) +
+        ScanColumns(scan) +
         "R,R scaled,scale,correlation,rotation,R absolute,R multipoles,theta offset,tilt,tilt azimuth\n";
-    for (const ComparedResult& one : results) {
-        const Agreement& a = one.compared.agreement;
-        const SampleSetting& at = one.compared.setting;
-        text += ScanFields(one.result->scanned) +
+    for (std::size_t i = 0; i < results.size(); ++i) {
+        const Agreement& a = results[i].compared.agreement;
+        const SampleSetting& at = results[i].compared.setting;
+        text += PointFields(scan.points[i]) +
                 ScanFields({a.R, a.scaledR, a.scale, a.correlation, at.rotation, a.absoluteR,
-                            one.compared.multipoleR, at.thetaOffset, at.tilt}) +
+                            results[i].compared.multipoleR, at.thetaOffset, at.tilt}) +
                 DoubleToText(at.tiltAzimuth) + "\n";
     }
     return text;
@@ -58,13 +58,13 @@ double LargestMomentum(const RunResult& result, const ResultFolder& folder) {
 
 void TellScan(const RunPlan& plan, const std::vector<ComparedResult>& results, const ResultFolder& folder,
               RunLog& log) {
-    WriteWholeFile(folder.Path("scan.csv"), ScanTable(plan, results));
     const ComparedResult& first = results.front();
     ComparedScan scan{plan.scanned, {}, 0.0};
     scan.independentData = IndependentDirections(first.compared.theta, first.compared.phi,
                                                  LargestMomentum(*first.result, folder));
     for (const ComparedResult& one : results)
-        scan.points.push_back({one.result->scanned, one.compared.agreement});
+        scan.points.push_back({one.result->scanned, one.compared.agreement, one.result->member});
+    WriteWholeFile(folder.Path("scan.csv"), ScanTable(scan, results));
     DrawScan(scan, folder.Path("scan.png"));
     log.Line(BestOfScan(scan));
 }

@@ -33,6 +33,7 @@ struct RunResult {
     std::string directImage;
     std::string key;                 ///< fingerprint of the images
     std::vector<double> scanned{};   ///< values of the scanned settings
+    std::string member{};            ///< of a series that is kept apart
     double kinetic_eV = 0.0;         ///< inside; 0: several
     double largestKinetic_eV = 0.0;  ///< inside, of several
     std::vector<std::string> clusters{};
@@ -48,6 +49,7 @@ struct EnergyResult {
     std::string label;              ///< the settings that tell it from the others; empty for a single one
     std::string table;              ///< of its curves
     std::vector<double> scanned{};  ///< values of the scanned settings
+    std::string member{};           ///< of a series that is kept apart
     EnergyComparisonSettings comparison{};
 };
 

@@ -102,6 +102,17 @@ TEST(EvaluationTable, TakesNothingOfABatchThatIsNotWhole) {
     }
 }
 
+TEST(EvaluationTable, TellsHowManyDataAFitHas) {
+    const TempFolder folder;
+    const ParameterSpace space({{"a", 0.0, -2.0, 2.0, "", Restraint{0.0, 1.0}}, {"b", 0.0, -2.0, 2.0, ""}});
+    FillTable(folder.Path("evaluations.csv"), space);
+    FunctionObjective other([](const FitPoint&) { return std::vector{1.0, 1.0, 1.0}; });
+    EvaluationTable table(folder.Path("evaluations.csv"), space, {"map"});
+    FitProblem problem(space, other, &table);
+    EXPECT_FALSE(problem.Evaluate({{0.1, 1.0 / 3.0}, {0.2, -1e-7}})[0].HasFailed());
+    EXPECT_EQ(problem.EvaluateOne({1.0, 1.0}).evaluation.failure, "it has 3 data instead of 2");
+}
+
 TEST(EvaluationTable, RefusesThatOfAnotherFit) {
     const TempFolder folder;
     const ParameterSpace space = Cube(2, 0.0, -2.0, 2.0);

@@ -54,6 +54,19 @@ TEST(LocalFits, LeaveABoundThatTheStartLiesAt) {
     }
 }
 
+// A scale as large as the room between the bounds.
+TEST(LocalFits, FindTheWayInANarrowRoom) {
+    std::vector<FitParameter> parameters = {{"a", 0.02, -0.05, 0.05, ""}, {"b", 0.04, -0.05, 0.05, ""}};
+    for (FitParameter& parameter : parameters) parameter.scale = 0.1;
+    const ParameterSpace space(parameters);
+    const auto residuals = [](const FitPoint& x) { return std::vector{x[0] - 0.01, 3.0 * (x[1] - x[0])}; };
+    for (const Method method : {FitByGaussNewton, FitWithoutDerivatives}) {
+        const LocalFit fit = FitWith(method, space, FunctionObjective(residuals));
+        ASSERT_TRUE(IsConverged(fit.stop)) << fit.detail;
+        EXPECT_NEAR(fit.best.point[1], 0.01, 1e-6);
+    }
+}
+
 TEST(LocalFits, HoldAndRestrain) {
     // One measurement, a + b = 3, and a restraint a = 1 +- 0.5: together they are met exactly.
     std::vector<FitParameter> parameters = {{"a", 0.0, -5.0, 5.0, "", Restraint{1.0, 0.5}},

@@ -46,6 +46,18 @@ TEST(Rivals, AreTheOtherMinimaWithinTheLevel) {
     EXPECT_TRUE(RivalsOf({}, 200.0).empty());
 }
 
+// Along a slope none but its lowest point is better than its neighbours, not even where few points are worse.
+TEST(Rivals, AreNotSearchedForOnTheHighGround) {
+    const ParameterSpace space = Cube(1, 0.0, -2.0, 2.0);
+    std::vector<EvaluationRecord> records;
+    for (const double x : {-1.0, 1.9, 0.0, 1.0, 1.5}) {
+        EvaluationRecord& record = records.emplace_back();
+        record.point = {x};
+        record.misfit = 3.0 + x;
+    }
+    EXPECT_EQ(ValleyPoints(space, records, 10), (std::vector<FitPoint>{{-1.0}}));
+}
+
 // Fits that end on their way leave two far points in one valley: no wall between them, no second minimum.
 TEST(Rivals, AreNotTheEndsOfOneValley) {
     FunctionObjective objective([](const FitPoint& p) { return std::vector{0.02 * p[0], p[1], 1.0}; });

@@ -84,6 +84,29 @@ TEST(RecipeParameters, AScanVariesWhatDependsOnTheParameter) {
     EXPECT_EQ(tables[3].scanned, groups[3].scanned);
 }
 
+// Far below the values of the scan, 0 among them, expressions may have no value; and a title is no use.
+TEST(RecipeParameters, AScanTakesThemWhereItHasValues) {
+    const std::vector<RecipeGroup> groups = ExpandRecipe(
+        {"title = \"T\"\n[parameters]\nT = 300\nU = \"90000/T\"\n[thermal]\ntemperature = \"U\"\n"
+         "[scan]\nvary = \"T\"\nvalues = [200, 300]\n",
+         "r.toml"});
+    ASSERT_EQ(groups.size(), 2U);
+    RecipeTable recipe(&groups[0].cases[0].settings, "recipe");
+    EXPECT_EQ(recipe.Section("thermal").Number("temperature", RecipeUnit::kKelvin), 450.0);
+}
+
+TEST(RecipeParameters, AreNoMoreThanAChainOfExpressionsMayHave) {
+    const auto chain = [](int count) {
+        std::string text = "[parameters]\n";
+        for (int i = 0; i + 1 < count; ++i) text += fmt::format("a{:05} = \"a{:05} + 1\"\n", i, i + 1);
+        return toml::parse(text + fmt::format("a{:05} = 1\n[thermal]\ntemperature = \"a00000\"\n", count - 1),
+                           "r.toml"sv);
+    };
+    EXPECT_NO_THROW(RefuseUnusedParameters(chain(1000), ""));
+    EXPECT_EQ(ErrorText([&] { RefuseUnusedParameters(chain(20000), ""); }),
+              "r.toml line 1: [parameters]: has more than 1000 parameters");
+}
+
 // Where a text may be a word as well.
 TEST(RecipeParameters, StandForNumbersBesideWords) {
     const std::vector<RecipeGroup> groups = ExpandRecipe(
