@@ -6,7 +6,6 @@
 #include <functional>
 #include <limits>
 #include <map>
-#include <numeric>
 #include <optional>
 #include <set>
 #include <string>
@@ -31,29 +30,13 @@ bool Holds(const std::vector<std::string>& elements, const std::string& element)
     return std::find(elements.begin(), elements.end(), element) != elements.end();
 }
 
-/// An atom of the cell that emits in each layer asked for.
-struct WeightedSite {
-    std::size_t atom = 0;
-    int weight = 1;
-};
-
-/// Atoms of the element: one of each class that translations join, or all, where each class has the same
-/// weight.
-std::vector<WeightedSite> SitesOf(const CrystalCell& cell, const std::string& element, EqualEmitters equal) {
+/// Atoms of the element: one of each set that translations join, or all.
+std::vector<std::size_t> SitesOf(const CrystalCell& cell, const std::string& element, EqualEmitters equal) {
     const CellSymmetry symmetry(cell);
-    std::map<std::size_t, std::vector<std::size_t>> classes;
-    int common = 1;
+    std::vector<std::size_t> sites;
     for (std::size_t i = 0; i < cell.atoms.size(); ++i)
-        if (cell.atoms[i].element == element) classes[symmetry.ClassOf(i)].push_back(i);
-    for (const auto& [first, atoms] : classes) common = std::lcm(common, static_cast<int>(atoms.size()));
-    std::vector<WeightedSite> sites;
-    for (const auto& [first, atoms] : classes) {
-        if (equal == EqualEmitters::kJoined)
-            sites.push_back({first});
-        else
-            for (const std::size_t atom : atoms)
-                sites.push_back({atom, common / static_cast<int>(atoms.size())});
-    }
+        if (cell.atoms[i].element == element && (equal == EqualEmitters::kKept || symmetry.ClassOf(i) == i))
+            sites.push_back(i);
     return sites;
 }
 
@@ -68,9 +51,9 @@ std::string EmitterElement(const ClusterRequest& request) {
     return request.emitter;
 }
 
-std::vector<WeightedSite> NumberedSites(const ClusterRequest& request) {
+std::vector<std::size_t> NumberedSites(const ClusterRequest& request) {
     const std::vector<CellAtom>& atoms = request.cell.atoms;
-    std::vector<WeightedSite> sites;
+    std::vector<std::size_t> sites;
     for (const int number : request.sites) {
         const std::string named = "Emitter site " + std::to_string(number);
         if (number < 1 || static_cast<std::size_t>(number) > atoms.size())
@@ -79,7 +62,7 @@ std::vector<WeightedSite> NumberedSites(const ClusterRequest& request) {
         const auto site = static_cast<std::size_t>(number) - 1;
         if (!request.emitter.empty() && atoms[site].element != request.emitter)
             throw ZfError(named + " is " + atoms[site].element + ", not " + request.emitter);
-        sites.push_back({site});
+        sites.push_back(site);
     }
     return sites;
 }
@@ -92,11 +75,11 @@ bool IsTopped(const ClusterRequest& request, const SurfaceFrame& frame, const Cr
 }
 
 std::vector<EmitterSite> InLayer(const ClusterRequest& request, const SurfaceFrame& frame,
-                                 const std::vector<WeightedSite>& sites, int layer) {
+                                 const std::vector<std::size_t>& sites, int layer) {
     std::vector<EmitterSite> found;
-    for (const auto& [site, weight] : sites) {
+    for (const std::size_t site : sites) {
         const auto bounds = BoundsForLayer(frame, site, layer);
-        if (bounds && IsTopped(request, frame, *bounds)) found.push_back({site, layer, *bounds, weight});
+        if (bounds && IsTopped(request, frame, *bounds)) found.push_back({site, layer, *bounds});
     }
     return found;
 }
@@ -108,21 +91,20 @@ void AddLayers(const ClusterRequest& request, const SurfaceFrame& frame, std::si
     const int first = slabLayer.value_or(1);
     const int last = slabLayer.value_or(static_cast<int>(frame.planes.size()));
     for (int layer = first; layer <= last; ++layer)
-        if (!layers.contains(layer) && !InLayer(request, frame, {{site}}, layer).empty())
-            layers.insert(layer);
+        if (!layers.contains(layer) && !InLayer(request, frame, {site}, layer).empty()) layers.insert(layer);
 }
 
 [[noreturn]] void ThrowNoSuchLayer(const ClusterRequest& request, const SurfaceFrame& frame,
-                                   const std::vector<WeightedSite>& sites, int layer) {
+                                   const std::vector<std::size_t>& sites, int layer) {
     std::set<int> layers;
-    for (const auto& [site, weight] : sites) AddLayers(request, frame, site, layers);
+    for (const std::size_t site : sites) AddLayers(request, frame, site, layers);
     std::vector<std::string> words;
     words.reserve(layers.size());
     for (const int other : layers) words.push_back(std::to_string(other));
     std::string message = "No emitter lies in layer " + std::to_string(layer);
     if (!request.top.empty()) message += " below a surface plane of " + request.top;
     message += words.empty() ? ": there is none in any layer" : "; there are in " + Joined(words);
-    if (!words.empty() && !LayerInSlab(frame, sites.front().atom))
+    if (!words.empty() && !LayerInSlab(frame, sites.front()))
         message += " and every " + std::to_string(frame.planes.size()) + " further";
     throw ZfError(message);
 }
@@ -226,9 +208,9 @@ std::vector<EmitterSite> FindEmitters(const ClusterRequest& request, const Surfa
     const std::vector<std::string> elements = request.cell.Elements();
     if (!request.top.empty() && !Holds(elements, request.top))
         throw ZfError("No surface plane of " + request.top + ": the crystal holds " + Joined(elements));
-    const std::vector<WeightedSite> sites = request.sites.empty()
-                                                ? SitesOf(request.cell, EmitterElement(request), equal)
-                                                : NumberedSites(request);
+    const std::vector<std::size_t> sites = request.sites.empty()
+                                               ? SitesOf(request.cell, EmitterElement(request), equal)
+                                               : NumberedSites(request);
     std::vector<EmitterSite> emitters;
     for (const int layer : request.layers) {
         CheckLayer(layer);

@@ -20,8 +20,8 @@ struct EmitterSite {
 /// Throws ZfError for a number that no layer has.
 void CheckLayer(int layer);
 
-/// What becomes of atoms that translations of the crystal bring to coincide: one stands for all, or each
-/// stays an emitter, with its part of the weight, as translations may be lost when atoms move.
+/// What becomes of atoms that translations of the crystal bring to coincide: one stands for all, or each is
+/// an emitter, as translations may be lost when atoms move.
 enum class EqualEmitters : std::uint8_t { kJoined, kKept };
 
 /// The emitters that a request asks for, by layer, then by atom. Throws ZfError, with what there is, when an

@@ -280,6 +280,12 @@ TEST(ClusterSelection, PartsDomainsWithTheFirstStep) {
     request.structure.relaxation.moves[0].by = {1e-4, 0.0, 0.0};
     EXPECT_EQ(MakeCluster(request, selection).structures.size(), 4U);
     EXPECT_EQ(MakeCluster(request).structures.size(), 1U);  // as a coordinate of four digits may be rounded
+    request.cell = ParseExpressionCell(
+        "lengths 2.5 2.5 6.12\nangles 90 90 120\natom Ni 0 0 0\natom Ni 0.3333 0.6667 0.6667\n"
+        "atom Ni 0.6667 0.3333 0.3333\n");
+    request.structure.adsorbates = {ParseAdsorbate("O,top,1.9,p(2x2)")};
+    request.structure.relaxation.moves.clear();
+    EXPECT_EQ(MakeCluster(request, SelectAtoms(request)).structures.size(), 1U);
 }
 
 TEST(ClusterSelection, RefusesOtherAtomsAndThoseThatCollide) {
