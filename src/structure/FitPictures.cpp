@@ -45,9 +45,10 @@ Span Around(const std::vector<double>& values) {
 }
 
 /// As pictures write it.
-std::string WithSign(std::string text) {
+std::string WithSign(const std::string& text) {
     const std::size_t place = text.find("+-");
-    return place == std::string::npos ? text : text.replace(place, 2, "\u00B1");
+    if (place == std::string::npos) return text;
+    return fmt::format("{}\u00B1{}", text.substr(0, place), text.substr(place + 2));
 }
 
 Curve Level(const std::string& label, const Span& x, double y) {
@@ -180,13 +181,13 @@ void DrawProfile(const FitReport& report, std::size_t parameter, Canvas& canvas)
     std::vector<Curve> curves = {profile};
     curves.push_back(Level(fmt::format("R level {:.4f}", level), x, level));
     if (error.lower || error.upper) {
-        curves.push_back(Bar("R level: " + LevelText(report, parameter), error.lower, error.upper, x,
-                             least - 0.2 * rise, cap));
+        curves.push_back(Bar(fmt::format("R level: {}", LevelText(report, parameter)), error.lower,
+                             error.upper, x, least - 0.2 * rise, cap));
         curves.back().colour = 0;
     }
     if (noise) {
-        curves.push_back(Bar("noise: " + WithSign(WithError(best, *noise)), best - *noise, best + *noise, x,
-                             least - 0.4 * rise, cap));
+        curves.push_back(Bar(WithSign(fmt::format("noise: {}", WithError(best, *noise))), best - *noise,
+                             best + *noise, x, least - 0.4 * rise, cap));
         curves.back().colour = 1;
     }
     Curve line{"", {best, best}, {bottom, level + 2.0 * rise}, false};

@@ -61,9 +61,8 @@ struct FitReport {
     std::vector<ConvergenceCheck> convergence = {};
 
     std::vector<FittedData> data = {};
-    CrystalCell cell =
-        {};  ///< of the best structure, with the surface along its third axis; no atoms: not known
-    Cluster cluster = {};  ///< of the best structure
+    CrystalCell cell = {};  ///< best surface, along its third axis; no atoms: not known
+    Cluster cluster = {};   ///< of the best structure
     std::vector<EvaluationRecord> records = {};
 };
 
