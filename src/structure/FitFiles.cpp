@@ -22,11 +22,11 @@ std::string Lower(std::string name) {
 
 }  // namespace
 
-std::vector<std::string> PartsOfNames(const std::vector<std::string>& names) {
+std::vector<std::string> PartsOfNames(const std::vector<FittedData>& data) {
     std::vector<std::string> parts;
     std::set<std::string> taken;
-    for (const std::string& name : names) {
-        const std::string plain = Plain(name);
+    for (const FittedData& one : data) {
+        const std::string plain = Plain(one.name);
         std::string part = plain;
         for (int number = 2; !taken.insert(Lower(part)).second; ++number)
             part = plain + "_" + std::to_string(number);

@@ -3,6 +3,8 @@
 #include <string>
 #include <vector>
 
+#include "structure/FitReport.h"
+
 /// The names of the files of a fit, in its folder.
 namespace qvre::fit_files {
 
@@ -17,9 +19,9 @@ constexpr const char* kStructure = "structure.png";
 constexpr const char* kCorrelations = "correlations.png";
 constexpr const char* kCourse = "course.png";
 
-/// The parts that names of data sets have in names of files: letters of ASCII, digits and ".-_" as they are,
-/// all else as "_"; what has become alike, in capitals or not, gets numbers.
-std::vector<std::string> PartsOfNames(const std::vector<std::string>& names);
+/// The parts that the names of data sets have in names of files: letters of ASCII, digits and ".-_" as they
+/// are, all else as "_"; what has become alike, in capitals or not, gets numbers.
+std::vector<std::string> PartsOfNames(const std::vector<FittedData>& data);
 
 // Of a part.
 std::string Comparison(const std::string& data);           ///< "comparison_map.csv"

@@ -7,8 +7,10 @@
 #include "foundation/ReplacedFile.h"
 #include "prepare/cluster/CifWriting.h"
 #include "prepare/cluster/ClusterWriting.h"
+#include "report/picture/Canvas.h"
 #include "structure/FitFiles.h"
 #include "structure/FitJson.h"
+#include "structure/FitPictures.h"
 #include "structure/FitReportText.h"
 #include "structure/FitTables.h"
 
@@ -25,11 +27,23 @@ void WriteStructure(const FitReport& report, const std::string& folder) {
 }
 
 void WriteData(const FitReport& report, const std::string& folder) {
-    std::vector<std::string> names;
-    for (const FittedData& data : report.data) names.push_back(data.name);
-    const std::vector<std::string> parts = fit_files::PartsOfNames(names);
+    const std::vector<std::string> parts = fit_files::PartsOfNames(report.data);
     for (std::size_t i = 0; i < parts.size(); ++i)
         WriteWholeFile(folder + fit_files::Comparison(parts[i]), ComparisonTable(report.data[i]));
+}
+
+void WritePictures(const FitReport& report, const std::string& folder) {
+    const std::vector<FitPicture> pictures = FitPictures(report);
+    for (const FitPicture& picture : pictures) {
+        if (report.isRunning && !picture.isOfRun) continue;
+        Canvas canvas(folder + picture.file);
+        picture.draw(canvas);
+        canvas.Finish();
+    }
+    if (report.isRunning || pictures.empty()) return;
+    Canvas pages(folder + fit_files::kPages);
+    for (const FitPicture& picture : pictures) picture.draw(pages);
+    pages.Finish();
 }
 
 }  // namespace
@@ -42,6 +56,7 @@ void WriteFitReport(const FitReport& report, const std::string& folder) {
     WriteStructure(report, in);
     WriteData(report, in);
     if (!report.levels.empty()) WriteWholeFile(in + fit_files::kProfiles, ProfileTable(report));
+    WritePictures(report, in);
 }
 
 }  // namespace qvre

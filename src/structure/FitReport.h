@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
@@ -34,6 +35,11 @@ struct ConvergenceCheck {
 
 /// All that is known of a fit, at its end or while it runs.
 struct FitReport {
+    /// The noise error of a parameter, as far as there is one.
+    std::optional<double> NoiseOf(std::size_t parameter) const {
+        return noise ? noise->sigma[parameter] : std::nullopt;
+    }
+
     std::string title = {};
     std::string recipe = {};       ///< path
     std::string calculation = {};  ///< "FULL, phase shifts of the start"
@@ -55,9 +61,8 @@ struct FitReport {
     std::vector<ConvergenceCheck> convergence = {};
 
     std::vector<FittedData> data = {};
-    CrystalCell cell =
-        {};  ///< of the best structure, with the surface along its third axis; no atoms: not known
-    Cluster cluster = {};  ///< of the best structure
+    CrystalCell cell = {};  ///< best surface, along its third axis; no atoms: not known
+    Cluster cluster = {};   ///< of the best structure
     std::vector<EvaluationRecord> records = {};
 };
 

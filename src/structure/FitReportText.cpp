@@ -51,10 +51,6 @@ std::string WithUnit(const std::string& value, const std::string& unit) {
     return unit.empty() ? value : value + " " + unit;
 }
 
-std::optional<double> NoiseOf(const FitReport& report, std::size_t parameter) {
-    return report.noise ? report.noise->sigma[parameter] : std::nullopt;
-}
-
 std::vector<std::optional<double>> NoiseOfDerived(const FitReport& report) {
     if (!report.noise) return std::vector<std::optional<double>>(report.space.derived.size());
     return DerivedErrors(report.space, report.best.point, *report.noise);
@@ -108,7 +104,7 @@ std::string ParametersOf(const FitReport& report) {
     std::vector<Row> rows = {{"", "unit", "start", "bounds", "best", "noise error", "R level"}};
     for (std::size_t i = 0; i < report.space.parameters.size(); ++i) {
         const FitParameter& one = report.space.parameters[i];
-        const std::optional<double> noise = NoiseOf(report, i);
+        const std::optional<double> noise = report.NoiseOf(i);
         const int decimals = noise ? DecimalsOfError(*noise) : 0;
         const double value = report.best.point[i];
         rows.push_back({one.name, one.unit, DoubleToText(one.start),
@@ -257,7 +253,7 @@ std::string AlertsOf(const FitReport& report) {
 /// "d12 = 1.772 +- 0.008 angstrom (noise), R level 1.74 to 1.80"
 std::string ParameterLine(const FitReport& report, std::size_t i) {
     std::string line = ParameterText(report, i);
-    if (NoiseOf(report, i)) line += " (noise)";
+    if (report.NoiseOf(i)) line += " (noise)";
     if (i < report.levels.size() && (report.levels[i].lower || report.levels[i].upper))
         line += ", R level " + LevelText(report, i);
     for (const std::string& missing : MissingErrors(report, i)) line += "; " + missing;
@@ -268,7 +264,7 @@ std::string ParameterLine(const FitReport& report, std::size_t i) {
 
 std::string ParameterText(const FitReport& report, std::size_t parameter) {
     const FitParameter& one = report.space.parameters[parameter];
-    return QuantityText(one.name, report.best.point[parameter], NoiseOf(report, parameter), one.unit);
+    return QuantityText(one.name, report.best.point[parameter], report.NoiseOf(parameter), one.unit);
 }
 
 std::string LevelText(const FitReport& report, std::size_t parameter) {

@@ -25,7 +25,12 @@ QJsonObject Parsed(const FitReport& report) {
 }  // namespace
 
 TEST(FitFiles, NamesOfDataSetsBecomeNamesOfFiles) {
-    EXPECT_EQ(fit_files::PartsOfNames({"polar 0°", "Map/1", "map_1", "../x", "map_1_2", "map_1"}),
+    std::vector<FittedData> data;
+    for (const char* name : {"polar 0°", "Map/1", "map_1", "../x", "map_1_2", "map_1"}) {
+        data.emplace_back();
+        data.back().name = name;
+    }
+    EXPECT_EQ(fit_files::PartsOfNames(data),
               (std::vector<std::string>{"polar_0__", "Map_1", "map_1_2", ".._x", "map_1_2_2", "map_1_3"}));
 }
 

@@ -81,15 +81,26 @@ void Canvas::Release::operator()(_cairo_surface* surface) const {
     cairo_surface_destroy(surface);
 }
 
-Canvas::Canvas(std::string path, double width, double height, double scale)
-    : path_(std::move(path)), scale_(scale) {
+Canvas::Canvas(std::string path) : path_(std::move(path)) {
     if (!CanWrite(path_))
         throw ZfError("Cannot draw " + path_ + ": the name has to end in .png, .svg or .pdf");
-    if (IsPixelFormat(path_)) CheckPixels(path_, width * scale, height * scale);
-    surface_.reset(NewSurface(Extension(path_), bytes_, width * scale, height * scale));
-    context_.reset(cairo_create(surface_.get()));
+}
+
+void Canvas::BeginPage(double pageWidth, double pageHeight, double width) {
+    scale_ = Scale(path_, pageWidth, width);
+    if (!surface_) {
+        if (IsPixelFormat(path_)) CheckPixels(path_, pageWidth * scale_, pageHeight * scale_);
+        surface_.reset(NewSurface(Extension(path_), bytes_, pageWidth * scale_, pageHeight * scale_));
+        context_.reset(cairo_create(surface_.get()));
+    } else {
+        if (Extension(path_) != ".pdf")
+            throw ZfError("Cannot draw " + path_ + ": only a PDF has several pages");
+        cairo_show_page(context_.get());
+        cairo_pdf_surface_set_size(surface_.get(), pageWidth * scale_, pageHeight * scale_);
+        cairo_identity_matrix(context_.get());
+    }
     Check(cairo_status(context_.get()), path_);
-    cairo_scale(context_.get(), scale, scale);
+    cairo_scale(context_.get(), scale_, scale_);
     SetColour({1.0, 1.0, 1.0});
     cairo_paint(context_.get());
 }

@@ -25,12 +25,11 @@ struct TextStyle {
     double turn = 0.0;  ///< radians, counter-clockwise
 };
 
-/// A page to draw on, written as PNG, SVG or PDF by the extension of its file. Lengths are in points
-/// (1/72 inch) from the top left corner, y downwards; `scale` enlarges all of it, in a PNG to scale pixels a
-/// point. The page starts white.
+/// A page to draw on, or several in a PDF, written as PNG, SVG or PDF by the extension of its file. Lengths
+/// are in points (1/72 inch) from the top left corner, y downwards.
 class Canvas {
 public:
-    Canvas(std::string path, double width, double height, double scale);
+    explicit Canvas(std::string path);
     Canvas(const Canvas&) = delete;
     Canvas& operator=(const Canvas&) = delete;
     ~Canvas();
@@ -42,6 +41,10 @@ public:
     /// and in mm for SVG and PDF (20 to 2000). A width of 0 stands for the natural one: 800 pixels or 85 mm
     /// for a column. Throws ZfError.
     static double Scale(const std::string& path, double pageWidth, double width);
+
+    /// Begins a white page, enlarged to the width of Scale. Throws ZfError for a second one unless the file
+    /// is a PDF.
+    void BeginPage(double pageWidth, double pageHeight, double width = 0.0);
 
     double PixelsPerPoint() const;  ///< fineness for embedded images
 
@@ -76,7 +79,7 @@ private:
     void SetFont(const TextStyle& style);
 
     std::string path_;
-    double scale_;
+    double scale_ = 1.0;
     std::string bytes_;  // of an SVG or PDF; outlives the surface, which may write to it when it is released
     std::unique_ptr<_cairo_surface, Release> surface_;
     std::unique_ptr<_cairo, Release> context_;

@@ -160,10 +160,16 @@ PicturePoint DiscLayout::ColourBar(double fraction) const {
 }
 
 void DrawDiscs(const DiscPicture& picture, const std::string& path) {
+    Canvas canvas(path);
+    DrawDiscs(picture, canvas);
+    canvas.Finish();
+}
+
+void DrawDiscs(const DiscPicture& picture, Canvas& canvas) {
     Check(picture);
     const DiscLayout layout(picture);
     const Span range = picture.range ? *picture.range : ColourRange(picture.images, picture.symmetricRange);
-    Canvas canvas(path, layout.width, layout.height, Canvas::Scale(path, layout.width, picture.width));
+    canvas.BeginPage(layout.width, layout.height, picture.width);
     const bool single = picture.images.size() == 1;
     const std::string title = picture.title.empty() && single ? picture.images.front().title : picture.title;
     canvas.FittedText(layout.width / 2, 10, layout.width - 8, title, {.size = 9.0, .bold = true});
@@ -179,7 +185,6 @@ void DrawDiscs(const DiscPicture& picture, const std::string& path) {
                               picture.images[i].title, {.size = 8.0});
     }
     DrawColourBar(canvas, picture, layout, range);
-    canvas.Finish();
 }
 
 }  // namespace qvre

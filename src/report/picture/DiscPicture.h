@@ -11,6 +11,8 @@
 
 namespace qvre {
 
+class Canvas;
+
 /// Pictures of one or more patterns side by side, on one scale of colours.
 struct DiscPicture {
     std::vector<DrawnPattern> images;
@@ -51,5 +53,8 @@ struct DiscLayout {
 /// Draws to a file whose extension tells the format: .png, .svg or .pdf. Throws ZfError when there is no
 /// image, an option is out of its range, or the file cannot be written; nothing is left behind then.
 void DrawDiscs(const DiscPicture& picture, const std::string& path);
+
+/// The same as the next page of a canvas.
+void DrawDiscs(const DiscPicture& picture, Canvas& canvas);
 
 }  // namespace qvre

@@ -137,7 +137,8 @@ void DrawBar(Canvas& canvas, const MapPicture& picture, const Span& range) {
 void DrawMap(const MapPicture& picture, const std::string& path) {
     const Span range = RangeOf(picture.values);
     const MapFrame frame(picture);
-    Canvas canvas(path, kColumnWidth, kTop + kHeight + kBottom, Canvas::Scale(path, kColumnWidth, 0.0));
+    Canvas canvas(path);
+    canvas.BeginPage(kColumnWidth, kTop + kHeight + kBottom);
     canvas.FittedText(kColumnWidth / 2, 10, kColumnWidth - 8, picture.title, {.size = 8.0, .bold = true});
     DrawCells(canvas, picture, frame, range);
     DrawMarks(canvas, picture, frame);
