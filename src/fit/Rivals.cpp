@@ -74,10 +74,10 @@ std::vector<FitPoint> ValleyPoints(const ParameterSpace& space, const std::vecto
 }
 
 std::vector<Trial> DistinctMinima(FitProblem& problem, const std::vector<FitPoint>& starts,
-                                  const LocalFitSettings& settings, LocalFitter fitter) {
+                                  const LocalFitter& goDown) {
     std::vector<Trial> minima;
     for (const FitPoint& start : starts) {
-        LocalFit fit = fitter(problem, start, settings);
+        LocalFit fit = goDown(start);
         if (fit.best.point.empty()) continue;
         const auto same = std::find_if(minima.begin(), minima.end(), [&](const Trial& known) {
             return IsSameValley(problem, known, fit.best);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <vector>
 
 #include "fit/EvaluationTable.h"
@@ -14,16 +15,15 @@ namespace qvre {
 std::vector<FitPoint> ValleyPoints(const ParameterSpace& space, const std::vector<EvaluationRecord>& records,
                                    std::size_t most);
 
-/// FitByGaussNewton or FitWithoutDerivatives.
-using LocalFitter = LocalFit (*)(FitProblem&, const FitPoint&, const LocalFitSettings&);
+/// Goes down from a point.
+using LocalFitter = std::function<LocalFit(const FitPoint& start)>;
 
 /// The different minima that local fits reach from the starts, the best first. Two ends are one minimum if
 /// they are closer than a hundredth of the room in every parameter, or if the misfit at three points between
 /// them is nowhere above both; where an evaluation between fails, they are two. Fits that fail are passed
 /// over.
 std::vector<Trial> DistinctMinima(FitProblem& problem, const std::vector<FitPoint>& starts,
-                                  const LocalFitSettings& settings = {},
-                                  LocalFitter fitter = FitByGaussNewton);
+                                  const LocalFitter& goDown);
 
 /// Those minima other than the first whose R lies within the level of the first.
 std::vector<Trial> RivalsOf(const std::vector<Trial>& minima, double independentData);

@@ -82,7 +82,12 @@ CompareResult FitDataSet::Compared(const NamedValues& values) const {
     std::optional<SphereImage> direct;
     if (!comparison->Request().background) direct = std::move(images.direct);
     return comparison->With(
-        {std::move(images.intensity), std::move(direct), comparison->Request().instrument});
+        {std::move(images.intensity), std::move(direct), comparison->Request().instrument}, near_);
+}
+
+void FitDataSet::KeepSettingOf(const NamedValues& values) {
+    SearchSettings();
+    near_ = Compared(values).setting;
 }
 
 DataEvaluation FitDataSet::Evaluate(const NamedValues& values) const {

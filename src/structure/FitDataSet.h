@@ -31,6 +31,12 @@ public:
     /// Called from several threads.
     DataEvaluation Evaluate(const NamedValues& values) const;
 
+    /// From here on the setting of the sample is looked for around the one that serves these values best, so
+    /// that it is a smooth function of them; otherwise everywhere, and may jump between settings that serve
+    /// equally well.
+    void KeepSettingOf(const NamedValues& values);
+    void SearchSettings() { near_.reset(); }
+
     /// Compared as Evaluate does.
     FittedData Fitted(const NamedValues& values) const;
 
@@ -58,6 +64,7 @@ private:
     std::optional<BackgroundModel> background_;
     WeightedModulation measured_;   // of all points
     std::vector<double> variance_;  // that weighs their residuals
+    std::optional<SampleSetting> near_;
     mutable LastMade<MeasuredComparison> comparison_;
 };
 

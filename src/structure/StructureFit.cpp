@@ -114,6 +114,7 @@ const Trial& StructureFit::EvaluateStart() {
 
 LocalFit StructureFit::Descend(const FitPoint& start) {
     ++problem_.generation;
+    objective_->KeepSettingsOf(start);
     return plan_.fit.descent == FitDescent::kGaussNewton ? FitByGaussNewton(problem_, start, settings_)
                                                          : FitWithoutDerivatives(problem_, start, settings_);
 }
@@ -148,12 +149,8 @@ std::vector<FitPoint> StructureFit::Starts() {
 
 /// Finds the minima below some points; false after an interrupt.
 bool StructureFit::GoDown(const std::vector<FitPoint>& starts) {
-    if (starts.size() > 1) {
-        ++problem_.generation;
-        minima_ = DistinctMinima(
-            problem_, starts, settings_,
-            plan_.fit.descent == FitDescent::kGaussNewton ? FitByGaussNewton : FitWithoutDerivatives);
-    }
+    if (starts.size() > 1)
+        minima_ = DistinctMinima(problem_, starts, [this](const FitPoint& start) { return Descend(start); });
     const LocalFit last =
         Descend(starts.size() > 1 && !minima_.empty() ? minima_.front().point : starts.front());
     report_.stop = last.stop;

@@ -29,6 +29,14 @@ double StructureObjective::IndependentData() const {
     return sum;
 }
 
+void StructureObjective::KeepSettingsOf(const FitPoint& point) {
+    for (const auto& set : sets_) set->KeepSettingOf(ValuesAt(point));
+}
+
+void StructureObjective::SearchSettings() {
+    for (const auto& set : sets_) set->SearchSettings();
+}
+
 bool StructureObjective::HasSigmas() const {
     return std::all_of(sets_.begin(), sets_.end(), [](const auto& set) { return set->HasSigmas(); });
 }

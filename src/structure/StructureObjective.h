@@ -17,6 +17,11 @@ public:
     /// Several points are calculated side by side, one a thread. What cannot be calculated has failed.
     std::vector<Evaluation> Evaluate(const std::vector<FitPoint>& points) override;
 
+    /// Keeps the settings of the sample near those of a point, or looks for them everywhere: see FitDataSet.
+    /// Throws ZfError for a point that cannot be calculated.
+    void KeepSettingsOf(const FitPoint& point);
+    void SearchSettings();
+
     NamedValues ValuesAt(const FitPoint& point) const;
 
     const std::vector<std::unique_ptr<FitDataSet>>& DataSets() const { return sets_; }

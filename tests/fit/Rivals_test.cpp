@@ -30,7 +30,8 @@ std::vector<Trial> Minima(FunctionObjective& objective) {
     std::vector<FitPoint> more = starts;
     more.push_back({1.8, 1.5});
     more.push_back({-1.8, -1.5});
-    return DistinctMinima(problem, more);
+    return DistinctMinima(problem, more,
+                          [&](const FitPoint& start) { return FitByGaussNewton(problem, start); });
 }
 
 TEST(Rivals, AreTheOtherMinimaWithinTheLevel) {
@@ -64,7 +65,10 @@ TEST(Rivals, AreNotTheEndsOfOneValley) {
     const ParameterSpace space = Cube(2, 0.0, -2.0, 2.0);
     FitProblem problem(space, objective);
     const LocalFitSettings early = {.mostEvaluations = 3};
-    EXPECT_EQ(DistinctMinima(problem, {{1.5, 0.1}, {-1.5, 0.1}}, early).size(), 1U);
+    EXPECT_EQ(DistinctMinima(problem, {{1.5, 0.1}, {-1.5, 0.1}},
+                             [&](const FitPoint& start) { return FitByGaussNewton(problem, start, early); })
+                  .size(),
+              1U);
 }
 
 }  // namespace

@@ -156,13 +156,14 @@ private:
 };
 
 SampleSetting FoundSetting(const Measurement& all, const CalculatedPattern& pattern,
-                           const CompareRequest& request) {
+                           const CompareRequest& request, const std::optional<SampleSetting>& near) {
     const Measurement known = all.Kept([&all](std::size_t i) { return !std::isnan(all.value[i]); });
     const Measurement above = AlwaysAbove(known, request, pattern.MaxTheta_deg());
     const double few = !request.searched.tilt ? 1000.0 : request.searched.thetaOffset ? 250.0 : 500.0;
     constexpr double kMany = 10000.0;  // more than measured; the grid of two images
-    const Agreeing quick(pattern, Thinned(above, few), request);
     const Agreeing full(pattern, Thinned(above, kMany), request);
+    if (near) return SettingNear(*near, request.searched, std::cref(full));
+    const Agreeing quick(pattern, Thinned(above, few), request);
     return BestSetting(request.setting, request.searched, std::cref(quick), std::cref(full));
 }
 
@@ -192,11 +193,11 @@ std::string Stem(const std::string& path) {
 }
 
 void Compare(const CompareRequest& request, const Measurement& all, const CalculatedPattern& pattern,
-             CompareResult& result) {
+             const std::optional<SampleSetting>& near, CompareResult& result) {
     result.nameB = Stem(request.second.image);
     result.modulationB = ModulationText(pattern, request);
     result.setting =
-        request.searched.Any() ? FoundSetting(all, pattern, request) : Canonical(request.setting);
+        request.searched.Any() ? FoundSetting(all, pattern, request, near) : Canonical(request.setting);
     const Measurement measurement = WithValues(all, pattern, result);
     WeightedModulation measured = ModulationOf(measurement, request.background);
     result.chiB = CalculatedModulation(pattern, measurement, request.background).Under(result.setting);
@@ -236,7 +237,7 @@ CompareResult ComparePatterns(const CompareRequest& request) {
     const CalculatedPattern pattern = Load(request.second, request);
     CompareResult result;
     result.nameA = Stem(request.first.image);
-    Compare(request, ImageAsMeasurement(request, pattern, result), pattern, result);
+    Compare(request, ImageAsMeasurement(request, pattern, result), pattern, std::nullopt, result);
     return result;
 }
 
@@ -247,11 +248,12 @@ MeasuredComparison::MeasuredComparison(const CompareRequest& request) : request_
     points_ = MeasuredPoints(request, modulation_);
 }
 
-CompareResult MeasuredComparison::With(const CalculatedPattern& pattern) const {
+CompareResult MeasuredComparison::With(const CalculatedPattern& pattern,
+                                       const std::optional<SampleSetting>& near) const {
     CompareResult result;
     result.nameA = Stem(request_.measured);
     result.modulationA = modulation_;
-    Compare(request_, points_, pattern, result);
+    Compare(request_, points_, pattern, near, result);
     return result;
 }
 

@@ -84,8 +84,10 @@ public:
     /// Throws ZfError as ComparePatterns.
     explicit MeasuredComparison(const CompareRequest& request);
 
-    /// The same as ComparePatterns of the pattern's files. Called from several threads.
-    CompareResult With(const CalculatedPattern& pattern) const;
+    /// The same as ComparePatterns of the pattern's files. With a setting what is searched is searched around
+    /// it. Called from several threads.
+    CompareResult With(const CalculatedPattern& pattern,
+                       const std::optional<SampleSetting>& near = std::nullopt) const;
 
     const CompareRequest& Request() const { return request_; }
     const Measurement& Points() const { return points_; }  ///< all in the polar range

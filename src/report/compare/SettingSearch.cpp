@@ -157,6 +157,15 @@ Candidate Chosen(const std::vector<Candidate>& candidates) {
     return chosen;
 }
 
+SampleSetting Told(const Candidate& found, const SampleSetting& given, const SearchedSettings& searched) {
+    SampleSetting setting = SettingAt(found.at);
+    if (!searched.tilt) {
+        setting.tilt = given.tilt;
+        setting.tiltAzimuth = given.tiltAzimuth;
+    }
+    return Canonical(setting);
+}
+
 }  // namespace
 
 SampleSetting BestSetting(const SampleSetting& given, const SearchedSettings& searched, const Likeness& quick,
@@ -172,12 +181,14 @@ SampleSetting BestSetting(const SampleSetting& given, const SearchedSettings& se
     std::vector<Candidate> candidates = BestPoints(grid, likeness);
     Climb(candidates, searched, quick, 1.0);
     ClimbTheBest(candidates, searched, full);
-    SampleSetting setting = SettingAt(Chosen(candidates).at);
-    if (!searched.tilt) {
-        setting.tilt = given.tilt;
-        setting.tiltAzimuth = given.tiltAzimuth;
-    }
-    return Canonical(setting);
+    return Told(Chosen(candidates), given, searched);
+}
+
+SampleSetting SettingNear(const SampleSetting& given, const SearchedSettings& searched,
+                          const Likeness& full) {
+    constexpr double kStep = 0.5;  // degrees
+    const Candidate start = {PointOf(given), full(given)};
+    return Told(Climbed(start, searched, full, kStep), given, searched);
 }
 
 }  // namespace qvre

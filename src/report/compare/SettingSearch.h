@@ -28,4 +28,8 @@ using Likeness = std::function<double(const SampleSetting&)>;
 SampleSetting BestSetting(const SampleSetting& given, const SearchedSettings& searched, const Likeness& quick,
                           const Likeness& full);
 
+/// The setting of the largest likeness in the surroundings of `given`: a smooth function of what the likeness
+/// depends on, as long as one peak stays the nearest.
+SampleSetting SettingNear(const SampleSetting& given, const SearchedSettings& searched, const Likeness& full);
+
 }  // namespace qvre
