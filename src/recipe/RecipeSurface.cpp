@@ -35,6 +35,7 @@ void ReadSpacings(RecipeTable& section, Relaxation& relaxation) {
                            relaxation);
         });
     }
+    for (const char* key : {"d12", "d23"}) section.Has(key);  // known, and so are those of deeper layers
     for (const std::string& key : section.Keys()) {
         if (key.size() < 3 || key[0] != 'd' || key.find_first_not_of("0123456789", 1) != std::string::npos)
             continue;
@@ -98,7 +99,7 @@ Adsorbate ReadAdsorbate(RecipeTable section, const RecipeFolder& place) {
     const std::string molecule = section.Text("molecule", "");
     if (element.empty() == molecule.empty())
         section.Fail("element", "give one of element and molecule (an .xyz file)");
-    Adsorbate adsorbate = AtomicAdsorbate(element);
+    Adsorbate adsorbate = section.Made("element", [&] { return AtomicAdsorbate(element); });
     if (!molecule.empty()) {
         adsorbate.name = std::filesystem::path(molecule).stem().string();
         adsorbate.atoms = section.Made("molecule", [&] { return LoadMolecule(place.Path(molecule)); });

@@ -119,7 +119,8 @@ PointSymmetry FindPointSymmetry(const std::vector<ClusterAtom>& atoms) {
     }
     symmetry.order = RotationOrder(rings);
     const std::optional<double> mirror = SmallestMirror(rings, *smallest);
-    if (mirror) symmetry.mirror_deg = std::max(0.0, Degrees(*mirror));
+    // Without what rounding leaves of 0.
+    if (mirror) symmetry.mirror_deg = std::max(0.0, std::round(Degrees(*mirror) * 1e9) / 1e9);
     return symmetry;
 }
 

@@ -1,6 +1,7 @@
 #include "prepare/cluster/SurfaceBuilding.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <algorithm>
 #include <cmath>
@@ -93,7 +94,8 @@ void CheckCoverage(const Adsorbate& adsorbate, const SurfaceLattice& lattice) {
     if (adsorbate.coverage && std::abs(*adsorbate.coverage - coverage) > kRounding)
         throw ZfError(fmt::format(
             "The coverage {:g} of the adsorbate {} does not fit its superstructure {}, which has one in {} "
-            "cells, {:.3g}: give another superstructure, or more adsorbates",
+            "cells, {:.3g}: give another superstructure, or more adsorbates; for islands on a bare "
+            "surface leave it out, as the pattern of the adsorbate does not depend on it",
             *adsorbate.coverage, adsorbate.name,
             adsorbate.superstructure.empty() ? "(1x1)" : adsorbate.superstructure,
             std::lround(1.0 / coverage), coverage));
@@ -166,12 +168,17 @@ std::string CellText(const SurfaceLattice& lattice) {
     return "cell of the surface: " + vector(lattice[0]) + " and " + vector(lattice[1]);
 }
 
-std::string DomainText(const std::vector<ClusterDomain>& domains) {
+std::vector<std::string> DomainWords(const std::vector<ClusterDomain>& domains) {
     std::vector<std::string> words;
-    for (std::size_t i = 1; i < domains.size(); ++i)
-        words.push_back(domains[i].isMirrored ? fmt::format("mirrored at {:g}",
-                                                            std::remainder(domains[i].turn_deg / 2.0, 180.0))
-                                              : fmt::format("turned by {:g}", domains[i].turn_deg));
+    for (const ClusterDomain& domain : domains)
+        words.push_back(domain.isMirrored
+                            ? fmt::format("mirrored at {:g}", std::remainder(domain.turn_deg / 2.0, 180.0))
+                            : fmt::format("turned by {:g}", domain.turn_deg));
+    return words;
+}
+
+std::string DomainText(const std::vector<ClusterDomain>& domains) {
+    const std::vector<std::string> words = DomainWords({domains.begin() + 1, domains.end()});
     return fmt::format("other domains of the surface are {} degrees: domains = \"symmetry\" takes all\n",
                        fmt::join(words, ", "));
 }
@@ -189,8 +196,8 @@ std::string NameOf(const SurfaceStructure& structure, const std::string& superst
 /// The domains as they lie in a frame that is turned.
 std::vector<ClusterDomain> Weighted(std::vector<ClusterDomain> domains, const std::vector<double>& weights) {
     if (!weights.empty() && weights.size() != domains.size())
-        throw ZfError(
-            fmt::format("There are {} domains and {} weights of them", domains.size(), weights.size()));
+        throw ZfError(fmt::format("A weight is needed for each domain, {} degrees: {} of {} given",
+                                  fmt::join(DomainWords(domains), ", "), weights.size(), domains.size()));
     for (std::size_t i = 0; i < weights.size(); ++i) domains[i].weight = weights[i];
     return domains;
 }

@@ -41,8 +41,9 @@ std::vector<double> RiseOf(const Relaxation& relaxation, const SurfaceSlab& slab
         if (!(spacing > 0.0))
             throw ZfError(
                 fmt::format("The spacing d{}{} would be {:.4g} angstrom, from {:.4g} in the bulk: it "
-                            "has to be above 0",
-                            i + 1, i + 2, spacing, inBulk));
+                            "has to be above 0{}",
+                            i + 1, i + 2, spacing, inBulk,
+                            wanted.isPercent ? "" : R"(; a change of it is written like "-3 percent")"));
         rise[i] += spacing - inBulk;
     }
     for (std::size_t i = 0; i < relaxation.shift_angstrom.size(); ++i)
@@ -72,6 +73,27 @@ std::string Told(const AtomMove& move) {
     return move.layer == 0 ? atoms + " of the adsorbates" : fmt::format("{} in layer {}", atoms, move.layer);
 }
 
+/// Without rounding's minus at 0.
+double RoundedTo4(double number) {
+    return std::round(number * 1e4) / 1e4 + 0.0;
+}
+
+/// The places of some atoms as fractions of the (1x1) cell: "0, 0.5 and 0.5, 0".
+std::string PlacesText(const std::vector<std::size_t>& atoms, const SurfaceLattice& unitCell,
+                       const SurfaceSlab& slab) {
+    constexpr std::size_t kShown = 12;
+    std::vector<std::string> places;
+    for (const std::size_t atom : atoms) {
+        const gemmi::Vec3 f = FractionsOf(slab.atoms[atom].position, unitCell);
+        places.push_back(fmt::format("{:.4g}, {:.4g}", RoundedTo4(f.x), RoundedTo4(f.y)));
+    }
+    if (places.size() > kShown) {
+        places.resize(kShown);
+        places.emplace_back("others");
+    }
+    return fmt::format("{}", fmt::join(places, " and "));
+}
+
 /// The atom that a move names.
 std::size_t Selected(const AtomMove& move, const SurfaceLattice& unitCell, const SurfaceSlab& slab) {
     std::vector<std::size_t> found;
@@ -90,8 +112,8 @@ std::size_t Selected(const AtomMove& move, const SurfaceLattice& unitCell, const
         found.begin(), found.end(), [&](std::size_t a, std::size_t b) { return distance(a) < distance(b); });
     constexpr double kNear_angstrom = 0.7;
     if (distance(nearest) > kNear_angstrom)
-        throw ZfError(fmt::format("There is no {} at {:g}, {:g} to move: the nearest is {:.2f} angstrom away",
-                                  Told(move), (*move.at)[0], (*move.at)[1], distance(nearest)));
+        throw ZfError(fmt::format("There is no {} at {:g}, {:g} to move; there are at {}", Told(move),
+                                  (*move.at)[0], (*move.at)[1], PlacesText(found, unitCell, slab)));
     return nearest;
 }
 

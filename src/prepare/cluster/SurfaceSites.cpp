@@ -191,9 +191,10 @@ gemmi::Vec3 SurfaceSite::PlaceOn(const SurfaceSlab& slab) const {
 }
 
 SurfaceSite FindSite(const SurfaceSlab& slab, const std::string& name) {
+    const std::string wanted = name == "atop" ? "top" : name;
     std::vector<std::string> names;
     for (const NamedSite& site : SitesOf(slab)) {
-        if (site.name == name) return site.site;
+        if (site.name == wanted) return site.site;
         names.push_back(site.name);
     }
     throw ZfError(

@@ -25,7 +25,7 @@ struct SurfaceSite {
 };
 
 /// A site over the (1x1) cell of a surface by its name, found from the atoms of the topmost layer:
-/// - top: over the atom at the origin;
+/// - top, or atop: over the atom at the origin;
 /// - bridge: half-way between two nearest ones; long-bridge: between the next nearest, with no other as near;
 /// - hollow: as far as possible from all of them; fcc and hcp: such a place between three, with no atom of
 ///   the second layer below it (fcc) or with one (hcp).

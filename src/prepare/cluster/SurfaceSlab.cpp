@@ -81,15 +81,10 @@ gemmi::Vec3 StepUp(const std::array<int, 3>& hkl) {
     return {static_cast<double>(u * s), static_cast<double>(v * s), static_cast<double>(t)};
 }
 
-gemmi::Vec3 Fractions(const gemmi::Vec3& v, const SurfaceLattice& lattice) {
-    const double area = Cross(lattice[0], lattice[1]);
-    return {Cross(v, lattice[1]) / area, Cross(lattice[0], v) / area, 0.0};
-}
-
 /// The cell in which a place lies; what is on the edge of two belongs to the upper one.
 std::array<double, 2> CellOfPlace(const gemmi::Vec3& v, const SurfaceLattice& lattice) {
     constexpr double kEdge = 1e-6;
-    const gemmi::Vec3 f = Fractions(v, lattice);
+    const gemmi::Vec3 f = FractionsOf(v, lattice);
     return {std::floor(f.x + kEdge), std::floor(f.y + kEdge)};
 }
 
@@ -103,7 +98,7 @@ double SurfaceSlab::Top() const {
 }
 
 gemmi::Vec3 SurfaceSlab::Shortest(const gemmi::Vec3& v) const {
-    const gemmi::Vec3 f = Fractions(v, lattice);
+    const gemmi::Vec3 f = FractionsOf(v, lattice);
     const gemmi::Vec3 near = v - lattice[0] * std::round(f.x) - lattice[1] * std::round(f.y);
     gemmi::Vec3 shortest = near;
     for (int i = -1; i <= 1; ++i)
@@ -112,6 +107,11 @@ gemmi::Vec3 SurfaceSlab::Shortest(const gemmi::Vec3& v) const {
             if (other.length_sq() < shortest.length_sq() - 1e-9) shortest = other;
         }
     return shortest;
+}
+
+gemmi::Vec3 FractionsOf(const gemmi::Vec3& v, const SurfaceLattice& lattice) {
+    const double area = Cross(lattice[0], lattice[1]);
+    return {Cross(v, lattice[1]) / area, Cross(lattice[0], v) / area, 0.0};
 }
 
 SurfaceLattice LatticeOfSurface(const CrystalCell& cell, const SurfaceFrame& frame) {

@@ -32,6 +32,10 @@ struct SurfaceSlab {
     std::vector<SlabAtom> atoms;  ///< from above
 };
 
+/// The fractions along two vectors in the surface that lead to the place of a vector; its height does not
+/// count.
+gemmi::Vec3 FractionsOf(const gemmi::Vec3& v, const SurfaceLattice& lattice);
+
 /// The smallest translations of a surface: a1 the shortest, of equal ones that nearest to x; a2 the shortest
 /// that is not along it, counter-clockwise from it, of equal ones that of the largest angle. So they are at
 /// 90 degrees on fcc(001), at 120 on fcc(111), and a1 is along the close-packed rows of fcc(110). Throws

@@ -9,6 +9,7 @@
 #include "foundation/FileReading.h"
 #include "foundation/StrictNumber.h"
 #include "foundation/ZfError.h"
+#include "input/ZfAtomName.h"
 
 namespace qvre {
 
@@ -18,7 +19,11 @@ std::vector<std::string> Fields(const std::string& text, char separator) {
     std::vector<std::string> fields;
     std::istringstream stream(text);
     std::string field;
-    while (std::getline(stream, field, separator)) fields.push_back(field);
+    while (std::getline(stream, field, separator)) {
+        field.erase(0, field.find_first_not_of(' '));
+        field.erase(field.find_last_not_of(' ') + 1);
+        fields.push_back(field);
+    }
     return fields;
 }
 
@@ -59,6 +64,14 @@ void AddSpacing(const std::string& key, const LayerSpacing& spacing, Relaxation&
 }
 
 Adsorbate AtomicAdsorbate(const std::string& element) {
+    try {
+        ZfAtomName().SetName(element);
+    } catch (const ZfError&) {
+        throw ZfError(
+            "\"" + element +
+            "\" is no element symbol, written as in the periodic table, like Fe; a molecule comes from an "
+            ".xyz file");
+    }
     Adsorbate adsorbate;
     adsorbate.name = element;
     adsorbate.atoms = {{element, gemmi::Vec3(), 0.0}};

@@ -85,7 +85,7 @@ void AddSpacing(const std::string& key, const LayerSpacing& spacing, Relaxation&
 /// height (angstrom) and, when there is one, superstructure. Throws ZfError that quotes it.
 Adsorbate ParseAdsorbate(const std::string& text);
 
-/// An adsorbate of one atom.
+/// An adsorbate of one atom. Throws ZfError for what is no element symbol.
 Adsorbate AtomicAdsorbate(const std::string& element);
 
 }  // namespace qvre

@@ -211,6 +211,7 @@ TEST(SurfaceSites, AreFoundFromTheTopmostLayer) {
     EXPECT_NEAR(SitePlace(fcc111, "fcc").length(), r / std::sqrt(3.0), 1e-9);
     EXPECT_NEAR(SitePlace(fcc111, "bridge").length(), r / 2.0, 1e-9);
     EXPECT_EQ(belowSite(SlabOf("hcp", {"Co"}, {2.507, 4.069}, {0, 0, 1}), "fcc"), std::vector<int>{});
+    EXPECT_EQ(SitePlace(fcc111, "atop").length(), 0.0);
     EXPECT_NEAR(SitePlace(SlabOf("fcc", {"Al"}, {a}, {0, 0, 1}), "hollow").length(), a / 2.0, 1e-9);
     EXPECT_NEAR(SitePlace(SlabOf("fcc", {"Al"}, {a}, {1, 1, 0}), "long-bridge").length(), a / 2.0, 1e-9);
     EXPECT_NEAR(SitePlace(SlabOf("bcc", {"Fe"}, {a}, {1, 1, 0}), "bridge").length(), a * std::sqrt(3.0) / 4.0,
@@ -316,7 +317,8 @@ TEST(SurfaceBuilding, RefusesWhatDoesNotFit) {
     EXPECT_EQ(
         failure([](SurfaceStructure& s) { s.adsorbates[0].coverage = 0.25; }),
         "The coverage 0.25 of the adsorbate O does not fit its superstructure c(2x2), which has one in 2 "
-        "cells, 0.5: give another superstructure, or more adsorbates");
+        "cells, 0.5: give another superstructure, or more adsorbates; for islands on a bare surface leave it "
+        "out, as the pattern of the adsorbate does not depend on it");
     EXPECT_EQ(failure([](SurfaceStructure& s) {
                   s.relaxation.spacing = {LayerSpacing{-100.0, true}};
               }),
@@ -332,7 +334,17 @@ TEST(SurfaceBuilding, RefusesWhatDoesNotFit) {
               }),
               "There is no O in layer 2 to move");
     EXPECT_EQ(failure([](SurfaceStructure& s) {
+                  s.relaxation.moves = {{2, "Ni", std::array{0.2, 0.1}, {0.0, 0.0, 0.1}, true}};
+              }),
+              "There is no Ni in layer 2 at 0.2, 0.1 to move; there are at 0.5, 0.5 and 0.5, 1.5");
+    EXPECT_EQ(failure([](SurfaceStructure& s) {
+                  s.relaxation.spacing = {LayerSpacing{-3.0, false}};
+              }),
+              "The spacing d12 would be -3 angstrom, from 1.762 in the bulk: it has to be above 0; a change "
+              "of it is "
+              "written like \"-3 percent\"");
+    EXPECT_EQ(failure([](SurfaceStructure& s) {
                   s.domainWeights = {1.0, 2.0};
               }),
-              "There are 1 domains and 2 weights of them");
+              "A weight is needed for each domain, turned by 0 degrees: 2 of 1 given");
 }
