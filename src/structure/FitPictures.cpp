@@ -197,7 +197,7 @@ void DrawProfile(const FitReport& report, std::size_t parameter, Canvas& canvas)
     LineAxes axes;
     axes.title = WithSign(ParameterText(report, parameter)) + (noise ? " (noise)" : "");
     axes.xLabel = one.unit.empty() ? one.name : one.name + " (" + one.unit + ")";
-    axes.yLabel = "R";
+    axes.yLabel = "reliability factor R";
     axes.markers = true;
     axes.xRange = x;
     axes.yRange = Span{bottom, level + 0.6 * rise};
@@ -245,7 +245,7 @@ void DrawCourse(const FitReport& report, Canvas& canvas) {
     LineAxes axes;
     axes.title = fmt::format("R = {:.4f} after {} evaluations", r, report.records.size());
     axes.xLabel = "evaluation";
-    axes.yLabel = "R";
+    axes.yLabel = "reliability factor R";
     axes.xRange = Around(each.x);
     DrawLines({each, best}, axes, canvas);
 }
