@@ -73,7 +73,7 @@ struct Covered {
 void Count(const FitReport& report, std::vector<Covered>& covered) {
     for (std::size_t i = 0; i < covered.size(); ++i) {
         Covered& one = covered[i];
-        const double sigma = report.noise->sigma[i].value_or(0.0);
+        const double sigma = *report.noise->sigma[i];
         const RLevelError& level = report.levels[i];
         const double lower = level.lower.value_or(-HUGE_VAL);
         const double upper = level.upper.value_or(HUGE_VAL);
@@ -110,13 +110,16 @@ int main(int argumentCount, char** arguments) {
         const FitReport report = fit.Run();
         evaluations += report.evaluations;
         independent = report.independentData;
-        if (!report.noise || report.levels.size() != covered.size()) continue;
+        const bool hasErrors = report.noise && report.levels.size() == covered.size() &&
+                               report.noise->sigma[0] && report.noise->sigma[1];
+        if (!hasErrors) continue;
         ++fitted;
         Count(report, covered);
     }
     std::filesystem::remove_all(folder);
-    fmt::print("{} simulated measurements, N = {:.0f}; {} fits ended; {} evaluations each, with all errors\n",
-               seeds, independent, fitted, evaluations / seeds);
+    fmt::print(
+        "{} simulated measurements, N = {:.0f}; {} fits have errors; {} evaluations each, with all errors\n",
+        seeds, independent, fitted, evaluations / seeds);
     for (const Covered& one : covered)
         fmt::print(
             "  {}  noise {:.4f} angstrom holds the truth in {:5.1f} % (68.3 expected); off by {:.2f}, root "

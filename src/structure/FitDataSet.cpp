@@ -100,9 +100,9 @@ DataEvaluation FitDataSet::Evaluate(const NamedValues& values) const {
     using List = Eigen::Map<const Eigen::ArrayXd>;
     const Eigen::VectorXd a = background.WithoutIt(root.array() * List(compared.chiA.data(), count));
     const Eigen::VectorXd b = background.WithoutIt(root.array() * List(compared.chiB.data(), count));
-    const double factor = !isAmplitudeFree_       ? 1.0
-                          : b.squaredNorm() > 0.0 ? std::max(0.0, a.dot(b) / b.squaredNorm())
-                                                  : 0.0;
+    // The scale of R scaled makes the misfit 2 |a|^2 (1 - c), whatever the sign of the correlation c. That of
+    // least squares, the same near c = 1, would vanish at c = 0, and the slope with it.
+    const double factor = isAmplitudeFree_ ? a.norm() / b.norm() : 1.0;
     const Eigen::VectorXd difference = factor * b - a;
 
     DataEvaluation evaluation;
