@@ -38,9 +38,14 @@ void TellOfAgreement(const FitReport& report, Alerts& alerts) {
     const double r = report.best.evaluation.r;
     if (r > kNothingFits)
         alerts.push_back(
-            fmt::format("R = {:.2f}: nothing fits, and the errors mean nothing; check azimuth, energy and "
-                        "emitters, or try another model",
+            fmt::format("R = {:.2f}: nothing fits, and the errors mean nothing; search globally, check "
+                        "azimuth, energy and emitters, or try another model",
                         r));
+    if (!report.isSmooth)
+        alerts.emplace_back(
+            "the method jumps where the order of the atoms changes, and differences over small steps mean "
+            "little: "
+            "fit with FULL or SINGLE");
     if (!report.hasSigmas || !report.noise || !(report.noise->degreesOfFreedom > 0.0)) return;
     const double reduced = report.noise->chiSquared / report.noise->degreesOfFreedom;
     if (reduced > kFarAbove)

@@ -49,6 +49,7 @@ public:
     double Weight() const { return weight_; }
     double IndependentData() const { return independentData_; }
     bool HasSigmas() const { return hasSigmas_; }
+    bool IsSmooth() const { return calculation_.IsSmooth(); }
     const std::string& MethodText() const { return calculation_.MethodText(); }
 
 private:

@@ -54,6 +54,7 @@ struct FitReport {
     Trial start = {};
     Trial best = {};
     double independentData = 0.0;
+    bool isSmooth = true;    ///< false for a method that jumps where the order of atoms changes
     bool hasSigmas = false;  ///< measured ones, so that chi-squared tells how well the model fits
     std::optional<NoiseErrors> noise = {};
     std::vector<RLevelError> levels = {};  ///< by parameter, as far as they are known

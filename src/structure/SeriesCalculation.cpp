@@ -32,6 +32,7 @@ SeriesCalculation::SeriesCalculation(RecipeSource source, FitPhases phases)
     const std::vector<RecipeCase>& members = groups.front().cases;
     CheckMembers(members);
     const MethodChoice choice = ChooseMethod(groups, place_, kAffordableEvaluation_s);
+    isSmooth_ = choice.method == kFull || choice.method == kSingle;
     methodText_ = choice.remark.empty() ? "method " + std::string(WordFor(choice.method)) : choice.remark;
     for (const RecipeCase& one : members)
         models_.push_back(

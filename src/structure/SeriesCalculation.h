@@ -30,12 +30,15 @@ public:
     std::vector<PreparedCase> Inputs(const std::vector<RecipeCase>& members) const;
 
     const std::string& MethodText() const { return methodText_; }
+    /// Whether the method changes smoothly with the places of atoms: MULTI and SLOWMULTI order them.
+    bool IsSmooth() const { return isSmooth_; }
     const RecipeFolder& Place() const { return place_; }
 
 private:
     RecipeSource source_;
     RecipeFolder place_;
     std::string methodText_;
+    bool isSmooth_ = true;
     std::vector<std::unique_ptr<RecipeModel>> models_;
     std::unique_ptr<MapDirections> map_;
 };

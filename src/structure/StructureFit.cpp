@@ -61,6 +61,8 @@ FitReport EmptyReport(const FitPlan& plan, const StructureObjective& objective) 
     report.isRunning = true;
     report.independentData = plan.fit.independentData.value_or(objective.IndependentData());
     report.hasSigmas = objective.HasSigmas();
+    report.isSmooth = std::all_of(objective.DataSets().begin(), objective.DataSets().end(),
+                                  [](const auto& set) { return set->IsSmooth(); });
     return report;
 }
 

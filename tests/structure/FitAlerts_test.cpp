@@ -74,13 +74,17 @@ TEST(FitAlerts, EachFaultHasItsLine) {
          "angle, or "
          "knowledge that excludes it",
          [&other](FitReport& r) { r.rivals = {other}; }},
-        {"R = 0.51: nothing fits, and the errors mean nothing; check azimuth, energy and emitters, or try "
-         "another "
-         "model",
+        {"R = 0.51: nothing fits, and the errors mean nothing; search globally, check azimuth, energy and "
+         "emitters, or "
+         "try another model",
          [](FitReport& r) {
              r.best.evaluation.r = 0.51;
              r.convergence.clear();
          }},
+        {"the method jumps where the order of the atoms changes, and differences over small steps mean "
+         "little: "
+         "fit with FULL or SINGLE",
+         [](FitReport& r) { r.isSmooth = false; }},
         {"chi-squared per degree of freedom is 2.5: the model misses more than noise; go by the R level, the "
          "noise "
          "errors are too small",
