@@ -144,6 +144,7 @@ std::vector<std::optional<double>> DerivedErrors(const ParameterSpace& space, co
             for (std::size_t j = 0; j < count; ++j)
                 variance += gradients[i][k] * errors.covariance[i][j] * gradients[j][k];
         }
+        isKnown = isKnown && std::isfinite(variance);  // a derivative may have no value
         result.push_back(isKnown ? std::optional(std::sqrt(std::max(variance, 0.0))) : std::nullopt);
     }
     return result;

@@ -30,7 +30,7 @@ struct NoiseErrors {
 NoiseErrors NoiseErrorsAt(FitProblem& problem, const Trial& best, double differenceStep = 1e-3);
 
 /// Standard errors of the derived quantities from the covariance by their gradients, taken within the bounds;
-/// none if it hangs on a parameter that has none. Throws ZfError as ParameterSpace::Derived.
+/// none if it hangs on a parameter that has none, or has no value there.
 std::vector<std::optional<double>> DerivedErrors(const ParameterSpace& space, const FitPoint& best,
                                                  const NoiseErrors& errors);
 

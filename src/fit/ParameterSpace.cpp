@@ -36,6 +36,14 @@ void CheckParameter(const FitParameter& parameter) {
         refuse("the +- of its restraint has to be a positive number");
 }
 
+double ValueOr(const Expression& expression, const std::vector<double>& arguments, double fallback) {
+    try {
+        return expression.Evaluate(arguments);
+    } catch (const ZfError&) {
+        return fallback;
+    }
+}
+
 }  // namespace
 
 ParameterSpace::ParameterSpace(std::vector<FitParameter> fitParameters,
@@ -152,7 +160,7 @@ std::vector<double> ParameterSpace::Derived(const FitPoint& point) const {
         std::vector<double> arguments;
         for (const std::size_t argument : definitions_[quantity].arguments)
             arguments.push_back(known[argument]);
-        known[count + quantity] = definitions_[quantity].expression.Evaluate(arguments);
+        known[count + quantity] = ValueOr(definitions_[quantity].expression, arguments, NAN);
     }
     const auto first = known.begin() + std::ssize(point);
     return {first, first + std::ssize(derived)};

@@ -57,7 +57,7 @@ public:
 
     std::vector<double> RestraintResiduals(const FitPoint& point) const;
 
-    /// The derived quantities, in their order. Throws ZfError for a value that is not finite.
+    /// The derived quantities, in their order; NaN where an expression has no value.
     std::vector<double> Derived(const FitPoint& point) const;
 
     std::vector<FitParameter> parameters;

@@ -73,14 +73,19 @@ TEST(NoiseErrors, AreMissingWithTheirReason) {
                                 {"idle", 0.5, 0.0, 1.0, ""},
                                 {"edge", 1.0, 0.0, 1.0, ""},
                                 {"also", 1.0, 0.0, 9.0, ""}},
-                               {{"sum", "a + edge", ""}, {"slope", "2*b", ""}});
+                               {{"sum", "a + edge", ""},
+                                {"slope", "2*b", ""},
+                                {"none", "1/b", ""},
+                                {"within", "b*sqrt(1 - edge)", ""}});
     FunctionObjective objective([](const FitPoint& x) {
         std::vector<double> residuals = LineResiduals({x[0] + 2.0 * x[4], x[1]});
         residuals.push_back(x[3] - 2.0);
         return residuals;
     });
     FitProblem problem(space, objective);
-    const NoiseErrors errors = NoiseErrorsAt(problem, problem.EvaluateOne(space.Start()));
+    const Trial start = problem.EvaluateOne(space.Start());
+    const NoiseErrors errors = NoiseErrorsAt(problem, start);
+    EXPECT_EQ(errors.degreesOfFreedom, static_cast<double>(start.evaluation.residuals.size()) - 3.0);
     EXPECT_EQ(errors.reason[0], "the data cannot tell it from a change of also");
     EXPECT_EQ(errors.reason[4], "the data cannot tell it from a change of a");
     EXPECT_EQ(errors.reason[2], "nothing depends on it");
@@ -91,6 +96,9 @@ TEST(NoiseErrors, AreMissingWithTheirReason) {
     const auto derived = DerivedErrors(space, space.Start(), errors);
     EXPECT_FALSE(derived[0]);
     EXPECT_NEAR(*derived[1], 2.0 * *errors.sigma[1], 1e-9);
+    EXPECT_TRUE(std::isnan(space.Derived(space.Start())[2]));
+    EXPECT_FALSE(derived[2]);
+    EXPECT_EQ(derived[3], 0.0);  // it has no value beyond the bound
 
     const ParameterSpace line(kLine);
     FunctionObjective twoData([](const FitPoint& x) { return std::vector{x[0] - 1.0, x[1] + x[0] - 1.0}; });

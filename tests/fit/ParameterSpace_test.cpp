@@ -50,6 +50,14 @@ TEST(ParameterSpace, FollowsDefinitionsInAnyOrder) {
     EXPECT_DOUBLE_EQ(values[2], 1.2);
 }
 
+// A parameter in nanometres beside a constant in angstrom.
+TEST(ParameterSpace, CountsInTheUnitsOfExpressions) {
+    std::vector<FitParameter> parameters = {{"d", 0.18, 0.1, 0.3, "nm"}};
+    parameters[0].plain = 10.0;
+    const ParameterSpace space(parameters, {{"sum", "d + a", "angstrom"}}, {{"a", 3.6}});
+    EXPECT_DOUBLE_EQ(space.Derived({0.2})[0], 5.6);
+}
+
 TEST(ParameterSpace, RefusesUnknownAndCircularDefinitions) {
     EXPECT_EQ(Refusal({kSpacing}, {{"d23", "2*d13", ""}}),
               "d23 = 2*d13: there is no parameter d13 (there are d12, d23)");

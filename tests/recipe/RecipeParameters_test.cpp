@@ -39,9 +39,11 @@ TEST(RecipeParameters, AreReadInTheOrderOfTheirLinesAndCountInPlainUnits) {
         "d = { start = 0.19, lower = 0.17, upper = 0.21, unit = \"nm\", restraint = \"0.19 +- 0.005\" }\n"
         "twice = \"2*d - b\"\n"
         "b = 0.1\n"
-        "a = \"361 pm\"\n"sv);
+        "a = \"361 pm\"\n"
+        "c = { start = 2, restraint = \"1.9 \u00B1 0.2\" }\n"sv);
     const std::vector<RecipeParameter> parameters = ReadParameters(recipe);
-    ASSERT_EQ(parameters.size(), 4U);
+    ASSERT_EQ(parameters.size(), 5U);
+    EXPECT_EQ(parameters[4].restraint->sigma, 0.2);
     EXPECT_EQ(parameters[0].name, "d");
     EXPECT_EQ(parameters[0].upper, 0.21);
     ASSERT_TRUE(parameters[0].restraint);
@@ -93,6 +95,14 @@ TEST(RecipeParameters, AScanTakesThemWhereItHasValues) {
     ASSERT_EQ(groups.size(), 2U);
     RecipeTable recipe(&groups[0].cases[0].settings, "recipe");
     EXPECT_EQ(recipe.Section("thermal").Number("temperature", RecipeUnit::kKelvin), 450.0);
+}
+
+// Under another light the waves are not scattered again.
+TEST(RecipeParameters, OfTheLightDoNotChangeTheEmission) {
+    const toml::table recipe = toml::parse(
+        "[parameters]\nx = 1\nE = 300\n[emission]\nkinetic = \"E\"\npolarisation = [\"x\", 0, 1]\n"sv);
+    EXPECT_EQ(SectionsOfParameter(recipe, "x", ""), std::set<std::string>{"light"});
+    EXPECT_EQ(SectionsOfParameter(recipe, "E", ""), std::set<std::string>{"emission"});
 }
 
 TEST(RecipeParameters, AreNoMoreThanAChainOfExpressionsMayHave) {
