@@ -25,18 +25,19 @@ constexpr double kNoiseErrors = 3.0;
 
 struct Searched {
     bool isFound = false;
-    int searching = 0;  // evaluations before valleys are gone down
-    int all = 0;        // with the way down
+    int evaluations = 0;  // with the way down
     double r = 0.0;
-    std::vector<Trial> rivals;
+    std::size_t rivals = 0;
 };
 
 /// Within so many noise errors of the truth in every parameter.
-bool IsTruth(const FitPlan& plan, StructureObjective& objective, const Trial& best, const FitPoint& truth) {
+bool IsTruth(const FitPlan& plan, const Trial& best, const FitPoint& truth) {
+    StructureObjective objective(plan.space, MakeDataSets(plan, best.point));
     FitProblem problem(plan.space, objective);
     const NoiseErrors noise = NoiseErrorsAt(problem, problem.EvaluateOne(best.point), 1e-2);
     for (std::size_t i = 0; i < truth.size(); ++i)
-        if (!(std::abs(best.point[i] - truth[i]) <= kNoiseErrors * noise.sigma[i].value_or(0.0))) return false;
+        if (!(std::abs(best.point[i] - truth[i]) <= kNoiseErrors * noise.sigma[i].value_or(0.0)))
+            return false;
     return true;
 }
 
@@ -44,15 +45,14 @@ Searched Search(const std::string& recipe, const FitChoices& choices, const std:
     FitPlan plan = PlanFit(recipe, choices);
     plan.fit.findsErrors = false;
     const FitPoint truth = SimulateMeasurements(plan, plan.fit.seed, folder);
-    StructureObjective objective(plan.space, MakeDataSets(plan));
     const std::string evaluations = folder + "/evaluations.csv";
     std::filesystem::remove(evaluations);
     EvaluationTable table(evaluations, plan.space, {"data"});
-    StructureFit fit(plan, objective, table);
+    StructureFit fit(plan, table);
     fit.EvaluateStart();
     const FitReport report = fit.Run();
-    return {IsTruth(plan, objective, report.best, truth), 0, report.evaluations, report.best.evaluation.r,
-            report.rivals};
+    return {IsTruth(plan, report.best, truth), report.evaluations, report.best.evaluation.r,
+            report.rivals.size()};
 }
 
 void Print(const std::string& recipe, FitSearch search, int evaluations, int seeds,
@@ -65,8 +65,8 @@ void Print(const std::string& recipe, FitSearch search, int evaluations, int see
         const Searched searched =
             Search(recipe, {search, static_cast<std::uint64_t>(seed), evaluations}, folder);
         found += searched.isFound ? 1 : 0;
-        all += searched.all;
-        rivals += static_cast<double>(searched.rivals.size());
+        all += searched.evaluations;
+        rivals += static_cast<double>(searched.rivals);
         if (!searched.isFound) misses += fmt::format(" {} (R {:.4f})", seed, searched.r);
     }
     fmt::print("  {:7} {:5}  found {:2} of {}  {:4.0f} evaluations with the way down  {:.1f} rivals{}\n",
