@@ -16,7 +16,8 @@ namespace qvre {
 /// How the least misfit is looked for.
 enum class FitSearch : std::uint8_t {
     kLocal,   ///< down the valley of the start
-    kGlobal,  ///< an evolution strategy over the room between the bounds, then down its best valleys
+    kGlobal,  ///< points that fill the room between the bounds, an evolution strategy, then down the best
+              ///< valleys
     kSobol    ///< points that fill the room evenly, then down the best valleys among them
 };
 

@@ -22,6 +22,10 @@ namespace {
 constexpr double kDifferenceStep = 1e-2;
 constexpr double kStepTolerance = 1e-3;
 
+/// Of the room of each parameter. Where the strategy ends, a valley is known, and is gone down otherwise.
+constexpr double kEvolutionStep = 0.2;
+constexpr double kEvolutionTolerance = 1e-2;
+
 constexpr int kMostLocal = 200;
 constexpr int kGlobalByParameter = 150;
 constexpr int kSobolByParameter = 100;
@@ -39,7 +43,8 @@ std::string SearchText(const FitPlan& plan) {
     const std::string descent =
         fit.descent == FitDescent::kGaussNewton ? "Gauss-Newton" : "BOBYQA, without derivatives";
     if (fit.search == FitSearch::kLocal) return descent + " from the start";
-    const std::string search = fit.search == FitSearch::kGlobal ? "evolution strategy" : "Sobol points";
+    const std::string search =
+        fit.search == FitSearch::kGlobal ? "Sobol points and evolution strategy" : "Sobol points";
     return fmt::format("{}, seed {}; then {} down the best valleys, {} at the most", search, fit.seed,
                        descent, fit.minima);
 }
@@ -121,32 +126,48 @@ LocalFit StructureFit::Descend(const FitPoint& start) {
                                                          : FitWithoutDerivatives(problem_, start, settings_);
 }
 
+/// Points that fill the room evenly, so that no wide valley stays unseen.
+void StructureFit::FillRoom(int count) {
+    constexpr std::size_t kBatch = 16;  // is lost when it is stopped
+    const ParameterSpace& space = plan_.space;
+    problem_.keepsResiduals = false;
+    ++problem_.generation;
+    std::vector<FitPoint> points =
+        SobolPoints(space.parameters.size(), static_cast<std::size_t>(count), plan_.fit.seed);
+    for (FitPoint& point : points) point = space.FromUnit(point);
+    for (std::size_t first = 0; first < points.size(); first += kBatch) {
+        const auto begin = points.begin() + static_cast<std::ptrdiff_t>(first);
+        const auto end =
+            points.begin() + static_cast<std::ptrdiff_t>(std::min(points.size(), first + kBatch));
+        problem_.Evaluate(std::vector<FitPoint>(begin, end));
+    }
+    problem_.keepsResiduals = true;
+}
+
+/// From the best point known; false after an interrupt.
+bool StructureFit::Evolve(int count) {
+    const auto best =
+        std::min_element(table_.records.begin(), table_.records.end(),
+                         [](const EvaluationRecord& a, const EvaluationRecord& b) {
+                             return a.failure.empty() && (!b.failure.empty() || a.misfit < b.misfit);
+                         });
+    EvolutionSearch search(plan_.space.ToUnit(best->point), {.seed = plan_.fit.seed,
+                                                             .population = plan_.fit.population,
+                                                             .firstStep = kEvolutionStep,
+                                                             .mostEvaluations = count,
+                                                             .restarts = count,
+                                                             .stepTolerance = kEvolutionTolerance});
+    return SearchGlobally(problem_, search).stop != FitStop::kInterrupted;
+}
+
 /// From where valleys are gone down; none after an interrupt.
 std::vector<FitPoint> StructureFit::Starts() {
-    const ParameterSpace& space = plan_.space;
-    if (plan_.fit.search == FitSearch::kLocal) return {space.Start()};
-    const int most = MostEvaluations(plan_.fit, space.parameters.size());
-    if (plan_.fit.search == FitSearch::kGlobal) {
-        EvolutionSearch search(
-            space.ToUnit(space.Start()),
-            {.seed = plan_.fit.seed, .population = plan_.fit.population, .mostEvaluations = most});
-        if (SearchGlobally(problem_, search).stop == FitStop::kInterrupted) return {};
-    } else {
-        problem_.keepsResiduals = false;
-        ++problem_.generation;
-        constexpr std::size_t kBatch = 16;  // is lost when it is stopped
-        std::vector<FitPoint> points =
-            SobolPoints(space.parameters.size(), static_cast<std::size_t>(most), plan_.fit.seed);
-        for (FitPoint& point : points) point = space.FromUnit(point);
-        for (std::size_t first = 0; first < points.size(); first += kBatch) {
-            const auto begin = points.begin() + static_cast<std::ptrdiff_t>(first);
-            const auto end =
-                points.begin() + static_cast<std::ptrdiff_t>(std::min(points.size(), first + kBatch));
-            problem_.Evaluate(std::vector<FitPoint>(begin, end));
-        }
-        problem_.keepsResiduals = true;
-    }
-    return ValleyPoints(space, table_.records, static_cast<std::size_t>(plan_.fit.minima));
+    if (plan_.fit.search == FitSearch::kLocal) return {plan_.space.Start()};
+    const int most = MostEvaluations(plan_.fit, plan_.space.parameters.size());
+    const int evolved = plan_.fit.search == FitSearch::kGlobal ? most / 2 : 0;
+    FillRoom(most - evolved);
+    if (evolved > 0 && !Evolve(evolved)) return {};
+    return ValleyPoints(plan_.space, table_.records, static_cast<std::size_t>(plan_.fit.minima));
 }
 
 /// Finds the minima below some points; false after an interrupt.
@@ -166,12 +187,24 @@ bool StructureFit::GoDown(const std::vector<FitPoint>& starts) {
     return last.stop != FitStop::kInterrupted && last.stop != FitStop::kFailed;
 }
 
-/// Goes on from the minimum with its own phase shifts; the former ones may be those of a start that is far
-/// from it. False when that is the end.
+/// Goes on from each minimum with its own phase shifts; the former ones may be those of a start that is far
+/// from it, and make a wrong one the best. False when that is the end.
 bool StructureFit::Renew() {
     if (plan_.fit.phases != FitPhases::kKept) return true;
-    objective_ = std::make_unique<StructureObjective>(plan_.space, MakeDataSets(plan_, report_.best.point));
-    return GoDown({report_.best.point});
+    const auto renew = [this](const FitPoint& at) {
+        objective_ = std::make_unique<StructureObjective>(plan_.space, MakeDataSets(plan_, at));
+    };
+    if (minima_.size() > 1) {
+        std::vector<FitPoint> starts;
+        for (const Trial& minimum : minima_) starts.push_back(minimum.point);
+        minima_ = DistinctMinima(problem_, starts, [&](const FitPoint& start) {
+            renew(start);
+            return Descend(start);
+        });
+    }
+    const FitPoint best = minima_.empty() ? report_.best.point : minima_.front().point;
+    renew(best);
+    return GoDown({best});
 }
 
 /// Both errors of all parameters. False when a profile came upon a better structure, which is the best then.

@@ -40,6 +40,8 @@ private:
     std::vector<Evaluation> Evaluate(const std::vector<FitPoint>& points) override;
     void Tell();
     LocalFit Descend(const FitPoint& start);
+    void FillRoom(int count);
+    bool Evolve(int count);
     std::vector<FitPoint> Starts();
     bool GoDown(const std::vector<FitPoint>& starts);
     bool Renew();
