@@ -76,7 +76,8 @@ NoiseErrors NoiseErrorsAt(FitProblem& problem, const Trial& best, double differe
         return errors;
     }
     const std::vector<std::size_t> free = Determined(space, best, jacobian.columns, errors);
-    errors.degreesOfFreedom = static_cast<double>(jacobian.columns.rows() - std::ssize(free));
+    errors.degreesOfFreedom =
+        static_cast<double>(jacobian.columns.rows() - std::ssize(free)) - problem.SolvedAlong();
     if (free.empty()) return errors;
     if (errors.degreesOfFreedom <= 0.0) {
         for (const std::size_t i : free) errors.reason[i] = "there are no more data than parameters";

@@ -20,6 +20,9 @@ public:
     /// side by side; a result must not depend on what is calculated with it. Throws Interruption to end the
     /// fit with what it has.
     virtual std::vector<Evaluation> Evaluate(const std::vector<FitPoint>& points) = 0;
+
+    /// How many numbers each evaluation fits along the way, such as a scale: so many degrees of freedom less.
+    virtual double SolvedAlong() const { return 0.0; }
 };
 
 class EvaluationTable;
@@ -35,6 +38,8 @@ public:
     /// them. A result that is not finite, or has another number of residuals than the first, has failed.
     std::vector<Trial> Evaluate(const std::vector<FitPoint>& points);
     Trial EvaluateOne(const FitPoint& point) { return Evaluate(std::vector<FitPoint>(1, point)).front(); }
+
+    double SolvedAlong() const { return objective_.SolvedAlong(); }
 
     const ParameterSpace& space;
     int generation = 0;          ///< of what is evaluated next, for the table

@@ -136,6 +136,8 @@ RecipeFit ReadFit(const toml::table& recipe) {
     fit.seed = static_cast<std::uint64_t>(CountFrom(section, "seed", 0, 1));
     fit.evaluations = CountFrom(section, "evaluations", 2, 0);
     fit.population = CountFrom(section, "population", 4, 0);
+    if (fit.evaluations > 0 && fit.population > fit.evaluations)
+        section.Fail("population", "is more than all evaluations");
     fit.minima = CountFrom(section, "minima", 1, fit.minima);
     fit.findsErrors = section.Flag("errors", true);
     fit.independentData = section.Number("independent-data", RecipeUnit::kNone);

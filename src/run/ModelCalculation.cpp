@@ -51,14 +51,15 @@ ZfScatteringData WithVibrations(ZfScatteringData data, const ModelInputs& inputs
     return data;
 }
 
-double LargestMomentum(const Cluster& cluster, double kinetic_eV) {
+double LargestMomentum(const Cluster& cluster, double kinetic_eV, double acceptance_deg) {
     double squaredRadius_m2 = 0.0;
     for (const Structure& structure : cluster.structures)
         for (const ClusterAtom& atom : structure.atoms)
             squaredRadius_m2 = std::max(squaredRadius_m2, static_cast<double>(NormSquared(atom.position)));
     ZfFreeElectron electron;
     electron.SetEnergy_eV(kinetic_eV);
-    return electron.k * std::sqrt(squaredRadius_m2);
+    const double reached = electron.k * std::sqrt(squaredRadius_m2);
+    return acceptance_deg > 0.0 ? std::min(reached, 180.0 / (2.0 * acceptance_deg)) : reached;
 }
 
 CountedIntensity CountModel(const ZfScatteringData& data, const FarFieldDirections& directions,

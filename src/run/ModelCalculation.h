@@ -41,9 +41,10 @@ ZfScatteringData ScatterModel(ModelInputs inputs, const ModelMethod& method);
 /// The waves of another method with the vibrations of the inputs. Throws ZfError.
 ZfScatteringData WithVibrations(ZfScatteringData data, const ModelInputs& inputs);
 
-/// The largest angular momentum in which waves interfere that come from as far as the cluster reaches: k
-/// times that.
-double LargestMomentum(const Cluster& cluster, double kinetic_eV);
+/// The largest angular momentum in which waves interfere that come from as far as the cluster reaches, k
+/// times that, as far as an analyser of this half angle of acceptance (degrees; 0: none) shows it: pi over
+/// the full angle.
+double LargestMomentum(const Cluster& cluster, double kinetic_eV, double acceptance_deg);
 
 /// The intensities that leave the sample. Throws ZfError.
 CountedIntensity CountModel(const ZfScatteringData& data, const FarFieldDirections& directions,

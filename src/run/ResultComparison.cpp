@@ -46,12 +46,12 @@ std::string ScanTable(const ComparedScan& scan, const std::vector<ComparedResult
 }
 
 /// Of the clusters of a result.
-double LargestMomentum(const RunResult& result, const ResultFolder& folder) {
+double LargestMomentum(const RunResult& result, const ResultFolder& folder, double acceptance_deg) {
     double largest = 0.0;
     for (const std::string& file : result.clusters) {
         Cluster cluster;
         ZfLoadCluster(cluster, folder.Path(file));
-        largest = std::max(largest, LargestMomentum(cluster, result.largestKinetic_eV));
+        largest = std::max(largest, LargestMomentum(cluster, result.largestKinetic_eV, acceptance_deg));
     }
     return largest;
 }
@@ -60,8 +60,9 @@ void TellScan(const RunPlan& plan, const std::vector<ComparedResult>& results, c
               RunLog& log) {
     const ComparedResult& first = results.front();
     ComparedScan scan{plan.scanned, {}, 0.0};
-    scan.independentData = IndependentDirections(first.compared.theta, first.compared.phi,
-                                                 LargestMomentum(*first.result, folder));
+    scan.independentData = IndependentDirections(
+        first.compared.theta, first.compared.phi,
+        LargestMomentum(*first.result, folder, plan.comparison.request.instrument.acceptance));
     for (const ComparedResult& one : results)
         scan.points.push_back({one.result->scanned, one.compared.agreement, one.result->member});
     WriteWholeFile(folder.Path("scan.csv"), ScanTable(scan, results));

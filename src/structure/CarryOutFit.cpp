@@ -26,10 +26,11 @@ namespace {
 constexpr const char* kProblem = ".fit";  // what the evaluations of the folder belong to
 
 /// Refuses to mix the evaluations of different problems; a new one is remembered.
-void TakeProblem(const FitPlan& plan, const ResultFolder& folder, bool forgets) {
-    const std::vector<std::string> now = ProblemText(plan);
+void TakeProblem(const FitPlan& plan, const ResultFolder& folder, const FitOptions& options) {
+    std::vector<std::string> now = ProblemText(plan);
+    now.emplace_back(options.simulates ? "simulated" : "measured");
     const std::string path = folder.Path(kProblem);
-    if (!forgets && std::filesystem::exists(path)) {
+    if (!options.repeatsAll && std::filesystem::exists(path)) {
         const std::vector<std::string> before = LineSplit(ReadTextFile(path));
         const auto [a, b] = std::mismatch(before.begin(), before.end(), now.begin(), now.end());
         if (a == before.end() && b == now.end()) return;
@@ -89,9 +90,8 @@ private:
 std::string ExpectedText(const FitPlan& plan, double seconds) {
     const int expected = StructureFit::Expected(plan);
     const int threads = omp_get_max_threads();
-    return fmt::format("an evaluation takes {}; about {} of them by {} thread{}: {}", DurationText(seconds),
-                       expected, threads, threads == 1 ? "" : "s",
-                       DurationText(seconds * expected / threads));
+    return fmt::format("an evaluation takes {:.2g} s; about {} of them by {} thread{}: {}", seconds, expected,
+                       threads, threads == 1 ? "" : "s", DurationText(seconds * expected / threads));
 }
 
 }  // namespace
@@ -102,9 +102,9 @@ FitStop CarryOutFit(const FitOptions& options) {
     if (!options.simulates)
         MakeDataSets(plan, plan.space.Start());  // what fails, fails before there is a folder
     ResultFolder folder(options.folder);
+    TakeProblem(plan, folder, options);
     FitPoint truth;
     if (options.simulates) truth = SimulateMeasurements(plan, plan.fit.seed, options.folder);
-    TakeProblem(plan, folder, options.repeatsAll);
     RunLog log(folder.Path("fit.log"));
     log.Line(fmt::format("qvre {}: {}", QVRE_VERSION, plan.title));
     log.Note("recipe " + options.recipe + "\n" + plan.text);

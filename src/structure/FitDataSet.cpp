@@ -17,11 +17,6 @@ namespace {
 /// R of a good fit: without measured sigma its misfit is the number of independent data.
 constexpr double kGoodR = 0.1;
 
-/// The part of the sphere that an analyser takes in shows no larger momenta.
-double LimitedMomentum(double lMost, double acceptance_deg) {
-    return acceptance_deg > 0.0 ? std::min(lMost, 180.0 / (2.0 * acceptance_deg)) : lMost;
-}
-
 }  // namespace
 
 std::string NameOfData(const RecipeSource& source) {
@@ -34,19 +29,18 @@ FitDataSet::FitDataSet(const RecipeSource& source, double weight, const RecipeFi
       weight_(weight),
       isAmplitudeFree_(fit.amplitude == FitAmplitude::kFree) {
     const std::vector<RecipeCase> members = calculation_.Members(source.values);
-    double lMost = 0.0;
-    double kinetic_eV = 0.0;
-    for (const PreparedCase& prepared : calculation_.Inputs(members)) {
-        kinetic_eV = prepared.kinetic_eV;
-        lMost = std::max(lMost, LargestMomentum(prepared.inputs.cluster, kinetic_eV));
-    }
-    const auto comparison = ComparisonOf(members.front(), kinetic_eV);
+    const std::vector<PreparedCase> inputs = calculation_.Inputs(members);
+    const auto comparison = ComparisonOf(members.front(), inputs.back().kinetic_eV);
     const Measurement& points = comparison->Points();
-    independentData_ =
-        std::min(static_cast<double>(points.theta.size()),
-                 IndependentDirections(points.theta, points.phi,
-                                       LimitedMomentum(lMost, comparison->Request().instrument.acceptance)));
+    double lMost = 0.0;
+    for (const PreparedCase& prepared : inputs)
+        lMost = std::max(lMost, LargestMomentum(prepared.inputs.cluster, prepared.kinetic_eV,
+                                                comparison->Request().instrument.acceptance));
+    independentData_ = std::min(static_cast<double>(points.theta.size()),
+                                IndependentDirections(points.theta, points.phi, lMost));
     background_ = comparison->Request().background;
+    searched_ = comparison->Request().searched;
+    rings_ = static_cast<double>(PolarRings(points.theta).Count());
     measured_ = ModulationOf(points, background_);
     double unit = measured_.meanWeight;
     hasSigmas_ = !points.sigma.empty();
@@ -83,6 +77,12 @@ CompareResult FitDataSet::Compared(const NamedValues& values) const {
     if (!comparison->Request().background) direct = std::move(images.direct);
     return comparison->With(
         {std::move(images.intensity), std::move(direct), comparison->Request().instrument}, near_);
+}
+
+double FitDataSet::SolvedAlong() const {
+    const double background = !background_ ? 0.0 : background_->degree ? *background_->degree + 1.0 : rings_;
+    return background + (isAmplitudeFree_ ? 1.0 : 0.0) + (searched_.rotation ? 1.0 : 0.0) +
+           (searched_.thetaOffset ? 1.0 : 0.0) + (searched_.tilt ? 2.0 : 0.0);
 }
 
 void FitDataSet::KeepSettingOf(const NamedValues& values) {

@@ -48,6 +48,8 @@ public:
     const std::string& Name() const { return name_; }
     double Weight() const { return weight_; }
     double IndependentData() const { return independentData_; }
+    /// How many numbers of its own each evaluation fits: of the setting, the amplitude and the background.
+    double SolvedAlong() const;
     bool HasSigmas() const { return hasSigmas_; }
     bool IsSmooth() const { return calculation_.IsSmooth(); }
     const std::string& MethodText() const { return calculation_.MethodText(); }
@@ -63,6 +65,8 @@ private:
     double independentData_ = 0.0;
     bool hasSigmas_ = false;
     std::optional<BackgroundModel> background_;
+    SearchedSettings searched_;
+    double rings_ = 0.0;
     WeightedModulation measured_;   // of all points
     std::vector<double> variance_;  // that weighs their residuals
     std::optional<SampleSetting> near_;

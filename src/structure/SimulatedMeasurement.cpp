@@ -27,7 +27,7 @@ Directions SectorOf(const FitSimulation& simulation) {
     Directions directions;
     const double width_deg = simulation.phi_deg[1] - simulation.phi_deg[0];
     const auto rings =
-        static_cast<int>((simulation.theta_deg[1] - simulation.theta_deg[0]) / simulation.step_deg);
+        static_cast<int>(1e-9 + (simulation.theta_deg[1] - simulation.theta_deg[0]) / simulation.step_deg);
     for (int ring = 0; ring <= rings; ++ring) {
         const double theta_deg = simulation.theta_deg[0] + ring * simulation.step_deg;
         const double arc_deg = width_deg * std::sin(theta_deg * kDegree);
@@ -133,7 +133,7 @@ std::string RecoveryText(const FitPlan& plan, const FitPoint& truth, const FitRe
                             parameter.start, report.best.point[i]);
         if (report.noise && report.noise->sigma[i])
             text += fmt::format(", off by {:.1f} noise errors", off / *report.noise->sigma[i]);
-        if (i < report.levels.size()) {
+        if (i < report.levels.size() && (report.levels[i].lower || report.levels[i].upper)) {
             const RLevelError& level = report.levels[i];
             const bool isInside =
                 (!level.lower || *level.lower <= truth[i]) && (!level.upper || truth[i] <= *level.upper);

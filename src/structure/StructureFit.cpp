@@ -93,20 +93,30 @@ std::vector<Evaluation> StructureFit::Evaluate(const std::vector<FitPoint>& poin
     return objective_->Evaluate(points);
 }
 
-/// The best evaluation so far stands for the structure that is looked for.
-void StructureFit::Tell() {
-    if (!follow_ || table_.records.empty()) return;
-    FitReport now = report_;
-    now.records = table_.records;
-    now.evaluations = static_cast<int>(table_.records.size());
-    for (const EvaluationRecord& record : table_.records) {
-        now.seconds += record.seconds;
-        if (!(record.misfit < now.best.misfit) && !now.best.point.empty()) continue;
-        now.best.point = record.point;
-        now.best.misfit = record.misfit;
-        now.best.evaluation.r = record.r;
-        now.best.evaluation.dataSetR = record.dataSetR;
+/// The best evaluation so far; those before the phase shifts were renewed do not count.
+Trial StructureFit::BestRecord() const {
+    Trial best = report_.start;
+    for (std::size_t i = renewed_; i < table_.records.size(); ++i) {
+        const EvaluationRecord& record = table_.records[i];
+        if (!record.failure.empty() || (i > renewed_ && !(record.misfit < best.misfit))) continue;
+        best.point = record.point;
+        best.misfit = record.misfit;
+        best.evaluation = {{}, record.r, record.dataSetR, record.seconds, {}};
     }
+    return best;
+}
+
+void StructureFit::Count(FitReport& report) const {
+    report.records = table_.records;
+    report.evaluations = static_cast<int>(table_.records.size());
+    for (const EvaluationRecord& record : table_.records) report.seconds += record.seconds;
+}
+
+void StructureFit::Tell() {
+    if (!follow_ || table_.records.size() <= renewed_) return;
+    FitReport now = report_;
+    Count(now);
+    now.best = BestRecord();
     follow_(now);
     told_ = std::chrono::steady_clock::now();
 }
@@ -121,7 +131,13 @@ const Trial& StructureFit::EvaluateStart() {
 
 LocalFit StructureFit::Descend(const FitPoint& start) {
     ++problem_.generation;
-    objective_->KeepSettingsOf(start);
+    try {
+        objective_->KeepSettingsOf(start);
+    } catch (const Interruption&) {
+        throw;
+    } catch (const ZfError& error) {
+        return {.best = {}, .stop = FitStop::kFailed, .detail = error.message};
+    }
     return plan_.fit.descent == FitDescent::kGaussNewton ? FitByGaussNewton(problem_, start, settings_)
                                                          : FitWithoutDerivatives(problem_, start, settings_);
 }
@@ -194,6 +210,7 @@ bool StructureFit::Renew() {
     const auto renew = [this](const FitPoint& at) {
         objective_ = std::make_unique<StructureObjective>(plan_.space, MakeDataSets(plan_, at));
     };
+    renewed_ = table_.records.size();
     if (minima_.size() > 1) {
         std::vector<FitPoint> starts;
         for (const Trial& minimum : minima_) starts.push_back(minimum.point);
@@ -207,8 +224,9 @@ bool StructureFit::Renew() {
     return GoDown({best});
 }
 
-/// Both errors of all parameters. False when a profile came upon a better structure, which is the best then.
-bool StructureFit::FindErrors() {
+/// Both errors of all parameters. When a profile comes upon a better structure and `mayMove`, the search for
+/// it begins again there, the former minimum being one of several, and this returns false.
+bool StructureFit::FindErrors(bool mayMove) {
     report_.levels.clear();
     ++problem_.generation;
     report_.noise = NoiseErrorsAt(problem_, report_.best, kDifferenceStep);
@@ -218,11 +236,11 @@ bool StructureFit::FindErrors() {
         const double firstStep = report_.noise->sigma[i].value_or(0.0) * factor;
         report_.levels.push_back(
             RLevelErrorAt(problem_, report_.best, i, report_.independentData, firstStep, settings_));
-        if (!report_.levels.back().better) continue;
-        const LocalFit better = Descend(report_.levels.back().better->point);
-        if (!(better.best.misfit < report_.best.misfit)) continue;
-        report_.best = minima_.front() = better.best;
-        return false;
+        if (!mayMove || !report_.levels.back().better) continue;
+        std::vector<FitPoint> starts = {report_.levels.back().better->point};
+        for (const Trial& minimum : minima_) starts.push_back(minimum.point);
+        const double former = report_.best.misfit;
+        if (!GoDown(starts) || report_.best.misfit < former) return false;
     }
     return true;
 }
@@ -232,18 +250,17 @@ FitReport StructureFit::Run() {
         const std::vector<FitPoint> starts = Starts();
         report_.stop = starts.empty() ? FitStop::kInterrupted : FitStop::kFailed;
         if (!starts.empty() && GoDown(starts) && Renew() && plan_.fit.findsErrors)
-            for (int round = 0; round < kMostRounds && !FindErrors(); ++round) continue;
+            for (int round = 1; IsConverged(report_.stop) && !FindErrors(round < kMostRounds); ++round)
+                continue;
     } catch (const Interruption&) {
         problem_.keepsResiduals = true;
         report_.stop = FitStop::kInterrupted;
     }
     if (report_.stop != FitStop::kInterrupted) table_.End();
+    if (report_.best.point.empty() || report_.stop == FitStop::kInterrupted) report_.best = BestRecord();
     report_.rivals = RivalsOf(minima_, report_.independentData);
     report_.isRunning = false;
-    report_.records = table_.records;
-    report_.evaluations = static_cast<int>(table_.records.size());
-    for (const EvaluationRecord& record : table_.records) report_.seconds += record.seconds;
-    if (report_.best.point.empty()) report_.best = report_.start;
+    Count(report_);
     return report_;
 }
 

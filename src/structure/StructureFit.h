@@ -38,6 +38,7 @@ public:
 
 private:
     std::vector<Evaluation> Evaluate(const std::vector<FitPoint>& points) override;
+    double SolvedAlong() const override { return objective_->SolvedAlong(); }
     void Tell();
     LocalFit Descend(const FitPoint& start);
     void FillRoom(int count);
@@ -45,7 +46,9 @@ private:
     std::vector<FitPoint> Starts();
     bool GoDown(const std::vector<FitPoint>& starts);
     bool Renew();
-    bool FindErrors();
+    bool FindErrors(bool mayMove);
+    Trial BestRecord() const;
+    void Count(FitReport& report) const;
 
     const FitPlan& plan_;
     std::unique_ptr<StructureObjective> objective_;
@@ -55,6 +58,7 @@ private:
     FitReport report_;
     LocalFitSettings settings_;
     std::vector<Trial> minima_;
+    std::size_t renewed_ = 0;  // evaluations before the phase shifts were renewed
     std::chrono::steady_clock::time_point told_;
 };
 

@@ -29,6 +29,13 @@ double StructureObjective::IndependentData() const {
     return sum;
 }
 
+double StructureObjective::SolvedAlong() const {
+    double sum = 0.0;
+    for (const auto& set : sets_)
+        if (set->Weight() > 0.0) sum += set->SolvedAlong();
+    return sum;
+}
+
 void StructureObjective::KeepSettingsOf(const FitPoint& point) {
     for (const auto& set : sets_) set->KeepSettingOf(ValuesAt(point));
 }
@@ -54,8 +61,9 @@ Evaluation StructureObjective::EvaluateOne(const FitPoint& point) const {
             weights += weight;
             evaluation.r += weight * own.r;
             evaluation.dataSetR.push_back(own.r);
-            evaluation.residuals.insert(evaluation.residuals.end(), own.residuals.begin(),
-                                        own.residuals.end());
+            if (set->Weight() > 0.0)
+                evaluation.residuals.insert(evaluation.residuals.end(), own.residuals.begin(),
+                                            own.residuals.end());
         }
         evaluation.r /= weights;
     } catch (const Interruption&) {

@@ -16,6 +16,7 @@ public:
 
     /// Several points are calculated side by side, one a thread. What cannot be calculated has failed.
     std::vector<Evaluation> Evaluate(const std::vector<FitPoint>& points) override;
+    double SolvedAlong() const override;
 
     /// Keeps the settings of the sample near those of a point, or looks for them everywhere: see FitDataSet.
     /// Throws ZfError for a point that cannot be calculated.
