@@ -297,8 +297,7 @@ void RefuseUnusedParameters(const toml::table& recipe, const std::string& folder
     const std::vector<RecipeParameter> parameters = ReadParameters(recipe);
     std::map<std::string, std::vector<std::string>> arguments;
     for (const RecipeParameter& parameter : parameters)
-        if (!parameter.expression.empty())
-            arguments[parameter.name] = Expression(parameter.expression).names;
+        if (!parameter.expression.empty()) arguments[parameter.name] = Expression(parameter.expression).names;
     std::set<std::string> used;
     for (auto& [section, names] : NamesBySection(recipe, folder)) used.merge(names);
     std::vector<std::string> open(used.begin(), used.end());
