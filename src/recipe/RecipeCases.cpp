@@ -294,7 +294,7 @@ RecipeVariation ScannedParameter(RecipeTable& scan, const toml::table& recipe, c
     where.sections = SectionsOfParameter(recipe, name, folder);
     for (const std::string& section : where.sections)
         if (std::find(kScannedSections.begin(), kScannedSections.end(), section) == kScannedSections.end())
-            scan.Fail("vary", "[" + section + "] uses " + name + ", and cannot vary in a scan");
+            scan.Fail("vary", fmt::format("[{}] uses {}, and cannot vary in a scan", section, name));
     return where;
 }
 

@@ -35,7 +35,7 @@ std::string SettingsText(const ComparedScan& scan, const LeastR& least) {
 
 /// The points of one member, by value, and their least R.
 struct MemberScan {
-    MemberScan(const ComparedScan& scan, const std::string& memberName) : member(memberName) {
+    MemberScan(const ComparedScan& scan, std::string memberName) : member(std::move(memberName)) {
         for (const ScannedAgreement& point : scan.points)
             if (point.member == member) points.push_back(point);
         std::sort(points.begin(), points.end(),
