@@ -25,6 +25,8 @@ gemmi::Vec3 Turned(const gemmi::Vec3& v, double angle_deg) {
     return {c * v.x - s * v.y, s * v.x + c * v.y, 0.0};
 }
 
+constexpr int kLargestNumber = 999;  // of a matrix
+
 /// The whole numbers that make a vector of the lattice; nothing when it is none. Wood's notation rounds its
 /// angles.
 std::optional<std::array<int, 2>> InLattice(const gemmi::Vec3& v, const SurfaceLattice& lattice) {
@@ -33,6 +35,7 @@ std::optional<std::array<int, 2>> InLattice(const gemmi::Vec3& v, const SurfaceL
     const double area = a.x * b.y - a.y * b.x;
     const double first = (v.x * b.y - v.y * b.x) / area;
     const double second = (a.x * v.y - a.y * v.x) / area;
+    if (!(std::abs(first) <= kLargestNumber && std::abs(second) <= kLargestNumber)) return std::nullopt;
     if (std::abs(first - std::round(first)) > kRounding || std::abs(second - std::round(second)) > kRounding)
         return std::nullopt;
     return std::array{static_cast<int>(std::lround(first)), static_cast<int>(std::lround(second))};
@@ -121,9 +124,8 @@ std::optional<std::array<int, 4>> MatrixOf(std::string text) {
         if (std::strchr("[],;/", c)) c = ' ';
     std::istringstream numbers(text);
     std::array<int, 4> matrix{};
-    constexpr int kLargest = 999;
     for (int& number : matrix)
-        if (!(numbers >> number) || std::abs(number) > kLargest) return std::nullopt;
+        if (!(numbers >> number) || std::abs(number) > kLargestNumber) return std::nullopt;
     return (numbers >> std::ws).eof() ? std::optional(matrix) : std::nullopt;
 }
 

@@ -39,12 +39,14 @@ double DepthOfClusters(const ClusterRequest& request, const SurfaceFrame& frame,
         const int deepest = *std::max_element(request.layers.begin(), request.layers.end());
         emitter = deepest * frame.period / static_cast<double>(frame.planes.size());
     }
+    const double top = emitter + adsorbates;
+    const double atomVolume =
+        std::abs(request.cell.axes.determinant()) / static_cast<double>(request.cell.atoms.size());
     double size = request.size_angstrom;
-    if (size == 0.0) {
-        const double atomVolume =
-            std::abs(request.cell.axes.determinant()) / static_cast<double>(request.cell.atoms.size());
-        size = SizeOfVolume(request.Shape(), request.atoms * atomVolume, emitter + adsorbates);
-    }
+    if (size == 0.0) size = SizeOfVolume(request.Shape(), request.atoms * atomVolume, top);
+    if (size > SizeOfVolume(request.Shape(), kMostAtoms * atomVolume, top))
+        throw ZfError(
+            fmt::format("The cluster would have more than {} atoms: ask for a smaller one", kMostAtoms));
     const double depth =
         request.Shape() == ClusterShape::kParaboloid ? (size + emitter) / 2.0 : std::max(size, emitter);
     return kSpare * depth + adsorbates + kSpare_angstrom;

@@ -51,12 +51,21 @@ std::vector<double> RiseOf(const Relaxation& relaxation, const SurfaceSlab& slab
     return rise;
 }
 
+/// Throws ZfError for a move that is no relaxation.
+void CheckMove(double angstrom) {
+    constexpr double kFarthest_angstrom = 10.0;
+    if (!(std::abs(angstrom) <= kFarthest_angstrom))
+        throw ZfError(fmt::format("An atom would move by {:.4g} angstrom: more than {:g} are no relaxation",
+                                  angstrom, kFarthest_angstrom));
+}
+
 void Rumple(const std::map<std::string, double>& byElement, const std::vector<std::size_t>& atoms, int layer,
             SurfaceSlab& slab) {
     for (const auto& [element, height] : byElement) {
         bool isThere = false;
         for (const std::size_t atom : atoms) {
             if (slab.atoms[atom].element != element) continue;
+            CheckMove(height);
             slab.atoms[atom].position.z += height;
             isThere = true;
         }
@@ -153,6 +162,7 @@ void RelaxLayers(const Relaxation& relaxation, SurfaceSlab& slab) {
         throw ZfError(fmt::format("There is no layer {} to relax: the slab has {}", LayersIn(relaxation),
                                   slab.Layers()));
     const std::vector<double> rise = RiseOf(relaxation, slab, layers);
+    for (const double one : rise) CheckMove(one);
     for (std::size_t i = 0; i < layers.size(); ++i)
         for (const std::size_t atom : layers[i]) slab.atoms[atom].position.z += rise[i];
     for (std::size_t i = 0; i + 1 < layers.size(); ++i)
@@ -160,6 +170,7 @@ void RelaxLayers(const Relaxation& relaxation, SurfaceSlab& slab) {
             throw ZfError(fmt::format("Layer {} would come to lie below layer {}", i + 1, i + 2));
     for (std::size_t i = 0; i < relaxation.rumple_angstrom.size(); ++i)
         Rumple(relaxation.rumple_angstrom[i], layers[i], static_cast<int>(i) + 1, slab);
+    for (const auto& [x, y] : relaxation.lateral_angstrom) CheckMove(std::hypot(x, y));
     for (std::size_t i = 0; i < relaxation.lateral_angstrom.size(); ++i)
         for (const std::size_t atom : layers[i]) {
             slab.atoms[atom].position.x += relaxation.lateral_angstrom[i][0];
@@ -185,6 +196,7 @@ void MoveAtoms(const std::vector<AtomMove>& moves, const std::vector<std::vector
                SurfaceSlab& slab) {
     std::vector<gemmi::Vec3> sum(slab.atoms.size());
     for (std::size_t move = 0; move < moves.size(); ++move) {
+        CheckMove(moves[move].by.length());
         const std::vector<gemmi::Vec3> one = Displacements(moves[move], moved[move], slab.atoms.size());
         for (std::size_t i = 0; i < sum.size(); ++i) sum[i] += one[i];
     }
