@@ -52,9 +52,9 @@ RecipeModel::CutCluster RecipeModel::ClusterOf(RecipeTable section) const {
     MadeCluster made = section.Made("", [&] { return MakeCluster(request, *selection_); });
     cut.emitters = SharesOf(made);
     cut.cluster = std::move(made.cluster);
+    cut.slab = std::move(made.slab);
     cut.facts = FactsOf(request);
     cut.crystal = request.cell;
-    cut.isBuilt = !request.surfaceName.empty();
     return cut;
 }
 
@@ -121,7 +121,7 @@ PreparedCase RecipeModel::Prepare(const RecipeCase& one) const {
 
     PreparedCase prepared;
     prepared.kinetic_eV = emitted->kinetic_eV;
-    if (cluster.isBuilt) prepared.surface = cluster.crystal;
+    prepared.surface = cluster.slab;
     prepared.scatteringKey =
         SettingsText(one, method_ == kFull ? kFullyScattered : kScattered, place_.folder);
     prepared.inputs.cluster = cluster.cluster;

@@ -47,8 +47,7 @@ struct PreparedCase {
     CountingRequest counting;
     std::string scatteringKey;  ///< the text of all that the scattered waves depend on
     double kinetic_eV = 0.0;    ///< inside
-    std::optional<CrystalCell>
-        surface;  ///< of a surface that was built: its slab, the normal along the third axis
+    CrystalCell surface;        ///< the slab of a surface that was built, see MadeCluster
 };
 
 /// A case of a recipe, calculated in memory for one set of parameters after the other. What no parameter
@@ -75,7 +74,7 @@ private:
         std::vector<EmitterShare> emitters;
         ClusterFacts facts;
         std::optional<CrystalCell> crystal;  ///< none of a ready cluster
-        bool isBuilt = false;                ///< the crystal is the slab of a surface
+        CrystalCell slab;                    ///< of MadeCluster
     };
 
     CutCluster ClusterOf(RecipeTable section) const;

@@ -75,7 +75,7 @@ void DescribeBest(const FitPlan& plan, const StructureObjective& objective, FitR
     for (const auto& set : objective.DataSets()) report.data.push_back(set->Fitted(best));
     PreparedCase inputs = std::move(objective.DataSets().front()->Inputs(best).front());
     report.cluster = std::move(inputs.inputs.cluster);
-    if (inputs.surface) report.cell = *std::move(inputs.surface);
+    report.cell = std::move(inputs.surface);
     for (const Betterment& one : BettermentsOf(plan, report.cluster)) {
         try {
             report.convergence.push_back({one.what, BetterR(plan, best, report.best.point, one.settings)});

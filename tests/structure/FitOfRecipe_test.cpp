@@ -111,6 +111,9 @@ TEST_F(FitOfRecipe, RecoversWhatWasPutIn) {
     EXPECT_NE(told.find("d: put in 1.71, begun at "), std::string::npos) << told;
     EXPECT_NE(told.find(", within the R level\n"), std::string::npos) << told;
 
+    // The slab of the best structure, five layers at least.
+    EXPECT_NE(folder_.Read("fit/best.cif").find("\nCu5 "), std::string::npos);
+
     FitPlan plan = PlanFit(recipe, {});
     const FitPoint truth = SimulateMeasurements(plan, 5, folder_.Path("fit"));
     EXPECT_NEAR(std::abs(plan.space.parameters[0].start - truth[0]), 0.15, 1e-12);

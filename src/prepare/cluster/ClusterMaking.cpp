@@ -293,6 +293,7 @@ MadeCluster MakeCluster(const ClusterRequest& request) {
     const Settled settled(request, PlanSurface(request));
     MadeCluster made;
     made.hasUiso = settled.hasUiso;
+    if (!request.structure.IsEmpty()) made.slab = settled.request.cell;
     made.remarks = settled.request.remarks + TerraceRemarks(settled.request, *settled.frame);
     const std::vector<ClusterDomain>& domains = settled.request.domains;
     for (const EmitterSite& site : settled.Emitters(EqualEmitters::kJoined)) {
@@ -330,6 +331,7 @@ MadeCluster MakeCluster(const ClusterRequest& moved, const ClusterSelection& kep
     CheckSame(ElementsByAtom(settled.request.cell) == kept.cell);
     MadeCluster made;
     made.hasUiso = settled.hasUiso;
+    if (!moved.structure.IsEmpty()) made.slab = settled.request.cell;
     made.remarks = settled.request.remarks;
     const std::vector<ClusterDomain>& domains = settled.request.domains;
     for (const KeptEmitter& one : kept.emitters) {

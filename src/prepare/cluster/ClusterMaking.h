@@ -38,6 +38,7 @@ struct MadeCluster {
     Cluster cluster;
     std::vector<StructureSummary> structures;  ///< one for each of the cluster
     bool hasUiso = false;
+    CrystalCell slab;     ///< of a surface that was built, its normal along the third axis; otherwise empty
     std::string remarks;  ///< what the user should know, in lines
 };
 
