@@ -8,6 +8,7 @@
 
 #include "foundation/Text.h"
 #include "prepare/cluster/ShortBonds.h"
+#include "structure/FitNumbers.h"
 
 namespace qvre {
 
@@ -97,8 +98,8 @@ void TellOfMinima(const FitReport& report, Alerts& alerts) {
     for (std::size_t i = 0; i < report.levels.size(); ++i)
         if (const auto& better = report.levels[i].better)
             alerts.push_back(fmt::format(
-                "the profile of {} came to a better structure, R = {:.4f} at {} = {}: fit again from there",
-                report.space.parameters[i].name, better->evaluation.r, report.space.parameters[i].name,
+                "the profile of {} came to a better structure, R = {} at {} = {}: fit again from there",
+                report.space.parameters[i].name, RText(better->evaluation.r), report.space.parameters[i].name,
                 WithUnit(better->point[i], report.space.parameters[i].unit)));
     if (!report.rivals.empty())
         alerts.push_back(fmt::format(
@@ -136,9 +137,9 @@ void TellOfConvergence(const FitReport& report, Alerts& alerts) {
     for (const ConvergenceCheck& check : report.convergence)
         if (std::abs(check.r - r) > rise)
             alerts.push_back(
-                fmt::format("R is {:.4f} instead of {:.4f} with {}, a change beyond the R level: "
+                fmt::format("R is {} instead of {} with {}, a change beyond the R level: "
                             "calculate better and fit again",
-                            check.r, r, check.what));
+                            RText(check.r), RText(r), check.what));
 }
 
 void TellOfFailures(const FitReport& report, Alerts& alerts) {

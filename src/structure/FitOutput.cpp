@@ -10,6 +10,7 @@
 #include "report/picture/Canvas.h"
 #include "structure/FitFiles.h"
 #include "structure/FitJson.h"
+#include "structure/FitNumbers.h"
 #include "structure/FitPictures.h"
 #include "structure/FitReportText.h"
 #include "structure/FitTables.h"
@@ -19,7 +20,7 @@ namespace qvre {
 namespace {
 
 void WriteStructure(const FitReport& report, const std::string& folder) {
-    const std::string title = fmt::format("{}, R = {:.4f}", report.title, report.best.evaluation.r);
+    const std::string title = fmt::format("{}, R = {}", report.title, RText(report.best.evaluation.r));
     if (!report.cluster.structures.empty())
         WriteCluster(report.cluster, folder + fit_files::kBestCluster, {.titles = {title}});
     if (!report.cell.atoms.empty())

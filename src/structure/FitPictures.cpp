@@ -15,6 +15,7 @@
 #include "report/picture/LinePlot.h"
 #include "report/picture/MatrixPicture.h"
 #include "structure/FitFiles.h"
+#include "structure/FitNumbers.h"
 #include "structure/FitReportText.h"
 #include "structure/MisfitParts.h"
 #include "structure/StructurePicture.h"
@@ -26,7 +27,7 @@ namespace {
 constexpr double kNothing = std::numeric_limits<double>::quiet_NaN();
 
 std::string TitleOf(const FittedData& data) {
-    return fmt::format("{}, R = {:.3f}", data.name, data.r);
+    return fmt::format("{}, R = {}", data.name, RText(data.r));
 }
 
 std::vector<double> Residuals(const FittedData& data) {
@@ -179,7 +180,7 @@ void DrawProfile(const FitReport& report, std::size_t parameter, Canvas& canvas)
     const double cap = 0.06 * rise;
 
     std::vector<Curve> curves = {profile};
-    curves.push_back(Level(fmt::format("R level {:.4f}", level), x, level));
+    curves.push_back(Level(fmt::format("R level {}", RText(level)), x, level));
     if (error.lower || error.upper) {
         curves.push_back(Bar(fmt::format("R level: {}", LevelText(report, parameter)), error.lower,
                              error.upper, x, least - 0.2 * rise, cap));
@@ -243,7 +244,7 @@ void DrawCourse(const FitReport& report, Canvas& canvas) {
     if (each.x.size() > kMany) each.dot = 0.9;
     best.width = 1.4;
     LineAxes axes;
-    axes.title = fmt::format("R = {:.4f} after {} evaluations", r, report.records.size());
+    axes.title = fmt::format("R = {} after {} evaluations", RText(r), report.records.size());
     axes.xLabel = "evaluation";
     axes.yLabel = "reliability factor R";
     axes.xRange = Around(each.x);
@@ -256,7 +257,7 @@ bool HasCourse(const FitReport& report) {
 }
 
 std::string StructureTitle(const FitReport& report) {
-    return fmt::format("{}, R = {:.3f}", report.title, report.best.evaluation.r);
+    return fmt::format("{}, R = {}", report.title, RText(report.best.evaluation.r));
 }
 
 }  // namespace

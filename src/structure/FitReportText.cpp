@@ -11,6 +11,7 @@
 #include "foundation/Words.h"
 #include "structure/FitAlerts.h"
 #include "structure/FitFiles.h"
+#include "structure/FitNumbers.h"
 #include "structure/MisfitParts.h"
 
 namespace qvre {
@@ -85,13 +86,13 @@ std::string HeadOf(const FitReport& report) {
 }
 
 std::string LevelOfR(double r, double independentData) {
-    return fmt::format("{:.4f}", RLevel(r, independentData));
+    return RText(RLevel(r, independentData));
 }
 
 std::string AgreementOf(const FitReport& report) {
     const double r = report.best.evaluation.r;
     std::string text = fmt::format(
-        "  R = {:.4f}; structures up to the R level {}, for N = {:.0f} independent data, are as good\n", r,
+        "  R = {}; structures up to the R level {}, for N = {:.0f} independent data, are as good\n", RText(r),
         LevelOfR(r, report.independentData), report.independentData);
     if (report.noise && report.noise->degreesOfFreedom > 0.0 && report.hasSigmas)
         text += fmt::format("  chi-squared {:.5g} of {:.0f} degrees of freedom, {:.3g} each\n",
@@ -181,11 +182,11 @@ std::string DataOf(const FitReport& report) {
                    fmt::format("{}", data.compared.Directions()),
                    fmt::format("{:.0f}", data.independentData),
                    DoubleToText(data.weight),
-                   fmt::format("{:.4f}", data.r),
+                   RText(data.r),
                    LevelOfR(data.r, data.independentData),
                    fmt::format("{:.3g}", data.amplitude),
-                   fmt::format("{:.1f}", setting.rotation),
-                   fmt::format("{:.2f}", setting.thetaOffset),
+                   FixedText(setting.rotation, 1),
+                   FixedText(setting.thetaOffset, 2),
                    setting.tilt > 0.0
                        ? fmt::format("{:.2f} towards {:.0f}", setting.tilt, setting.tiltAzimuth)
                        : "0"};
@@ -213,7 +214,7 @@ std::string RivalsText(const FitReport& report) {
     std::vector<Row> rows = {{"R"}};
     for (const FitParameter& one : report.space.parameters) rows.front().push_back(one.name);
     for (const Trial& rival : report.rivals) {
-        Row row = {fmt::format("{:.4f}", rival.evaluation.r)};
+        Row row = {RText(rival.evaluation.r)};
         for (const double value : rival.point) row.push_back(DoubleToText(value));
         rows.push_back(row);
     }
@@ -223,8 +224,7 @@ std::string RivalsText(const FitReport& report) {
 std::string ConvergenceOf(const FitReport& report) {
     std::vector<Row> rows;
     for (const ConvergenceCheck& check : report.convergence)
-        rows.push_back(
-            {check.what, fmt::format("R = {:.4f} ({:+.4f})", check.r, check.r - report.best.evaluation.r)});
+        rows.push_back({check.what, fmt::format("R = {}", RText(check.r))});
     return Table(rows);
 }
 
@@ -314,7 +314,7 @@ std::string FitLastLines(const FitReport& report, const std::string& folder) {
                                  report.space.derived[i].unit) +
                     (errors[i] ? " (noise)" : "") + "\n";
         const double r = report.best.evaluation.r;
-        text += fmt::format("R = {:.4f}, R level {} for N = {:.0f} independent data\n", r,
+        text += fmt::format("R = {}, R level {} for N = {:.0f} independent data\n", RText(r),
                             LevelOfR(r, report.independentData), report.independentData);
     }
     for (const std::string& alert : FitAlerts(report)) text += "warning: " + alert + "\n";

@@ -28,7 +28,7 @@ FittedData Rings(const std::string& name, double missed) {
             data.compared.chiB.push_back(data.compared.chiA.back() / 2.0 + miss);
         }
     }
-    data.compared.setting = {.rotation = 12.34, .thetaOffset = -0.5, .tilt = 1.25, .tiltAzimuth = 90.0};
+    data.compared.setting = {.rotation = -0.04, .thetaOffset = -0.5, .tilt = 1.25, .tiltAzimuth = 90.0};
     return data;
 }
 
@@ -81,7 +81,7 @@ TEST(FitReportText, TellsAllOfParameters) {
     ExpectHolds(text, "  d13 = 3.81 +- 0.02 angstrom  = d12 + d23\n");
     ExpectHolds(text, "  R       d12  d23\n  0.1042  1.3  2.2\n");
     ExpectHolds(text, "Correlations above 0.1\n  d12  d23  +0.50\n");
-    ExpectHolds(text, "  clusters of 150 atoms instead of 100  R = 0.0985 (-0.0015)\n");
+    ExpectHolds(text, "  clusters of 150 atoms instead of 100  R = 0.0985\n");
     EXPECT_EQ(FitReportText(LinearFit(0.05).Report()).find("Correlations"), std::string::npos);
 }
 
@@ -95,7 +95,7 @@ TEST(FitReportText, TellsWhereRComesFrom) {
     ExpectHolds(text,
                 "         points  N   weight  R       R level  amplitude  rotation  polar offset  tilt       "
                 "      part of R\n"
-                "  map 1  144     50  2       0.0800  0.0960   2          12.3      -0.50         1.25 "
+                "  map 1  144     50  2       0.0800  0.0960   2          0.0       -0.50         1.25 "
                 "towards 90  67 %\n");
     ExpectHolds(text,
                 "  map 1       points  R      part of the squared differences\n"
