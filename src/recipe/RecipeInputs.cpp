@@ -167,7 +167,7 @@ ClusterRequest ReadClusterKeys(RecipeTable section, const RecipeFolder& place) {
     return request;
 }
 
-ClusterRequest ReadClusterRequest(RecipeTable section, const RecipeFolder& place) {
+ClusterRequest ReadClusterRequest(const RecipeTable& section, const RecipeFolder& place) {
     ClusterRequest request = ReadClusterKeys(section, place);
     section.Check([&] { CheckClusterRequest(request); });
     return request;

@@ -43,7 +43,7 @@ Document LoadReady(const RecipeTable& section, const std::string& path,
     });
 }
 
-ClusterRequest ReadClusterRequest(RecipeTable section, const RecipeFolder& place);
+ClusterRequest ReadClusterRequest(const RecipeTable& section, const RecipeFolder& place);
 /// The same before it is known whether surface, emitters and atoms fit together, which MakeCluster tells as
 /// well: for a structure whose atoms are chosen.
 ClusterRequest ReadClusterKeys(RecipeTable section, const RecipeFolder& place);

@@ -172,6 +172,7 @@ std::string CellText(const SurfaceLattice& lattice) {
 
 std::vector<std::string> DomainWords(const std::vector<ClusterDomain>& domains) {
     std::vector<std::string> words;
+    words.reserve(domains.size());
     for (const ClusterDomain& domain : domains)
         words.push_back(domain.isMirrored
                             ? fmt::format("mirrored at {:g}", std::remainder(domain.turn_deg / 2.0, 180.0))
