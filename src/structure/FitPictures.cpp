@@ -274,9 +274,10 @@ std::vector<FitPicture> FitPictures(const FitReport& report) {
                                                  canvas);
                             }});
     const std::vector<std::string> parts = fit_files::PartsOfNames(report.data);
-    for (std::size_t i = 0; i < parts.size(); ++i)
-        pictures.push_back({fit_files::DataPicture(parts[i]),
-                            [&data = report.data[i]](Canvas& canvas) { DrawData(data, canvas); }});
+    auto part = parts.begin();
+    for (const FittedData& data : report.data)
+        pictures.push_back(
+            {fit_files::DataPicture(*part++), [&data](Canvas& canvas) { DrawData(data, canvas); }});
     for (std::size_t i = 0; i < report.levels.size(); ++i)
         if (!report.levels[i].profile.empty())
             pictures.push_back({fit_files::ProfilePicture(report.space.parameters[i].name),

@@ -22,6 +22,7 @@ std::vector<Group> Belts(const std::vector<double>& theta) {
     for (std::size_t i = 0; i < theta.size(); ++i)
         belts[static_cast<int>(std::floor(theta[i] / kWidth))].push_back(i);
     std::vector<Group> groups;
+    groups.reserve(belts.size());
     for (auto& [belt, points] : belts)
         groups.emplace_back(fmt::format("theta {:g} to {:g}", kWidth * belt, kWidth * (belt + 1)),
                             std::move(points));

@@ -19,7 +19,7 @@ TEST(Text, NumbersHaveSixDigits) {
 
 TEST(Text, AnErrorTellsTheDigitsOfItsValue) {
     const std::tuple<double, double, const char*> cases[] = {
-        {1.7724, 0.0081, "1.772 +- 0.008"}, {1.7724, 0.0123, "1.772 +- 0.012"},
+        {1.7724, 0.0081, "1.772 +- 0.008"}, {1.7724, 0.0183, "1.772 +- 0.018"},
         {-2.5, 0.0196, "-2.50 +- 0.02"},    {4.0862, 0.3, "4.1 +- 0.3"},
         {312.4, 17.3, "312 +- 17"},         {2.0, 0.0, "2 +- 0"}};
     for (const auto& [value, error, text] : cases) EXPECT_EQ(WithError(value, error), text);
