@@ -102,8 +102,9 @@ int main(int argumentCount, char** arguments) {
     double independent = 0.0;
     for (int seed = 1; seed <= seeds; ++seed) {
         FitPlan plan = PlanFit(recipe, {});
-        const FitPoint truth = SimulateMeasurements(plan, static_cast<std::uint64_t>(seed), folder);
-        for (std::size_t i = 0; i < covered.size(); ++i) covered[i].truth = truth[i];
+        const Simulation made = SimulateMeasurements(plan, static_cast<std::uint64_t>(seed), folder);
+        for (const auto& [path, text] : made.files) WriteWholeFile(path, text);
+        for (std::size_t i = 0; i < covered.size(); ++i) covered[i].truth = made.truth[i];
         std::filesystem::remove(folder + "/evaluations.csv");
         EvaluationTable table(folder + "/evaluations.csv", plan.space, {"data"});
         StructureFit fit(plan, table);

@@ -4,6 +4,7 @@
 #include <fmt/ranges.h>
 
 #include <algorithm>
+#include <limits>
 
 #include "foundation/Expression.h"
 #include "recipe/RecipeParameters.h"
@@ -29,20 +30,26 @@ bool IsFree(const RecipeParameter& parameter) {
     return parameter.expression.empty() && parameter.lower && parameter.upper;
 }
 
-std::vector<std::string> FittedParameters(RecipeTable& section,
+std::vector<std::string> FittedParameters(RecipeTable& recipe,
                                           const std::vector<RecipeParameter>& parameters) {
+    RecipeTable section = recipe.Section("fit");
+    const RecipeTable numbers = recipe.Section("parameters");
     std::vector<std::string> fitted;
     if (section.Has("parameters")) {
         fitted = section.Texts("parameters");
     } else {
-        for (const RecipeParameter& parameter : parameters)
+        for (const RecipeParameter& parameter : parameters) {
             if (IsFree(parameter)) fitted.push_back(parameter.name);
+            if (parameter.lower.has_value() != parameter.upper.has_value())
+                numbers.Fail(parameter.name, "has one bound alone: a fit needs lower and upper");
+        }
     }
     if (fitted.empty())
-        section.Fail(
-            "parameters",
-            "there is nothing to fit: give numbers of [parameters] bounds, such as d12 = { start = 1.8, "
-            "lower = 1.5, upper = 2.1, unit = \"angstrom\" }");
+        (section.Exists() ? section : recipe)
+            .Fail(
+                "parameters",
+                "there is nothing to fit: give numbers of [parameters] bounds, such as d12 = { start = 1.8, "
+                "lower = 1.5, upper = 2.1, unit = \"angstrom\" }");
     for (auto name = fitted.begin(); name != fitted.end(); ++name) {
         const RecipeParameter& parameter = Find(section, "parameters", parameters, *name);
         if (std::find(fitted.begin(), name, *name) != name)
@@ -69,11 +76,10 @@ std::map<std::string, std::string> DerivedQuantities(RecipeTable section,
     return derived;
 }
 
-/// A count from `least` up.
-int CountFrom(RecipeTable& section, const char* key, int least, int fallback) {
+int CountBetween(RecipeTable& section, const char* key, int least, int most, int fallback) {
     const std::int32_t count = section.Count(key, fallback);
-    if (section.Has(key) && (count < least || count > kMostEvaluations))
-        section.Fail(key, fmt::format("has to be a whole number from {} to {}", least, kMostEvaluations));
+    if (section.Has(key) && (count < least || count > most))
+        section.Fail(key, fmt::format("has to be a whole number from {} to {}", least, most));
     return count;
 }
 
@@ -89,21 +95,37 @@ std::array<double, 2> Range(RecipeTable& section, const char* key, std::array<do
     return {range[0], range[1]};
 }
 
-/// Numbers by the names of parameters.
-std::map<std::string, double> ByParameter(RecipeTable section,
-                                          const std::vector<RecipeParameter>& parameters) {
-    std::map<std::string, double> numbers;
+std::map<std::string, double> ReadTruth(RecipeTable section, const std::vector<RecipeParameter>& parameters) {
+    std::map<std::string, double> truth;
     for (const std::string& name : section.Keys()) {
-        Find(section, name, parameters, name);
-        numbers[name] = *section.Number(name, RecipeUnit::kNone);
+        const RecipeParameter& parameter = Find(section, name, parameters, name);
+        if (!parameter.expression.empty())
+            section.Fail(name,
+                         fmt::format("is {}: give the parameters that it depends on", parameter.expression));
+        const double value = *section.Number(name, RecipeUnit::kNone);
+        if ((parameter.lower && value < *parameter.lower) || (parameter.upper && value > *parameter.upper))
+            section.Fail(name, fmt::format("the true value {:g} lies outside of the bounds", value));
+        truth[name] = value;
     }
-    return numbers;
+    return truth;
 }
 
-FitSimulation ReadSimulation(RecipeTable section, const std::vector<RecipeParameter>& parameters) {
+std::map<std::string, double> ReadShake(RecipeTable section, const std::vector<std::string>& fitted) {
+    std::map<std::string, double> shake;
+    for (const std::string& name : section.Keys()) {
+        if (std::find(fitted.begin(), fitted.end(), name) == fitted.end())
+            section.Fail(name, fmt::format("is not fitted, and has no start to be shaken; fitted are {}",
+                                           fmt::join(fitted, ", ")));
+        shake[name] = *section.Number(name, RecipeUnit::kNone);
+    }
+    return shake;
+}
+
+FitSimulation ReadSimulation(RecipeTable section, const std::vector<RecipeParameter>& parameters,
+                             const std::vector<std::string>& fitted) {
     FitSimulation simulation;
-    simulation.truth = ByParameter(section.Section("truth"), parameters);
-    simulation.shake = ByParameter(section.Section("shake"), parameters);
+    simulation.truth = ReadTruth(section.Section("truth"), parameters);
+    simulation.shake = ReadShake(section.Section("shake"), fitted);
     simulation.counts = section.Number("counts", RecipeUnit::kNone, simulation.counts);
     if (!(simulation.counts >= 1.0 && simulation.counts <= 1e15))
         section.Fail("counts", "has to lie between 1 and 1e15, the mean of a direction");
@@ -125,25 +147,28 @@ FitSimulation ReadSimulation(RecipeTable section, const std::vector<RecipeParame
 
 RecipeFit ReadFit(const toml::table& recipe) {
     const std::vector<RecipeParameter> parameters = ReadParameters(recipe);
-    RecipeTable section = RecipeTable(&recipe, "recipe").Section("fit");
+    RecipeTable root(&recipe, "recipe");
+    RecipeTable section = root.Section("fit");
     RecipeFit fit;
-    fit.parameters = FittedParameters(section, parameters);
+    fit.parameters = FittedParameters(root, parameters);
+    section.Has("parameters");
     fit.derived = DerivedQuantities(section.Section("derived"), parameters);
     fit.search = section.Word("search", fit.search);
     fit.descent = section.Word("method", fit.descent);
     fit.phases = section.Word("phases", fit.phases);
     fit.amplitude = section.Word("amplitude", fit.amplitude);
-    fit.seed = static_cast<std::uint64_t>(CountFrom(section, "seed", 0, 1));
-    fit.evaluations = CountFrom(section, "evaluations", 2, 0);
-    fit.population = CountFrom(section, "population", 4, 0);
+    fit.seed = static_cast<std::uint64_t>(
+        CountBetween(section, "seed", 0, std::numeric_limits<std::int32_t>::max(), 1));
+    fit.evaluations = CountBetween(section, "evaluations", 2, kMostEvaluations, 0);
+    fit.population = CountBetween(section, "population", 4, kMostEvaluations, 0);
     if (fit.evaluations > 0 && fit.population > fit.evaluations)
         section.Fail("population", "is more than all evaluations");
-    fit.minima = CountFrom(section, "minima", 1, fit.minima);
+    fit.minima = CountBetween(section, "minima", 1, kMostEvaluations, fit.minima);
     fit.findsErrors = section.Flag("errors", true);
     fit.independentData = section.Number("independent-data", RecipeUnit::kNone);
     if (fit.independentData && !(*fit.independentData >= 1.0))
         section.Fail("independent-data", "has to be 1 at least");
-    fit.simulation = ReadSimulation(section.Section("simulate"), parameters);
+    fit.simulation = ReadSimulation(section.Section("simulate"), parameters, fit.parameters);
     section.RefuseUnread();
     return fit;
 }

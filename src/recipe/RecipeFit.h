@@ -40,7 +40,7 @@ enum class FitPhases : std::uint8_t {
 };
 
 template <>
-inline constexpr auto kWords<FitPhases> = std::to_array<Word<FitPhases>>({{"start", FitPhases::kKept},
+inline constexpr auto kWords<FitPhases> = std::to_array<Word<FitPhases>>({{"kept", FitPhases::kKept},
                                                                           {"each", FitPhases::kEach}});
 
 /// Whether the calculated modulation is multiplied by the factor that fits best.
@@ -54,10 +54,11 @@ inline constexpr auto kWords<FitAmplitude> =
 /// has its directions, another one a grid in a sector.
 struct FitSimulation {
     std::map<std::string, double>
-        truth;  ///< values of parameters in their units; the others are at their start
-    std::map<std::string, double> shake;  ///< how far a start is from the truth; none: a quarter of the room
-    double counts = 10000.0;              ///< mean of a direction; the noise is the square root of each
-    double rotation_deg = 0.0;            ///< of the sample
+        truth;  ///< values of parameters in their units, fitted or not; the others are at their start
+    std::map<std::string, double>
+        shake;  ///< how far the start of a fitted one is from the truth; none: a quarter of the room
+    double counts = 10000.0;    ///< mean of a direction; the noise is the square root of each
+    double rotation_deg = 0.0;  ///< of the sample
     double thetaOffset_deg = 0.0;
     std::array<double, 2> theta_deg = {0.0, 70.0};
     std::array<double, 2> phi_deg = {0.0, 120.0};

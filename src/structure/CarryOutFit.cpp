@@ -3,9 +3,11 @@
 #include <fmt/format.h>
 #include <omp.h>
 
+#include <algorithm>
 #include <filesystem>
 
 #include "foundation/FileReading.h"
+#include "foundation/Interruption.h"
 #include "foundation/ReplacedFile.h"
 #include "foundation/Text.h"
 #include "foundation/ZfError.h"
@@ -25,21 +27,41 @@ namespace {
 
 constexpr const char* kProblem = ".fit";  // what the evaluations of the folder belong to
 
+using Lines = std::vector<std::string>;
+
+/// The first line that only one of two texts has.
+std::string OwnLine(const Lines& of, const Lines& other) {
+    const auto own = std::find_if(of.begin(), of.end(), [&](const std::string& line) {
+        return std::find(other.begin(), other.end(), line) == other.end();
+    });
+    return own == of.end() ? "" : *own;
+}
+
+/// "file measured.csv" of a line that has its fingerprint, too.
+std::string FileOf(const std::string& line) {
+    return line.starts_with("file ") ? line.substr(0, line.find_last_of(' ')) : "";
+}
+
+std::string ChangeText(const Lines& before, const Lines& now) {
+    const std::string gone = OwnLine(before, now);
+    const std::string added = OwnLine(now, before);
+    if (!FileOf(gone).empty() && FileOf(gone) == FileOf(added)) return "the " + FileOf(gone) + " has changed";
+    if (gone.empty()) return fmt::format("\"{}\" is new", added);
+    if (added.empty()) return fmt::format("\"{}\" is gone", gone);
+    return fmt::format("\"{}\" became \"{}\"", gone, added);
+}
+
 /// Refuses to mix the evaluations of different problems; a new one is remembered.
-void TakeProblem(const FitPlan& plan, const ResultFolder& folder, const FitOptions& options) {
-    std::vector<std::string> now = ProblemText(plan);
-    now.emplace_back(options.simulates ? "simulated" : "measured");
+void TakeProblem(const FitPlan& plan, const ResultFolder& folder, bool forgets) {
+    const Lines now = ProblemText(plan);
     const std::string path = folder.Path(kProblem);
-    if (!options.repeatsAll && std::filesystem::exists(path)) {
-        const std::vector<std::string> before = LineSplit(ReadTextFile(path));
-        const auto [a, b] = std::mismatch(before.begin(), before.end(), now.begin(), now.end());
-        if (a == before.end() && b == now.end()) return;
+    if (!forgets && std::filesystem::exists(path)) {
+        const Lines before = LineSplit(ReadTextFile(path));
+        if (before == now) return;
         throw ZfError(
-            fmt::format("{} has the evaluations of another problem: \"{}\" became \"{}\"; name another "
-                        "folder with -o, or give "
+            fmt::format("{} has the evaluations of another problem: {}; name another folder with -o, or give "
                         "--repeat to begin anew",
-                        std::filesystem::path(path).parent_path().string(), a == before.end() ? "" : *a,
-                        b == now.end() ? "" : *b));
+                        std::filesystem::path(path).parent_path().string(), ChangeText(before, now)));
     }
     std::filesystem::remove(folder.Path(fit_files::kEvaluations));
     WriteWholeFile(path, fmt::format("{}\n", fmt::join(now, "\n")));
@@ -99,12 +121,14 @@ std::string ExpectedText(const FitPlan& plan, double seconds) {
 FitStop CarryOutFit(const FitOptions& options) {
     const InterruptRequest interrupts;
     FitPlan plan = PlanFit(options.recipe, options.choices);
-    if (!options.simulates)
-        MakeDataSets(plan, plan.space.Start());  // what fails, fails before there is a folder
+    Simulation simulation;  // what fails, fails before there is a folder
+    if (options.simulates)
+        simulation = SimulateMeasurements(plan, plan.fit.seed, options.folder);
+    else
+        MakeDataSets(plan, plan.space.Start());
     ResultFolder folder(options.folder);
-    TakeProblem(plan, folder, options);
-    FitPoint truth;
-    if (options.simulates) truth = SimulateMeasurements(plan, plan.fit.seed, options.folder);
+    TakeProblem(plan, folder, options.repeatsAll);
+    for (const auto& [path, text] : simulation.files) WriteWholeFile(path, text);
     RunLog log(folder.Path("fit.log"));
     log.Line(fmt::format("qvre {}: {}", QVRE_VERSION, plan.title));
     log.Note("recipe " + options.recipe + "\n" + plan.text);
@@ -115,10 +139,14 @@ FitStop CarryOutFit(const FitOptions& options) {
                          start.evaluation.residuals.size(), fit.Objective().IndependentData()));
     log.Line(ExpectedText(plan, start.evaluation.seconds));
     FitReport report = fit.Run();
-    if (report.stop != FitStop::kInterrupted) DescribeBest(plan, fit.Objective(), report);
+    try {
+        if (report.stop != FitStop::kInterrupted) DescribeBest(plan, fit.Objective(), report);
+    } catch (const Interruption&) {
+        report.stop = FitStop::kInterrupted;
+    }
     WriteFitReport(report, options.folder);
     log.Line(FitLastLines(report, options.folder));
-    if (options.simulates) log.Line(RecoveryText(plan, truth, report));
+    if (options.simulates) log.Line(RecoveryText(plan, simulation.truth, report));
     InterruptRequest::ThrowIfPending();
     return report.stop;
 }

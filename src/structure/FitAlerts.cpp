@@ -48,7 +48,7 @@ void TellOfAgreement(const FitReport& report, Alerts& alerts) {
             "little: "
             "fit with FULL or SINGLE");
     if (!report.hasSigmas || !report.noise || !(report.noise->degreesOfFreedom > 0.0)) return;
-    const double reduced = report.noise->chiSquared / report.noise->degreesOfFreedom;
+    const double reduced = report.noise->chiSquared / (report.noise->degreesOfFreedom * report.MeanWeight());
     if (reduced > kFarAbove)
         alerts.push_back(
             fmt::format("chi-squared per degree of freedom is {:.3g}: the model misses more than noise; go "

@@ -17,10 +17,12 @@ namespace {
 /// R of a good fit: without measured sigma its misfit is the number of independent data.
 constexpr double kGoodR = 0.1;
 
+constexpr const char* kOnlyName = "data";
+
 }  // namespace
 
 std::string NameOfData(const RecipeSource& source) {
-    return source.dataSet.empty() ? "data" : source.dataSet;
+    return source.dataSet.empty() ? kOnlyName : source.dataSet;
 }
 
 FitDataSet::FitDataSet(const RecipeSource& source, double weight, const RecipeFit& fit)
@@ -61,7 +63,9 @@ std::shared_ptr<const MeasuredComparison> FitDataSet::ComparisonOf(const RecipeC
         RecipeTable section = RecipeTable(&one.settings, "recipe").Section("compare");
         CompareRequest request = ReadCompareSection(section, calculation_.Place(), {}).request;
         if (request.measured.empty())
-            section.Fail("measured", "the fit needs a measured pattern: name its file");
+            RecipeTable(&one.settings, "recipe")
+                .Fail("compare", fmt::format("{}the fit needs a measured pattern: name its file as measured",
+                                             name_ == kOnlyName ? "" : "data set " + name_ + ": "));
         if (request.instrument.innerPotential && request.instrument.energy == 0.0)
             request.instrument.energy = kinetic_eV;
         return MeasuredComparison(request);

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cmath>
 #include <filesystem>
 #include <set>
 #include <sstream>
@@ -66,7 +67,13 @@ ParameterSpace SpaceOf(const toml::table& recipe, const RecipeFit& fit) {
             constants[parameter.name] = parameter.Plain(parameter.start);
     }
     for (const auto& [name, expression] : fit.derived) derived.push_back({name, expression, {}});
-    return ParameterSpace(std::move(fitted), std::move(derived), std::move(constants));
+    ParameterSpace space(std::move(fitted), std::move(derived), std::move(constants));
+    const std::vector<double> values = space.Derived(space.Start());
+    for (std::size_t i = 0; i < values.size(); ++i)
+        if (!std::isfinite(values[i]))
+            throw ZfError(fmt::format("{} = {} has no finite value at the start", space.derived[i].name,
+                                      space.derived[i].expression));
+    return space;
 }
 
 void RefuseWithoutEffect(const toml::table& recipe, const RecipeFit& fit, const std::string& folder) {
@@ -78,6 +85,16 @@ void RefuseWithoutEffect(const toml::table& recipe, const RecipeFit& fit, const 
         if (sections.empty())
             section.Fail(name, "no pattern depends on it: leave it out of the fit, or name it in a value");
     }
+}
+
+void RefuseEnergies(const toml::table& recipe) {
+    RecipeTable root(&recipe, "recipe");
+    std::vector<RecipeTable> tables = root.Sections("data");
+    tables.insert(tables.begin(), root);
+    for (RecipeTable& table : tables)
+        if (table.Has("energies"))
+            table.Fail("energies",
+                       "a fit compares patterns, and no curves over the energy: leave the section out");
 }
 
 /// Texts of the recipe that are names of files.
@@ -101,13 +118,15 @@ FitPlan PlanFit(const std::string& recipePath, const FitChoices& choices) {
     const toml::table recipe = ParseRecipe(text, recipePath);
     const std::string folder = fs::path(recipePath).parent_path().string();
     RecipeFit fit = ReadFit(recipe);
+    RefuseEnergies(recipe);
     RefuseUnusedParameters(recipe, folder);
     RefuseWithoutEffect(recipe, fit, folder);
     fit.search = choices.search.value_or(fit.search);
     fit.seed = choices.seed.value_or(fit.seed);
     fit.evaluations = choices.evaluations.value_or(fit.evaluations);
-    ParameterSpace space =
-        RecipeTable(&recipe, "recipe").Section("fit").Made("", [&] { return SpaceOf(recipe, fit); });
+    ParameterSpace space = RecipeTable(&recipe, "recipe").Section("fit").Section("derived").Made("", [&] {
+        return SpaceOf(recipe, fit);
+    });
     FitPlan plan{recipe["title"].value_or(fs::path(recipePath).stem().string()),
                  recipePath,
                  text,
@@ -121,7 +140,10 @@ FitPlan PlanFit(const std::string& recipePath, const FitChoices& choices) {
         plan.weights.push_back(set.weight);
     }
     if (std::none_of(plan.weights.begin(), plan.weights.end(), [](double weight) { return weight > 0.0; }))
-        throw ZfError(recipePath + ": all data sets have the weight 0");
+        RecipeTable(&recipe, "recipe")
+            .Sections("data")
+            .front()
+            .Fail("weight", "all data sets have the weight 0: give one of them a weight above it");
     return plan;
 }
 
@@ -137,18 +159,21 @@ std::vector<std::unique_ptr<FitDataSet>> MakeDataSets(const FitPlan& plan, const
 
 std::vector<std::string> ProblemText(const FitPlan& plan) {
     toml::table recipe = ParseRecipe(plan.text, plan.recipePath);
+    const bool isSimulated = !plan.sources.front().settings.empty();
     for (const char* key : {"title", "picture", "scan"}) recipe.erase(key);
-    if (toml::table* fit = recipe["fit"].as_table())
-        for (const char* key : {"evaluations", "search", "seed"}) fit->erase(key);
+    if (toml::table* fit = recipe["fit"].as_table()) {
+        for (const char* key :
+             {"evaluations", "search", "seed", "minima", "errors", "derived", "independent-data"})
+            fit->erase(key);
+        if (!isSimulated) fit->erase("simulate");
+    }
     std::ostringstream text;
     text << "version " << QVRE_VERSION << '\n' << recipe << '\n';
     text << "search " << WordFor(plan.fit.search) << '\n' << "seed " << plan.fit.seed << '\n';
     std::set<std::string> files;
     FilesNamed(recipe, {fs::path(plan.recipePath).parent_path().string()}, files);
-    for (const RecipeSource& source : plan.sources)
-        for (const auto& [name, value] : source.settings)
-            if (const auto* path = std::get_if<std::string>(&value); path && fs::is_regular_file(*path))
-                files.insert(*path);
+    // A simulated measurement follows from all the rest.
+    text << "measurement " << (isSimulated ? "simulated" : "as it is") << '\n';
     for (const std::string& file : files) text << "file " << file << ' ' << FingerprintOfFile(file) << '\n';
     for (const FitParameter& parameter : plan.space.parameters)
         text << fmt::format("start {} {}\n", parameter.name, parameter.start);

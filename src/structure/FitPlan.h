@@ -36,7 +36,7 @@ FitPlan PlanFit(const std::string& recipePath, const FitChoices& choices);
 /// The data sets of a plan, with the atoms and phase shifts of the structure at a point. Throws ZfError.
 std::vector<std::unique_ptr<FitDataSet>> MakeDataSets(const FitPlan& plan, const FitPoint& at);
 
-/// Lines of text that are the same for fits that make the same evaluations.
+/// Lines of text that are the same for fits whose evaluations at the same point are the same.
 std::vector<std::string> ProblemText(const FitPlan& plan);
 
 }  // namespace qvre

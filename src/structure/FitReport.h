@@ -40,6 +40,18 @@ struct FitReport {
         return noise ? noise->sigma[parameter] : std::nullopt;
     }
 
+    /// Mean over the data, by which chi-squared is larger than without weights.
+    double MeanWeight() const {
+        double sum = 0.0;
+        double count = 0.0;
+        for (const FittedData& one : data) {
+            const auto directions = static_cast<double>(one.compared.Directions());
+            sum += one.weight * directions;
+            count += directions;
+        }
+        return count > 0.0 ? sum / count : 1.0;
+    }
+
     std::string title = {};
     std::string recipe = {};       ///< path
     std::string calculation = {};  ///< "FULL, phase shifts of the start"

@@ -95,9 +95,10 @@ std::string AgreementOf(const FitReport& report) {
         "  R = {}; structures up to the R level {}, for N = {:.0f} independent data, are as good\n", RText(r),
         LevelOfR(r, report.independentData), report.independentData);
     if (report.noise && report.noise->degreesOfFreedom > 0.0 && report.hasSigmas)
-        text += fmt::format("  chi-squared {:.5g} of {:.0f} degrees of freedom, {:.3g} each\n",
-                            report.noise->chiSquared, report.noise->degreesOfFreedom,
-                            report.noise->chiSquared / report.noise->degreesOfFreedom);
+        text +=
+            fmt::format("  chi-squared {:.5g} of {:.0f} degrees of freedom, {:.3g} each\n",
+                        report.noise->chiSquared / report.MeanWeight(), report.noise->degreesOfFreedom,
+                        report.noise->chiSquared / (report.noise->degreesOfFreedom * report.MeanWeight()));
     return text;
 }
 

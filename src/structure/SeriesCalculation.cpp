@@ -16,9 +16,6 @@ constexpr double kAffordableEvaluation_s = 4.0;
 /// Refuses what a fit does not compare, at its line.
 void CheckMembers(const std::vector<RecipeCase>& members) {
     RecipeTable recipe(&members.front().settings, "recipe");
-    if (recipe.Has("energies"))
-        recipe.Fail("energies",
-                    "a fit compares patterns, and no curves over the energy: leave the section out");
     if (members.size() > 1 && recipe.Text("series", "sum") != "sum")
         recipe.Fail("series",
                     "a fit compares the sum of a series; give members that are apart as data sets, [[data]]");

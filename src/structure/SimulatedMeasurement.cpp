@@ -7,7 +7,6 @@
 #include <filesystem>
 
 #include "fit/RandomNumbers.h"
-#include "foundation/ReplacedFile.h"
 #include "foundation/ZfError.h"
 #include "report/compare/MeasuredPattern.h"
 #include "report/compare/SampleSetting.h"
@@ -89,18 +88,12 @@ double Shaken(const FitParameter& parameter, double truth, const FitSimulation& 
 
 }  // namespace
 
-FitPoint SimulateMeasurements(FitPlan& plan, std::uint64_t seed, const std::string& folder) {
+Simulation SimulateMeasurements(FitPlan& plan, std::uint64_t seed, const std::string& folder) {
     const FitSimulation& simulation = plan.fit.simulation;
-    FitPoint truth;
-    NamedValues values;
-    for (const FitParameter& parameter : plan.space.parameters) {
-        const auto given = simulation.truth.find(parameter.name);
-        truth.push_back(given == simulation.truth.end() ? parameter.start : given->second);
-        if (!(truth.back() >= parameter.lower && truth.back() <= parameter.upper))
-            throw ZfError(fmt::format("{}: the true value of {}, {:g}, lies outside of its bounds",
-                                      plan.recipePath, parameter.name, truth.back()));
-        values[parameter.name] = truth.back();
-    }
+    Simulation made;
+    NamedValues values = simulation.truth;
+    for (const FitParameter& parameter : plan.space.parameters)
+        made.truth.push_back(values.emplace(parameter.name, parameter.start).first->second);
     RandomNumbers random{seed};
     for (RecipeSource& source : plan.sources) {
         RecipeSource own = source;
@@ -111,17 +104,17 @@ FitPoint SimulateMeasurements(FitPlan& plan, std::uint64_t seed, const std::stri
             std::filesystem::absolute(folder + "/simulated" +
                                       (source.dataSet.empty() ? "" : "_" + source.dataSet) + ".csv")
                 .string();
-        WriteWholeFile(file, CountsTable(calculation.Images(members).intensity,
-                                         DirectionsOf(members.front(), calculation.Place(), simulation),
-                                         simulation, random));
+        made.files[file] =
+            CountsTable(calculation.Images(members).intensity,
+                        DirectionsOf(members.front(), calculation.Place(), simulation), simulation, random);
         source.settings.emplace_back("compare.measured", file);
         source.settings.emplace_back("compare.sigma", "counts");
     }
     std::vector<FitParameter> parameters = plan.space.parameters;
     for (std::size_t i = 0; i < parameters.size(); ++i)
-        parameters[i].start = Shaken(parameters[i], truth[i], simulation, random);
+        parameters[i].start = Shaken(parameters[i], made.truth[i], simulation, random);
     plan.space = ParameterSpace(std::move(parameters), plan.space.derived, plan.space.constants);
-    return truth;
+    return made;
 }
 
 std::string RecoveryText(const FitPlan& plan, const FitPoint& truth, const FitReport& report) {

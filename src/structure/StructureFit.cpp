@@ -12,6 +12,7 @@
 #include "fit/SobolPoints.h"
 #include "foundation/Interruption.h"
 #include "foundation/ZfError.h"
+#include "run/RunProgress.h"
 
 namespace qvre {
 
@@ -256,6 +257,8 @@ FitReport StructureFit::Run() {
         problem_.keepsResiduals = true;
         report_.stop = FitStop::kInterrupted;
     }
+    if (InterruptRequest::IsPending())
+        report_.stop = FitStop::kInterrupted;  // the errors end with what they have
     if (report_.stop != FitStop::kInterrupted) table_.End();
     if (report_.best.point.empty() || report_.stop == FitStop::kInterrupted) report_.best = BestRecord();
     report_.rivals = RivalsOf(minima_, report_.independentData);

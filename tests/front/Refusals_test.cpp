@@ -63,6 +63,11 @@ TEST(Refusals, AreToldAndLeaveNothingBehind) {
                                                            {"GAAS", QVRE_EXAMPLES "/gaas001"}};
     const std::pair<const char*, const char*> recipes[] = {
         {" | ", "\n"},
+        {"SPACING ",
+         "[phases]\nzero = -6\n[parameters]\nd = { start = 1.75, lower = 1.4, upper = 2.2, unit = "
+         "\"angstrom\" }\n"
+         "[cluster]\npreset = \"Cu\"\natoms = 20\n[cluster.relax]\nd12 = \"d\"\n"},
+        {"MEASURED", "[compare]\nmeasured = \"chi.csv\"\n"},
         {"COPPER ", "[cluster]\npreset = \"Cu\"\natoms = 20\n"},
         {"EMISSION", "[emission]\nlevel = \"2p\"\nkinetic = 60\n"}};
     std::ifstream table(QVRE_REFUSALS);
@@ -74,10 +79,10 @@ TEST(Refusals, AreToldAndLeaveNothingBehind) {
         std::getline(table, told);
         std::string words = line.substr(2);
         const std::string command = "qvre " + words.substr(0, words.find(' '));
-        if (command == "qvre run") {
+        if (command == "qvre run" || command == "qvre fit") {
             std::string recipe = words.substr(3);
             for (const auto& [word, text] : recipes) recipe = Replaced(recipe, word, text);
-            words = "run " + inputs.Write("r.toml", recipe + "\n") + " -o OUT/results";
+            words = words.substr(0, 3) + " " + inputs.Write("r.toml", recipe + "\n") + " -o OUT/results";
         }
         for (const auto& [word, path] : folders) words = Replaced(words, word + std::string("/"), path + "/");
         QvreResult result = RunQvre(words);

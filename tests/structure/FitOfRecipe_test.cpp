@@ -115,8 +115,9 @@ TEST_F(FitOfRecipe, RecoversWhatWasPutIn) {
     EXPECT_NE(folder_.Read("fit/best.cif").find("\nCu5 "), std::string::npos);
 
     FitPlan plan = PlanFit(recipe, {});
-    const FitPoint truth = SimulateMeasurements(plan, 5, folder_.Path("fit"));
-    EXPECT_NEAR(std::abs(plan.space.parameters[0].start - truth[0]), 0.15, 1e-12);
+    const Simulation simulation = SimulateMeasurements(plan, 5, folder_.Path("fit"));
+    for (const auto& [path, text] : simulation.files) folder_.Write("fit/simulated.csv", text);
+    EXPECT_NEAR(std::abs(plan.space.parameters[0].start - simulation.truth[0]), 0.15, 1e-12);
     StructureObjective objective(plan.space, MakeDataSets(plan, plan.space.Start()));
     EvaluationTable table(folder_.Path("evaluations.csv"), plan.space, {"data"});
     StructureFit fit(plan, table);
@@ -172,6 +173,80 @@ TEST_F(FitOfRecipe, GoesOnWhereItWasStoppedAndRefusesAnotherProblem) {
     CarryOutFit(options);
     testing::internal::GetCapturedStdout();
     EXPECT_NE(Evaluations("again"), whole);
+}
+
+// What an evaluation takes from the one before has to be what it would have made itself.
+TEST_F(FitOfRecipe, WhatIsKeptHangsOnNoParameter) {
+    Measured();
+    folder_.Write("fcc.cell",
+                  "lengths a a a\natom Cu 0 0 0\natom Cu 0 1/2 1/2\natom Cu 1/2 0 1/2\natom Cu 1/2 1/2 0\n");
+    const std::string text =
+        "[parameters]\n"
+        "a = { start = 3.6, lower = 3, upper = 4 }\n"
+        "d = { start = 1.75, lower = 1.4, upper = 2.2 }\n"
+        "energy = { start = 150, lower = 100, upper = 200 }\n"
+        "turn = { start = 20, lower = 0, upper = 90 }\n"
+        "zero = { start = -6, lower = -10, upper = -2 }\n"
+        "T = { start = 300, lower = 100, upper = 900 }\n"
+        "path = { start = 8, lower = 4, upper = 20 }\n"
+        "offset = { start = 1, lower = -3, upper = 3 }\n"
+        "[cluster]\ncell = \"fcc.cell\"\nemitter-layer = 2\natoms = 12\n[cluster.relax]\nd12 = \"d\"\n"
+        "[emission]\nlevel = \"3s\"\nkinetic = \"energy\"\n"
+        "polarisation = [\"sin(radians(turn))\", 0, \"cos(radians(turn))\"]\n"
+        "[phases]\nzero = \"zero\"\n[thermal]\ntemperature = \"T\"\n"
+        "[image]\nresolution = 10\nimfp = \"path angstrom\"\n"
+        "[compare]\nmeasured = \"measured.csv\"\ntheta-offset = \"offset\"\n[scattering]\nmethod = ";
+    const FitPoint changes = {3.62, 1.8, 155.0, 30.0, -5.0, 500.0, 9.0, 0.5};
+    for (const std::string method : {"\"FULL\"\n", "\"MULTI\"\n", "\"SINGLE\"\n"}) {
+        const FitPlan plan = PlanFit(Recipe(text + method), {});
+        const FitPoint start = plan.space.Start();
+        StructureObjective kept(plan.space, MakeDataSets(plan, start));
+        const Evaluation first = kept.Evaluate({start}).front();
+        for (std::size_t i = 0; i < changes.size(); ++i) {
+            FitPoint point = start;
+            point[i] = changes[i];
+            StructureObjective fresh(plan.space, MakeDataSets(plan, start));
+            const Evaluation evaluation = kept.Evaluate({point}).front();
+            EXPECT_EQ(evaluation.failure, "");
+            EXPECT_EQ(evaluation.residuals, fresh.Evaluate({point}).front().residuals)
+                << method << plan.space.parameters[i].name;
+            EXPECT_NE(evaluation.residuals, first.residuals) << method << plan.space.parameters[i].name;
+        }
+        EXPECT_EQ(kept.Evaluate({start}).front().residuals, first.residuals);
+    }
+}
+
+TEST_F(FitOfRecipe, RefusesAnotherMeasurementAndTakesUpWhatOnlyTellsMore) {
+    const std::string measured = Measured();
+    const std::string text = kParameter + kCopper + kEmission +
+                             "[compare]\nmeasured = \"measured.csv\"\n[scattering]\nmethod = \"SINGLE\"\n"
+                             "[fit]\nevaluations = 4\nerrors = ";
+    FitOptions options = Options(Recipe(text + "false\n"), "fit");
+    options.simulates = false;
+    testing::internal::CaptureStdout();
+    CarryOutFit(options);
+    const std::string searched = Evaluations("fit");
+    Recipe(text + "true\n[fit.derived]\nhalf = \"d/2\"\n");
+    CarryOutFit(options);
+    EXPECT_EQ(Evaluations("fit").substr(0, searched.size()), searched);
+    folder_.Write("measured.csv", folder_.Read("measured.csv") + "62,3,1000\n");
+    EXPECT_EQ(ErrorText([&] { CarryOutFit(options); }),
+              folder_.Path("fit") + " has the evaluations of another problem: the file " + measured +
+                  " has changed; name another folder with -o, or give --repeat to begin anew");
+    testing::internal::GetCapturedStdout();
+}
+
+// Planning: what comes out when something that is held is not what one thinks.
+TEST_F(FitOfRecipe, SimulatesWithTrueValuesOfWhatIsHeld) {
+    const std::string text = "[parameters]\nTD = 250\nd = { start = 1.75, lower = 1.4, upper = 2.2 }\n" +
+                             kCopper + kEmission + "[thermal]\ndebye = { Cu = \"TD\" }\n" + kSimulation;
+    FitPlan usual = PlanFit(Recipe(text), {});
+    FitPlan warm = PlanFit(Recipe(text + "[fit.simulate.truth]\nTD = 150\n"), {});
+    const Simulation a = SimulateMeasurements(usual, 5, "folder");
+    const Simulation b = SimulateMeasurements(warm, 5, "folder");
+    EXPECT_EQ(a.truth, b.truth);
+    EXPECT_NE(a.files.begin()->second, b.files.begin()->second);
+    EXPECT_EQ(warm.space.parameters.size(), 1U);
 }
 
 TEST_F(FitOfRecipe, ComparesSeveralPatternsByTheirWeights) {
