@@ -1,6 +1,6 @@
 // What the searches of a fit are worth: recipes are simulated and fitted with several seeds, by both global
-// searches and different numbers of evaluations. The arguments are recipes; without any those of
-// examples/fits are taken. --seeds N and --evaluations N,N,... take the place of 10 and those below.
+// searches and with different numbers of evaluations. The arguments are recipes, such as those of
+// examples/fits; --seeds N and --evaluations N,N,... take the place of what stands below.
 
 #include <fmt/format.h>
 
@@ -13,7 +13,8 @@
 #include <string>
 #include <vector>
 
-#include "fit/FitErrors.h"
+#include "fit/RLevel.h"
+#include "foundation/ZfError.h"
 #include "structure/SimulatedMeasurement.h"
 #include "structure/StructureFit.h"
 
@@ -21,7 +22,7 @@ using namespace qvre;
 
 namespace {
 
-constexpr double kNoiseErrors = 3.0;
+constexpr double kSameValley = 0.05;  // of the room of a parameter
 
 struct Searched {
     bool isFound = false;
@@ -30,15 +31,14 @@ struct Searched {
     std::size_t rivals = 0;
 };
 
-/// Within so many noise errors of the truth in every parameter.
-bool IsTruth(const FitPlan& plan, const Trial& best, const FitPoint& truth) {
-    StructureObjective objective(plan.space, MakeDataSets(plan, best.point));
-    FitProblem problem(plan.space, objective);
-    const NoiseErrors noise = NoiseErrorsAt(problem, problem.EvaluateOne(best.point), 1e-2);
-    for (std::size_t i = 0; i < truth.size(); ++i)
-        if (!(std::abs(best.point[i] - truth[i]) <= kNoiseErrors * noise.sigma[i].value_or(0.0)))
-            return false;
-    return true;
+/// In the valley of the truth, whose R lies within the level of the best.
+bool IsTruth(const FitPlan& plan, const FitReport& report, const FitPoint& truth) {
+    const FitPoint unit = plan.space.ToUnit(truth);
+    const FitPoint found = plan.space.ToUnit(report.best.point);
+    for (std::size_t i = 0; i < unit.size(); ++i)
+        if (std::abs(found[i] - unit[i]) > kSameValley) return false;
+    StructureObjective objective(plan.space, MakeDataSets(plan, report.best.point));
+    return objective.Evaluate({truth}).front().r <= RLevel(report.best.evaluation.r, report.independentData);
 }
 
 Searched Search(const std::string& recipe, const FitChoices& choices, const std::string& folder) {
@@ -51,8 +51,7 @@ Searched Search(const std::string& recipe, const FitChoices& choices, const std:
     StructureFit fit(plan, table);
     fit.EvaluateStart();
     const FitReport report = fit.Run();
-    return {IsTruth(plan, report.best, truth), report.evaluations, report.best.evaluation.r,
-            report.rivals.size()};
+    return {IsTruth(plan, report, truth), report.evaluations, report.best.evaluation.r, report.rivals.size()};
 }
 
 void Print(const std::string& recipe, FitSearch search, int evaluations, int seeds,
@@ -82,18 +81,25 @@ int main(int argumentCount, char** arguments) {
     std::vector<std::string> recipes;
     int seeds = 10;
     std::vector<int> evaluations = {25, 50, 100, 200};
-    program.add_option("RECIPES", recipes);
+    program.add_option("RECIPES", recipes)->required();
     program.add_option("--seeds", seeds);
     program.add_option("--evaluations", evaluations)->delimiter(',');
     CLI11_PARSE(program, argumentCount, arguments);
     const std::string folder =
         (std::filesystem::temp_directory_path() / fmt::format("qvre-searches-{}", getpid())).string();
     std::filesystem::create_directories(folder);
-    for (const std::string& recipe : recipes) {
-        fmt::print("{}\n", recipe);
-        for (const int most : evaluations)
-            for (const FitSearch search : {FitSearch::kGlobal, FitSearch::kSobol})
-                Print(recipe, search, most, seeds, folder);
+    int status = 0;
+    try {
+        for (const std::string& recipe : recipes) {
+            fmt::print("{}\n", recipe);
+            for (const int most : evaluations)
+                for (const FitSearch search : {FitSearch::kGlobal, FitSearch::kSobol})
+                    Print(recipe, search, most, seeds, folder);
+        }
+    } catch (const ZfError& error) {
+        fmt::print(stderr, "{}\n", error.message);
+        status = 1;
     }
     std::filesystem::remove_all(folder);
+    return status;
 }

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <map>
+#include <memory>
 #include <numeric>
 #include <utility>
 
@@ -76,7 +78,7 @@ FitReport EmptyReport(const FitPlan& plan, const StructureObjective& objective) 
 
 StructureFit::StructureFit(const FitPlan& plan, EvaluationTable& table, Follow follow)
     : plan_(plan),
-      objective_(std::make_unique<StructureObjective>(plan.space, MakeDataSets(plan, plan.space.Start()))),
+      objective_(std::make_shared<StructureObjective>(plan.space, MakeDataSets(plan, plan.space.Start()))),
       table_(table),
       follow_(std::move(follow)),
       problem_(plan.space, *this, &table),
@@ -205,24 +207,23 @@ bool StructureFit::GoDown(const std::vector<FitPoint>& starts) {
 }
 
 /// Goes on from each minimum with its own phase shifts; the former ones may be those of a start that is far
-/// from it, and make a wrong one the best. False when that is the end.
+/// from it, and make a wrong one the best. The best one keeps those with which it became the best, so that
+/// the others compare with it. False when that is the end.
 bool StructureFit::Renew() {
     if (plan_.fit.phases != FitPhases::kKept) return true;
-    const auto renew = [this](const FitPoint& at) {
-        objective_ = std::make_unique<StructureObjective>(plan_.space, MakeDataSets(plan_, at));
-    };
     renewed_ = table_.records.size();
-    if (minima_.size() > 1) {
-        std::vector<FitPoint> starts;
-        for (const Trial& minimum : minima_) starts.push_back(minimum.point);
-        minima_ = DistinctMinima(problem_, starts, [&](const FitPoint& start) {
-            renew(start);
-            return Descend(start);
-        });
-    }
-    const FitPoint best = minima_.empty() ? report_.best.point : minima_.front().point;
-    renew(best);
-    return GoDown({best});
+    std::map<FitPoint, std::shared_ptr<StructureObjective>> objectives;  // by the minima that they led to
+    std::vector<FitPoint> starts;
+    for (const Trial& minimum : minima_) starts.push_back(minimum.point);
+    minima_ = DistinctMinima(problem_, starts, [&](const FitPoint& start) {
+        objective_ = std::make_shared<StructureObjective>(plan_.space, MakeDataSets(plan_, start));
+        LocalFit fit = Descend(start);
+        objectives[fit.best.point] = objective_;
+        return fit;
+    });
+    if (minima_.empty()) return GoDown({report_.best.point});
+    objective_ = objectives.at(minima_.front().point);
+    return GoDown({minima_.front().point});
 }
 
 /// Both errors of all parameters. When a profile comes upon a better structure and `mayMove`, the search for

@@ -51,7 +51,7 @@ private:
     void Count(FitReport& report) const;
 
     const FitPlan& plan_;
-    std::unique_ptr<StructureObjective> objective_;
+    std::shared_ptr<StructureObjective> objective_;
     EvaluationTable& table_;
     Follow follow_;
     FitProblem problem_;
