@@ -238,7 +238,7 @@ std::string SourcesOf(const FitReport& report) {
         std::vector<Row> rows = {{data.name, "points", "R", "part of the squared differences"}};
         parts.resize(std::min(parts.size(), kMost));
         for (const MisfitPart& part : parts)
-            rows.push_back({part.place, fmt::format("{}", part.points), fmt::format("{:.3f}", part.r),
+            rows.push_back({part.place, fmt::format("{}", part.points), RText(part.r),
                             fmt::format("{:.0f} %", 100.0 * part.share)});
         text += Table(rows);
     }

@@ -87,7 +87,8 @@ TEST(FitReportText, TellsAllOfParameters) {
 
 TEST(FitReportText, TellsWhereRComesFrom) {
     // On the ring at 20 degrees 24 points of weight 3 are missed by 0.1, on that at 60 of weight 1 by 0.05:
-    // 12 to 1 of the squared differences. There R = 0.01/(0.16 + 0.17), as calculated it is 0.4 +- 0.1.
+    // 12 to 1 of the squared differences. There R = 0.01/(0.16 + 0.17), as the
+    // calculation is 0.5 and -0.3 instead of 0.4 and -0.4.
     FitReport report = LinearFit().Report();
     report.data = {Rings("map 1", 20.0), Rings("map 2", 60.0)};
     report.data[1].weight = 1.0;
@@ -98,9 +99,9 @@ TEST(FitReportText, TellsWhereRComesFrom) {
                 "  map 1  144     50  2       0.0800  0.0960   2          0.0       -0.50         1.25 "
                 "towards 90  67 %\n");
     ExpectHolds(text,
-                "  map 1       points  R      part of the squared differences\n"
-                "  theta = 20  24      0.030  92 %\n"
-                "  theta = 60  24      0.008  8 %\n");
+                "  map 1       points  R         part of the squared differences\n"
+                "  theta = 20  24      0.0303    92 %\n"
+                "  theta = 60  24      0.007752  8 %\n");
 }
 
 TEST(FitReportText, ScansAreTheirOwnParts) {
@@ -117,8 +118,8 @@ TEST(FitReportText, ScansAreTheirOwnParts) {
     FitReport report = LinearFit().Report();
     report.data = {data};
     ExpectHolds(FitReportText(report),
-                "  phi = 45  30      0.200  100 %\n"
-                "  phi = 0   60      0.000  0 %\n");
+                "  phi = 45  30      0.2000    100 %\n"
+                "  phi = 0   60      0.000000  0 %\n");
 }
 
 TEST(FitReportText, AFitWithoutAStructureTellsWhy) {
