@@ -44,14 +44,16 @@ bool IsTruth(const FitPlan& plan, const FitReport& report, const FitPoint& truth
 Searched Search(const std::string& recipe, const FitChoices& choices, const std::string& folder) {
     FitPlan plan = PlanFit(recipe, choices);
     plan.fit.findsErrors = false;
-    const FitPoint truth = SimulateMeasurements(plan, plan.fit.seed, folder);
+    const Simulation made = SimulateMeasurements(plan, plan.fit.seed, folder);
+    for (const auto& [path, table] : made.files) WriteWholeFile(path, table);
     const std::string evaluations = folder + "/evaluations.csv";
     std::filesystem::remove(evaluations);
     EvaluationTable table(evaluations, plan.space, {"data"});
     StructureFit fit(plan, table);
     fit.EvaluateStart();
     const FitReport report = fit.Run();
-    return {IsTruth(plan, report, truth), report.evaluations, report.best.evaluation.r, report.rivals.size()};
+    return {IsTruth(plan, report, made.truth), report.evaluations, report.best.evaluation.r,
+            report.rivals.size()};
 }
 
 void Print(const std::string& recipe, FitSearch search, int evaluations, int seeds,
