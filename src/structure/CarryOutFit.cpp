@@ -146,7 +146,8 @@ FitStop CarryOutFit(const FitOptions& options) {
     }
     WriteFitReport(report, options.folder);
     log.Line(FitLastLines(report, options.folder));
-    if (options.simulates) log.Line(RecoveryText(plan, simulation.truth, report));
+    if (options.simulates && report.stop != FitStop::kInterrupted)
+        log.Line(RecoveryText(plan, simulation.truth, report));
     InterruptRequest::ThrowIfPending();
     return report.stop;
 }
