@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "fit/RLevel.h"
+#include "foundation/ReplacedFile.h"
 #include "foundation/ZfError.h"
 #include "structure/SimulatedMeasurement.h"
 #include "structure/StructureFit.h"
