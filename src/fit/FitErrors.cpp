@@ -14,7 +14,7 @@ namespace qvre {
 namespace {
 
 constexpr double kAtBound = 1e-9;       // of the room of a parameter
-constexpr double kNothing = 1e-12;      // of the longest column
+constexpr double kNothing = 1e-9;       // of the longest column: the rounding of differences
 constexpr double kSingular = 1e-5;      // of the largest singular value: the accuracy of the differences
 constexpr double kTakesPart = 0.1;      // component of a unit vector
 constexpr double kGradientStep = 1e-5;  // of the scale
@@ -41,12 +41,12 @@ std::vector<std::size_t> Determined(const ParameterSpace& space, const Trial& be
     const double longest = columns.colwise().norm().maxCoeff();
     std::vector<std::size_t> determined;
     for (std::size_t i = 0; i < unit.size(); ++i) {
-        if (unit[i] <= kAtBound)
+        if (columns.col(static_cast<Eigen::Index>(i)).norm() <= kNothing * longest)
+            errors.reason[i] = "nothing depends on it";
+        else if (unit[i] <= kAtBound)
             errors.reason[i] = "it is at its lower bound";
         else if (unit[i] >= 1.0 - kAtBound)
             errors.reason[i] = "it is at its upper bound";
-        else if (columns.col(static_cast<Eigen::Index>(i)).norm() <= kNothing * longest)
-            errors.reason[i] = "nothing depends on it";
         else
             determined.push_back(i);
     }

@@ -13,8 +13,8 @@ namespace qvre {
 namespace {
 
 constexpr double kFirstDamping = 1e-3;
-constexpr double kLeastColumn =
-    1e-12;  // of the longest: a parameter that nothing depends on gets a step of 0
+/// Of the longest column: below it is the rounding of differences, and nothing depends on the parameter.
+constexpr double kLeastColumn = 1e-9;
 
 class GaussNewton {
 public:
@@ -74,7 +74,8 @@ private:
         for (std::size_t i = 0; i < varied_.size(); ++i) {
             const auto at = static_cast<Eigen::Index>(i);
             const double unit = Unit(i);
-            isFree_[i] = !(unit <= 0.0 && slope[at] > 0.0) && !(unit >= 1.0 && slope[at] < 0.0);
+            isFree_[i] = lengths[at] > kLeastColumn * longest_.maxCoeff() &&
+                         !(unit <= 0.0 && slope[at] > 0.0) && !(unit >= 1.0 && slope[at] < 0.0);
             const double limit = settings_.gradientTolerance * lengths[at] * std::sqrt(best_.misfit);
             hasSlope = hasSlope || (isFree_[i] && std::abs(slope[at]) > limit);
         }
@@ -152,11 +153,10 @@ private:
         Eigen::MatrixXd matrix = Eigen::MatrixXd::Zero(data + free, free);
         Eigen::VectorXd right = Eigen::VectorXd::Zero(data + free);
         right.head(data) = -(ResidualsOf(best_) + jacobian_ * step);
-        const double least = kLeastColumn * longest_.maxCoeff();
         for (Eigen::Index i = 0; i < free; ++i) {
             const Eigen::Index column = columns[static_cast<std::size_t>(i)];
             matrix.col(i).head(data) = jacobian_.col(column);
-            matrix(data + i, i) = std::sqrt(damping_) * std::max(longest_[column], least);
+            matrix(data + i, i) = std::sqrt(damping_) * longest_[column];
         }
         const Eigen::VectorXd solved = matrix.householderQr().solve(right);
         for (Eigen::Index i = 0; i < free; ++i) step[columns[static_cast<std::size_t>(i)]] = solved[i];

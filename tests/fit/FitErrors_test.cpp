@@ -70,7 +70,7 @@ TEST(NoiseErrors, AreThoseOfTheStraightLine) {
 TEST(NoiseErrors, AreMissingWithTheirReason) {
     const ParameterSpace space({{"a", 0.0, -10.0, 10.0, ""},
                                 {"b", 0.0, -100.0, 100.0, ""},
-                                {"idle", 0.5, 0.0, 1.0, ""},
+                                {"idle", 1.0, 0.0, 1.0, ""},
                                 {"edge", 1.0, 0.0, 1.0, ""},
                                 {"also", 1.0, 0.0, 9.0, ""}},
                                {{"sum", "a + edge", ""},

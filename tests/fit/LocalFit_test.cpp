@@ -42,6 +42,21 @@ TEST(LocalFits, StopAtABoundAndMinimiseTheRest) {
     }
 }
 
+// As of layers below a cluster, which only move the origin of its atoms by their rounding.
+TEST(GaussNewton, LeavesAloneWhatIsOnlyRounded) {
+    const ParameterSpace space({{"a", 0.2, -1.0, 3.0, ""}, {"b", 0.3, 0.0, 1.0, ""}});
+    const auto residuals = [](const FitPoint& x) {
+        const double rounded = 1.0 + ((x[1] + 7.0) - 7.0 - x[1]);
+        return std::vector{(x[0] - 1.0) * rounded, 2.0 * (x[0] - 1.5) * rounded, rounded, 3.0 * rounded};
+    };
+    LocalFitSettings settings = kSharp;
+    settings.differenceStep = 1e-3;
+    const LocalFit fit = FitWith(FitByGaussNewton, space, FunctionObjective(residuals), settings);
+    EXPECT_TRUE(IsConverged(fit.stop)) << WordFor(fit.stop);
+    EXPECT_NEAR(fit.best.point[0], 1.4, 1e-6);
+    EXPECT_EQ(fit.best.point[1], 0.3);
+}
+
 TEST(LocalFits, LeaveABoundThatTheStartLiesAt) {
     const ParameterSpace space({{"a", 1.0, -1.0, 1.0, ""}, {"b", 0.0, 0.0, 2.0, ""}});
     const auto residuals = [](const FitPoint& x) {

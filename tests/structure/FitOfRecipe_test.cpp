@@ -195,17 +195,20 @@ TEST_F(FitOfRecipe, WhatIsKeptHangsOnNoParameter) {
         "polarisation = [\"sin(radians(turn))\", 0, \"cos(radians(turn))\"]\n"
         "[phases]\nzero = \"zero\"\n[thermal]\ntemperature = \"T\"\n"
         "[image]\nresolution = 10\nimfp = \"path angstrom\"\n"
-        "[compare]\nmeasured = \"measured.csv\"\ntheta-offset = \"offset\"\n[scattering]\nmethod = ";
+        "[compare]\nmeasured = \"measured.csv\"\nrotate = true\ntheta-offset = "
+        "\"offset\"\n[scattering]\nmethod = ";
     const FitPoint changes = {3.62, 1.8, 155.0, 30.0, -5.0, 500.0, 9.0, 0.5};
     for (const std::string method : {"\"FULL\"\n", "\"MULTI\"\n", "\"SINGLE\"\n"}) {
         const FitPlan plan = PlanFit(Recipe(text + method), {});
         const FitPoint start = plan.space.Start();
         StructureObjective kept(plan.space, MakeDataSets(plan, start));
+        kept.KeepSettingsOf(start);
         const Evaluation first = kept.Evaluate({start}).front();
         for (std::size_t i = 0; i < changes.size(); ++i) {
             FitPoint point = start;
             point[i] = changes[i];
             StructureObjective fresh(plan.space, MakeDataSets(plan, start));
+            fresh.KeepSettingsOf(start);
             const Evaluation evaluation = kept.Evaluate({point}).front();
             EXPECT_EQ(evaluation.failure, "");
             EXPECT_EQ(evaluation.residuals, fresh.Evaluate({point}).front().residuals)

@@ -155,6 +155,18 @@ private:
     CalculatedModulation calculated_;
 };
 
+/// What is looked for begins at a known setting; the rest is as given, which need not be as it was then.
+SampleSetting StartOf(const CompareRequest& request, const SampleSetting& near) {
+    SampleSetting start = request.setting;
+    if (request.searched.rotation) start.rotation = near.rotation;
+    if (request.searched.thetaOffset) start.thetaOffset = near.thetaOffset;
+    if (request.searched.tilt) {
+        start.tilt = near.tilt;
+        start.tiltAzimuth = near.tiltAzimuth;
+    }
+    return start;
+}
+
 SampleSetting FoundSetting(const Measurement& all, const CalculatedPattern& pattern,
                            const CompareRequest& request, const std::optional<SampleSetting>& near) {
     const Measurement known = all.Kept([&all](std::size_t i) { return !std::isnan(all.value[i]); });
@@ -162,7 +174,7 @@ SampleSetting FoundSetting(const Measurement& all, const CalculatedPattern& patt
     const double few = !request.searched.tilt ? 1000.0 : request.searched.thetaOffset ? 250.0 : 500.0;
     constexpr double kMany = 10000.0;  // more than measured; the grid of two images
     const Agreeing full(pattern, Thinned(above, kMany), request);
-    if (near) return SettingNear(*near, request.searched, std::cref(full));
+    if (near) return SettingNear(StartOf(request, *near), request.searched, std::cref(full));
     const Agreeing quick(pattern, Thinned(above, few), request);
     return BestSetting(request.setting, request.searched, std::cref(quick), std::cref(full));
 }
