@@ -30,15 +30,12 @@ constexpr double kEvolutionStep = 0.2;
 constexpr double kEvolutionTolerance = 1e-2;
 
 constexpr int kMostLocal = 200;
-constexpr int kGlobalByParameter = 150;
-constexpr int kSobolByParameter = 100;
+constexpr int kSearchByParameter = 60;
 constexpr int kMostRounds = 3;  // of errors that find a better structure
 
 int MostEvaluations(const RecipeFit& fit, std::size_t parameters) {
     if (fit.evaluations > 0) return fit.evaluations;
-    const int n = static_cast<int>(parameters);
-    if (fit.search == FitSearch::kLocal) return kMostLocal;
-    return n * (fit.search == FitSearch::kGlobal ? kGlobalByParameter : kSobolByParameter);
+    return fit.search == FitSearch::kLocal ? kMostLocal : kSearchByParameter * static_cast<int>(parameters);
 }
 
 std::string SearchText(const FitPlan& plan) {

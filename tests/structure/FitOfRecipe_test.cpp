@@ -252,6 +252,27 @@ TEST_F(FitOfRecipe, SimulatesWithTrueValuesOfWhatIsHeld) {
     EXPECT_EQ(warm.space.parameters.size(), 1U);
 }
 
+TEST_F(FitOfRecipe, LooksForTheTruthBeyondTheValleyOfTheStart) {
+    std::string text =
+        kParameter + kCopper +
+        "[emission]\nlevel = \"3s\"\nkinetic = 300\n[compare]\nrotate = true\n[fit]\nerrors = false\n" +
+        kSimulation;
+    text.replace(text.find("lower = 1.4, upper = 2.2"), 24, "lower = 1.2, upper = 2.6");
+    text.replace(text.rfind("0.15"), 4, "0.6 ");
+    const std::string recipe = Recipe(text);
+    const auto found = [&](FitSearch search) {
+        FitPlan plan = PlanFit(recipe, {search, 1, 8});
+        for (const auto& [path, table] : SimulateMeasurements(plan, 1, folder_.Path("")).files)
+            folder_.Write("simulated.csv", table);
+        EvaluationTable table(folder_.Path(std::string(WordFor(search)) + ".csv"), plan.space, {"data"});
+        StructureFit fit(plan, table);
+        return fit.Run().best.point.front();
+    };
+    EXPECT_GT(std::abs(found(FitSearch::kLocal) - 1.75), 0.2);
+    EXPECT_NEAR(found(FitSearch::kGlobal), 1.75, 0.01);
+    EXPECT_NEAR(found(FitSearch::kSobol), 1.75, 0.01);
+}
+
 TEST_F(FitOfRecipe, ComparesSeveralPatternsByTheirWeights) {
     Measured();
     const std::string text = kParameter + kCopper +
