@@ -6,7 +6,6 @@
 #include <cmath>
 #include <filesystem>
 #include <functional>
-#include <regex>
 #include <set>
 #include <string>
 
@@ -188,10 +187,7 @@ TEST(FitOutput, HasAPageForEveryPictureAtTheEnd) {
     WriteFitReport(report, folder.Path("."));
     expected.insert({"correlations.png", "profile_d12.png", "profile_d23.png", "report.pdf"});
     EXPECT_EQ(files(), expected);
-    std::smatch pages;
-    const std::string pdf = folder.Read("report.pdf");
-    ASSERT_TRUE(std::regex_search(pdf, pages, std::regex("/Count ([0-9]+)")));
-    EXPECT_EQ(pages[1], "6");
+    EXPECT_NE(folder.Read("report.pdf").find("/Count 6\n"), std::string::npos);
     EXPECT_EQ(ErrorText([&folder] {
                   Canvas canvas(folder.Path("a.png"));
                   canvas.BeginPage(100.0, 100.0);
