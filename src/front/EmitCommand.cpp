@@ -20,6 +20,7 @@
 #include "front/SharedOptions.h"
 #include "prepare/emission/EmitterField.h"
 #include "prepare/emission/PhotonEnergy.h"
+#include "prepare/phases/PhaseShiftFile.h"
 
 namespace qvre {
 
@@ -96,6 +97,7 @@ std::string SetEnergy(const EmitOptions& options, EmissionRequest& request) {
 }
 
 void RunIsotropic(const EmitOptions& options) {
+    CheckDigits({options.energy.kinetic_eV});
     const auto waves = IsotropicEmission(options.energy.kinetic_eV, options.weight);
     SaveEmittedWaves(waves, options.output);
     std::printf("%s: isotropic source, 1 wave\n%s", options.output.c_str(), EnergyText(waves[0].Ek).c_str());
@@ -147,6 +149,7 @@ void RunLevel(const EmitOptions& options) {
     const ScreeningTable atoms(ProgramFile("screening_dhfs.csv"));
     request.atom = atoms.Find(emitter.atom);
     std::string origin = SetEnergy(options, request);
+    CheckDigits({request.kinetic_eV});
     double zero_eV = 0.0;
     if (options.freeAtom) {
         SetFreeAtomField(request);

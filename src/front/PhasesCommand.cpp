@@ -15,6 +15,7 @@
 #include "front/SharedOptions.h"
 #include "prepare/cluster/CrystalSources.h"
 #include "prepare/phases/EnergyList.h"
+#include "prepare/phases/PhaseShiftFile.h"
 #include "prepare/phases/PhaseShiftTable.h"
 #include "prepare/phases/PhaseShifts.h"
 
@@ -205,6 +206,7 @@ void CheckSource(const PhasesOptions& options) {
 void Run(PhasesOptions& options) {
     CheckSource(options);
     options.request.energies_eV = Energies(options);
+    CheckDigits(options.request.energies_eV);
     PhaseShiftResult result = options.table.empty() ? FromPhysics(options) : FromTable(options);
     const std::string listing = PhaseShiftListing(result.rows);
     std::optional<ReplacedFile> list;  // appears only when the other file does

@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "foundation/ProgramFile.h"
+#include "prepare/phases/PhaseShiftFile.h"
 #include "recipe/RecipeInformation.h"
 #include "recipe/RecipeInputs.h"
 #include "recipe/RecipeSettings.h"
@@ -133,6 +134,7 @@ void CaseFiles::AddWaves(const PhaseShiftRequest& crystal, const ClusterFacts& f
     }
     const WavesRequest request = ReadWavesRequest(section, facts);
     plan_.kinetic_eV = KineticEnergyOf(request, facts);
+    section.Made("kinetic", [&] { CheckDigits({plan_.kinetic_eV}); });
     if (!request.isotropic) {
         plan_.images.emergence.light = {request.light, ReadLightFrame(recipe)};
         plan_.fermi_eV = request.energy.fermi_eV;

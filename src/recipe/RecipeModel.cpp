@@ -64,7 +64,7 @@ RecipeModel::Emitted RecipeModel::MakeEmitted(const RecipeTable& recipe, const C
     if (const auto ready = ReadReadyFile(section, place_)) {
         RefuseLight(recipe, "a ready file of waves");
         emitted.waves = LoadReady<std::vector<EmittedWave>>(section, *ready, ZfLoadEmittedWave);
-    } else if (const WavesRequest request = ReadWavesRequest(section, cluster.facts); request.isotropic) {
+    } else if (WavesRequest request = ReadWavesRequest(section, cluster.facts); request.isotropic) {
         RefuseLight(recipe, "an isotropic source");
         emitted.waves = IsotropicEmission(request.energy.kinetic_eV, request.emission.weight);
     } else {
@@ -72,6 +72,7 @@ RecipeModel::Emitted RecipeModel::MakeEmitted(const RecipeTable& recipe, const C
         const PhaseShiftRequest crystal = ReadReadyFile(phases, place_)
                                               ? PhaseShiftRequest()
                                               : ReadPhaseShiftRequest(phases, cluster.facts);
+        request.energy.isRounded = false;
         emitted.source = MakeDipoleSource(request, crystal, cluster.cluster);
         emitted.waves = UnitWaves(*emitted.source);
     }

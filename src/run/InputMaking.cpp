@@ -13,7 +13,8 @@ double KineticEnergyOf(const PhotoelectronEnergy& energy, const ScreenedAtom& at
         energy.binding_eV
             ? *energy.binding_eV
             : MeasuredBinding(BindingEnergies(ProgramFile("binding_energies.csv")), atom, level);
-    return KineticEnergyInside(energy.photon_eV, binding, energy.fermi_eV);
+    const double rounded_eV = KineticEnergyInside(energy.photon_eV, binding, energy.fermi_eV);
+    return energy.isRounded ? rounded_eV : energy.photon_eV - binding + energy.fermi_eV;
 }
 
 DipoleSource MakeDipoleSource(const WavesRequest& request, const PhaseShiftRequest& crystal,

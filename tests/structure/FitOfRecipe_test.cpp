@@ -73,7 +73,7 @@ TEST_F(FitOfRecipe, AnEvaluationIsWhatARunCalculates) {
     const std::string cases[] = {
         kEmission + "[scattering]\nmethod = \"FULL\"\n[thermal]\ntemperature = 500\n",
         kEmission + "[scattering]\nmethod = \"MULTI\"\n[thermal]\ntemperature = [300, 900]\n",
-        "[emission]\nlevel = \"2p\"\nphoton = \"1100 eV\"\nunpolarised-along = [1, 0, -1]\n"
+        "[emission]\nlevel = \"2p\"\nphoton = \"1100 eV\"\nbinding = 932.5\nunpolarised-along = [1, 0, -1]\n"
         "[light]\nframe = \"analyser\"\n[scattering]\nmethod = \"SINGLE\"\n",
         "[emission]\nisotropic = true\nkinetic = 150\n[scattering]\nmethod = \"FULL\"\n",
     };
@@ -237,6 +237,28 @@ TEST_F(FitOfRecipe, RefusesAnotherMeasurementAndTakesUpWhatOnlyTellsMore) {
               folder_.Path("fit") + " has the evaluations of another problem: the file " + measured +
                   " has changed; name another folder with -o, or give --repeat to begin anew");
     testing::internal::GetCapturedStdout();
+}
+
+// Those of files keep 6 digits, or 0.1 eV of what a photon frees: steps that no slope survives.
+TEST_F(FitOfRecipe, EnergiesChangeSmoothly) {
+    Measured();
+    const std::string emission[] = {"level = \"3s\"\nkinetic = \"energy\"\n",
+                                    "level = \"3s\"\nphoton = 262\nbinding = 122\nfermi = \"energy - 140\"\n",
+                                    "isotropic = true\nkinetic = \"energy\"\n"};
+    for (const std::string& one : emission) {
+        std::string text = "[parameters]\nenergy = { start = 150, lower = 100, upper = 200 }\n" + kCopper +
+                           "[emission]\n" + one +
+                           "[compare]\nmeasured = \"measured.csv\"\n[scattering]\nmethod = \"SINGLE\"\n";
+        text.replace(text.find("\"d\""), 3, "1.75");
+        const FitPlan plan = PlanFit(Recipe(text), {});
+        StructureObjective objective(plan.space, MakeDataSets(plan, plan.space.Start()));
+        const auto evaluations = objective.Evaluate({{150.0}, {150.0001234567}, {150.0002469134}});
+        EXPECT_EQ(evaluations[1].failure, "");
+        const auto change = [&](std::size_t i) {
+            return evaluations[i].residuals.front() - evaluations[0].residuals.front();
+        };
+        EXPECT_NEAR(change(2) / change(1), 2.0, 0.1) << one;
+    }
 }
 
 // Planning: what comes out when something that is held is not what one thinks.

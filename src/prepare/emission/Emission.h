@@ -32,7 +32,7 @@ struct Emission {
 /// Throws ZfError for a level that the ground state of the atom leaves empty.
 void CheckLevel(const EmissionRequest& request);
 
-/// Throws ZfError for an energy that no file keeps (CheckEnergies), and a weight that is not positive.
+/// Throws ZfError for an energy out of range (CheckEnergies), and a weight that is not positive.
 void CheckSource(double kinetic_eV, double weight);
 
 /// The source that a core level is in the dipole approximation, length form. Throws ZfError as CheckLevel and

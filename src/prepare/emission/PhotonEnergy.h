@@ -18,6 +18,7 @@ struct PhotoelectronEnergy {
     double photon_eV = 0.0;            ///< 0: the kinetic energy is given
     std::optional<double> binding_eV;  ///< below the Fermi level; otherwise from a table
     double fermi_eV = 10.0;            ///< Fermi level above the muffin-tin zero
+    bool isRounded = true;             ///< that of a photon to 0.1 eV, for files; not along a fit
 };
 
 /// Throws ZfError unless one of kinetic and photon energy is given, and all that are given are in range.

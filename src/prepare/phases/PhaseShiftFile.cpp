@@ -82,6 +82,15 @@ void CheckLimits(const PhaseShiftLimits& limits) {
         throw ZfError("The cut of phase shifts has to lie between 0 and 180 degrees");
 }
 
+void CheckDigits(const std::vector<double>& energies_eV) {
+    for (const double energy : energies_eV) {
+        const std::string stored = DoubleToText(energy);
+        if (TextToDouble(stored) != energy)
+            throw ZfError("The energy " + EnergyText(energy) +
+                          " eV has more than the 6 digits of a file, and would not be found: take " + stored);
+    }
+}
+
 void CheckEnergies(const std::vector<double>& energies_eV, std::size_t species) {
     if (energies_eV.empty()) throw ZfError("No energy is given");
     for (std::size_t i = 0; i < energies_eV.size(); ++i) {
@@ -91,12 +100,9 @@ void CheckEnergies(const std::vector<double>& energies_eV, std::size_t species) 
         if (energy > kHighestEnergy_eV)
             throw ZfError("The energy " + EnergyText(energy) + " eV is above " +
                           EnergyText(kHighestEnergy_eV) + " eV");
-        const std::string stored = DoubleToText(energy);
-        if (TextToDouble(stored) != energy)
-            throw ZfError("The energy " + EnergyText(energy) +
-                          " eV has more than the 6 digits of a file, and would not be found: take " + stored);
         for (std::size_t j = 0; j < i; ++j)
-            if (energies_eV[j] == energy) throw ZfError("The energy " + stored + " eV is given twice");
+            if (energies_eV[j] == energy)
+                throw ZfError("The energy " + DoubleToText(energy) + " eV is given twice");
     }
     const std::size_t records = energies_eV.size() * species;
     if (records > kMostPhaseShiftRecords)

@@ -45,7 +45,10 @@ PhaseShiftRecord MakePhaseShiftRecord(const PhaseShiftList& list, std::int32_t s
 void CheckLimits(const PhaseShiftLimits& limits);
 
 /// A record is found by its energy, to the last bit: throws ZfError for an energy that a file with its 6
-/// digits would change, one out of the range of the radial equation or that stands twice, and for more
+/// digits would change. Calculations in memory have any.
+void CheckDigits(const std::vector<double>& energies_eV);
+
+/// Throws ZfError for an energy that is out of the range of the radial equation or stands twice, and for more
 /// records than fit.
 void CheckEnergies(const std::vector<double>& energies_eV, std::size_t species);
 
