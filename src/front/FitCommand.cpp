@@ -13,7 +13,7 @@ namespace {
 
 constexpr const char* kExamples =
     "Examples:\n"
-    "  qvre fit examples/cu001_fit.toml\n"
+    "  qvre fit examples/fits/o_ni001.toml\n"
     "  qvre fit recipe.toml --search global --seed 7 -o search7\n"
     "  qvre fit recipe.toml --simulate\n"
     "\n"

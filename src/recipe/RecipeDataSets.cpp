@@ -70,6 +70,7 @@ void ChooseDataSet(toml::table& recipe, const std::string& name) {
         std::find_if(sets.begin(), sets.end(), [&](const RecipeDataSet& set) { return set.name == name; });
     if (chosen == sets.end()) {
         std::vector<std::string> names;
+        names.reserve(sets.size());
         for (const RecipeDataSet& set : sets) names.push_back(set.name);
         if (names.front().empty()) throw ZfError(fmt::format("the recipe has no data set {}", name));
         const std::string there = fmt::format("the recipe has the data sets {}", fmt::join(names, ", "));

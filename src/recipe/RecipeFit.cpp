@@ -22,6 +22,7 @@ const RecipeParameter& Find(const RecipeTable& section, const std::string& key,
                                     [&](const RecipeParameter& one) { return one.name == name; });
     if (found != parameters.end()) return *found;
     std::vector<std::string> known;
+    known.reserve(parameters.size());
     for (const RecipeParameter& one : parameters) known.push_back(one.name);
     section.Fail(key, fmt::format("there is no parameter {}; there are {}", name, fmt::join(known, ", ")));
 }

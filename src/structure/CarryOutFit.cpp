@@ -48,7 +48,7 @@ std::string ChangeText(const Lines& before, const Lines& now) {
     if (!FileOf(gone).empty() && FileOf(gone) == FileOf(added)) return "the " + FileOf(gone) + " has changed";
     if (gone.empty()) return fmt::format("\"{}\" is new", added);
     if (added.empty()) return fmt::format("\"{}\" is gone", gone);
-    return fmt::format("\"{}\" became \"{}\"", gone, added);
+    return fmt::format(R"("{}" became "{}")", gone, added);
 }
 
 /// Refuses to mix the evaluations of different problems; a new one is remembered.
