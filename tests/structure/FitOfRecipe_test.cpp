@@ -327,6 +327,36 @@ TEST_F(FitOfRecipe, ComparesSeveralPatternsByTheirWeights) {
     EXPECT_EQ(PlanRecipe(folder_.Path("r.toml"), {{}, {}, {}, "2p"}).comparison.request.thetaMax, 40.0);
 }
 
+TEST_F(FitOfRecipe, FollowsItsSettings) {
+    Measured();
+    const std::string text =
+        kParameter + kCopper + kEmission + "[compare]\nmeasured = \"measured.csv\"\n[fit]\nerrors = false\n";
+    const auto fitted = [&](const std::string& keys) {
+        const FitPlan plan = PlanFit(Recipe(text + keys), {});
+        std::filesystem::remove(folder_.Path("evaluations.csv"));
+        EvaluationTable table(folder_.Path("evaluations.csv"), plan.space, {"data"});
+        StructureFit fit(plan, table);
+        return std::pair(fit.Run(), fit.Objective().DataSets().front()->Fitted({{"d", 1.8}}));
+    };
+    const auto [usual, free] = fitted("");
+    const auto [own, fixed] = fitted("amplitude = \"fixed\"\nindependent-data = 33\nmethod = \"bobyqa\"\n");
+    EXPECT_EQ(free.r, free.compared.agreement.scaledR);
+    EXPECT_EQ(fixed.r, fixed.compared.agreement.R);
+    EXPECT_NE(free.amplitude, 1.0);
+    EXPECT_EQ(fixed.amplitude, 1.0);
+    EXPECT_EQ(own.independentData, 33.0);
+    EXPECT_NE(usual.independentData, 33.0);
+    // Without derivatives there are no points a thousandth of an angstrom apart.
+    const auto closest = [](const FitReport& report) {
+        double least = 1.0;
+        for (std::size_t i = 1; i < 4; ++i)
+            least = std::min(least, std::abs(report.records[i].point[0] - report.records[0].point[0]));
+        return least;
+    };
+    EXPECT_LT(closest(usual), 0.002);
+    EXPECT_GT(closest(own), 0.002);
+}
+
 TEST_F(FitOfRecipe, AStructureThatCannotBeIsPassedOver) {
     Measured();
     std::string text = kParameter + kCopper + kEmission + "[compare]\nmeasured = \"measured.csv\"\n";
